@@ -1,0 +1,255 @@
+#include "Sift/sift-conv.h"
+
+#include <algorithm>
+#include <cstring>
+
+// The sums of a block are kept in arrays, which vectors of a size unknown to the compiler cannot form.
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Sift/sift-conv.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace VL::Detail::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+using Tag = hn::ScalableTag<float_t>;
+using Vector = hn::Vec<Tag>;
+
+// A source of rows for the column filter: one pointer for each tap.
+struct ColumnInput {
+  const float_t* const* rows;
+  const float_t* At(std::int32_t tap) const { return rows[tap]; }
+};
+
+// A source for the row filter: the same row, one element further for each tap.
+struct RowInput {
+  const float_t* row;
+  const float_t* At(std::int32_t tap) const { return row + tap; }
+};
+
+// Both filters share one kernel: kVectors vectors of neighbouring outputs from `x` on, so that a tap is broadcast once
+// for all of them and their sums stay in registers.
+template <int kVectors, class Input>
+HWY_INLINE void FilterBlock(const Input& input, float_t* output, std::int32_t x, const float_t* filter,
+                            std::int32_t taps) {
+  const Tag tag;
+  const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
+  Vector sums[kVectors];
+  for (int v = 0; v < kVectors; ++v) {
+    sums[v] = hn::Zero(tag);
+  }
+  for (std::int32_t k = 0; k < taps; ++k) {
+    const Vector tap = hn::Set(tag, filter[k]);
+    const float_t* const values = input.At(k) + x;
+    for (int v = 0; v < kVectors; ++v) {
+      sums[v] = hn::Add(sums[v], hn::Mul(tap, hn::LoadU(tag, values + v * lanes)));
+    }
+  }
+  for (int v = 0; v < kVectors; ++v) {
+    hn::StoreU(sums[v], tag, output + x + v * lanes);
+  }
+}
+
+// Filters `count` outputs. The last vector is moved back so that it ends with the row: some outputs are then computed
+// twice, alike, which is cheaper than computing them one by one.
+template <class Input>
+HWY_INLINE void Filter(const Input& input, float_t* output, std::int32_t count, const float_t* filter,
+                       std::int32_t taps) {
+  const auto lanes = static_cast<std::int32_t>(hn::Lanes(Tag()));
+  std::int32_t x = 0;
+  for (; x + 8 * lanes <= count; x += 8 * lanes) {
+    FilterBlock<8>(input, output, x, filter, taps);
+  }
+  for (; x + 2 * lanes <= count; x += 2 * lanes) {
+    FilterBlock<2>(input, output, x, filter, taps);
+  }
+  for (; x < count && count >= lanes; x += lanes) {
+    FilterBlock<1>(input, output, std::min(x, count - lanes), filter, taps);
+  }
+  for (; x < count; ++x) {
+    float_t sum = 0;
+    for (std::int32_t k = 0; k < taps; ++k) {
+      sum += filter[k] * input.At(k)[x];
+    }
+    output[x] = sum;
+  }
+}
+
+// Copies columns `begin` to `begin` + `count` - 1 of a row of `width`, repeating its edges outside.
+HWY_INLINE void CopyWithEdges(float_t* line, const float_t* row, std::int32_t width, std::int32_t begin,
+                              std::int32_t count) {
+  const std::int32_t inside = std::clamp(-begin, 0, count);
+  const std::int32_t beyond = std::clamp(width - begin, inside, count);
+  std::fill(line, line + inside, row[0]);
+  std::copy(row + begin + inside, row + begin + beyond, line + inside);
+  std::fill(line + beyond, line + count, row[width - 1]);
+}
+
+// Filters columns `begin` to `begin` + `count` - 1 of a row along the row, in pieces that fit the line on the stack.
+HWY_NOINLINE void FilterRow(float_t* output, const float_t* row, std::int32_t width, std::int32_t begin,
+                            std::int32_t count, const float_t* filter, std::int32_t radius) {
+  constexpr std::int32_t kLine = 4 * kLargestRadius;
+  HWY_ALIGN float_t line[kLine];
+  const std::int32_t most = kLine - 2 * radius;
+  for (std::int32_t x = 0; x < count; x += most) {
+    const std::int32_t piece = std::min(most, count - x);
+    CopyWithEdges(line, row, width, begin + x - radius, piece + 2 * radius);
+    Filter(RowInput{line}, output + x, piece, filter, 2 * radius + 1);
+  }
+}
+
+// Columns are filtered in strips. `work` holds, as a ring, the filtered rows that one output row needs, and a strip is
+// so narrow that this ring stays in the first-level cache. A strip reads columns of its neighbours, so that a plane that
+// is filtered in place has to be one strip.
+std::int32_t StripWidth(bool inPlace, std::int32_t width, std::int32_t radius) {
+  constexpr std::int32_t kRingFloats = 8192;
+  constexpr std::int32_t kStep = 128;
+  const std::int32_t strip = std::max(kRingFloats / (2 * radius + 1) / kStep * kStep, kStep);
+  return inPlace ? width : std::min(strip, width);
+}
+
+HWY_NOINLINE void ConvolveStrip(float_t* destination, float_t* ring, const float_t* source, std::int32_t width,
+                                std::int32_t height, std::int32_t begin, std::int32_t count, const float_t* filter,
+                                std::int32_t radius) {
+  const float_t* rows[2 * kLargestRadius + 1];
+  const std::int32_t taps = 2 * radius + 1;
+  const std::int32_t slots = std::min(taps, height);
+  const auto slot = [&](std::int32_t y) { return ring + static_cast<std::ptrdiff_t>(y % slots) * count; };
+  std::int32_t filtered = 0;
+  for (std::int32_t y = 0; y < height; ++y) {
+    for (; filtered < height && filtered <= y + radius; ++filtered) {
+      FilterRow(slot(filtered), source + static_cast<std::ptrdiff_t>(filtered) * width, width, begin, count, filter,
+                radius);
+    }
+    for (std::int32_t k = 0; k < taps; ++k) {
+      rows[k] = slot(std::clamp(y + k - radius, 0, height - 1));
+    }
+    Filter(ColumnInput{rows}, destination + static_cast<std::ptrdiff_t>(y) * width + begin, count, filter, taps);
+  }
+}
+
+void Convolve(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
+              const float_t* filter, std::int32_t radius) {
+  const std::int32_t strip = StripWidth(destination == source, width, radius);
+  for (std::int32_t x = 0; x < width; x += strip) {
+    ConvolveStrip(destination, work, source, width, height, x, std::min(strip, width - x), filter, radius);
+  }
+}
+
+void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int32_t count) {
+  const Tag tag;
+  const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
+  std::int32_t i = 0;
+  for (; i + lanes <= count; i += lanes) {
+    hn::StoreU(hn::Sub(hn::LoadU(tag, a + i), hn::LoadU(tag, b + i)), tag, destination + i);
+  }
+  for (; i < count; ++i) {
+    destination[i] = a[i] - b[i];
+  }
+}
+
+// Writes the columns of the lanes of `mask`, lane 0 being column `x`, and returns how many.
+template <class D, class Mask>
+HWY_INLINE std::int32_t WriteColumns(D tag, Mask mask, std::int32_t x, std::int32_t* columns) {
+  HWY_ALIGN std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(tag, mask, bits);
+  std::uint64_t word = 0;
+  for (int byte = 7; byte >= 0; --byte) {
+    word = word << 8 | bits[byte];
+  }
+  std::int32_t count = 0;
+  for (; word != 0; word &= word - 1) {
+    columns[count++] = x + static_cast<std::int32_t>(hwy::Num0BitsBelowLS1Bit_Nonzero64(word));
+  }
+  return count;
+}
+
+// Which lanes of `candidates` beat all their neighbours, where beats(value, neighbour) compares. The nearest
+// neighbours come first: they rule out most lanes, and the rest is then not read.
+template <class D, class Mask, class Beats>
+HWY_INLINE Mask BeatsAll(D tag, Mask candidates, const Neighbourhood& around, std::int32_t x, const Beats& beats) {
+  static constexpr std::int8_t kOrder[26][3] = {
+      {1, 1, 0}, {1, 1, 2}, {0, 1, 1}, {2, 1, 1}, {1, 0, 1}, {1, 2, 1},             // share a face
+      {1, 0, 0}, {1, 0, 2}, {1, 2, 0}, {1, 2, 2}, {0, 1, 0}, {0, 1, 2}, {2, 1, 0},  // share an edge
+      {2, 1, 2}, {0, 0, 1}, {0, 2, 1}, {2, 0, 1}, {2, 2, 1}, {0, 0, 0}, {0, 0, 2},  // and then a corner
+      {0, 2, 0}, {0, 2, 2}, {2, 0, 0}, {2, 0, 2}, {2, 2, 0}, {2, 2, 2}};
+  const auto value = hn::LoadU(tag, around.rows[1][1] + x);
+  for (int n = 0; n < 26 && !hn::AllFalse(tag, candidates); ++n) {
+    const auto [plane, row, column] = kOrder[n];
+    const auto neighbour = hn::LoadU(tag, around.rows[plane][row] + x + column - 1);
+    candidates = hn::And(candidates, beats(value, neighbour));
+  }
+  return candidates;
+}
+
+struct Greater {
+  template <class V>
+  HWY_INLINE auto operator()(V a, V b) const {
+    return hn::Gt(a, b);
+  }
+};
+
+struct Less {
+  template <class V>
+  HWY_INLINE auto operator()(V a, V b) const {
+    return hn::Lt(a, b);
+  }
+};
+
+template <class D>
+HWY_INLINE std::int32_t FindExtremaIn(D tag, std::int32_t* columns, const Neighbourhood& around, std::int32_t& x,
+                                      std::int32_t end, float_t threshold) {
+  const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
+  const auto high = hn::Set(tag, threshold);
+  const auto low = hn::Set(tag, -threshold);
+  std::int32_t count = 0;
+  for (; x + lanes <= end; x += lanes) {
+    const auto value = hn::LoadU(tag, around.rows[1][1] + x);
+    const auto tops = hn::Ge(value, high);
+    const auto bottoms = hn::Le(value, low);
+    if (hn::AllFalse(tag, hn::Or(tops, bottoms))) {
+      continue;
+    }
+    const auto extrema =
+        hn::Or(BeatsAll(tag, tops, around, x, Greater()), BeatsAll(tag, bottoms, around, x, Less()));
+    count += WriteColumns(tag, extrema, x, columns + count);
+  }
+  return count;
+}
+
+std::int32_t FindExtrema(std::int32_t* columns, const Neighbourhood& around, std::int32_t begin, std::int32_t end,
+                         float_t threshold) {
+  std::int32_t x = begin;
+  std::int32_t count = FindExtremaIn(Tag(), columns, around, x, end, threshold);
+  count += FindExtremaIn(hn::CappedTag<float_t, 1>(), columns + count, around, x, end, threshold);
+  return count;
+}
+
+}  // namespace VL::Detail::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace VL::Detail {
+
+HWY_EXPORT(Convolve);
+HWY_EXPORT(Subtract);
+HWY_EXPORT(FindExtrema);
+
+void Convolve(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
+              const float_t* filter, std::int32_t radius) {
+  HWY_DYNAMIC_DISPATCH(Convolve)(destination, work, source, width, height, filter, radius);
+}
+
+void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int32_t count) {
+  HWY_DYNAMIC_DISPATCH(Subtract)(destination, a, b, count);
+}
+
+std::int32_t FindExtrema(std::int32_t* columns, const Neighbourhood& around, std::int32_t begin, std::int32_t end,
+                         float_t threshold) {
+  return HWY_DYNAMIC_DISPATCH(FindExtrema)(columns, around, begin, end, threshold);
+}
+
+}  // namespace VL::Detail
+#endif  // HWY_ONCE

@@ -1,0 +1,874 @@
+#include "Sift/sift.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <functional>
+#include <iostream>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+namespace {
+
+using Keypoint = VL::Sift::Keypoint;
+constexpr double kPi = std::numbers::pi;
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+// Pictures and objects
+
+struct Picture {
+  int width;
+  int height;
+  std::vector<float> values;
+
+  Picture(int width, int height, const std::function<double(double, double)>& value) : width(width), height(height) {
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        values.push_back(static_cast<float>(value(x, y)));
+      }
+    }
+  }
+};
+
+Picture Noise(int width, int height, unsigned seed) {
+  std::mt19937 random(seed);
+  return {width, height, [&](double, double) { return static_cast<double>(random() % 1000) / 1000; }};
+}
+
+double Gaussian(double dx, double dy, double sigma) { return std::exp(-0.5 * (dx * dx + dy * dy) / (sigma * sigma)); }
+
+// A scene of blobs that can be sampled anywhere, over -64 to 320 along both axes.
+double Scene(double x, double y) {
+  struct Blob {
+    double x, y, sigma, height;
+  };
+  static const std::vector<Blob> blobs = [] {
+    std::mt19937 random(5);
+    const auto uniform = [&](double from, double to) { return from + (to - from) * (random() % 65536) / 65536.0; };
+    std::vector<Blob> result(900);
+    for (Blob& blob : result) {
+      blob = {uniform(-64, 320), uniform(-64, 320), uniform(1.5, 7), uniform(-0.4, 0.4)};
+    }
+    return result;
+  }();
+  double sum = 0.5;
+  for (const Blob& blob : blobs) {
+    if (std::abs(x - blob.x) + std::abs(y - blob.y) < 6 * blob.sigma) {
+      sum += blob.height * Gaussian(x - blob.x, y - blob.y, blob.sigma);
+    }
+  }
+  return sum;
+}
+
+struct Parameters {
+  float sigman = 0.5F;
+  float sigma0 = 2.0158737F;
+  int O = 3;
+  int S = 3;
+  int omin = 1;
+  int smin = -1;
+  int smax = 4;
+};
+
+struct TestSift : VL::Sift {
+  TestSift(const Picture& picture, const Parameters& p)
+      : Sift(picture.values.data(), picture.width, picture.height, p.sigman, p.sigma0, p.O, p.S, p.omin, p.smin,
+             p.smax) {}
+  std::vector<Keypoint> Detect(float threshold = 0.04F / 6, float edgeThreshold = 10) {
+    DetectKeypoints(threshold, edgeThreshold);
+    return {KeypointsBegin(), KeypointsEnd()};
+  }
+  std::vector<float> Orientations(const Keypoint& keypoint) {
+    std::vector<float> angles(kMaxOrientations);
+    angles.resize(ComputeOrientations(angles.data(), keypoint));
+    return angles;
+  }
+  std::vector<float> Descriptor(const Keypoint& keypoint, float angle, float before = 0) {
+    std::vector<float> descriptor(kDescriptorLength, before);
+    ComputeDescriptor(descriptor.data(), keypoint, angle);
+    return descriptor;
+  }
+};
+
+// The same to the bit, but any NaN for a NaN.
+bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) {
+    return std::bit_cast<std::uint32_t>(x) == std::bit_cast<std::uint32_t>(y) || (std::isnan(x) && std::isnan(y));
+  });
+}
+
+double Distance(const std::vector<float>& a, const std::vector<float>& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    sum += (a[i] - b[i]) * (a[i] - b[i]);
+  }
+  return std::sqrt(sum);
+}
+
+// Runs `check` on every SIMD level that this machine has.
+void OnEachTarget(const std::function<void()>& check) {
+  const auto targets = hwy::SupportedAndGeneratedTargets();
+  EXPECT_FALSE(targets.empty());
+  for (const auto target : targets) {
+    SCOPED_TRACE(hwy::TargetName(target));
+    hwy::SetSupportedTargetsForTest(target);
+    check();
+  }
+  hwy::SetSupportedTargetsForTest(0);
+}
+
+// sift-conv
+
+TEST(ConvolveTranspose, RepeatsEdgesAndTransposes) {
+  const int source[] = {1, 2, 3, 4, 5, 6};
+  const int filter[] = {1, 10, 100};
+  int result[6] = {};
+  VL::ConvolveTranspose(result, source, 3, 2, filter, 1);
+  EXPECT_EQ(std::vector<int>(result, result + 6), (std::vector<int>{211, 544, 321, 654, 332, 665}));
+  // Wider than the picture: 1 * 7 + 10 * 7 + 100 * 7 + 1000 * 8 + 10000 * 8 and so on.
+  const double two[] = {7, 8};
+  const double wide[] = {1, 10, 100, 1000, 10000};
+  double out[2] = {};
+  VL::ConvolveTranspose(out, two, 2, 1, wide, 2);
+  EXPECT_EQ(out[0], 88777);
+  EXPECT_EQ(out[1], 88877);
+}
+
+std::vector<float> PlainConvolve(const Picture& picture, const std::vector<float>& filter) {
+  const auto radius = static_cast<int>(filter.size() / 2);
+  std::vector<float> work(picture.values.size());
+  std::vector<float> result(picture.values.size());
+  VL::ConvolveTranspose(work.data(), picture.values.data(), picture.width, picture.height, filter.data(), radius);
+  VL::ConvolveTranspose(result.data(), work.data(), picture.height, picture.width, filter.data(), radius);
+  return result;
+}
+
+TEST(Convolve, EqualsThePlainLoopsOnEveryTarget) {
+  constexpr int kSizes[][2] = {{1, 1}, {1, 40}, {40, 1}, {3, 2}, {16, 16}, {17, 5}, {131, 70}, {700, 33}, {4200, 3}};
+  OnEachTarget([&] {
+    for (const auto& [width, height] : kSizes) {
+      Picture picture = Noise(width, height, 3);
+      if (width > 100) {
+        picture.values[width / 2] = kNaN;
+        picture.values[3] = kInfinity;
+      }
+      for (const int radius : {0, 1, 5, 13, 60}) {
+        const std::vector<float> filter = Noise(2 * radius + 1, 1, 4).values;
+        std::vector<float> work(picture.values.size());
+        std::vector<float> result(picture.values.size());
+        const std::vector<float> expected = PlainConvolve(picture, filter);
+        VL::Detail::Convolve(result.data(), work.data(), picture.values.data(), width, height, filter.data(), radius);
+        EXPECT_TRUE(SameBits(result, expected)) << width << " x " << height << ", radius " << radius;
+        result = picture.values;
+        VL::Detail::Convolve(result.data(), work.data(), result.data(), width, height, filter.data(), radius);
+        EXPECT_TRUE(SameBits(result, expected)) << "in place, " << width << " x " << height << ", radius " << radius;
+      }
+    }
+  });
+}
+
+TEST(Convolve, FindsExtremaAsBruteForceDoesOnEveryTarget) {
+  // Few values, so that many neighbours are equal.
+  std::mt19937 random(9);
+  constexpr int kWidth = 150;
+  std::vector<float> rows[9];
+  for (auto& row : rows) {
+    for (int x = 0; x < kWidth; ++x) {
+      row.push_back(static_cast<float>(random() % 9) - 4.0F + (random() % 4 == 0 ? 0.5F : 0.0F));
+    }
+  }
+  for (int x = 10; x < kWidth; x += 7) {
+    rows[4][x] = x % 2 == 0 ? 6.0F : -6.0F;
+  }
+  rows[4][38] = rows[0][87] = kNaN;
+  rows[4][66] = kInfinity;
+  rows[8][100] = -kInfinity;
+  const auto extremal = [&](int x, float threshold) {
+    const float value = rows[4][x];
+    int below = 0;
+    int above = 0;
+    for (int n = 0; n < 27; ++n) {
+      const float neighbour = rows[n / 3][x + n % 3 - 1];
+      below += neighbour < value ? 1 : 0;
+      above += neighbour > value ? 1 : 0;
+    }
+    return (value >= threshold && below == 26) || (value <= -threshold && above == 26);
+  };
+  VL::Detail::Neighbourhood around;
+  for (int n = 0; n < 9; ++n) {
+    around.rows[n / 3][n % 3] = rows[n].data();
+  }
+  OnEachTarget([&] {
+    for (const auto& [begin, end, threshold] :
+         {std::tuple(1, 149, 1.0F), {1, 149, 0.0F}, {1, 149, -2.0F}, {1, 149, 6.0F}, {8, 27, 1.0F}, {20, 20, 1.0F}}) {
+      std::vector<int> expected;
+      for (int x = begin; x < end; ++x) {
+        if (extremal(x, threshold)) {
+          expected.push_back(x);
+        }
+      }
+      EXPECT_EQ(expected.empty(), begin == end);
+      std::vector<std::int32_t> columns(kWidth);
+      columns.resize(VL::Detail::FindExtrema(columns.data(), around, begin, end, threshold));
+      EXPECT_EQ(columns, expected) << begin << " to " << end << " above " << threshold;
+    }
+  });
+}
+
+// Scale space
+
+// The scale space of the default parameters in plain loops, by the smoothings that follow from them, worked out by
+// hand. Double precision gives the sanity check, float the bits.
+template <typename T>
+std::vector<T> PlainSmooth(const std::vector<T>& source, int width, int height, T sigma, int radius) {
+  std::vector<T> filter;
+  T sum = 0;
+  for (int k = -radius; k <= radius; ++k) {
+    filter.push_back(std::exp(T(-0.5) * static_cast<T>(k * k) / (sigma * sigma)));
+    sum += filter.back();
+  }
+  for (T& tap : filter) {
+    tap /= sum;
+  }
+  std::vector<T> work(source.size());
+  std::vector<T> result(source.size());
+  VL::ConvolveTranspose(work.data(), source.data(), width, height, filter.data(), radius);
+  VL::ConvolveTranspose(result.data(), work.data(), height, width, filter.data(), radius);
+  return result;
+}
+
+template <typename T>
+std::vector<T> EverySecond(const std::vector<T>& source, int width, int height) {
+  std::vector<T> result;
+  for (int y = 0; y < height / 2; ++y) {
+    for (int x = 0; x < width / 2; ++x) {
+      result.push_back(source[2 * y * width + 2 * x]);
+    }
+  }
+  return result;
+}
+
+template <typename T>
+void CheckPyramid(const Picture& picture, const std::function<void(const std::vector<T>&, const float*, int)>& check) {
+  constexpr std::pair<double, int> kSteps[] = {{1.2262735, 5}, {1.5450078, 7}, {1.9465880, 8}, {2.4525471, 10},
+                                               {3.0900161, 13}};
+  const TestSift sift(picture, {});
+  std::vector<T> next(picture.values.begin(), picture.values.end());
+  int width = picture.width;
+  int height = picture.height;
+  for (int o = 1; o <= 3; ++o) {
+    std::vector<T> level = EverySecond(next, width, height);
+    width /= 2;
+    height /= 2;
+    ASSERT_EQ(sift.GetOctaveWidth(o), width);
+    ASSERT_EQ(sift.GetOctaveHeight(o), height);
+    ASSERT_EQ(sift.GetSamplingPeriod(o), static_cast<float>(1 << o));
+    if (o == 1) {
+      level = PlainSmooth(level, width, height, static_cast<T>(1.5803481), 7);
+    }
+    check(level, sift.GetLevel(o, -1), o * 10);
+    for (int s = 0; s <= 4; ++s) {
+      level = PlainSmooth(level, width, height, static_cast<T>(kSteps[s].first), kSteps[s].second);
+      check(level, sift.GetLevel(o, s), o * 10 + s + 1);
+      next = s == 2 ? level : next;
+    }
+  }
+}
+
+TEST(Sift, PyramidEqualsPlainLoopsOnEveryTarget) {
+  const Picture picture = Noise(203, 158, 11);
+  OnEachTarget([&] {
+    CheckPyramid<double>(picture, [](const std::vector<double>& expected, const float* level, int which) {
+      for (std::size_t i = 0; i < expected.size(); ++i) {
+        ASSERT_NEAR(level[i], expected[i], 1e-5) << "octave and level " << which;
+      }
+    });
+  });
+}
+
+TEST(Sift, PyramidHasTheSameBitsOnEveryTarget) {
+  const Picture picture = Noise(203, 158, 11);
+  const TestSift best(picture, {});
+  OnEachTarget([&] {
+    const TestSift sift(picture, {});
+    for (int o = 1; o <= 3; ++o) {
+      const std::ptrdiff_t size = 6 * sift.GetOctaveWidth(o) * sift.GetOctaveHeight(o);
+      EXPECT_TRUE(std::equal(best.GetLevel(o, -1), best.GetLevel(o, -1) + size, sift.GetLevel(o, -1))) << o;
+    }
+  });
+}
+
+TEST(Sift, EveryLevelHasItsNominalScale) {
+  // The variance of a blob grows by the squares of the smoothings: measured on each level, it tells the scale.
+  constexpr double kBlob = 6;
+  const Picture picture(192, 192, [](double x, double y) { return Gaussian(x - 96, y - 96, kBlob); });
+  const std::pair<const char*, Parameters> cases[] = {
+      {"default", {}},
+      {"levels end below the next octave's first", {0.5F, 1.6F, 3, 3, 0, 0, 2}},
+      {"the same, far", {0.5F, 1.2F, 3, 4, 0, -1, 0}},
+      {"doubled", {0.5F, 1.6F, 3, 3, -1, -1, 4}},
+      {"soft input", {1.5F, 1.6F, 2, 2, 0, 0, 3}}};
+  for (const auto& [name, p] : cases) {
+    const TestSift sift(picture, p);
+    for (int o = p.omin; o < p.omin + p.O; ++o) {
+      for (int s = p.smin; s <= p.smax; ++s) {
+        const float* value = sift.GetLevel(o, s);
+        const double period = sift.GetSamplingPeriod(o);
+        double sum = 0;
+        double variance = 0;
+        for (int y = 0; y < sift.GetOctaveHeight(o); ++y) {
+          for (int x = 0; x < sift.GetOctaveWidth(o); ++x, ++value) {
+            sum += *value;
+            variance += *value * std::pow(x * period - 96, 2);
+          }
+        }
+        const double nominal = p.sigma0 * std::exp2(o + static_cast<double>(s) / p.S);
+        const double expected = kBlob * kBlob + nominal * nominal - p.sigman * p.sigman;
+        EXPECT_NEAR(std::sqrt(variance / sum), std::sqrt(expected), 0.01 * std::sqrt(expected))
+            << name << ", octave " << o << ", level " << s;
+      }
+    }
+  }
+}
+
+TEST(Sift, NegativeFirstOctaveDoublesThePicture) {
+  Picture picture(2, 2, [](double, double) { return 0; });
+  picture.values = {0, 4, 8, 16};
+  // The input counts as softer than the first level, so that the doubled picture stays as it is.
+  const TestSift sift(picture, {4.0F, 1.0F, 1, 3, -1, 0, 1});
+  const float* level = sift.GetLevel(-1, 0);
+  EXPECT_EQ(std::vector<float>(level, level + 16),
+            (std::vector<float>{0, 2, 4, 4, 4, 7, 10, 10, 8, 12, 16, 16, 8, 12, 16, 16}));
+  EXPECT_EQ(sift.GetSamplingPeriod(-1), 0.5F);
+  const TestSift twice(picture, {4.0F, 1.0F, 3, 3, -2, 0, 1});
+  EXPECT_EQ(twice.GetOctaveWidth(-2), 8);
+  level = twice.GetLevel(-2, 0);
+  EXPECT_EQ(std::vector<float>(level + 8, level + 16), (std::vector<float>{2, 3.25, 4.5, 5.75, 7, 7, 7, 7}));
+}
+
+TEST(Sift, AnotherPictureOfTheSameAreaFitsTheBuffers) {
+  const Picture first = Noise(60, 47, 1);
+  const Picture second = Noise(94, 30, 2);
+  ASSERT_EQ(first.values.size(), second.values.size());
+  TestSift sift(first, {0.5F, 1.6F, 4, 3, 0, -1, 4});
+  const std::vector<Keypoint> before = sift.Detect();
+  ASSERT_FALSE(before.empty());
+  sift.Orientations(before.front());
+  sift.BuildPyramid(second.values.data(), second.width, second.height);
+  EXPECT_EQ(sift.KeypointsBegin(), sift.KeypointsEnd());
+  TestSift fresh(second, {0.5F, 1.6F, 4, 3, 0, -1, 4});
+  // Gradients of the first picture must not survive.
+  const Keypoint keypoint = fresh.MakeKeypoint(45, 15, 2.0F);
+  EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), fresh.Descriptor(keypoint, 1)));
+  const auto a = sift.Detect();
+  const auto b = fresh.Detect();
+  ASSERT_EQ(a.size(), b.size());
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    EXPECT_TRUE(a[i].x == b[i].x && a[i].y == b[i].y && a[i].s == b[i].s && a[i].sigma == b[i].sigma);
+  }
+}
+
+// Keypoints
+
+TEST(Sift, FindsABlobAtItsPositionAndScale) {
+  // With blob variance b, input variance n and the factor k between levels, the difference of levels at the blob's
+  // centre, b / (b - n + k^2 t) - b / (b - n + t), is extremal at the variance t = (b - n) / k.
+  const double k = std::cbrt(2);
+  for (const auto& [x, y, sigma] : {std::tuple(60.0, 50.0, 5.0), {61.3, 52.6, 4.2}, {70.75, 49.5, 7.1}}) {
+    for (const double contrast : {0.8, -0.8}) {
+      for (const Parameters& p : {Parameters(), Parameters{0.5F, 2.0158737F, 4, 3, 0, -1, 4},
+                                  Parameters{0.5F, 2.0158737F, 4, 3, -1, -1, 4}}) {
+        const Picture picture(
+            128, 110, [&](double px, double py) { return 0.5 + contrast * Gaussian(px - x, py - y, sigma); });
+        const auto keypoints = TestSift(picture, p).Detect(0.05F);
+        ASSERT_EQ(keypoints.size(), 1U) << sigma << " from octave " << p.omin;
+        const Keypoint& found = keypoints[0];
+        EXPECT_NEAR(found.x, x, 0.1);
+        EXPECT_NEAR(found.y, y, 0.1);
+        EXPECT_NEAR(found.sigma / std::sqrt((sigma * sigma - 0.25) / k), 1, 0.03);
+        EXPECT_NEAR(found.sigma, p.sigma0 * std::exp2(found.o + found.s / 3), 1e-4);
+      }
+    }
+  }
+}
+
+// The solution of the 3 x 3 system m * b = r by Cramer's rule.
+std::array<double, 3> Cramer(const double (&m)[3][3], const double (&r)[3]) {
+  const auto determinant = [](const double (&a)[3][3]) {
+    return a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
+           a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0]);
+  };
+  std::array<double, 3> b;
+  for (int column = 0; column < 3; ++column) {
+    double a[3][3];
+    for (int i = 0; i < 9; ++i) {
+      a[i / 3][i % 3] = i % 3 == column ? r[i / 3] : m[i / 3][i % 3];
+    }
+    b[column] = determinant(a) / determinant(m);
+  }
+  return b;
+}
+
+// Detection in one octave, straight from the definition, in double precision.
+std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int o, double threshold, double edge) {
+  const int w = sift.GetOctaveWidth(o);
+  const int h = sift.GetOctaveHeight(o);
+  const auto at = [&](int x, int y, int s) -> double {
+    return sift.GetLevel(o, s + 1)[y * w + x] - sift.GetLevel(o, s)[y * w + x];
+  };
+  const auto isExtremum = [&](int x, int y, int s) {
+    const double v = at(x, y, s);
+    int beaten = 0;
+    for (int n = 0; n < 27 && std::abs(v) >= 0.8 * threshold; ++n) {
+      const double other = at(x + n % 3 - 1, y + n / 3 % 3 - 1, s + n / 9 - 1);
+      beaten += (v > 0 ? v > other : v < other) ? 1 : 0;
+    }
+    return beaten == 26;
+  };
+  std::vector<Keypoint> result;
+  const auto refine = [&](int x, int y, int s) {
+    std::array<double, 3> b;
+    double value = 0;
+    double score = 0;
+    int dx = 0;
+    int dy = 0;
+    for (int i = 0; i < 5 && (i == 0 || dx != 0 || dy != 0); ++i) {
+      x += dx;
+      y += dy;
+      const auto f = [&](int a, int c, int e) { return at(x + a, y + c, s + e); };
+      const double g[3] = {(f(1, 0, 0) - f(-1, 0, 0)) / 2, (f(0, 1, 0) - f(0, -1, 0)) / 2,
+                           (f(0, 0, 1) - f(0, 0, -1)) / 2};
+      const double xx = f(1, 0, 0) + f(-1, 0, 0) - 2 * f(0, 0, 0);
+      const double yy = f(0, 1, 0) + f(0, -1, 0) - 2 * f(0, 0, 0);
+      const double ss = f(0, 0, 1) + f(0, 0, -1) - 2 * f(0, 0, 0);
+      const double xy = (f(1, 1, 0) + f(-1, -1, 0) - f(-1, 1, 0) - f(1, -1, 0)) / 4;
+      const double xs = (f(1, 0, 1) + f(-1, 0, -1) - f(-1, 0, 1) - f(1, 0, -1)) / 4;
+      const double ys = (f(0, 1, 1) + f(0, -1, -1) - f(0, -1, 1) - f(0, 1, -1)) / 4;
+      b = Cramer({{xx, xy, xs}, {xy, yy, ys}, {xs, ys, ss}}, {-g[0], -g[1], -g[2]});
+      value = f(0, 0, 0) + (g[0] * b[0] + g[1] * b[1] + g[2] * b[2]) / 2;
+      score = (xx + yy) * (xx + yy) / (xx * yy - xy * xy);
+      dx = b[0] > 0.6 && x < w - 2 ? 1 : b[0] < -0.6 && x > 1 ? -1 : 0;
+      dy = b[1] > 0.6 && y < h - 2 ? 1 : b[1] < -0.6 && y > 1 ? -1 : 0;
+    }
+    if (std::abs(value) > threshold && score >= 0 && score < (edge + 1) * (edge + 1) / edge && std::abs(b[0]) < 1.5 &&
+        std::abs(b[1]) < 1.5 && std::abs(b[2]) < 1.5 && x + b[0] >= 0 && x + b[0] <= w - 1 && y + b[1] >= 0 &&
+        y + b[1] <= h - 1 && s + b[2] >= p.smin && s + b[2] <= p.smax) {
+      const double period = std::exp2(o);
+      result.push_back({o, x, y, s, static_cast<float>((x + b[0]) * period), static_cast<float>((y + b[1]) * period),
+                        static_cast<float>(s + b[2]),
+                        static_cast<float>(p.sigma0 * std::exp2(o + (s + b[2]) / p.S))});
+    }
+  };
+  for (int s = p.smin + 1; s <= p.smax - 2; ++s) {
+    for (int y = 1; y <= h - 2; ++y) {
+      for (int x = 1; x <= w - 2; ++x) {
+        if (isExtremum(x, y, s)) {
+          refine(x, y, s);
+        }
+      }
+    }
+  }
+  return result;
+}
+
+TEST(Sift, DetectionFollowsItsDefinition) {
+  for (const Parameters& p : {Parameters(), Parameters{0.5F, 1.6F, 4, 3, 0, -1, 4}, Parameters{0.5F, 1.6F, 2, 2, -1, 0, 4}}) {
+    const Picture picture = Noise(p.omin < 1 ? 97 : 411, 203, 21);
+    TestSift sift(picture, p);
+    for (const auto& [threshold, edge] : {std::pair(0.04F / 6, 10.0F), {0.0F, 3.0F}, {0.02F, 10.0F}}) {
+      std::vector<Keypoint> expected;
+      for (int o = p.omin; o < p.omin + p.O; ++o) {
+        const auto more = PlainDetect(sift, p, o, threshold, edge);
+        expected.insert(expected.end(), more.begin(), more.end());
+      }
+      const auto keypoints = sift.Detect(threshold, edge);
+      ASSERT_EQ(keypoints.size(), expected.size());
+      EXPECT_GT(keypoints.size(), 10U);
+      for (std::size_t i = 0; i < keypoints.size(); ++i) {
+        EXPECT_EQ(std::tie(keypoints[i].o, keypoints[i].ix, keypoints[i].iy, keypoints[i].is),
+                  std::tie(expected[i].o, expected[i].ix, expected[i].iy, expected[i].is));
+        EXPECT_NEAR(keypoints[i].x, expected[i].x, 0.01);
+        EXPECT_NEAR(keypoints[i].y, expected[i].y, 0.01);
+        EXPECT_NEAR(keypoints[i].s, expected[i].s, 0.01);
+        EXPECT_NEAR(keypoints[i].sigma, expected[i].sigma, 0.003 * expected[i].sigma);
+      }
+    }
+  }
+}
+
+TEST(Sift, RejectsEdges) {
+  // A blob four times as long as wide: the ratio of its curvatures lies between 10 and 30.
+  const Picture picture(160, 160, [](double x, double y) {
+    return std::exp(-0.5 * (std::pow((x - 80) / 5, 2) + std::pow((y - 80) / 30, 2)));
+  });
+  TestSift sift(picture, {});
+  const auto atCentre = [](const Keypoint& k) { return std::hypot(k.x - 80, k.y - 80) < 2; };
+  const auto tolerant = sift.Detect(0.01F, 40);
+  EXPECT_EQ(std::count_if(tolerant.begin(), tolerant.end(), atCentre), 1);
+  const auto strict = sift.Detect(0.01F, 10);
+  EXPECT_EQ(std::count_if(strict.begin(), strict.end(), atCentre), 0);
+  const Picture step(160, 160, [](double x, double) { return x < 80 ? 0.1 : 0.9; });
+  EXPECT_TRUE(TestSift(step, {}).Detect(0.01F, 10).empty());
+}
+
+TEST(Sift, DegeneratePicturesHaveNoKeypoints) {
+  for (const auto& [width, height] : {std::pair(0, 0), {1, 1}, {1, 500}, {500, 1}, {2, 2}, {7, 7}, {-3, 5}, {64, 48}}) {
+    for (const float value : {0.0F, 0.7F, kNaN, kInfinity, -kInfinity}) {
+      for (const int omin : {-1, 0, 1, 4}) {
+        const Picture picture(width, height, [&](double, double) { return value; });
+        EXPECT_TRUE(TestSift(picture, {0.5F, 2.0F, 5, 3, omin, -1, 4}).Detect(0.0F).empty()) << width << " " << value;
+      }
+    }
+  }
+  EXPECT_TRUE(TestSift(Noise(1, 500, 2), {0.5F, 2.0F, 3, 3, 0, -1, 4}).Detect(0.0F).empty());
+  VL::Sift none(nullptr, 100, 100, 0.5F, 2.0F, 3, 3, 1, -1, 4);
+  none.DetectKeypoints(0, 10);
+  EXPECT_EQ(none.KeypointsBegin(), none.KeypointsEnd());
+}
+
+TEST(Sift, BrokenValuesSpoilOnlyWhatTheyTouch) {
+  const Parameters p = {0.5F, 2.0158737F, 1, 3, 0, -1, 4};
+  const Picture whole = Noise(300, 120, 8);
+  for (const float value : {kNaN, kInfinity, -kInfinity}) {
+    Picture broken = whole;
+    broken.values[60 * 300 + 280] = value;
+    TestSift sift(broken, p);
+    const auto keypoints = sift.Detect();
+    for (const Keypoint& keypoint : keypoints) {
+      EXPECT_TRUE(std::isfinite(keypoint.x + keypoint.y + keypoint.s + keypoint.sigma));
+      for (const float angle : sift.Orientations(keypoint)) {
+        for (const float element : sift.Descriptor(keypoint, angle)) {
+          EXPECT_TRUE(element >= 0 && element <= 1);
+        }
+      }
+    }
+    // The radii of all filters sum up to below 60.
+    const auto count = [](const std::vector<Keypoint>& all) {
+      return std::count_if(all.begin(), all.end(), [](const Keypoint& keypoint) { return keypoint.x < 210; });
+    };
+    EXPECT_EQ(count(keypoints), count(TestSift(whole, p).Detect()));
+    EXPECT_GT(count(keypoints), 20);
+  }
+}
+
+TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
+  constexpr int kMost = std::numeric_limits<int>::max();
+  const Parameters cases[] = {{0.0F},
+                              {-1.0F},
+                              {kNaN},
+                              {kInfinity},
+                              {0.5F, 0.0F},
+                              {0.5F, kNaN},
+                              {0.5F, 1e30F},
+                              {0.5F, 2, 0},
+                              {0.5F, 2, -1},
+                              {0.5F, 2, kMost},
+                              {0.5F, 2, 3, 0},
+                              {0.5F, 2, 3, -kMost},
+                              {0.5F, 2, 3, 3, -9},
+                              {0.5F, 2, 3, 3, 17},
+                              {0.5F, 2, 3, 3, 1, 5, 4},
+                              {0.5F, 2, 3, 3, 1, -kMost, kMost},
+                              {0.5F, 2, 3, 3, 1, -kMost - 1, -kMost - 1},
+                              {0.5F, 2, 3, 1, 1, 0, 60}};
+  const Picture picture = Noise(64, 64, 1);
+  for (const Parameters& p : cases) {
+    TestSift sift(picture, p);
+    EXPECT_TRUE(sift.Detect(0).empty());
+    EXPECT_EQ(sift.Descriptor(sift.MakeKeypoint(32, 32, 3), 0, 7)[0], 7);
+    sift.BuildPyramid(picture.values.data(), picture.width, picture.height);
+    EXPECT_TRUE(sift.Detect(0).empty());
+  }
+  // 2^31 floats and a little more: the picture is not read.
+  const float pixel = 0;
+  VL::Sift large(&pixel, 10924, 10924, 0.5F, 1.6F, 3, 3, 0, -1, 4);
+  large.DetectKeypoints(0, 10);
+  EXPECT_EQ(large.KeypointsBegin(), large.KeypointsEnd());
+  VL::Sift doubled(&pixel, kMost, kMost, 0.5F, 1.6F, 3, 3, -8, -1, 4);
+  EXPECT_EQ(doubled.KeypointsBegin(), doubled.KeypointsEnd());
+  EXPECT_DEATH(large.GetLevel(0, 0), "omin <= o && o < omin \\+ O");
+}
+
+TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
+  const TestSift sift(Noise(32, 32, 1), {});
+  EXPECT_DEATH(sift.GetOctaveWidth(0), "omin <= o && o < omin \\+ O");
+  EXPECT_DEATH(sift.GetSamplingPeriod(4), "omin <= o && o < omin \\+ O");
+  EXPECT_DEATH(sift.GetLevel(1, 5), "smin <= s && s <= smax");
+  EXPECT_DEATH(VL::Detail::expn(25.1F), "x <= Detail::expnTableMax");
+  EXPECT_DEATH(VL::Detail::expn(kNaN), "x <= Detail::expnTableMax");
+}
+
+// Orientation and descriptor
+
+TEST(Sift, OrientationOfASlopeIsItsDirection) {
+  // A bin's centre is 10 i + 5 degrees; directions on either side of 0 fall into the bins 0 and 35.
+  for (const auto& [direction, expected] : {std::pair(5.0, 5.0), {95.0, 95.0}, {215.0, 215.0}, {355.0, 355.0},
+                                            {0.0, 5.0}, {3.0, 5.0}, {-3.0, 355.0}, {-1e-7, 5.0}}) {
+    const double c = std::cos(direction * kPi / 180);
+    const double s = std::sin(direction * kPi / 180);
+    TestSift sift(Picture(128, 128, [&](double x, double y) { return 0.01 * (c * x + s * y); }), {});
+    const auto angles = sift.Orientations(sift.MakeKeypoint(64, 64, 4));
+    ASSERT_EQ(angles.size(), 1U) << direction;
+    EXPECT_NEAR(angles[0], expected * kPi / 180, 1e-3) << direction;
+  }
+  TestSift flat(Picture(128, 128, [](double, double) { return 0.5; }), {});
+  EXPECT_TRUE(flat.Orientations(flat.MakeKeypoint(64, 64, 4)).empty());
+}
+
+TEST(Sift, FirstFourOrientationsCount) {
+  // A cup with six sides has six equal peaks, at 5, 65, ... degrees. Weakening the first by half leaves it below 80%.
+  for (const bool weak : {false, true}) {
+    TestSift sift(Picture(257, 257,
+                          [&](double x, double y) {
+                            double height = 0;
+                            for (int i = 0; i < 6; ++i) {
+                              const double angle = (5 + 60 * i) * kPi / 180;
+                              const double slope = weak && i == 0 ? 0.5 : 1;
+                              height = std::max(height, slope * (std::cos(angle) * (x - 128) + std::sin(angle) * (y - 128)));
+                            }
+                            return 0.01 * height;
+                          }),
+                  {0.5F, 1.6F, 4, 3, 0, -1, 4});
+    const auto angles = sift.Orientations(sift.MakeKeypoint(128, 128, 10));
+    ASSERT_EQ(angles.size(), 4U);
+    for (int i = 0; i < 4; ++i) {
+      EXPECT_NEAR(angles[i] * 180 / kPi, (weak ? 65 : 5) + 60 * i, 3);
+    }
+  }
+}
+
+// The descriptor straight from its definition, in double precision.
+std::vector<float> PlainDescriptor(const VL::Sift& sift, const Keypoint& keypoint, double angle, bool normalize) {
+  const int w = sift.GetOctaveWidth(keypoint.o);
+  const int h = sift.GetOctaveHeight(keypoint.o);
+  const float* level = sift.GetLevel(keypoint.o, keypoint.is);
+  const double period = sift.GetSamplingPeriod(keypoint.o);
+  const double bin = 3 * keypoint.sigma / period;
+  const int reach = static_cast<int>(bin * std::sqrt(2) * 2.5 + 0.5);
+  const int xi = static_cast<int>(keypoint.x / period + 0.5);
+  const int yi = static_cast<int>(keypoint.y / period + 0.5);
+  std::vector<double> sums(128);
+  for (int y = std::max(1, yi - reach); y <= std::min(h - 2, yi + reach); ++y) {
+    for (int x = std::max(1, xi - reach); x <= std::min(w - 2, xi + reach); ++x) {
+      const double gx = (level[y * w + x + 1] - level[y * w + x - 1]) / 2;
+      const double gy = (level[(y + 1) * w + x] - level[(y - 1) * w + x]) / 2;
+      const double theta = angle - std::atan2(gy, gx);
+      const double dx = x - keypoint.x / period;
+      const double dy = y - keypoint.y / period;
+      const double nx = (std::cos(angle) * dx + std::sin(angle) * dy) / bin;
+      const double ny = (std::cos(angle) * dy - std::sin(angle) * dx) / bin;
+      const double weight = std::hypot(gx, gy) * std::exp(-(nx * nx + ny * ny) / 8);
+      // Every bin takes what its distance leaves of the sample.
+      for (int i = 0; i < 128; ++i) {
+        const double bx = std::abs(nx - (i / 8 % 4 - 1.5));
+        const double by = std::abs(ny - (i / 32 - 1.5));
+        const double bt = std::abs(std::remainder(theta * 4 / kPi - i % 8, 8));
+        sums[i] += weight * std::max(0.0, 1 - bx) * std::max(0.0, 1 - by) * std::max(0.0, 1 - bt);
+      }
+    }
+  }
+  for (int pass = 0; pass < 2 && normalize; ++pass) {
+    double norm = 0;
+    for (const double value : sums) {
+      norm += value * value;
+    }
+    for (double& value : sums) {
+      value = pass == 0 ? std::min(0.2, value / std::sqrt(norm)) : value / std::sqrt(norm);
+    }
+  }
+  return {sums.begin(), sums.end()};
+}
+
+TEST(Sift, DescriptorFollowsItsDefinition) {
+  TestSift sift(Picture(256, 256, Scene), {});
+  auto keypoints = sift.Detect();
+  ASSERT_GT(keypoints.size(), 20U);
+  keypoints.push_back(sift.MakeKeypoint(3, 250.3F, 5));  // most of its window lies outside
+  for (std::size_t i = 0; i < keypoints.size(); i += 3) {
+    for (const float angle : {0.0F, 2.5F, -1.0F, 100.0F}) {
+      for (const bool normalize : {true, false}) {
+        sift.normalizeDescriptors = normalize;
+        const auto expected = PlainDescriptor(sift, keypoints[i], angle, normalize);
+        EXPECT_LT(Distance(sift.Descriptor(keypoints[i], angle), expected), 1e-3 * Distance(expected, std::vector<float>(128)));
+      }
+    }
+  }
+}
+
+TEST(Sift, NormalizeGivesLengthOne) {
+  float values[] = {3, 0, -4};
+  VL::Sift::Normalize(values, values + 3);
+  EXPECT_NEAR(values[0], 0.6, 1e-6);
+  EXPECT_NEAR(values[2], -0.8, 1e-6);
+  float zeros[] = {0, 0};
+  VL::Sift::Normalize(zeros, zeros + 2);
+  EXPECT_EQ(zeros[0] + zeros[1], 0);
+  VL::Sift::Normalize(zeros, zeros);
+}
+
+TEST(Sift, MakeKeypointFindsOctaveAndLevel) {
+  const TestSift sift(Noise(128, 128, 1), {});
+  for (int o = 1; o <= 3; ++o) {
+    for (int s = 0; s <= 2; ++s) {
+      const float sigma = 2.0158737F * std::exp2(static_cast<float>(o) + (static_cast<float>(s) - 0.3F) / 3);
+      const Keypoint keypoint = sift.MakeKeypoint(50.9F, 21, sigma);
+      EXPECT_EQ(std::pair(keypoint.o, keypoint.is), std::pair(o, s));
+      EXPECT_NEAR(keypoint.s, s - 0.3, 1e-4);
+      EXPECT_EQ(keypoint.ix, static_cast<int>(50.9 / (1 << o) + 0.5));
+      EXPECT_EQ(keypoint.iy, static_cast<int>(21.0 / (1 << o) + 0.5));
+      EXPECT_EQ(std::tuple(keypoint.x, keypoint.y, keypoint.sigma), std::tuple(50.9F, 21.0F, sigma));
+    }
+  }
+  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e-3F).o, 1);
+  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e-3F).is, 0);
+  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e5F).o, 3);
+  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e5F).is, 2);
+}
+
+TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
+  TestSift sift(Noise(128, 128, 1), {});
+  const Keypoint good = sift.MakeKeypoint(64, 64, 4);
+  const auto with = [&](auto change) {
+    Keypoint keypoint = good;
+    change(keypoint);
+    return keypoint;
+  };
+  const Keypoint cases[] = {with([](Keypoint& k) { k.x = -3; }),
+                            with([](Keypoint& k) { k.x = 127.1F; }),
+                            with([](Keypoint& k) { k.y = 1e30F; }),
+                            with([](Keypoint& k) { k.y = kNaN; }),
+                            with([](Keypoint& k) { k.is = -1; }),
+                            with([](Keypoint& k) { k.is = 3; }),
+                            with([](Keypoint& k) { k.o = 0; }),
+                            with([](Keypoint& k) { k.o = 4; }),
+                            sift.MakeKeypoint(64, 64, 0.1F),
+                            sift.MakeKeypoint(64, 64, 1e-30F),
+                            sift.MakeKeypoint(64, 64, 0),
+                            sift.MakeKeypoint(64, 64, -1),
+                            sift.MakeKeypoint(64, 64, 1e12F),
+                            sift.MakeKeypoint(64, 64, kInfinity),
+                            sift.MakeKeypoint(64, 64, kNaN)};
+  std::ostringstream errors;
+  std::streambuf* const before = std::cerr.rdbuf(errors.rdbuf());
+  std::string lines;
+  for (const Keypoint& keypoint : cases) {
+    EXPECT_TRUE(sift.Orientations(keypoint).empty());
+    lines += "!\n";
+    EXPECT_EQ(sift.Descriptor(keypoint, 0, 7), std::vector<float>(128, 7));
+    EXPECT_EQ(errors.str(), lines);
+  }
+  EXPECT_EQ(sift.Descriptor(good, kInfinity, 7)[0], 7);
+  // Scales between: as soon as there is an orientation, arithmetic stays in range.
+  for (float sigma = 0.05F; sigma < 1000; sigma *= 1.05F) {
+    const Keypoint keypoint = sift.MakeKeypoint(64.9F, 63.1F, sigma);
+    EXPECT_EQ(sift.Orientations(keypoint).empty(), sigma < 0.15F) << sigma;
+    EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 0.134F) << sigma;
+  }
+  std::cerr.rdbuf(before);
+}
+
+// Invariance
+
+struct Described {
+  Keypoint keypoint;
+  float angle;
+  std::vector<float> descriptor;
+};
+
+std::vector<Described> Describe(TestSift& sift, float threshold) {
+  std::vector<Described> result;
+  for (const Keypoint& keypoint : sift.Detect(threshold)) {
+    for (const float angle : sift.Orientations(keypoint)) {
+      EXPECT_TRUE(angle >= 0 && angle < 2 * kPi);
+      result.push_back({keypoint, angle, sift.Descriptor(keypoint, angle)});
+      double length = 0;
+      for (const float value : result.back().descriptor) {
+        length += value * value;
+      }
+      EXPECT_NEAR(length, 1, 1e-4);
+    }
+  }
+  return result;
+}
+
+TEST(Sift, QuarterTurnTurnsKeypointsAndKeepsDescriptors) {
+  const Parameters p = {0.5F, 1.6F, 1, 3, 0, -1, 4};
+  TestSift upright(Picture(160, 120, Scene), p);
+  // Column x, row y of the picture comes to column 119 - y, row x.
+  TestSift turned(Picture(120, 160, [](double x, double y) { return Scene(y, 119 - x); }), p);
+  const auto a = Describe(upright, 0.01F);
+  const auto b = Describe(turned, 0.01F);
+  ASSERT_GT(a.size(), 30U);
+  ASSERT_EQ(a.size(), b.size());
+  for (const Described& one : a) {
+    const auto isPartner = [&](const Described& other) {
+      const double turn = std::remainder(other.angle - one.angle - kPi / 2, 2 * kPi);
+      return std::hypot(other.keypoint.x - (119 - one.keypoint.y), other.keypoint.y - one.keypoint.x) < 0.02 &&
+             std::abs(turn) < 0.01;
+    };
+    const auto partner = std::find_if(b.begin(), b.end(), isPartner);
+    ASSERT_NE(partner, b.end()) << one.keypoint.x << " " << one.keypoint.y;
+    EXPECT_NEAR(partner->keypoint.sigma, one.keypoint.sigma, 0.01);
+    EXPECT_LT(Distance(partner->descriptor, one.descriptor), 0.02);
+  }
+}
+
+TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {
+  struct Case {
+    const char* name;
+    double turn, scale, dx, dy, gain, light;
+  };
+  constexpr Case kCases[] = {{"shift", 0, 1, 7.25, -4.5, 1, 0},       {"turn", 35, 1, 100, -50, 1, 0},
+                             {"half turn", 180, 1, 250, 250, 1, 0},   {"twice as large", 0, 2, 0, 0, 1, 0},
+                             {"light and contrast", 0, 1, 0, 0, 0.4, 0.3}, {"all", -20, 1.5, -60, 80, 0.7, -0.1}};
+  const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
+  TestSift original(Picture(256, 256, Scene), p);
+  const auto a = Describe(original, 0.01F);
+  for (const Case& c : kCases) {
+    // A point goes to scale * turned + (dx, dy).
+    const double co = std::cos(c.turn * kPi / 180) * c.scale;
+    const double si = std::sin(c.turn * kPi / 180) * c.scale;
+    const auto size = static_cast<int>(256 * c.scale);
+    TestSift changed(Picture(size, size,
+                             [&](double x, double y) {
+                               const double u = (co * (x - c.dx) + si * (y - c.dy)) / (c.scale * c.scale);
+                               const double v = (co * (y - c.dy) - si * (x - c.dx)) / (c.scale * c.scale);
+                               return c.gain * Scene(u, v) + c.light;
+                             }),
+                     p);
+    const auto b = Describe(changed, static_cast<float>(0.01 * c.gain));
+    int visible = 0;
+    int correct = 0;
+    for (const Described& one : a) {
+      const double x = co * one.keypoint.x - si * one.keypoint.y + c.dx;
+      const double y = si * one.keypoint.x + co * one.keypoint.y + c.dy;
+      const double margin = 8 * one.keypoint.sigma * c.scale;
+      if (std::min(x, y) < margin || std::max(x, y) > size - margin || one.keypoint.sigma < 2 ||
+          std::min(one.keypoint.x, one.keypoint.y) < margin || std::max(one.keypoint.x, one.keypoint.y) > 256 - margin) {
+        continue;
+      }
+      ++visible;
+      const auto nearest = std::min_element(b.begin(), b.end(), [&](const Described& m, const Described& n) {
+        return Distance(m.descriptor, one.descriptor) < Distance(n.descriptor, one.descriptor);
+      });
+      const double distance = std::hypot(nearest->keypoint.x - x, nearest->keypoint.y - y);
+      correct += distance < c.scale && std::abs(nearest->keypoint.sigma / (one.keypoint.sigma * c.scale) - 1) < 0.1 &&
+                         std::abs(std::remainder(nearest->angle - one.angle - c.turn * kPi / 180, 2 * kPi)) < 0.1
+                     ? 1
+                     : 0;
+    }
+    EXPECT_GT(visible, 40) << c.name;
+    EXPECT_GE(correct, 0.9 * visible) << c.name << ": " << correct << " of " << visible;
+  }
+}
+
+}  // namespace

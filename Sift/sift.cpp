@@ -1,0 +1,711 @@
+#include "Sift/sift.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <limits>
+#include <new>
+#include <numbers>
+#include <tuple>
+#include <utility>
+
+// The assertions below stand between a wrong index and foreign memory: they stay on in every build.
+#undef NDEBUG
+#include <cassert>
+
+namespace VL {
+
+namespace {
+
+constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
+constexpr float_t kPi = std::numbers::pi_v<float_t>;
+constexpr float_t kTwoPi = 2.0F * kPi;
+
+constexpr int kOrientationBins = 36;
+constexpr float_t kOrientationWindow = 1.5F;  // its sigma, in units of the keypoint's scale
+constexpr float_t kOrientationReach = 3.0F;   // where it ends, in units of that sigma
+constexpr int kHistogramSmoothings = 6;
+constexpr float_t kPeakRatio = 0.8F;
+
+constexpr int kSpatialBins = 4;  // per side
+constexpr int kDirectionBins = 8;
+constexpr float_t kDescriptorClamp = 0.2F;
+
+constexpr float_t kCandidateRatio = 0.8F;  // of the threshold, before refinement
+constexpr int kRefinements = 5;
+constexpr float_t kMoveOffset = 0.6F;
+constexpr float_t kLargestOffset = 1.5F;
+constexpr float_t kSingularPivot = 1e-10F;
+
+// A size in octave `o`.
+std::int64_t Shifted(std::int64_t size, std::int32_t o) { return o < 0 ? size << -o : size >> std::min(o, 62); }
+
+// Null if there is no memory.
+std::unique_ptr<float_t[]> AllocateFloats(std::int64_t count) {
+  return std::unique_ptr<float_t[]>(new (std::nothrow) float_t[static_cast<std::size_t>(count)]);
+}
+
+// Truncates towards zero; what no integer can hold becomes the nearest, and NaN 0.
+std::int32_t Truncate(float_t value) {
+  constexpr auto kMost = static_cast<float_t>(1 << 30);
+  return std::isnan(value) ? 0 : static_cast<std::int32_t>(std::clamp(value, -kMost, kMost));
+}
+
+// Reduces an angle to 0 included to 2 pi. A tiny negative one rounds to 2 pi itself.
+float_t Reduce(float_t angle) {
+  const float_t rest = std::fmod(angle, kTwoPi);
+  return rest < 0 ? rest + kTwoPi : rest;
+}
+
+// Takes every `step`-th element of every `step`-th row.
+void Subsample(float_t* destination, std::int32_t width, std::int32_t height, const float_t* source,
+               std::int64_t sourceWidth, std::int32_t step) {
+  for (std::int32_t y = 0; y < height; ++y) {
+    const float_t* const row = source + y * sourceWidth * step;
+    for (std::int32_t x = 0; x < width; ++x) {
+      *destination++ = row[static_cast<std::int64_t>(x) * step];
+    }
+  }
+}
+
+// Doubles `height` rows of `width` elements along the row, with means between neighbours and the last element twice,
+// and writes the result transposed.
+void DoubleTranspose(float_t* destination, const float_t* source, std::int64_t width, std::int64_t height) {
+  for (std::int64_t y = 0; y < height; ++y) {
+    const float_t* const row = source + y * width;
+    float_t* column = destination + y;
+    for (std::int64_t x = 0; x < width; ++x) {
+      column[0] = row[x];
+      column[height] = x + 1 < width ? 0.5F * (row[x] + row[x + 1]) : row[x];
+      column += 2 * height;
+    }
+  }
+}
+
+// First and second derivatives of a difference of levels, by differences of the 3 x 3 x 3 samples around a point.
+struct Derivatives {
+  float_t value, x, y, s, xx, yy, ss, xy, xs, ys;
+};
+
+// `samples` points to the middle one; the next row is `row` further, the next level `plane`.
+Derivatives Differentiate(const float_t* samples, std::ptrdiff_t row, std::ptrdiff_t plane) {
+  const auto at = [=](int x, int y, int s) { return samples[x + y * row + s * plane]; };
+  Derivatives d;
+  d.value = at(0, 0, 0);
+  d.x = 0.5F * (at(1, 0, 0) - at(-1, 0, 0));
+  d.y = 0.5F * (at(0, 1, 0) - at(0, -1, 0));
+  d.s = 0.5F * (at(0, 0, 1) - at(0, 0, -1));
+  d.xx = at(1, 0, 0) + at(-1, 0, 0) - 2.0F * at(0, 0, 0);
+  d.yy = at(0, 1, 0) + at(0, -1, 0) - 2.0F * at(0, 0, 0);
+  d.ss = at(0, 0, 1) + at(0, 0, -1) - 2.0F * at(0, 0, 0);
+  d.xy = 0.25F * (at(1, 1, 0) + at(-1, -1, 0) - at(-1, 1, 0) - at(1, -1, 0));
+  d.xs = 0.25F * (at(1, 0, 1) + at(-1, 0, -1) - at(-1, 0, 1) - at(1, 0, -1));
+  d.ys = 0.25F * (at(0, 1, 1) + at(0, -1, -1) - at(0, -1, 1) - at(0, 1, -1));
+  return d;
+}
+
+using Offset = std::array<float_t, 3>;
+
+// The offset at which the quadratic through the point has its extremum, by Gaussian elimination with row pivoting; zero
+// where the second derivatives are singular.
+Offset SolveOffset(const Derivatives& d) {
+  std::array<std::array<float_t, 3>, 3> a = {{{d.xx, d.xy, d.xs}, {d.xy, d.yy, d.ys}, {d.xs, d.ys, d.ss}}};
+  Offset b = {-d.x, -d.y, -d.s};
+  for (int j = 0; j < 3; ++j) {
+    int best = j;
+    float_t pivot = 0;
+    for (int i = j; i < 3; ++i) {
+      if (std::abs(a[i][j]) > std::abs(pivot)) {
+        best = i;
+        pivot = a[i][j];
+      }
+    }
+    if (std::abs(pivot) < kSingularPivot) {
+      return {};
+    }
+    std::swap(a[j], a[best]);
+    std::swap(b[j], b[best]);
+    for (int k = j; k < 3; ++k) {
+      a[j][k] /= pivot;
+    }
+    b[j] /= pivot;
+    for (int i = j + 1; i < 3; ++i) {
+      const float_t factor = a[i][j];
+      for (int k = j; k < 3; ++k) {
+        a[i][k] -= factor * a[j][k];
+      }
+      b[i] -= factor * b[j];
+    }
+  }
+  b[1] -= b[2] * a[1][2];
+  b[0] -= b[2] * a[0][2];
+  b[0] -= b[1] * a[0][1];
+  return b;
+}
+
+// The step of a refinement along an axis, which keeps a sample between the point and the border.
+int Step(float_t offset, std::int32_t position, std::int32_t size) {
+  if (offset > kMoveOffset && position < size - 2) {
+    return 1;
+  }
+  return offset < -kMoveOffset && position > 1 ? -1 : 0;
+}
+
+// The tests of contrast and of edges (section 4 of the paper). A saddle has a negative score; NaN passes none of them.
+bool IsStrong(const Derivatives& d, const Offset& b, float_t threshold, float_t edgeThreshold) {
+  const float_t value = d.value + 0.5F * (d.x * b[0] + d.y * b[1] + d.s * b[2]);
+  const float_t trace = d.xx + d.yy;
+  const float_t score = trace * trace / (d.xx * d.yy - d.xy * d.xy);
+  const float_t limit = (edgeThreshold + 1) * (edgeThreshold + 1) / edgeThreshold;
+  return std::abs(value) > threshold && score < limit && score >= 0 && std::abs(b[0]) < kLargestOffset &&
+         std::abs(b[1]) < kLargestOffset && std::abs(b[2]) < kLargestOffset;
+}
+
+using Histogram = std::array<float_t, kOrientationBins>;
+
+void SmoothHistogram(Histogram& bins) {
+  const float_t first = bins.front();
+  float_t before = bins.back();
+  for (int i = 0; i < kOrientationBins; ++i) {
+    const float_t after = i + 1 < kOrientationBins ? bins[i + 1] : first;
+    before = std::exchange(bins[i], (before + bins[i] + after) / 3.0F);
+  }
+}
+
+// Writes the angles of the first peaks, each the extremum of a parabola through a bin and its neighbours.
+int FindPeaks(const Histogram& bins, float_t* angles) {
+  const float_t highest = *std::max_element(bins.begin(), bins.end());
+  int count = 0;
+  for (int i = 0; i < kOrientationBins && count < Sift::kMaxOrientations; ++i) {
+    const float_t h0 = bins[i];
+    const float_t hm = bins[(i + kOrientationBins - 1) % kOrientationBins];
+    const float_t hp = bins[(i + 1) % kOrientationBins];
+    if (h0 > kPeakRatio * highest && h0 > hm && h0 > hp) {
+      const float_t di = -0.5F * (hp - hm) / (hp + hm - 2 * h0);
+      const float_t angle = kTwoPi * (static_cast<float_t>(i) + di + 0.5F) / kOrientationBins;
+      // The last bin reaches up to 2 pi, which in floats lies above the real one.
+      angles[count++] = angle < kTwoPi ? angle : 0;
+    }
+  }
+  return count;
+}
+
+// A sample seen from the keypoint: its offset in bins, and its direction in direction bins.
+struct DescriptorSample {
+  float_t nx, ny, nt;
+  float_t weight;
+};
+
+// Shares a sample among the eight bins around it; spatial bins outside the grid get nothing.
+void Distribute(const DescriptorSample& sample, float_t* descriptor) {
+  const auto binx = static_cast<int>(std::floor(sample.nx - 0.5F));
+  const auto biny = static_cast<int>(std::floor(sample.ny - 0.5F));
+  const auto bint = static_cast<int>(std::floor(sample.nt));
+  const float_t rx = sample.nx - (static_cast<float_t>(binx) + 0.5F);
+  const float_t ry = sample.ny - (static_cast<float_t>(biny) + 0.5F);
+  const float_t rt = sample.nt - static_cast<float_t>(bint);
+  const auto share = [](int e, float_t rest) { return std::abs(1.0F - static_cast<float_t>(e) - rest); };
+  constexpr int kHalf = kSpatialBins / 2;
+  for (int ey = 0; ey < 2; ++ey) {
+    for (int ex = 0; ex < 2; ++ex) {
+      const int column = binx + ex + kHalf;
+      const int row = biny + ey + kHalf;
+      if (column < 0 || column >= kSpatialBins || row < 0 || row >= kSpatialBins) {
+        continue;
+      }
+      float_t* const bins = descriptor + (row * kSpatialBins + column) * kDirectionBins;
+      for (int et = 0; et < 2; ++et) {
+        bins[(bint + et) % kDirectionBins] += sample.weight * share(ex, rx) * share(ey, ry) * share(et, rt);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+namespace Detail {
+
+float_t expn(float_t x) {
+  assert(VL::float_t(0) <= x && x <= Detail::expnTableMax);
+  return std::exp(-x);
+}
+
+}  // namespace Detail
+
+// Construction and buffers
+
+Sift::Sift(const float_t* image, std::int32_t width, std::int32_t height, float_t sigman, float_t sigma0,
+           std::int32_t O, std::int32_t S, std::int32_t omin, std::int32_t smin, std::int32_t smax)
+    : sigman(sigman), sigma0(sigma0), O(O), S(S), omin(omin), smin(smin), smax(smax) {
+  if (!HasSense()) {
+    GiveUp();
+  }
+  BuildPyramid(image, width, height);
+}
+
+Sift::~Sift() = default;
+
+bool Sift::HasSense() const {
+  // Beyond 2^24, neighbouring levels are the same float.
+  constexpr std::int32_t kFarthestLevel = 1 << 24;
+  if (S < 1 || O < 1 || omin < -8 || omin > 16 || O > 128 - omin || smin > smax || smin < -kFarthestLevel ||
+      smax > kFarthestLevel) {
+    return false;
+  }
+  if (!(sigman > 0 && sigma0 > 0 && std::isfinite(sigman) && std::isfinite(sigma0))) {
+    return false;
+  }
+  // The widest filters are the one to the last level and, if the picture is nearly sharp, the one of the base.
+  const float_t widest = std::max(StepSigma(smax), sigma0 * LevelFactor(smin));
+  return 4.0F * widest <= static_cast<float_t>(Detail::kLargestRadius);
+}
+
+void Sift::GiveUp() {
+  O = 0;
+  workBuffer.reset();
+  workBufferSize = 0;
+  octaveBuffers.clear();
+  keypoints.clear();
+}
+
+// An octave's array is sized for the largest octave of that area, so that a picture of another shape but of the same
+// area fits as well.
+bool Sift::AllocateOctaves(std::int64_t area) {
+  octaveBuffers.clear();
+  for (std::int32_t i = 0; i < O; ++i) {
+    octaveBuffers.push_back(AllocateFloats((std::int64_t{smax} - smin + 1) * Shifted(area, std::min(2 * i, 62))));
+    if (!octaveBuffers.back()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool Sift::AllocateBuffers() {
+  const std::int64_t w = Shifted(width, omin);
+  const std::int64_t h = Shifted(height, omin);
+  const std::int64_t steps = std::int64_t{smax} - smin;
+  const std::int64_t planes = std::max(steps, 2 * (steps + 4));
+  if (w > kLargestBuffer || h > kLargestBuffer || w * h > kLargestBuffer / planes) {
+    return false;
+  }
+  const auto size = static_cast<std::int32_t>(w * h * planes);
+  if (workBuffer && workBufferSize == size) {
+    return true;
+  }
+  octaveBuffers.clear();
+  workBuffer.reset();
+  workBuffer = AllocateFloats(size);
+  workBufferSize = size;
+  workOctave = 0;
+  return workBuffer && AllocateOctaves(w * h);
+}
+
+// Access
+
+std::int32_t Sift::GetOctaveWidth(std::int32_t o) const {
+  assert(omin <= o && o < omin + O);
+  return static_cast<std::int32_t>(Shifted(width, o));
+}
+
+std::int32_t Sift::GetOctaveHeight(std::int32_t o) const {
+  assert(omin <= o && o < omin + O);
+  return static_cast<std::int32_t>(Shifted(height, o));
+}
+
+float_t Sift::GetSamplingPeriod(std::int32_t o) const {
+  assert(omin <= o && o < omin + O);
+  return std::ldexp(1.0F, o);
+}
+
+const float_t* Sift::GetLevel(std::int32_t o, std::int32_t s) const {
+  assert(omin <= o && o < omin + O);
+  assert(smin <= s && s <= smax);
+  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(GetOctaveWidth(o)) * GetOctaveHeight(o);
+  return octaveBuffers[o - omin].get() + (s - smin) * plane;
+}
+
+float_t* Sift::Level(std::int32_t o, std::int32_t s) {
+  return octaveBuffers[o - omin].get() + (GetLevel(o, s) - GetLevel(o, smin));
+}
+
+// Scale space
+
+// The factor by which the scale grows from level 0 to level `s`.
+float_t Sift::LevelFactor(std::int32_t s) const {
+  const float_t sigmak = std::pow(2.0F, 1.0F / static_cast<float_t>(S));
+  return std::pow(sigmak, static_cast<float_t>(s));
+}
+
+// The smoothing that leads from level `s` - 1 to level `s`, in samples of its octave.
+float_t Sift::StepSigma(std::int32_t s) const {
+  const float_t sigmak = std::pow(2.0F, 1.0F / static_cast<float_t>(S));
+  const float_t dsigma0 = sigma0 * std::sqrt(1.0F - 1.0F / (sigmak * sigmak));
+  return dsigma0 * LevelFactor(s);
+}
+
+void Sift::BuildPyramid(const float_t* image, std::int32_t width, std::int32_t height) {
+  const bool empty = image == nullptr || width < 1 || height < 1;
+  this->width = empty ? 0 : width;
+  this->height = empty ? 0 : height;
+  keypoints.clear();
+  workHoldsGradients = false;
+  if (O == 0 || !AllocateBuffers()) {
+    GiveUp();
+    return;
+  }
+  if (empty) {
+    return;
+  }
+  MakeBase(image);
+  for (std::int32_t o = omin; o < omin + O; ++o) {
+    MakeLevels(o);
+    if (o + 1 < omin + O) {
+      MakeNextBase(o);
+    }
+  }
+}
+
+void Sift::MakeBase(const float_t* image) {
+  const std::int32_t w = GetOctaveWidth(omin);
+  const std::int32_t h = GetOctaveHeight(omin);
+  float_t* const base = Level(omin, smin);
+  if (omin < 0) {
+    Double(base, image);
+  } else {
+    Subsample(base, w, h, image, width, 1 << omin);
+  }
+  const float_t sa = sigma0 * LevelFactor(smin);
+  const float_t sb = sigman / GetSamplingPeriod(omin);
+  if (sa > sb) {
+    Smooth(base, workBuffer.get(), base, w, h, std::sqrt(sa * sa - sb * sb));
+  }
+}
+
+void Sift::MakeLevels(std::int32_t o) {
+  for (std::int32_t s = smin + 1; s <= smax; ++s) {
+    Smooth(Level(o, s), workBuffer.get(), Level(o, s - 1), GetOctaveWidth(o), GetOctaveHeight(o), StepSigma(s));
+  }
+}
+
+void Sift::MakeNextBase(std::int32_t o) {
+  const std::int32_t w = GetOctaveWidth(o + 1);
+  const std::int32_t h = GetOctaveHeight(o + 1);
+  const auto sbest = static_cast<std::int32_t>(std::min(std::int64_t{smin} + S, std::int64_t{smax}));
+  float_t* const base = Level(o + 1, smin);
+  Subsample(base, w, h, Level(o, sbest), GetOctaveWidth(o), 2);
+  if (sbest - smin < S) {
+    const float_t sa = sigma0 * LevelFactor(smin);
+    const float_t sb = sigma0 * LevelFactor(sbest - S);
+    Smooth(base, workBuffer.get(), base, w, h, std::sqrt(sa * sa - sb * sb));
+  }
+}
+
+// Doubles the image -omin times; the array in between lies in the work buffer.
+void Sift::Double(float_t* destination, const float_t* image) {
+  const float_t* source = image;
+  std::int64_t w = width;
+  std::int64_t h = height;
+  for (std::int32_t o = omin; o < 0; ++o) {
+    DoubleTranspose(workBuffer.get(), source, w, h);
+    w *= 2;
+    DoubleTranspose(destination, workBuffer.get(), h, w);
+    h *= 2;
+    source = destination;
+  }
+}
+
+void Sift::Smooth(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
+                  float_t sigma) {
+  const auto radius = static_cast<std::int32_t>(std::ceil(4.0F * sigma));
+  if (!filterBuffer || filterRadius < radius) {
+    filterBuffer = std::make_unique<float_t[]>(2 * static_cast<std::size_t>(radius) + 1);
+    filterRadius = radius;
+  }
+  const std::int32_t taps = 2 * radius + 1;
+  float_t sum = 0;
+  for (std::int32_t j = 0; j < taps; ++j) {
+    const auto d = static_cast<float_t>(j - radius);
+    // The middle tap is 1 even where the square of sigma is too small for a float.
+    filterBuffer[j] = j == radius ? 1.0F : std::exp(-0.5F * d * d / (sigma * sigma));
+    sum += filterBuffer[j];
+  }
+  for (std::int32_t j = 0; j < taps; ++j) {
+    filterBuffer[j] /= sum;
+  }
+  Detail::Convolve(destination, work, source, width, height, filterBuffer.get(), radius);
+}
+
+// Keypoints
+
+void Sift::DetectKeypoints(float_t threshold, float_t edgeThreshold) {
+  keypoints.clear();
+  for (std::int32_t o = omin; o < omin + O; ++o) {
+    workHoldsGradients = false;
+    const auto first = static_cast<std::ptrdiff_t>(keypoints.size());
+    FindCandidates(o, kCandidateRatio * threshold);
+    const auto rejected = [&](Keypoint& keypoint) { return !Refine(o, threshold, edgeThreshold, keypoint); };
+    keypoints.erase(std::remove_if(keypoints.begin() + first, keypoints.end(), rejected), keypoints.end());
+  }
+}
+
+// Fills the difference planes of an octave and appends its extrema. A row is searched as soon as the row below it is
+// there, on all levels, while it is still in the cache; sorting then brings the extrema into their order.
+void Sift::FindCandidates(std::int32_t o, float_t threshold) {
+  const std::int32_t w = GetOctaveWidth(o);
+  const std::int32_t h = GetOctaveHeight(o);
+  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
+  const auto first = static_cast<std::ptrdiff_t>(keypoints.size());
+  for (std::int32_t y = 0; y < h; ++y) {
+    const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(y) * w;
+    for (std::int32_t s = smin; s < smax; ++s) {
+      Detail::Subtract(workBuffer.get() + (s - smin) * plane + row, GetLevel(o, s + 1) + row, GetLevel(o, s) + row, w);
+    }
+    if (y >= 2) {
+      FindCandidatesInRow(o, y - 1, threshold);
+    }
+  }
+  std::sort(keypoints.begin() + first, keypoints.end(), [](const Keypoint& a, const Keypoint& b) {
+    return std::tie(a.is, a.iy, a.ix) < std::tie(b.is, b.iy, b.ix);
+  });
+}
+
+void Sift::FindCandidatesInRow(std::int32_t o, std::int32_t y, float_t threshold) {
+  constexpr std::int32_t kColumns = 1024;
+  std::int32_t columns[kColumns];
+  const std::int32_t w = GetOctaveWidth(o);
+  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * GetOctaveHeight(o);
+  for (std::int32_t s = smin + 1; s <= smax - 2; ++s) {
+    Detail::Neighbourhood around;
+    for (std::ptrdiff_t ds = 0; ds < 3; ++ds) {
+      for (std::ptrdiff_t dy = 0; dy < 3; ++dy) {
+        around.rows[ds][dy] = workBuffer.get() + (s - smin - 1 + ds) * plane + (y - 1 + dy) * w;
+      }
+    }
+    for (std::int32_t x = 1; x < w - 1; x += kColumns) {
+      const std::int32_t count = Detail::FindExtrema(columns, around, x, std::min(w - 1, x + kColumns), threshold);
+      for (std::int32_t i = 0; i < count; ++i) {
+        keypoints.push_back({.o = o, .ix = columns[i], .iy = y, .is = s, .x = 0, .y = 0, .s = 0, .sigma = 0});
+      }
+    }
+  }
+}
+
+// Moves a candidate of octave `o` to its extremum and fills its fields. False if it is none.
+bool Sift::Refine(std::int32_t o, float_t threshold, float_t edgeThreshold, Keypoint& keypoint) const {
+  const std::int32_t w = GetOctaveWidth(o);
+  const std::int32_t h = GetOctaveHeight(o);
+  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
+  const float_t* const differences = workBuffer.get() + (keypoint.is - smin) * plane;
+  Derivatives derivatives;
+  Offset offset;
+  int dx = 0;
+  int dy = 0;
+  for (int i = 0; i < kRefinements && (i == 0 || dx != 0 || dy != 0); ++i) {
+    keypoint.ix += dx;
+    keypoint.iy += dy;
+    derivatives = Differentiate(differences + keypoint.ix + static_cast<std::ptrdiff_t>(keypoint.iy) * w, w, plane);
+    offset = SolveOffset(derivatives);
+    dx = Step(offset[0], keypoint.ix, w);
+    dy = Step(offset[1], keypoint.iy, h);
+  }
+  if (!IsStrong(derivatives, offset, threshold, edgeThreshold)) {
+    return false;
+  }
+  const float_t xn = static_cast<float_t>(keypoint.ix) + offset[0];
+  const float_t yn = static_cast<float_t>(keypoint.iy) + offset[1];
+  const float_t sn = static_cast<float_t>(keypoint.is) + offset[2];
+  const float_t period = GetSamplingPeriod(o);
+  keypoint.x = xn * period;
+  keypoint.y = yn * period;
+  keypoint.s = sn;
+  keypoint.sigma = sigma0 * std::pow(2.0F, sn / static_cast<float_t>(S) + static_cast<float_t>(o));
+  return xn >= 0 && xn <= static_cast<float_t>(w - 1) && yn >= 0 && yn <= static_cast<float_t>(h - 1) &&
+         sn >= static_cast<float_t>(smin) && sn <= static_cast<float_t>(smax);
+}
+
+// Orientation and descriptor
+
+void Sift::ComputeGradients(std::int32_t o) {
+  const std::int32_t w = GetOctaveWidth(o);
+  const std::int32_t h = GetOctaveHeight(o);
+  if (workHoldsGradients && workOctave == o) {
+    return;
+  }
+  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
+  for (std::int32_t s = smin + 1; s <= smax - 2; ++s) {
+    const float_t* const level = GetLevel(o, s);
+    float_t* const pairs = workBuffer.get() + 2 * (s - smin - 1) * plane;
+    for (std::int32_t y = 1; y < h - 1; ++y) {
+      const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(y) * w;
+      for (std::ptrdiff_t i = row + 1; i < row + w - 1; ++i) {
+        const float_t gx = 0.5F * (level[i + 1] - level[i - 1]);
+        const float_t gy = 0.5F * (level[i + w] - level[i - w]);
+        const float_t angle = std::atan2(gy, gx) + kTwoPi;
+        pairs[2 * i] = std::sqrt(gx * gx + gy * gy);
+        // Below 4 pi, so that the remainder is this difference, and exact.
+        pairs[2 * i + 1] = angle < kTwoPi ? angle : angle - kTwoPi;
+      }
+    }
+  }
+  workHoldsGradients = true;
+  workOctave = o;
+}
+
+// A keypoint in the samples of its octave, and the gradients of its level.
+struct Sift::Placement {
+  std::int32_t w, h;
+  float_t x, y, sigma;
+  std::int32_t xi, yi;
+  std::int32_t level;  // among those with gradients
+};
+
+namespace {
+
+// The largest distance between a keypoint and its sample, along an axis.
+constexpr float_t kRounding = 0.5F;
+
+float_t OrientationRadius(float_t sigma) { return std::floor(kOrientationReach * kOrientationWindow * sigma); }
+
+float_t DescriptorRadius(float_t bin) {
+  return std::floor(bin * std::numbers::sqrt2_v<float_t> * (kSpatialBins + 1) * 0.5F + 0.5F);
+}
+
+// Whether the farthest sample of a window stays in the range of expn, and its radius in that of integers. NaN does not.
+bool WindowFits(float_t radius, float_t largestExponent) {
+  return radius < static_cast<float_t>(1 << 30) && largestExponent <= Detail::expnTableMax;
+}
+
+bool OrientationFits(float_t sigma) {
+  const float_t sw = kOrientationWindow * sigma;
+  const float_t radius = OrientationRadius(sigma);
+  return WindowFits(radius, (radius * radius + kRounding) / (2 * sw * sw));
+}
+
+bool DescriptorFits(float_t bin) {
+  const float_t radius = DescriptorRadius(bin);
+  const float_t farthest = (radius + kRounding) / bin;
+  return bin > 0 && WindowFits(radius, 2 * farthest * farthest * 0.125F);
+}
+
+}  // namespace
+
+// False if `keypoint` has no place: outside its octave, on a level without gradients, or of a scale without a window.
+bool Sift::Place(const Keypoint& keypoint, Placement& place) const {
+  if (keypoint.o < omin || keypoint.o >= omin + O || keypoint.is <= smin || keypoint.is >= smax - 1) {
+    return false;
+  }
+  const float_t period = GetSamplingPeriod(keypoint.o);
+  place.w = GetOctaveWidth(keypoint.o);
+  place.h = GetOctaveHeight(keypoint.o);
+  place.x = keypoint.x / period;
+  place.y = keypoint.y / period;
+  place.sigma = keypoint.sigma / period;
+  place.xi = Truncate(place.x + 0.5F);
+  place.yi = Truncate(place.y + 0.5F);
+  place.level = keypoint.is - smin - 1;
+  return !std::isnan(place.x) && !std::isnan(place.y) && place.xi >= 0 && place.xi < place.w && place.yi >= 0 &&
+         place.yi < place.h && place.sigma > 0 && OrientationFits(place.sigma);
+}
+
+// Calls visit(dx, dy, magnitude, angle) for the samples of a window, dx and dy being their offsets from the keypoint.
+// The octave's outermost samples have no gradient.
+template <class Visit>
+void Sift::VisitWindow(const Placement& place, float_t radius, const Visit& visit) const {
+  const std::int32_t reach = Truncate(radius);
+  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(place.w) * place.h;
+  const float_t* const pairs = workBuffer.get() + 2 * place.level * plane;
+  for (std::int32_t ys = std::max(-reach, 1 - place.yi); ys <= std::min(reach, place.h - 2 - place.yi); ++ys) {
+    for (std::int32_t xs = std::max(-reach, 1 - place.xi); xs <= std::min(reach, place.w - 2 - place.xi); ++xs) {
+      const std::int32_t x = place.xi + xs;
+      const std::int32_t y = place.yi + ys;
+      const float_t* const pair = pairs + 2 * (x + static_cast<std::ptrdiff_t>(y) * place.w);
+      if (std::isfinite(pair[0])) {
+        visit(static_cast<float_t>(x) - place.x, static_cast<float_t>(y) - place.y, pair[0], pair[1]);
+      }
+    }
+  }
+}
+
+int Sift::ComputeOrientations(float_t* angles, Keypoint keypoint) {
+  Placement place;
+  if (!Place(keypoint, place)) {
+    std::cerr << "!\n";
+    return 0;
+  }
+  ComputeGradients(keypoint.o);
+  const float_t sw = kOrientationWindow * place.sigma;
+  const float_t radius = OrientationRadius(place.sigma);
+  Histogram bins = {};
+  VisitWindow(place, radius, [&](float_t dx, float_t dy, float_t magnitude, float_t angle) {
+    const float_t r2 = dx * dx + dy * dy;
+    if (r2 < radius * radius + 0.5F) {
+      const float_t weight = Detail::expn(r2 / (2 * sw * sw));
+      // An angle just below 2 pi can round up to the bin after the last, which is the first.
+      const auto bin = static_cast<int>(kOrientationBins * angle / kTwoPi) % kOrientationBins;
+      bins[bin] += weight * magnitude;
+    }
+  });
+  for (int i = 0; i < kHistogramSmoothings; ++i) {
+    SmoothHistogram(bins);
+  }
+  return FindPeaks(bins, angles);
+}
+
+void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t angle) {
+  Placement place;
+  const bool placed = Place(keypoint, place);
+  const float_t bin = magnification * place.sigma;
+  if (!placed || !DescriptorFits(bin) || !std::isfinite(angle)) {
+    return;
+  }
+  ComputeGradients(keypoint.o);
+  const float_t st = std::sin(angle);
+  const float_t ct = std::cos(angle);
+  std::fill(descriptor, descriptor + kDescriptorLength, 0.0F);
+  VisitWindow(place, DescriptorRadius(bin), [&](float_t dx, float_t dy, float_t magnitude, float_t direction) {
+    DescriptorSample sample;
+    sample.nx = (ct * dx + st * dy) / bin;
+    sample.ny = (-st * dx + ct * dy) / bin;
+    sample.nt = kDirectionBins * Reduce(angle - direction) / kTwoPi;
+    // The window has a sigma of half the width of the grid, two bins.
+    sample.weight = Detail::expn((sample.nx * sample.nx + sample.ny * sample.ny) * 0.125F) * magnitude;
+    Distribute(sample, descriptor);
+  });
+  if (normalizeDescriptors) {
+    float_t* const end = descriptor + kDescriptorLength;
+    Normalize(descriptor, end);
+    std::transform(descriptor, end, descriptor, [](float_t value) { return std::min(value, kDescriptorClamp); });
+    Normalize(descriptor, end);
+  }
+}
+
+Sift::Keypoint Sift::MakeKeypoint(float_t x, float_t y, float_t sigma) const {
+  const float_t phi = std::log2(sigma / sigma0);
+  const auto steps = static_cast<float_t>(S);
+  const std::int32_t octave = Truncate(std::floor(phi - (static_cast<float_t>(smin) + 0.5F) / steps));
+  Keypoint keypoint;
+  keypoint.o = std::max(std::min(octave, omin + O - 1), omin);
+  keypoint.s = (phi - static_cast<float_t>(keypoint.o)) * steps;
+  keypoint.is = std::max(std::min(Truncate(keypoint.s + 0.5F), smax - 2), smin + 1);
+  const float_t period = std::ldexp(1.0F, keypoint.o);
+  keypoint.ix = Truncate(x / period + 0.5F);
+  keypoint.iy = Truncate(y / period + 0.5F);
+  keypoint.x = x;
+  keypoint.y = y;
+  keypoint.sigma = sigma;
+  return keypoint;
+}
+
+void Sift::Normalize(float_t* begin, float_t* end) {
+  float_t sum = 0;
+  for (const float_t* value = begin; value != end; ++value) {
+    sum += *value * *value;
+  }
+  const float_t norm = std::sqrt(sum) + std::numeric_limits<float_t>::epsilon();
+  for (float_t* value = begin; value != end; ++value) {
+    *value /= norm;
+  }
+}
+
+}  // namespace VL

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+/// What a program without a window needs of its terminal: standard output for its own lines only, lines as they arrive,
+/// and Ctrl-C as a wish that it can grant between two commands.
+namespace base {
+
+/// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on.
+/// The stream stays open until the program ends. Null if the platform refuses.
+std::FILE* TakeStandardOutput();
+
+/// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
+/// only sets what Interrupted() tells; a second one ends the program at once.
+void CatchSignals();
+
+/// True once Ctrl-C was pressed after CatchSignals().
+bool Interrupted();
+
+/// Reads lines from standard input or from a file as they arrive. Lines end in LF or CR LF; what stands behind the last
+/// line end is a line too, unless it is empty.
+class TLineReader {
+ public:
+  /// Reads standard input.
+  TLineReader();
+  /// Reads a file. IsOpen() tells whether it can be read.
+  explicit TLineReader(const std::string& path);
+  ~TLineReader();
+  TLineReader(const TLineReader&) = delete;
+  TLineReader& operator=(const TLineReader&) = delete;
+
+  bool IsOpen() const { return descriptor >= 0; }
+
+  /// The next line without its end. False at the end of the input, or once Ctrl-C was pressed.
+  bool Next(std::string& line);
+
+ private:
+  bool ReadBlock();
+
+  int descriptor = 0;
+  bool atEnd = false;
+  std::string pending;
+  std::size_t position = 0;
+};
+
+}  // namespace base

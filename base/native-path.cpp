@@ -1,0 +1,223 @@
+#include "base/native-path.h"
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <utility>
+
+#include <boost/filesystem.hpp>
+
+#include "base/text.h"
+
+namespace base {
+
+namespace filesystem = boost::filesystem;
+
+namespace {
+
+#ifdef _WIN32
+constexpr char kSeparator = '\\';
+
+filesystem::path ToPath(const std::string& text) {
+  static const std::locale utf8(std::locale::classic(), new filesystem::detail::utf8_codecvt_facet);
+  return filesystem::path(text, utf8);
+}
+#else
+constexpr char kSeparator = '/';
+
+filesystem::path ToPath(const std::string& text) { return text; }
+#endif
+
+filesystem::file_status Status(const std::string& nativePath) {
+  boost::system::error_code error;
+  return filesystem::status(ToPath(nativePath), error);
+}
+
+std::optional<std::vector<std::string>> List(const std::string& nativePath,
+                                             const std::function<bool(const filesystem::directory_entry&)>& wanted) {
+  boost::system::error_code error;
+  filesystem::directory_iterator entry(ToPath(nativePath), error);
+  if (error) {
+    return std::nullopt;
+  }
+  std::vector<std::string> names;
+  while (entry != filesystem::directory_iterator()) {
+    if (wanted(*entry)) {
+      names.push_back(entry->path().filename().string());
+    }
+    entry.increment(error);
+    if (error) {
+      return std::nullopt;
+    }
+  }
+  return names;
+}
+
+#ifndef _WIN32
+
+bool EqualWithoutCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char first, char second) { return LowerAscii(first) == LowerAscii(second); });
+}
+
+/// The entry of `directory` (empty, or ended by a slash) that `name` stands for; nothing if there is none.
+std::optional<std::string> MatchEntry(const std::string& directory, const std::string& name) {
+  if (filesystem::exists(Status(directory + name))) {
+    return name;
+  }
+  std::optional<std::string> best;
+  const auto names = List(directory.empty() ? "." : directory, [](const auto&) { return true; });
+  for (const std::string& candidate : names.value_or(std::vector<std::string>())) {
+    if (EqualWithoutCase(candidate, name) && (!best || candidate < *best)) {
+      best = candidate;
+    }
+  }
+  return best;
+}
+
+/// Matches `path` (slashes only) component by component. `complete` tells whether all of it exists.
+std::string MatchComponents(const std::string& path, bool& complete) {
+  std::string resolved;
+  std::size_t start = 0;
+  complete = true;
+  while (start < path.size()) {
+    const std::size_t slash = path.find('/', start);
+    const std::string name = path.substr(start, slash == std::string::npos ? slash : slash - start);
+    // An empty name is a leading or doubled slash.
+    const std::optional<std::string> entry = name.empty() ? name : MatchEntry(resolved, name);
+    if (!entry) {
+      complete = false;
+      return resolved + path.substr(start);
+    }
+    resolved += *entry;
+    if (slash == std::string::npos) {
+      break;
+    }
+    resolved += '/';
+    start = slash + 1;
+  }
+  return resolved;
+}
+
+/// The directories resolved last, as pairs of the spelling asked for and the one found, both ended by a slash.
+class TDirectoryMemory {
+ public:
+  std::optional<std::string> Find(const std::string& asked) const {
+    const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& each) { return each.first == asked; });
+    return entry == entries.end() ? std::nullopt : std::optional(entry->second);
+  }
+
+  void Remember(const std::string& asked, const std::string& found) {
+    std::erase_if(entries, [&](const auto& each) { return each.first == asked; });
+    entries.emplace_front(asked, found);
+    if (entries.size() > kMostEntries) {
+      entries.pop_back();
+    }
+  }
+
+ private:
+  static constexpr std::size_t kMostEntries = 8;
+  std::deque<std::pair<std::string, std::string>> entries;
+};
+
+#endif
+
+}  // namespace
+
+bool IsSeparator(char character) { return character == '/' || character == '\\'; }
+
+std::string WithTrailingSeparator(std::string path) {
+  if (path.empty() || !IsSeparator(path.back())) {
+    path += kSeparator;
+  }
+  return path;
+}
+
+std::string_view FileNameOf(std::string_view path) {
+  const std::size_t separator = path.find_last_of("/\\");
+  return separator == std::string_view::npos ? path : path.substr(separator + 1);
+}
+
+std::string DroppedPath(std::string urlPath) {
+  const auto isLetter = [](char character) { return LowerAscii(character) >= 'a' && LowerAscii(character) <= 'z'; };
+  if (urlPath.size() >= 3 && urlPath[0] == '/' && isLetter(urlPath[1]) && urlPath[2] == ':') {
+    urlPath.erase(0, 1);
+  }
+  return urlPath;
+}
+
+#ifdef _WIN32
+
+std::string NativePath(const std::string& path) { return path; }
+
+#else
+
+std::string NativePath(const std::string& path) {
+  if (path.empty() || filesystem::exists(Status(path))) {
+    return path;
+  }
+  std::string slashed = path;
+  std::replace(slashed.begin(), slashed.end(), '\\', '/');
+
+  static TDirectoryMemory memory;
+  const std::size_t nameStart = slashed.find_last_of('/') + 1;
+  const std::string directory = slashed.substr(0, nameStart);
+  const std::string name = slashed.substr(nameStart);
+  if (const auto found = memory.Find(directory); found && filesystem::exists(Status(*found + name))) {
+    return *found + name;
+  }
+  bool complete = false;
+  const std::string resolvedDirectory = MatchComponents(directory, complete);
+  if (!complete) {
+    return resolvedDirectory + name;
+  }
+  if (!directory.empty()) {
+    memory.Remember(directory, resolvedDirectory);
+  }
+  return resolvedDirectory + MatchEntry(resolvedDirectory, name).value_or(name);
+}
+
+#endif
+
+bool Exists(const std::string& path) { return !path.empty() && filesystem::exists(Status(NativePath(path))); }
+
+bool IsRegularFile(const std::string& path) {
+  return !path.empty() && filesystem::is_regular_file(Status(NativePath(path)));
+}
+
+bool IsDirectory(const std::string& path) { return !path.empty() && filesystem::is_directory(Status(NativePath(path))); }
+
+std::string FileIdentity(const std::string& path) {
+  const std::string nativePath = NativePath(path);
+  boost::system::error_code error;
+  const filesystem::path canonical = filesystem::canonical(ToPath(nativePath), error);
+  return error ? nativePath : canonical.string();
+}
+
+std::optional<std::vector<std::string>> ListDirectory(const std::string& path) {
+  return List(NativePath(path), [](const auto&) { return true; });
+}
+
+std::optional<std::vector<std::string>> ListFiles(const std::string& path) {
+  return List(NativePath(path), [](const filesystem::directory_entry& entry) {
+    boost::system::error_code error;
+    return !filesystem::is_directory(entry.status(error));
+  });
+}
+
+bool MakeDirectory(const std::string& path) {
+  boost::system::error_code error;
+  filesystem::create_directory(ToPath(path), error);
+  return filesystem::is_directory(Status(path));
+}
+
+bool MakeWritableDirectory(const std::string& path) {
+  const filesystem::path directory = ToPath(path);
+  boost::system::error_code error;
+  filesystem::create_directories(directory, error);
+  // Permission bits do not tell (read-only file systems, access lists, root), so make something.
+  const filesystem::path probe = directory / filesystem::unique_path(".tessimar-%%%%%%%%", error);
+  return filesystem::create_directory(probe, error) && filesystem::remove(probe, error);
+}
+
+}  // namespace base

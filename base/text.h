@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Operations on the 8-bit text (UTF-8 bytes) of the engine. They know only ASCII, whatever the user's locale: a command
+/// typed in Turkey folds to the same letters as anywhere else.
+namespace base {
+
+/// The character in lower case, if it is one of A to Z.
+char LowerAscii(char character);
+
+/// The text with A to Z in lower case; every other byte stays.
+std::string FoldCase(std::string text);
+
+/// Blank, tab, line feed, carriage return, vertical tab or form feed.
+bool IsWhiteSpace(char character);
+
+/// The text without white space at both ends. Refers to the argument's characters.
+std::string_view Trim(std::string_view text);
+
+/// The texts one behind the other, with `separator` between each two.
+template <typename TRange>
+std::string Join(const TRange& texts, std::string_view separator) {
+  std::string joined;
+  bool first = true;
+  for (const auto& text : texts) {
+    if (!first) {
+      joined += separator;
+    }
+    joined += text;
+    first = false;
+  }
+  return joined;
+}
+
+/// Reads and writes numbers the same way in every country. Qt's application object adopts the user's locale, so a
+/// program calls this once after it has made that object.
+void UseClassicNumbers();
+
+}  // namespace base

@@ -1,0 +1,125 @@
+// tessimar-batch: the workbench without a screen, for servers, scripts and tests. The same window and engine run on the
+// toolkit's offscreen platform; the window is never shown.
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+
+#include <QApplication>
+#include <boost/bind/bind.hpp>
+
+#include "base/console.h"
+#include "base/file.h"
+#include "base/format-string.h"
+#include "base/native-path.h"
+#include "base/text.h"
+#include "batch/options.h"
+#include "batch/output-tap.h"
+#include "batch/picture-saver.h"
+#include "batch/tables.h"
+#include "engine/ctrl-main.h"
+#include "gui/dialog-runner.h"
+#include "gui/main-window.h"
+
+namespace {
+
+constexpr int kSucceeded = 0;
+constexpr int kLineFailed = 1;
+constexpr int kUnusable = 2;
+// As a shell reports a program that Ctrl-C or a closed pipe ended.
+constexpr int kInterrupted = 130;
+constexpr int kNobodyReads = 141;
+
+int Refuse(const std::string& reason) {
+  std::fprintf(stderr, "tessimar-batch: %s\n", reason.c_str());
+  return kUnusable;
+}
+
+/// Pictures must look the same on every machine, so nothing of the user's screen may reach the toolkit.
+void ForgetScreen() {
+  for (const char* variable : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI", "QT_USE_PHYSICAL_DPI",
+                               "QT_STYLE_OVERRIDE", "QT_QPA_PLATFORMTHEME", "QT_AUTO_SCREEN_SCALE_FACTOR"}) {
+    qunsetenv(variable);
+  }
+  qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+/// Runs the lines and writes what was asked for.
+int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap) {
+  MainWindow window;
+  TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
+  TPictureSaver saver(options.pictures);
+  const TDialogRunnerScope scope(options.pictures.empty()
+                                     ? TDialogRunner()
+                                     : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
+  std::string line;
+  while (!tap.HasFailed() && reader.Next(line)) {
+    controller.ExecuteCommand(line);
+  }
+  if (!options.variables.empty() &&
+      !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
+    return Refuse(FormatString("File '%s' cannot be written", options.variables.c_str()));
+  }
+  std::string failedFile = saver.GetFailedFile();
+  if (!options.rankings.empty() && failedFile.empty()) {
+    failedFile = WriteRankings(controller.GetVarList(), options.rankings);
+  }
+  if (!failedFile.empty()) {
+    return Refuse(FormatString("File '%s' cannot be written", failedFile.c_str()));
+  }
+  if (base::Interrupted()) {
+    return kInterrupted;
+  }
+  if (tap.HasFailed()) {
+    return kNobodyReads;
+  }
+  return controller.GetFailedLines() == 0 ? kSucceeded : kLineFailed;
+}
+
+int Run(int argc, char** argv) {
+  std::string reason;
+  const auto options = ParseOptions(argc, argv, reason);
+  if (!options) {
+    return Refuse(reason + " See tessimar-batch --help.");
+  }
+  if (options->help || options->version) {
+    std::fputs(options->help ? kUsage : "tessimar-batch " TESSIMAR_VERSION "\n", stdout);
+    return kSucceeded;
+  }
+  const auto reader = options->script.empty() ? std::make_unique<base::TLineReader>()
+                                              : std::make_unique<base::TLineReader>(options->script);
+  if (!reader->IsOpen()) {
+    return Refuse(FormatString("Script '%s' cannot be read", options->script.c_str()));
+  }
+  // Whether the results can be written is better known before an hour of work than after it.
+  for (const std::string& directory : {options->pictures, options->rankings}) {
+    if (!directory.empty() && !base::MakeWritableDirectory(directory)) {
+      return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
+    }
+  }
+  if (!options->variables.empty() && !base::WriteFile(options->variables, {})) {
+    return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
+  }
+  std::FILE* output = base::TakeStandardOutput();
+  if (output == nullptr) {
+    return Refuse("Standard output cannot be used");
+  }
+  base::CatchSignals();
+  ForgetScreen();
+  int argumentCount = 1;
+  QApplication application(argumentCount, argv);
+  base::UseClassicNumbers();
+  TOutputTap tap(output);
+  return RunLines(*options, *reader, tap);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& failure) {
+    return Refuse(failure.what());
+  }
+}

@@ -1,0 +1,57 @@
+#include "batch/options.h"
+
+#include <QCommandLineParser>
+
+#include "gui/eight-bit-text.h"
+
+const char* const kUsage =
+    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [SCRIPT]
+
+Runs each line of SCRIPT, or of standard input when SCRIPT is - or left out, as if
+it were typed into the command line of the workbench, and prints what the output
+pane would show.
+
+  --pictures DIR    save every dialog as DIR/001.png, DIR/002.png, ...
+                    (without it dialogs are skipped)
+  --variables FILE  write the variables at the end: name, type, description
+  --rankings DIR    write each ranking at the end to DIR/NAME.tsv
+  --help            print this text
+  --version         print the version
+
+Exit status: 0 if every line succeeded, 1 if a line failed, 2 for wrong usage or
+a file or directory that cannot be used, 130 after Ctrl-C, 141 if nobody reads
+the output any more.
+)";
+
+std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) {
+    arguments << ToQString(argv[i]);
+  }
+  QCommandLineParser parser;
+  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}});
+  parser.addOptions({QCommandLineOption("help"), QCommandLineOption("version")});
+  if (!parser.parse(arguments)) {
+    reason = FromQString(parser.errorText());
+    return std::nullopt;
+  }
+  for (const QString& name : parser.optionNames()) {
+    if (parser.values(name).contains(QString()) && name != "help" && name != "version") {
+      reason = "The value of '--" + FromQString(name) + "' is empty.";
+      return std::nullopt;
+    }
+  }
+  const QStringList scripts = parser.positionalArguments();
+  if (scripts.size() > 1 || scripts.contains(QString())) {
+    reason = scripts.size() > 1 ? "More than one script was given." : "The name of the script is empty.";
+    return std::nullopt;
+  }
+  TOptions options;
+  options.pictures = FromQString(parser.value("pictures"));
+  options.variables = FromQString(parser.value("variables"));
+  options.rankings = FromQString(parser.value("rankings"));
+  options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
+  options.help = parser.isSet("help");
+  options.version = parser.isSet("version");
+  return options;
+}

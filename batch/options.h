@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// What the command line of tessimar-batch asks for.
+struct TOptions {
+  /// Directory for the pictures of the dialogs; empty: dialogs are skipped.
+  std::string pictures;
+  /// File for the rows of the Variables table; empty: none.
+  std::string variables;
+  /// Directory for one table a ranking; empty: none.
+  std::string rankings;
+  /// Script file; empty: standard input.
+  std::string script;
+  bool help = false;
+  bool version = false;
+};
+
+/// The text that --help prints.
+extern const char* const kUsage;
+
+/// Reads the arguments behind the program's name. Nothing, and the reason, if they are wrong.
+std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason);

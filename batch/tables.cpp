@@ -1,0 +1,87 @@
+#include "batch/tables.h"
+
+#include <string_view>
+
+#include "base/file.h"
+#include "base/format-string.h"
+#include "base/native-path.h"
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+#include "retrieval/var-database-index.h"
+
+namespace {
+
+/// Keeps a field in its column and its line.
+std::string Escape(std::string_view field) {
+  std::string escaped;
+  for (const char character : field) {
+    switch (character) {
+      case '\t':
+        escaped += "\\t";
+        break;
+      case '\n':
+        escaped += "\\n";
+        break;
+      case '\\':
+        escaped += "\\\\";
+        break;
+      default:
+        escaped += character;
+    }
+  }
+  return escaped;
+}
+
+/// A variable's name as a file name: variables may be called anything, "../a" included.
+std::string EncodeForFileName(std::string_view name) {
+  constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789_-";
+  std::string encoded;
+  for (const char character : name) {
+    if (kPlain.find(character) != std::string_view::npos) {
+      encoded += character;
+    } else {
+      encoded += FormatString("%%%02X", static_cast<unsigned int>(static_cast<unsigned char>(character)));
+    }
+  }
+  return encoded;
+}
+
+std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varList) {
+  std::string reason;
+  // Without its database a ranking still has its numbers; only the names of the files are unknown.
+  const TVarDatabase* database = index.FindDatabase(varList, reason);
+  std::string table = "rank\timageIndex\tdistance\tfile name\n";
+  int rank = 0;
+  for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
+    table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
+    if (database != nullptr) {
+      table += Escape(database->GetImages()[static_cast<std::size_t>(entry.imageIndex)]->GetFilename());
+    }
+    table += '\n';
+  }
+  return table;
+}
+
+}  // namespace
+
+std::string FormatVariables(const TVarList& varList) {
+  std::string table;
+  for (const auto& variable : varList.GetVariables()) {
+    table += Escape(variable->GetName()) + '\t' + variable->GetType() + '\t' + Escape(variable->GetDescription()) + '\n';
+  }
+  return table;
+}
+
+std::string WriteRankings(const TVarList& varList, const std::string& directory) {
+  for (const auto& variable : varList.GetVariables()) {
+    if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
+      const std::string file =
+          base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
+      if (!base::WriteFile(file, FormatRanking(*index, varList))) {
+        return file;
+      }
+    }
+  }
+  return {};
+}

@@ -1,0 +1,99 @@
+#include "engine/command-parser.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/text.h"
+
+namespace {
+
+/// Without the blanks and tabs that lie outside double quotes. Quotes pair up from the right: in a line with an odd
+/// number of them the quoted stretch runs from the rightmost one towards the start.
+std::string RemoveBlanks(const std::string& line) {
+  std::string kept;
+  kept.reserve(line.size());
+  bool quoted = false;
+  for (auto character = line.rbegin(); character != line.rend(); ++character) {
+    if (*character == '"') {
+      quoted = !quoted;
+    }
+    if (quoted || (*character != ' ' && *character != '\t')) {
+      kept += *character;
+    }
+  }
+  std::reverse(kept.begin(), kept.end());
+  return kept;
+}
+
+}  // namespace
+
+std::unique_ptr<TParsedCommand> TCommandParser::Parse(std::string line) const {
+  line = RemoveBlanks(base::FoldCase(std::move(line)));
+  const std::size_t equals = line.find('=');
+  if (equals == std::string::npos) {
+    return ParseFunction(line);
+  }
+  const std::string destination = line.substr(0, equals);
+  const std::string rightHandSide = line.substr(equals + 1);
+  if (destination.empty()) {
+    return Fail("Destination variable not specified");
+  }
+  if (rightHandSide.empty()) {
+    return Fail("Source variable not specified");
+  }
+  if (rightHandSide.find('(') == std::string::npos) {
+    return ParseAssign(destination, rightHandSide);
+  }
+  return ParseAssignFunction(destination, rightHandSide);
+}
+
+std::unique_ptr<TParsedCommand> TCommandParser::ParseAssign(const std::string& destination, const std::string& source) {
+  auto command = std::make_unique<TParsedCommand>();
+  command->Type = "assign";
+  command->Destination = destination;
+  command->Source = source;
+  return command;
+}
+
+std::unique_ptr<TParsedCommand> TCommandParser::ParseFunction(const std::string& line) const {
+  const std::size_t open = line.find('(');
+  const std::size_t close = line.find(')');
+  if (open == std::string::npos || close == std::string::npos || open == 0 || close <= open) {
+    return Fail("Syntax error while parsing function call");
+  }
+  auto command = std::make_unique<TParsedCommand>();
+  command->Type = "function";
+  command->Function = line.substr(0, open);
+  ParseParameters(line.substr(open + 1, close - open - 1), command->Parameters);
+  return command;
+}
+
+std::unique_ptr<TParsedCommand> TCommandParser::ParseAssignFunction(const std::string& destination,
+                                                                    const std::string& rightHandSide) const {
+  auto command = ParseFunction(rightHandSide);
+  if (command) {
+    command->Type = "assignfunction";
+    command->Destination = destination;
+  }
+  return command;
+}
+
+void TCommandParser::ParseParameters(const std::string& text, std::vector<std::string>& parameters) {
+  parameters.clear();
+  std::size_t start = 0;
+  for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', start)) {
+    parameters.emplace_back(base::Trim(std::string_view(text).substr(start, comma - start)));
+    start = comma + 1;
+  }
+  const std::string_view last = base::Trim(std::string_view(text).substr(start));
+  if (!last.empty() || !parameters.empty()) {
+    parameters.emplace_back(last);
+  }
+}
+
+std::unique_ptr<TParsedCommand> TCommandParser::Fail(const std::string& reason) const {
+  if (output) {
+    output(reason);
+  }
+  return nullptr;
+}

@@ -1,0 +1,61 @@
+#include "engine/function-execute-script.h"
+
+#include <algorithm>
+
+#include <QCoreApplication>
+
+#include "base/native-path.h"
+#include "engine/command-history.h"
+
+namespace {
+
+constexpr std::size_t kMaxDepth = 32;
+
+/// Keeps an element at the end of a list for its own lifetime, however that ends.
+class TListScope {
+ public:
+  TListScope(std::vector<std::string>& list, const std::string& element) : list(list) { list.push_back(element); }
+  ~TListScope() { list.pop_back(); }
+  TListScope(const TListScope&) = delete;
+  TListScope& operator=(const TListScope&) = delete;
+
+ private:
+  std::vector<std::string>& list;
+};
+
+}  // namespace
+
+TFunctionExecuteScript::TFunctionExecuteScript() {
+  name = "executescript";
+  SetParameters({"string"});
+  SetHelp({"Name:        ExecuteScript",                                //
+           "Description: Executes a series of commands from a file",   //
+           "Syntax:      ExecuteScript(\"C:\\File.txt\")",              //
+           "Returns:     nothing",                                      //
+           "Parameters:  1 - script file"});
+}
+
+bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
+  const std::string filename = StripQuotes(params[0]);
+  if (!base::IsRegularFile(filename)) {
+    Print("File not found");
+    return false;
+  }
+  const std::string identity = base::FileIdentity(filename);
+  if (std::find(running.begin(), running.end(), identity) != running.end()) {
+    Print("Script is already running");
+    return false;
+  }
+  if (running.size() >= kMaxDepth) {
+    Print("Scripts are nested too deeply");
+    return false;
+  }
+  TCommandHistory script;
+  script.Load(filename);
+  const TListScope scope(running, identity);
+  for (const std::string& line : script.entries) {
+    command(line);
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  }
+  return true;
+}

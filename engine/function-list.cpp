@@ -1,0 +1,65 @@
+#include "engine/function-list.h"
+
+#include <algorithm>
+
+#include <boost/bind/bind.hpp>
+
+#include "engine/function-execute-script.h"
+#include "engine/function-reset.h"
+#include "features/function-remove-feature.h"
+#include "features/function-update-feature.h"
+#include "gui/function-display-image.h"
+#include "gui/function-display-index-map.h"
+#include "gui/function-display-index.h"
+#include "images/function-load-database.h"
+#include "images/function-load-image.h"
+#include "retrieval/function-search-image.h"
+
+TFunctionList::TFunctionList() {
+  functions.push_back(std::make_unique<TFunctionLoadImage>());
+  functions.push_back(std::make_unique<TFunctionLoadDatabase>());
+  functions.push_back(std::make_unique<TFunctionDisplayImage>());
+  functions.push_back(std::make_unique<TFunctionUpdateFeature>());
+  functions.push_back(std::make_unique<TFunctionSearchImage>());
+  functions.push_back(std::make_unique<TFunctionDisplayIndex>());
+  functions.push_back(std::make_unique<TFunctionDisplayIndexMap>());
+  functions.push_back(std::make_unique<TFunctionExecuteScript>());
+  functions.push_back(std::make_unique<TFunctionRemoveFeature>());
+  functions.push_back(std::make_unique<TFunctionReset>());
+  for (const auto& function : functions) {
+    function->SetOutput(boost::bind(&TFunctionList::Print, this, boost::placeholders::_1));
+    function->SetCommand(boost::bind(&TFunctionList::ExecuteCommand, this, boost::placeholders::_1));
+  }
+}
+
+TFunctionList::~TFunctionList() = default;
+
+TFunction* TFunctionList::Find(const std::string& name) const {
+  const auto found =
+      std::find_if(functions.begin(), functions.end(), [&](const auto& function) { return function->GetName() == name; });
+  return found == functions.end() ? nullptr : found->get();
+}
+
+void TFunctionList::SetVarList(TVarList* list) {
+  for (const auto& function : functions) {
+    function->SetVarList(list);
+  }
+}
+
+void TFunctionList::SetFeatureList(const TFeatureList* list) {
+  for (const auto& function : functions) {
+    function->SetFeatureList(list);
+  }
+}
+
+void TFunctionList::Print(const std::string& line) const {
+  if (output) {
+    output(line);
+  }
+}
+
+void TFunctionList::ExecuteCommand(const std::string& line) const {
+  if (command) {
+    command(line);
+  }
+}

@@ -1,0 +1,94 @@
+#include "engine/function.h"
+
+#include <utility>
+
+#include "base/format-string.h"
+#include "engine/var.h"
+
+void TFunction::ShowHelp() const {
+  if (help.empty()) {
+    Print("No help available for this function");
+  }
+  for (const std::string& line : help) {
+    Print(line);
+  }
+}
+
+std::unique_ptr<TVar> TFunction::CreateReturnVariable() const { return nullptr; }
+
+bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
+  if (!checksParameters) {
+    return true;
+  }
+  if (!CheckParameterCount(static_cast<int>(params.size()))) {
+    return false;
+  }
+  bool allFit = true;
+  for (std::size_t i = 0; i < params.size(); ++i) {
+    // One bad parameter does not hide the next.
+    allFit = CheckParameterType(static_cast<int>(i) + 1, params[i], kinds[i]) && allFit;
+  }
+  return allFit;
+}
+
+bool TFunction::Execute(const std::vector<std::string>& /*params*/) {
+  Print("This function needs a destination variable - function not executed");
+  return false;
+}
+
+bool TFunction::ExecuteWithReturn(TVar& /*variable*/, const std::vector<std::string>& /*params*/) {
+  Print("This function does not need a destination variable - function not executed");
+  return false;
+}
+
+bool TFunction::CheckParameterCount(int count) const {
+  if (count >= minParameters && count <= maxParameters) {
+    return true;
+  }
+  if (minParameters != maxParameters) {
+    Print(FormatString("Function needs %d to %d parameters", minParameters, maxParameters));
+  } else if (maxParameters == 0) {
+    Print("Function does not take parameters");
+  } else if (maxParameters == 1) {
+    Print("Function needs 1 parameter");
+  } else {
+    Print(FormatString("Function needs %d parameters", maxParameters));
+  }
+  return false;
+}
+
+bool TFunction::CheckParameterType(int position, const std::string& parameter, const std::string& kind) const {
+  const auto report = [&](const char* fault) {
+    Print(FormatString("Parameter %d (%s) is ", position, parameter.c_str()) + fault);
+    return false;
+  };
+  if (kind == "variable" && varList->Find(parameter) == nullptr) {
+    return report("an unknown variable");
+  }
+  if (kind == "string" && (parameter.empty() || parameter.front() != '"' || parameter.back() != '"')) {
+    return report("not of type 'string', use syntax \"...\"");
+  }
+  if (kind == "boolean" && parameter != "true" && parameter != "false") {
+    return report("not of type 'boolean', use true or false");
+  }
+  return true;
+}
+
+std::string TFunction::StripQuotes(const std::string& parameter) {
+  return parameter.size() < 2 ? std::string() : parameter.substr(1, parameter.size() - 2);
+}
+
+void TFunction::SetParameters(std::vector<std::string> newKinds, int optional) {
+  checksParameters = true;
+  kinds = std::move(newKinds);
+  maxParameters = static_cast<int>(kinds.size());
+  minParameters = maxParameters - optional;
+}
+
+void TFunction::SetHelp(std::vector<std::string> lines) { help = std::move(lines); }
+
+void TFunction::Print(const std::string& line) const {
+  if (output) {
+    output(line);
+  }
+}

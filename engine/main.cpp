@@ -1,0 +1,30 @@
+#include <cstdio>
+#include <cstdlib>
+
+#include <QApplication>
+
+#include "base/text.h"
+#include "engine/ctrl-main.h"
+#include "gui/main-window.h"
+
+namespace {
+
+/// Without a display the toolkit can only give up. It would do so by dumping core; a plain message and a status are kinder.
+void ReportAndLeaveIfFatal(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+  std::fprintf(stderr, "%s\n", qPrintable(message));
+  if (type == QtFatalMsg) {
+    std::_Exit(EXIT_FAILURE);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  qInstallMessageHandler(ReportAndLeaveIfFatal);
+  QApplication application(argc, argv);
+  base::UseClassicNumbers();
+  MainWindow window;
+  TCtrlMain controller(&window);
+  window.show();
+  return QApplication::exec();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <boost/function.hpp>
+
+/// Base of everything that the user's work leaves in the variable store: a name, a type name, and a channel for lines of
+/// output. A variable belongs to its store (TVarList), or to the variable that holds it, such as an image in a database.
+class TVar {
+ public:
+  virtual ~TVar() = default;
+  TVar(const TVar&) = delete;
+  TVar& operator=(const TVar&) = delete;
+
+  /// A new empty variable of the same class, without a name and in no store.
+  virtual std::unique_ptr<TVar> CreateNew() const = 0;
+
+  /// Takes over the contents of `source`, of which it then shares nothing. Name and type stay. A source of another class,
+  /// a null one and the variable itself change nothing.
+  virtual void Assign(const TVar* source) = 0;
+
+  /// One line about the contents, for the Variables table.
+  virtual std::string GetDescription() const = 0;
+
+  const std::string& GetName() const { return name; }
+  const std::string& GetType() const { return type; }
+  void SetName(const std::string& newName) { name = newName; }
+
+  /// Where Print() sends its lines; bound by the store that takes the variable.
+  void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }
+
+ protected:
+  explicit TVar(const char* typeName) : type(typeName) {}
+
+  /// Prints one line, if the variable stands in a store.
+  void Print(const std::string& line) const {
+    if (output) {
+      output(line);
+    }
+  }
+
+ private:
+  std::string name;
+  std::string type;
+  boost::function<void(std::string)> output;
+};

@@ -1,0 +1,17 @@
+#include "features/feature-hsv.h"
+
+#include "features/histogram-vector.h"
+#include "images/image-rgb.h"
+#include "kernels/hsv-histogram.h"
+
+TFeatureHsv::TFeatureHsv() {
+  name = "hsv";
+  needsColor = true;
+}
+
+bool TFeatureHsv::ProcessColor(const TImageRGB& image, TFeatureVector& vector) const {
+  TByteHistogram counts = {};
+  kernels::HsvHistogram(image.GetPixels(), image.GetStride(), image.GetWidth(), image.GetHeight(), counts.data());
+  SetHistogram(name, counts, static_cast<double>(image.GetWidth()) * image.GetHeight(), vector);
+  return true;
+}

@@ -1,0 +1,17 @@
+#include "features/feature-lbp.h"
+
+#include "features/histogram-vector.h"
+#include "images/image-gray.h"
+#include "kernels/lbp-histogram.h"
+
+TFeatureLbp::TFeatureLbp() {
+  name = "lbp";
+  needsGrayscale = true;
+}
+
+bool TFeatureLbp::ProcessGrayscale(const TImageGray& image, TFeatureVector& vector) const {
+  TByteHistogram counts = {};
+  kernels::LbpHistogram(image.GetPixels(), image.GetStride(), image.GetWidth(), image.GetHeight(), counts.data());
+  SetHistogram(name, counts, (image.GetWidth() - 2.0) * (image.GetHeight() - 2.0), vector);
+  return true;
+}

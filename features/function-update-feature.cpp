@@ -1,0 +1,112 @@
+#include "features/function-update-feature.h"
+
+#include <algorithm>
+
+#include <QCoreApplication>
+
+#include "base/format-string.h"
+#include "features/feature-list.h"
+#include "images/crop.h"
+#include "images/image-gray.h"
+#include "images/image-rgb.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+
+namespace {
+
+/// Calls `process` with the segment's part of the picture, which is the picture itself if it covers all of it.
+template <typename TImage, typename TProcess>
+bool WithCrop(const TImage& picture, const TImageSegmentRect& rect, const TProcess& process) {
+  if (rect.GetX() == 0 && rect.GetY() == 0 && rect.GetWidth() == picture.GetWidth() &&
+      rect.GetHeight() == picture.GetHeight()) {
+    return process(picture);
+  }
+  TImage crop;
+  CropImage(picture, rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight(), crop);
+  return process(crop);
+}
+
+/// Leaves the feature's vector on the segment, in place of an earlier one.
+bool ProcessSegment(const TFeature& feature, const TImageRGB& color, const TImageGray& gray, TImageSegment& segment) {
+  const auto& rect = dynamic_cast<const TImageSegmentRect&>(segment);
+  TFeatureVector* known = segment.GetFeatures().Find(feature.GetName());
+  std::unique_ptr<TFeatureVector> added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
+  TFeatureVector& vector = known == nullptr ? *added : *known;
+  const bool computed =
+      feature.NeedsColor()
+          ? WithCrop(color, rect, [&](const TImageRGB& crop) { return feature.ProcessColor(crop, vector); })
+          : WithCrop(gray, rect, [&](const TImageGray& crop) { return feature.ProcessGrayscale(crop, vector); });
+  if (computed && added) {
+    segment.GetFeatures().Add(added.release());
+  }
+  return computed;
+}
+
+}  // namespace
+
+TFunctionUpdateFeature::TFunctionUpdateFeature() {
+  name = "updatefeature";
+  SetParameters({"variable", "string"});
+  SetHelp({"Name:        UpdateFeature",                                                  //
+           "Description: Calculates a feature for an 'image' or a 'database' and stores the",  //
+           "             results in that variable. Feature arguments can be given as ",   //
+           "             parameters 3..n.",                                               //
+           "Syntax:      updatefeature(a, \"lbp\")",                                      //
+           "Returns:     nothing",                                                        //
+           "Parameters:  1 - 'image' or 'database'",                                      //
+           "             2 - string",                                                     //
+           "             3..n - integer"});
+}
+
+bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
+  auto* image = FindVariable<TVarImage>(params[0]);
+  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const TFeature* feature = featureList->Find(StripQuotes(params[1]));
+  if (image == nullptr && database == nullptr) {
+    Print("First parameter is not of type 'image' or 'database'");
+    return false;
+  }
+  if (feature == nullptr) {
+    Print("Feature not found");
+    return false;
+  }
+  return image != nullptr ? ProcessImage(*feature, *image) : ProcessDatabase(*feature, *database);
+}
+
+bool TFunctionUpdateFeature::ProcessDatabase(const TFeature& feature, const TVarDatabase& database) const {
+  Print("Processing.. this could take some time");
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  int count = 0;
+  for (const auto& image : database.GetImages()) {
+    if (!ProcessImage(feature, *image)) {
+      return false;
+    }
+    if (++count % 100 == 0) {
+      QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+      Print(FormatString("%d images processed", count));
+    }
+  }
+  Print("Processing done");
+  return true;
+}
+
+bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image) const {
+  TImageRGB color;
+  color.LoadFromFile(image.GetFilename());
+  TImageGray gray;
+  if (feature.NeedsGrayscale()) {
+    color.ToGray(gray);
+  }
+  TImageSegmentRect& whole = image.GetImageSegment();
+  whole.SetX(0);
+  whole.SetY(0);
+  whole.SetWidth(color.GetWidth());
+  whole.SetHeight(color.GetHeight());
+  const auto process = [&](TImageSegment& segment) { return ProcessSegment(feature, color, gray, segment); };
+  const bool computed = process(whole) && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
+                                                      [&](const auto& segment) { return process(*segment); });
+  if (!computed) {
+    Print(FormatString("Feature '%s' has an invalid length", feature.GetName().c_str()));
+  }
+  return computed;
+}

@@ -1,0 +1,12 @@
+#include "features/histogram-vector.h"
+
+#include <algorithm>
+
+#include "images/feature-vector.h"
+
+void SetHistogram(const std::string& name, const TByteHistogram& counts, double total, TFeatureVector& vector) {
+  vector.SetName(name);
+  vector.SetLength(counts.size());
+  std::transform(counts.begin(), counts.end(), vector.GetData(),
+                 [total](std::uint64_t count) { return static_cast<double>(count) / total; });
+}

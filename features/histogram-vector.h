@@ -1,0 +1,13 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+class TFeatureVector;
+
+/// The counts of a histogram, one for each value of a byte.
+using TByteHistogram = std::array<std::uint64_t, 256>;
+
+/// Fills a vector with the name and with each count divided by `total` (0 / 0 gives NaN).
+void SetHistogram(const std::string& name, const TByteHistogram& counts, double total, TFeatureVector& vector);

@@ -1,0 +1,23 @@
+#include "gui/dialog-runner.h"
+
+#include <QDialog>
+
+namespace {
+
+const TDialogRunnerScope* innermost = nullptr;
+
+}  // namespace
+
+TDialogRunnerScope::TDialogRunnerScope(const TDialogRunner& runner) : runner(runner), outer(innermost) {
+  innermost = this;
+}
+
+TDialogRunnerScope::~TDialogRunnerScope() { innermost = outer; }
+
+void RunDialog(QDialog& dialog) {
+  if (innermost == nullptr) {
+    dialog.exec();
+  } else if (innermost->runner) {
+    innermost->runner(dialog);
+  }
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+/// displayindexmap: draws the top of a ranking on one canvas, each picture in a direction drawn by lot, the best in the
+/// middle and weaker ones towards the rim.
+class TFunctionDisplayIndexMap : public TFunction {
+ public:
+  TFunctionDisplayIndexMap();
+  bool Execute(const std::vector<std::string>& params) override;
+};

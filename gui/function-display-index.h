@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+/// displayindex: shows the top of a ranking as a grid of 4 x 4 tiles, the query first unless the second parameter is
+/// "false".
+class TFunctionDisplayIndex : public TFunction {
+ public:
+  TFunctionDisplayIndex();
+  bool Execute(const std::vector<std::string>& params) override;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "images/feature-vector.h"
+
+/// The vectors of one image segment, or the examples of a classifier, in order of insertion. Whether the list owns its
+/// vectors is switched at run time: it does after construction, and then deletes them in Remove, Clear and its destructor;
+/// a list that does not own them leaves that to whoever gave them.
+class TFeatureVectorList {
+ public:
+  TFeatureVectorList() = default;
+  ~TFeatureVectorList();
+  TFeatureVectorList(const TFeatureVectorList&) = delete;
+  TFeatureVectorList& operator=(const TFeatureVectorList&) = delete;
+
+  /// Appends the vector. A list that owns its items takes the vector over; otherwise it must outlive its stay here.
+  void Add(TFeatureVector* vector) { items.push_back(vector); }
+
+  /// The first vector of exactly this name, or null.
+  TFeatureVector* Find(const std::string& name) const;
+
+  /// Takes out every vector of that name. The others keep their order.
+  void Remove(const std::string& name);
+
+  void Clear();
+
+  const std::vector<TFeatureVector*>& GetItems() const { return items; }
+
+  /// The names of the vectors, in order.
+  std::vector<std::string> GetNames() const;
+
+  bool GetOwnsItems() const { return ownsItems; }
+  void SetOwnsItems(bool flag) { ownsItems = flag; }
+
+ private:
+  std::vector<TFeatureVector*> items;
+  bool ownsItems = true;
+};

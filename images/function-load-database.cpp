@@ -1,0 +1,42 @@
+#include "images/function-load-database.h"
+
+#include <QCoreApplication>
+
+#include "base/native-path.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+
+TFunctionLoadDatabase::TFunctionLoadDatabase() {
+  name = "loaddatabase";
+  returnsValue = true;
+  returnType = "database";
+  SetParameters({"string"});
+  SetHelp({"Name:        LoadDatabase",                                               //
+           "Description: Loads a directory with images into a 'database' variable",  //
+           "Syntax:      a = loaddatabase(\"C:\\Directory\")",                        //
+           "Returns:     'database'",                                                 //
+           "Parameters:  1 - string"});
+}
+
+std::unique_ptr<TVar> TFunctionLoadDatabase::CreateReturnVariable() const { return std::make_unique<TVarDatabase>(); }
+
+bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
+  auto& database = dynamic_cast<TVarDatabase&>(variable);
+  const std::string path = StripQuotes(params[0]);
+  if (!base::Exists(path)) {
+    Print("Path not found");
+    return false;
+  }
+  if (!base::IsDirectory(path)) {
+    Print("Path is not a directory");
+    return false;
+  }
+  Print("Scanning..");
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  database.SetLocation(path);
+  if (!database.ScanDirectory()) {
+    Print("Directory cannot be read");
+    return false;
+  }
+  return true;
+}

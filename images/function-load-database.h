@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+/// loaddatabase: a database variable for the images of a directory.
+class TFunctionLoadDatabase : public TFunction {
+ public:
+  TFunctionLoadDatabase();
+  std::unique_ptr<TVar> CreateReturnVariable() const override;
+  bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
+};

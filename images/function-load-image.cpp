@@ -1,0 +1,31 @@
+#include "images/function-load-image.h"
+
+#include "base/native-path.h"
+#include "images/var-image.h"
+
+TFunctionLoadImage::TFunctionLoadImage() {
+  name = "loadimage";
+  returnsValue = true;
+  returnType = "image";
+  SetParameters({"string"});
+  SetHelp({"Name:        LoadImage",                                   //
+           "Description: Loads an image into an 'image' variable",     //
+           "Syntax:      a = loadimage(\"C:\\Directory\\File.jpg\")",  //
+           "Returns:     'image'",                                     //
+           "Parameters:  1 - string"});
+}
+
+std::unique_ptr<TVar> TFunctionLoadImage::CreateReturnVariable() const { return std::make_unique<TVarImage>(); }
+
+bool TFunctionLoadImage::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
+  auto& image = dynamic_cast<TVarImage&>(variable);
+  const std::string filename = StripQuotes(params[0]);
+  if (!base::IsRegularFile(filename)) {
+    Print("File does not exist");
+    return false;
+  }
+  image.SetFilename(filename);
+  image.GetImageSegment().GetFeatures().Clear();
+  ClearSegments(image.GetSegments());
+  return true;
+}

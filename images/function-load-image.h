@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+/// loadimage: an image variable for an existing file. The file is not opened, so it may be no image at all.
+class TFunctionLoadImage : public TFunction {
+ public:
+  TFunctionLoadImage();
+  std::unique_ptr<TVar> CreateReturnVariable() const override;
+  bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
+};

@@ -1,0 +1,137 @@
+#include "images/image-rgb.h"
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+
+#include <FreeImage.h>
+
+#include "base/native-path.h"
+#include "images/image-gray.h"
+#include "kernels/gray-plane.h"
+#include "kernels/resize-cubic.h"
+#include "kernels/swap-red-blue.h"
+
+namespace {
+
+struct TBitmapUnloader {
+  void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+};
+using TBitmap = std::unique_ptr<FIBITMAP, TBitmapUnloader>;
+
+struct TMemoryCloser {
+  void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+};
+
+/// A 24-bit version of a bitmap in any other form; null if the library knows none.
+TBitmap ConvertTo24Bits(FIBITMAP* bitmap) {
+  TBitmap converted(FreeImage_ConvertTo24Bits(bitmap));
+  if (converted) {
+    return converted;
+  }
+  const FREE_IMAGE_TYPE type = FreeImage_GetImageType(bitmap);
+  if (type == FIT_RGBF || type == FIT_RGBAF) {
+    const TBitmap opaque(FreeImage_ConvertToRGBF(bitmap));
+    return TBitmap(opaque ? FreeImage_ToneMapping(opaque.get(), FITMO_DRAGO03, 0, 0) : nullptr);
+  }
+  const TBitmap standard(FreeImage_ConvertToStandardType(bitmap, TRUE));
+  return TBitmap(standard ? FreeImage_ConvertTo24Bits(standard.get()) : nullptr);
+}
+
+}  // namespace
+
+TImageRGB::TImageRGB() : TPixelBuffer(3) {}
+
+TImageRGB::TImageRGB(unsigned char* data, int width, int height, int stride)
+    : TPixelBuffer(data, width, height, stride, 3) {}
+
+void TImageRGB::SetSize(int width, int height, bool clear) {
+  Resize(width, height);
+  if (clear) {
+    ClearPixels();
+  }
+}
+
+void TImageRGB::SetPixel(int x, int y, unsigned char red, unsigned char green, unsigned char blue) {
+  if (unsigned char* pixel = PixelAt(x, y)) {
+    pixel[0] = red;
+    pixel[1] = green;
+    pixel[2] = blue;
+  }
+}
+
+bool TImageRGB::LoadFromFile(const std::string& path) {
+  const std::string nativePath = base::NativePath(path);
+  FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
+  if (format == FIF_UNKNOWN) {
+    format = FreeImage_GetFIFFromFilename(nativePath.c_str());
+  }
+  if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
+    return false;
+  }
+  const TBitmap bitmap(FreeImage_Load(format, nativePath.c_str(), 0));
+  return bitmap && CopyFromBitmap(bitmap.get());
+}
+
+void TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size) {
+  if (size > std::numeric_limits<DWORD>::max()) {
+    return;
+  }
+  // The library takes a mutable pointer for both of its uses; a stream opened over given bytes only reads them.
+  const std::unique_ptr<FIMEMORY, TMemoryCloser> stream(
+      FreeImage_OpenMemory(const_cast<BYTE*>(data), static_cast<DWORD>(size)));
+  const FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromMemory(stream.get(), 0);
+  if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
+    return;
+  }
+  const TBitmap bitmap(FreeImage_LoadFromMemory(format, stream.get(), 0));
+  if (bitmap) {
+    CopyFromBitmap(bitmap.get());
+  }
+}
+
+bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {
+  TBitmap converted;
+  if (FreeImage_GetBPP(bitmap) != 24) {
+    converted = ConvertTo24Bits(bitmap);
+    bitmap = converted.get();
+  }
+  if (bitmap == nullptr || FreeImage_HasPixels(bitmap) == FALSE) {
+    return false;
+  }
+  const int height = static_cast<int>(FreeImage_GetHeight(bitmap));
+  SetSize(static_cast<int>(FreeImage_GetWidth(bitmap)), height, true);
+  if (GetHeight() == 0) {
+    return false;
+  }
+  // Bitmaps stand on their bottom row and hold blue, green, red.
+  kernels::SwapRedBlue(FreeImage_GetScanLine(bitmap, height - 1), -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap)),
+                       GetPixels(), GetStride(), GetWidth(), height);
+  return true;
+}
+
+void TImageRGB::SaveToFile(const std::string& path) const {
+  const std::string nativePath = base::NativePath(path);
+  const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(nativePath.c_str());
+  if (format == FIF_UNKNOWN || FreeImage_FIFSupportsWriting(format) == FALSE) {
+    return;
+  }
+  const TBitmap bitmap(FreeImage_Allocate(GetWidth(), GetHeight(), 24, 0, 0, 0));
+  if (!bitmap) {
+    return;
+  }
+  kernels::SwapRedBlue(GetPixels(), GetStride(), FreeImage_GetScanLine(bitmap.get(), GetHeight() - 1),
+                       -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap.get())), GetWidth(), GetHeight());
+  FreeImage_Save(format, bitmap.get(), nativePath.c_str(), 0);
+}
+
+void TImageRGB::ToGray(TImageGray& gray) const {
+  gray.SetSize(GetWidth(), GetHeight());
+  kernels::GrayPlane(GetPixels(), GetStride(), gray.GetPixels(), gray.GetStride(), GetWidth(), GetHeight());
+}
+
+void TImageRGB::ScaleTo(TImageRGB& destination, int width, int height) const {
+  destination.SetSize(width, height, true);
+  kernels::ResizeCubicRgb(GetPixels(), GetStride(), GetWidth(), GetHeight(), destination.GetPixels(),
+                          destination.GetStride(), destination.GetWidth(), destination.GetHeight());
+}

@@ -1,0 +1,32 @@
+#include "images/var-image.h"
+
+#include "base/format-string.h"
+#include "base/text.h"
+
+TVarImage::TVarImage() : TVar("image") {}
+
+std::unique_ptr<TVar> TVarImage::CreateNew() const { return std::make_unique<TVarImage>(); }
+
+void TVarImage::Assign(const TVar* source) {
+  const auto* image = dynamic_cast<const TVarImage*>(source);
+  if (image == nullptr || image == this) {
+    return;
+  }
+  filename = image->filename;
+  imageSegment.Assign(image->imageSegment);
+  CopySegments(segments, image->segments);
+  tags = image->tags;
+}
+
+std::string TVarImage::GetDescription() const {
+  std::string description = "Filename: \"" + filename + "\"";
+  const auto names = imageSegment.GetFeatures().GetNames();
+  description += names.empty() ? ", no features" : ", features: " + base::Join(names, ", ");
+  if (segments.empty()) {
+    return description;
+  }
+  description += FormatString(", %d segments", static_cast<int>(segments.size()));
+  const auto segmentNames = segments.front()->GetFeatures().GetNames();
+  description += segmentNames.empty() ? " without features" : " with features: " + base::Join(segmentNames, ", ");
+  return description;
+}

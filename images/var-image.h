@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/var.h"
+#include "segmentation/image-segment.h"
+
+/// The record of one image, of type "image": a file name and what was computed from the file. It holds no pixels; whoever
+/// needs them reads the file again. Image variables stand in the store, images of a database belong to the database.
+class TVarImage : public TVar {
+ public:
+  TVarImage();
+
+  std::unique_ptr<TVar> CreateNew() const override;
+  void Assign(const TVar* source) override;
+  std::string GetDescription() const override;
+
+  /// The path as the user gave it, or location and file name after a directory scan.
+  const std::string& GetFilename() const { return filename; }
+  void SetFilename(const std::string& name) { filename = name; }
+
+  /// The segment that stands for the whole image. Its rectangle is empty until a feature is computed.
+  TImageSegmentRect& GetImageSegment() { return imageSegment; }
+  const TImageSegmentRect& GetImageSegment() const { return imageSegment; }
+
+  /// The parts of the image, in the order in which they were made.
+  TImageSegmentList& GetSegments() { return segments; }
+  const TImageSegmentList& GetSegments() const { return segments; }
+
+  std::vector<std::string>& GetTags() { return tags; }
+  const std::vector<std::string>& GetTags() const { return tags; }
+
+ private:
+  std::string filename;
+  TImageSegmentRect imageSegment;
+  TImageSegmentList segments;
+  std::vector<std::string> tags;
+};

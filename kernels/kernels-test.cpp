@@ -1,0 +1,439 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include "kernels/gray-plane.h"
+#include "kernels/hsv-histogram.h"
+#include "kernels/l1-distance.h"
+#include "kernels/lbp-histogram.h"
+#include "kernels/reference.h"
+#include "kernels/resize-cubic.h"
+#include "kernels/swap-red-blue.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Counts = std::array<std::uint64_t, 256>;
+
+// Runs `check` once on each SIMD level of this machine, the one without vectors included.
+template <class Check>
+void OnEachTarget(Check check) {
+  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+    hwy::SetSupportedTargetsForTest(target);
+    SCOPED_TRACE(hwy::TargetName(target));
+    check();
+  }
+  hwy::SetSupportedTargetsForTest(0);
+}
+
+Bytes RandomBytes(std::size_t count, unsigned seed) {
+  std::mt19937 random(seed);
+  Bytes bytes(count);
+  std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random() >> 24); });
+  return bytes;
+}
+
+// Bytes with few levels and long runs: neighbours that are equal, and all that saturates.
+Bytes RunsOfBytes(std::size_t count, unsigned seed) {
+  std::mt19937 random(seed);
+  constexpr std::array<unsigned char, 6> kLevels{0, 1, 63, 128, 254, 255};
+  Bytes bytes;
+  while (bytes.size() < count) {
+    bytes.resize(bytes.size() + 1 + random() % 40, kLevels[random() % kLevels.size()]);
+  }
+  bytes.resize(count);
+  return bytes;
+}
+
+// Picture sizes that leave each number of pixels beside whole vectors, and rows longer than a block of work.
+std::vector<std::array<int, 2>> OddSizes() {
+  std::vector<std::array<int, 2>> sizes{{0, 0}, {0, 4}, {4, 0}, {131, 3}, {4095, 3}, {4099, 4}, {8195, 3}};
+  for (int width = 1; width <= 72; ++width) {
+    sizes.push_back({width, 1 + width % 5});
+  }
+  return sizes;
+}
+
+// Every colour once, 4096 to a row.
+const Bytes& AllColours() {
+  static const Bytes colours = [] {
+    Bytes bytes;
+    bytes.reserve(3u << 24);
+    for (unsigned colour = 0; colour < 1u << 24; ++colour) {
+      bytes.push_back(static_cast<unsigned char>(colour >> 16));
+      bytes.push_back(static_cast<unsigned char>(colour >> 8));
+      bytes.push_back(static_cast<unsigned char>(colour));
+    }
+    return bytes;
+  }();
+  return colours;
+}
+
+TEST(GrayPlane, WeighsTheChannels) {
+  // Worked out by hand from (19595 R + 38470 G + 7471 B + 32768) / 65536, cut.
+  const Bytes rgb{0, 0, 0, 255, 255, 255, 255, 0, 0, 0, 255, 0, 0, 0, 255, 1, 2, 3, 200, 100, 50, 128, 128, 128};
+  const Bytes expected{0, 255, 76, 150, 29, 2, 124, 128};
+  Bytes gray(expected.size());
+  kernels::reference::GrayPlane(rgb.data(), 24, gray.data(), 8, 8, 1);
+  EXPECT_EQ(gray, expected);
+}
+
+TEST(GrayPlane, EqualsThePlainLoopOnEachTarget) {
+  const Bytes& colours = AllColours();
+  Bytes expected(1u << 24);
+  kernels::reference::GrayPlane(colours.data(), 3 * 4096, expected.data(), 4096, 4096, 4096);
+  OnEachTarget([&] {
+    Bytes gray(1u << 24);
+    kernels::GrayPlane(colours.data(), 3 * 4096, gray.data(), 4096, 4096, 4096);
+    EXPECT_TRUE(gray == expected) << "on some of all colours";
+
+    for (const auto& [width, height] : OddSizes()) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height);
+      const int rgbStride = 3 * width + 5;
+      const int grayStride = width + 3;
+      const Bytes rgb = RandomBytes(static_cast<std::size_t>(rgbStride * height), static_cast<unsigned>(width));
+      // The bytes between the rows hold 0xA5 before, and must do so afterwards.
+      Bytes wanted(static_cast<std::size_t>(grayStride * height), 0xA5);
+      Bytes written = wanted;
+      kernels::reference::GrayPlane(rgb.data(), rgbStride, wanted.data(), grayStride, width, height);
+      kernels::GrayPlane(rgb.data(), rgbStride, written.data(), grayStride, width, height);
+      EXPECT_EQ(written, wanted);
+    }
+  });
+}
+
+TEST(SwapRedBlue, ReversesTheBytesOfEachPixelAndTurnsRowsRound) {
+  // Two rows of two pixels, the second row first, with two bytes of padding.
+  const Bytes bitmap{7, 8, 9, 10, 11, 12, 0, 0, 1, 2, 3, 4, 5, 6, 0, 0};
+  const Bytes expected{3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10};
+  OnEachTarget([&] {
+    Bytes rgb(expected.size());
+    kernels::SwapRedBlue(bitmap.data() + 8, -8, rgb.data(), 6, 2, 2);
+    EXPECT_EQ(rgb, expected);
+  });
+}
+
+TEST(SwapRedBlue, EqualsThePlainLoopOnEachTarget) {
+  OnEachTarget([&] {
+    for (const auto& [width, height] : OddSizes()) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height);
+      const std::ptrdiff_t stride = 3 * width + 1;
+      const Bytes source = RandomBytes(static_cast<std::size_t>(stride * height), static_cast<unsigned>(width));
+      Bytes wanted(static_cast<std::size_t>((stride + 4) * height), 0xA5);
+      Bytes written = wanted;
+      const std::ptrdiff_t lastRow = (stride + 4) * std::max(height - 1, 0);
+      kernels::reference::SwapRedBlue(source.data(), stride, wanted.data() + lastRow, -stride - 4, width, height);
+      kernels::SwapRedBlue(source.data(), stride, written.data() + lastRow, -stride - 4, width, height);
+      EXPECT_EQ(written, wanted);
+    }
+  });
+}
+
+TEST(HsvHistogram, PutsPixelsIntoTheBinsOfTheTable) {
+  struct {
+    Bytes pixel;
+    int bin;
+  } const kCases[] = {
+      {{0, 0, 0}, 0},        {{63, 63, 63}, 0},     {{64, 64, 64}, 1},    {{128, 128, 128}, 2},
+      {{255, 255, 255}, 3},  {{255, 0, 0}, 15},     {{255, 255, 0}, 47},  {{0, 255, 0}, 95},
+      {{0, 255, 255}, 127},  {{0, 0, 255}, 175},    {{255, 0, 255}, 223}, {{200, 100, 50}, 11},
+  };
+  for (const auto& [pixel, bin] : kCases) {
+    EXPECT_EQ(kernels::reference::HsvBin(pixel[0], pixel[1], pixel[2]), bin) << testing::PrintToString(pixel);
+    OnEachTarget([&, &pixel = pixel, &bin = bin] {
+      // One pixel alone, and enough of it for whole vectors.
+      for (const int width : {1, 200}) {
+        Bytes rgb;
+        for (int x = 0; x < width; ++x) {
+          rgb.insert(rgb.end(), pixel.begin(), pixel.end());
+        }
+        Counts expected{};
+        expected[static_cast<std::size_t>(bin)] = static_cast<std::uint64_t>(width);
+        Counts counts;
+        kernels::HsvHistogram(rgb.data(), 3 * width, width, 1, counts.data());
+        EXPECT_EQ(counts, expected) << testing::PrintToString(pixel) << " times " << width;
+      }
+    });
+  }
+}
+
+TEST(HsvHistogram, HasTheBinOfThePlainFormulaForEveryColour) {
+  // One histogram for each pair of red and green, so that errors of different colours cannot make up for one another.
+  const Bytes& colours = AllColours();
+  std::vector<Counts> expected(1u << 16);
+  for (std::size_t pair = 0; pair < expected.size(); ++pair) {
+    kernels::reference::HsvHistogram(colours.data() + pair * 768, 768, 256, 1, expected[pair].data());
+  }
+  OnEachTarget([&] {
+    std::size_t wrong = 0;
+    for (std::size_t pair = 0; pair < expected.size(); ++pair) {
+      Counts counts;
+      kernels::HsvHistogram(colours.data() + pair * 768, 768, 256, 1, counts.data());
+      wrong += counts != expected[pair];
+      // Four pixels a row: the way of rows that do not fill a vector.
+      kernels::HsvHistogram(colours.data() + pair * 768, 12, 4, 64, counts.data());
+      wrong += counts != expected[pair];
+    }
+    EXPECT_EQ(wrong, 0u);
+  });
+}
+
+TEST(HsvHistogram, EqualsThePlainLoopOnEachTarget) {
+  OnEachTarget([&] {
+    for (const auto& [width, height] : OddSizes()) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height);
+      const int stride = 3 * width + 7;
+      const std::size_t size = static_cast<std::size_t>(stride * height);
+      for (const Bytes& rgb : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
+        Counts expected;
+        Counts counts;
+        counts.fill(99);  // what was there is overwritten
+        kernels::reference::HsvHistogram(rgb.data(), stride, width, height, expected.data());
+        kernels::HsvHistogram(rgb.data(), stride, width, height, counts.data());
+        EXPECT_EQ(counts, expected);
+        EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), std::uint64_t{0}),
+                  static_cast<std::uint64_t>(width * height));
+      }
+    }
+  });
+}
+
+TEST(LbpHistogram, SetsOneBitForEachGreaterNeighbour) {
+  struct {
+    Bytes block;
+    std::size_t pattern;
+  } const kCases[] = {
+      {{9, 9, 9, 9, 5, 9, 9, 9, 9}, 255}, {{5, 5, 5, 5, 5, 5, 5, 5, 5}, 0}, {{1, 2, 3, 4, 200, 6, 7, 8, 9}, 0},
+      {{6, 5, 5, 5, 5, 5, 5, 5, 5}, 1},   {{5, 6, 5, 5, 5, 5, 5, 5, 5}, 2}, {{5, 5, 6, 5, 5, 5, 5, 5, 5}, 4},
+      {{5, 5, 5, 6, 5, 5, 5, 5, 5}, 8},   {{5, 5, 5, 5, 5, 6, 5, 5, 5}, 16}, {{5, 5, 5, 5, 5, 5, 6, 5, 5}, 32},
+      {{5, 5, 5, 5, 5, 5, 5, 6, 5}, 64},  {{5, 5, 5, 5, 5, 5, 5, 5, 6}, 128},
+      // 128 is greater than 127, and 255 greater than 0: bytes have no sign.
+      {{128, 0, 0, 0, 127, 255, 0, 0, 0}, 17},
+  };
+  for (const auto& [block, pattern] : kCases) {
+    Counts expected{};
+    expected[pattern] = 1;
+    Counts counts;
+    kernels::reference::LbpHistogram(block.data(), 3, 3, 3, counts.data());
+    EXPECT_EQ(counts, expected) << testing::PrintToString(block);
+    OnEachTarget([&, &block = block] {
+      kernels::LbpHistogram(block.data(), 3, 3, 3, counts.data());
+      EXPECT_EQ(counts, expected) << testing::PrintToString(block);
+    });
+  }
+}
+
+TEST(LbpHistogram, EqualsThePlainLoopOnEachTarget) {
+  OnEachTarget([&] {
+    for (const auto& [width, height] : OddSizes()) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height + 1);
+      const int stride = width + 3;
+      const std::size_t size = static_cast<std::size_t>(stride * (height + 1));
+      for (const Bytes& gray : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
+        Counts expected;
+        Counts counts;
+        counts.fill(99);  // what was there is overwritten
+        kernels::reference::LbpHistogram(gray.data(), stride, width, height + 1, expected.data());
+        kernels::LbpHistogram(gray.data(), stride, width, height + 1, counts.data());
+        EXPECT_EQ(counts, expected);
+        const int interior = std::max(width - 2, 0) * std::max(height - 1, 0);
+        EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), std::uint64_t{0}),
+                  static_cast<std::uint64_t>(interior));
+      }
+    }
+  });
+}
+
+using ResizeFunction = void (*)(const unsigned char*, int, int, int, unsigned char*, int, int, int);
+
+struct ResizeKind {
+  int channels;
+  ResizeFunction kernel;
+  ResizeFunction plain;
+};
+
+constexpr ResizeKind kResizeKinds[] = {
+    {1, kernels::ResizeCubicGray, kernels::reference::ResizeCubicGray},
+    {3, kernels::ResizeCubicRgb, kernels::reference::ResizeCubicRgb},
+};
+
+// Source width and height, destination width and height.
+constexpr int kResizeSizes[][4] = {
+    {1, 1, 1, 1},      {1, 1, 9, 7},    {9, 7, 1, 1},      {1, 40, 5, 3},    {40, 1, 3, 5},   {2, 2, 64, 48},
+    {3, 5, 5, 3},      {7, 9, 7, 9},    {31, 17, 33, 18},  {33, 18, 31, 17}, {64, 48, 40, 30}, {65, 49, 16, 12},
+    {160, 120, 40, 30}, {5, 300, 9, 11}, {300, 5, 11, 9},   {10, 10, 70, 71}, {640, 3, 7, 2},  {99, 100, 98, 101},
+};
+
+Bytes Resized(ResizeFunction resize, const Bytes& source, int channels, const int (&size)[4], int padding) {
+  const int stride = size[2] * channels + padding;
+  Bytes result(static_cast<std::size_t>(stride * size[3]), 0xA5);
+  resize(source.data(), size[0] * channels + padding, size[0], size[1], result.data(), stride, size[2], size[3]);
+  return result;
+}
+
+// One level, evaluated in floating point straight from the definition: the kernel of Catmull and Rom over all pixels,
+// stretched where an axis shrinks, divided by the sum of the weights that fall into the picture.
+double ExactLevel(const Bytes& source, int channels, const int (&size)[4], int x, int y, int channel) {
+  const auto weight = [](int pixel, int output, int from, int to) {
+    const double step = static_cast<double>(from) / to;
+    const double t = std::abs((pixel + 0.5) - (output + 0.5) * step) / std::max(1.0, step);
+    if (t >= 2) {
+      return 0.0;
+    }
+    return t < 1 ? 1 - 2.5 * t * t + 1.5 * t * t * t : 2 - 4 * t + 2.5 * t * t - 0.5 * t * t * t;
+  };
+  double sum = 0;
+  double weights = 0;
+  for (int row = 0; row < size[1]; ++row) {
+    const double vertical = weight(row, y, size[1], size[3]);
+    for (int column = 0; vertical != 0 && column < size[0]; ++column) {
+      const double product = vertical * weight(column, x, size[0], size[2]);
+      sum += product * source[static_cast<std::size_t>((row * size[0] + column) * channels + channel)];
+      weights += product;
+    }
+  }
+  return std::clamp(sum / weights, 0.0, 255.0);
+}
+
+TEST(ResizeCubic, IsWithinOneLevelOfTheExactValue) {
+  for (const ResizeKind& kind : kResizeKinds) {
+    for (const auto& size : kResizeSizes) {
+      SCOPED_TRACE(testing::PrintToString(size) + " channels " + std::to_string(kind.channels));
+      const std::size_t bytes = static_cast<std::size_t>(size[0] * size[1] * kind.channels);
+      // The runs hold the greatest steps that a picture can have, which make the greatest overshoot.
+      for (const Bytes& source : {RandomBytes(bytes, 3), RunsOfBytes(bytes, 4)}) {
+        const Bytes result = Resized(kind.kernel, source, kind.channels, size, 0);
+        double worst = 0;
+        std::size_t i = 0;
+        for (int y = 0; y < size[3]; ++y) {
+          for (int x = 0; x < size[2]; ++x) {
+            for (int channel = 0; channel < kind.channels; ++channel) {
+              const double exact = ExactLevel(source, kind.channels, size, x, y, channel);
+              worst = std::max(worst, std::abs(result[i++] - exact));
+            }
+          }
+        }
+        // Half a level is the rounding to whole ones.
+        EXPECT_LE(worst, 1.0);
+      }
+    }
+  }
+}
+
+TEST(ResizeCubic, EqualsThePlainLoopOnEachTarget) {
+  OnEachTarget([&] {
+    for (const ResizeKind& kind : kResizeKinds) {
+      for (const auto& size : kResizeSizes) {
+        SCOPED_TRACE(testing::PrintToString(size) + " channels " + std::to_string(kind.channels));
+        const std::size_t bytes = static_cast<std::size_t>((size[0] * kind.channels + 5) * size[1]);
+        for (const Bytes& source : {RandomBytes(bytes, 5), RunsOfBytes(bytes, 6)}) {
+          EXPECT_EQ(Resized(kind.kernel, source, kind.channels, size, 5),
+                    Resized(kind.plain, source, kind.channels, size, 5));
+        }
+      }
+    }
+  });
+}
+
+TEST(ResizeCubic, KeepsAnEvenPictureEvenAndCopiesAtTheSameSize) {
+  OnEachTarget([&] {
+    for (const ResizeKind& kind : kResizeKinds) {
+      for (const auto& size : kResizeSizes) {
+        for (const unsigned char level : {0, 1, 127, 255}) {
+          const Bytes even(static_cast<std::size_t>(size[0] * size[1] * kind.channels), level);
+          const Bytes result = Resized(kind.kernel, even, kind.channels, size, 0);
+          EXPECT_EQ(result, Bytes(result.size(), level)) << testing::PrintToString(size);
+        }
+        const int same[4] = {size[0], size[1], size[0], size[1]};
+        const Bytes source = RandomBytes(static_cast<std::size_t>(size[0] * size[1] * kind.channels), 7);
+        EXPECT_EQ(Resized(kind.kernel, source, kind.channels, same, 0), source) << testing::PrintToString(size);
+      }
+    }
+  });
+}
+
+TEST(ResizeCubic, KeepsTheShareOfTinyWeights) {
+  // 60,000 taps with weights of a fraction of the smallest unit each. The left half is black, the right half white: the
+  // kernel is symmetric about the middle, so that the result is half way, give or take the rounding.
+  Bytes source(60000, 0);
+  std::fill(source.begin() + 30000, source.end(), 255);
+  unsigned char level = 0;
+  kernels::ResizeCubicGray(source.data(), 60000, 60000, 1, &level, 1, 1, 1);
+  EXPECT_NEAR(level, 127.5, 1.0);
+}
+
+TEST(ResizeCubic, WritesNothingForEmptyPictures) {
+  const Bytes source(64, 7);
+  for (const ResizeKind& kind : kResizeKinds) {
+    for (int zero = 0; zero < 4; ++zero) {
+      for (const int empty : {0, -1}) {
+        int size[4] = {2, 2, 2, 2};
+        size[zero] = empty;
+        Bytes destination(64, 0xA5);
+        kind.kernel(source.data(), 8, size[0], size[1], destination.data(), 8, size[2], size[3]);
+        EXPECT_EQ(destination, Bytes(64, 0xA5));
+      }
+    }
+  }
+}
+
+TEST(AddL1Distances, EqualsThePlainLoopToTheLastBit) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  std::mt19937 random(8);
+  // Numbers of very different sizes: each other order of additions would round differently.
+  const auto number = [&] { return std::ldexp(static_cast<double>(random()) - 2e9, static_cast<int>(random() % 40)); };
+
+  OnEachTarget([&] {
+    for (const std::size_t length : {0, 1, 2, 7, 255, 256}) {
+      for (const std::size_t count : {0, 1, 7, 8, 9, 100}) {
+        SCOPED_TRACE(testing::Message() << count << " vectors of " << length);
+        std::vector<double> query(length);
+        std::generate(query.begin(), query.end(), number);
+        std::vector<std::vector<double>> vectors(count, std::vector<double>(length));
+        std::vector<const double*> candidates;
+        std::vector<double> expected(count);
+        for (std::size_t c = 0; c < count; ++c) {
+          std::generate(vectors[c].begin(), vectors[c].end(), number);
+          if (length > 0 && c % 3 == 1) {
+            vectors[c][random() % length] = c % 2 == 0 ? kNaN : -kInfinity;
+          }
+          candidates.push_back(vectors[c].data());
+          expected[c] = number();  // the sums go on from where they stand
+        }
+        if (length == 7) {
+          query[3] = kInfinity;  // less infinity gives NaN
+        }
+        std::vector<double> sums = expected;
+        kernels::reference::AddL1Distances(query.data(), length, candidates.data(), count, expected.data());
+        kernels::AddL1Distances(query.data(), length, candidates.data(), count, sums.data());
+        for (std::size_t c = 0; c < count; ++c) {
+          EXPECT_EQ(std::bit_cast<std::uint64_t>(sums[c]), std::bit_cast<std::uint64_t>(expected[c])) << c;
+        }
+      }
+    }
+  });
+}
+
+TEST(AddL1Distances, SumsAbsoluteDifferences) {
+  const double query[] = {1.0, -2.0, 0.5};
+  const double near[] = {1.0, -2.0, 0.25};
+  const double far[] = {-1.0, 3.0, 8.5};
+  const std::array<const double*, 9> candidates{far, near, far, near, far, near, far, near, far};
+  std::array<double, 9> sums{10.0};
+  kernels::AddL1Distances(query, 3, candidates.data(), candidates.size(), sums.data());
+  EXPECT_EQ(sums, (std::array<double, 9>{25.0, 0.25, 15.0, 0.25, 15.0, 0.25, 15.0, 0.25, 15.0}));
+}
+
+}  // namespace

@@ -1,0 +1,149 @@
+// The kernels as plain loops, one obvious step after the other. What the tests compare the kernels with and the
+// benchmarks measure them against; nothing else includes this.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "kernels/cubic-weights.h"
+
+namespace kernels::reference {
+
+inline void GrayPlane(const unsigned char* rgb, int rgbStride, unsigned char* gray, int grayStride, int width,
+                      int height) {
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+      const unsigned char* pixel = rgb + y * rgbStride + 3 * x;
+      const unsigned level = (19595u * pixel[0] + 38470u * pixel[1] + 7471u * pixel[2] + 32768u) >> 16;
+      gray[y * grayStride + x] = static_cast<unsigned char>(level);
+    }
+  }
+}
+
+inline void SwapRedBlue(const unsigned char* source, std::ptrdiff_t sourceStride, unsigned char* destination,
+                        std::ptrdiff_t destinationStride, int width, int height) {
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+      for (std::ptrdiff_t byte = 0; byte < 3; ++byte) {
+        destination[y * destinationStride + 3 * x + byte] = source[y * sourceStride + 3 * x + 2 - byte];
+      }
+    }
+  }
+}
+
+inline int HsvBin(int r, int g, int b) {
+  const int v = std::max({r, g, b});
+  if (v == 0) {
+    return 0;
+  }
+  int numerator = 0;
+  int offset = 0;
+  if (r == v) {
+    numerator = (g - b) * 60;
+  }
+  if (g == v) {
+    numerator = (b - r) * 60;
+    offset = 120;
+  }
+  if (b == v) {
+    numerator = (r - g) * 60;
+    offset = 240;
+  }
+  const int delta = v - std::min({r, g, b});
+  const int s = delta * 255 / v;
+  if (s == 0) {
+    return v / 64;
+  }
+  const int hue = (offset + numerator / delta + 360) % 360;
+  const int h = hue * 255 / 360;
+  return h / 16 * 16 + s / 64 * 4 + v / 64;
+}
+
+inline void HsvHistogram(const unsigned char* rgb, int stride, int width, int height, std::uint64_t counts[256]) {
+  std::fill_n(counts, 256, 0);
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+      const unsigned char* pixel = rgb + y * stride + 3 * x;
+      ++counts[HsvBin(pixel[0], pixel[1], pixel[2])];
+    }
+  }
+}
+
+inline void LbpHistogram(const unsigned char* gray, int stride, int width, int height, std::uint64_t counts[256]) {
+  std::fill_n(counts, 256, 0);
+  for (std::ptrdiff_t y = 1; y < height - 1; ++y) {
+    for (std::ptrdiff_t x = 1; x < width - 1; ++x) {
+      const unsigned char centre = gray[y * stride + x];
+      int pattern = 0;
+      int weight = 1;
+      for (std::ptrdiff_t dy = -1; dy <= 1; ++dy) {
+        for (std::ptrdiff_t dx = -1; dx <= 1; ++dx) {
+          if (dx == 0 && dy == 0) {
+            continue;
+          }
+          if (gray[(y + dy) * stride + x + dx] > centre) {
+            pattern += weight;
+          }
+          weight *= 2;
+        }
+      }
+      ++counts[pattern];
+    }
+  }
+}
+
+// Cubic resampling in the fixed point that resize-cubic.h describes: the whole vertical pass, then the whole
+// horizontal one.
+inline void ResizeCubic(int channels, const unsigned char* source, int sourceStride, int sourceWidth, int sourceHeight,
+                        unsigned char* destination, int destinationStride, int width, int height) {
+  if (std::min({sourceWidth, sourceHeight, width, height}) < 1) {
+    return;
+  }
+  const CubicWeights vertical(sourceHeight, height);
+  const CubicWeights horizontal(sourceWidth, width);
+  const std::ptrdiff_t columns = static_cast<std::ptrdiff_t>(channels) * sourceWidth;
+  std::vector<int> row(static_cast<std::size_t>(columns));
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    for (std::ptrdiff_t i = 0; i < columns; ++i) {
+      int sum = 0;
+      for (std::ptrdiff_t t = 0; t < vertical.taps; ++t) {
+        sum += vertical.weights[y * vertical.pitch + t] * source[(vertical.first[y] + t) * sourceStride + i];
+      }
+      row[i] = (sum + 128) >> 8;
+    }
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+      for (std::ptrdiff_t channel = 0; channel < channels; ++channel) {
+        int sum = 0;
+        for (std::ptrdiff_t t = 0; t < horizontal.taps; ++t) {
+          sum += horizontal.weights[x * horizontal.pitch + t] * row[(horizontal.first[x] + t) * channels + channel];
+        }
+        destination[y * destinationStride + x * channels + channel] =
+            static_cast<unsigned char>(std::clamp((sum + (1 << 19)) >> 20, 0, 255));
+      }
+    }
+  }
+}
+
+inline void ResizeCubicRgb(const unsigned char* source, int sourceStride, int sourceWidth, int sourceHeight,
+                           unsigned char* destination, int destinationStride, int width, int height) {
+  ResizeCubic(3, source, sourceStride, sourceWidth, sourceHeight, destination, destinationStride, width, height);
+}
+
+inline void ResizeCubicGray(const unsigned char* source, int sourceStride, int sourceWidth, int sourceHeight,
+                            unsigned char* destination, int destinationStride, int width, int height) {
+  ResizeCubic(1, source, sourceStride, sourceWidth, sourceHeight, destination, destinationStride, width, height);
+}
+
+inline void AddL1Distances(const double* query, std::size_t length, const double* const* candidates, std::size_t count,
+                           double* sums) {
+  for (std::size_t c = 0; c < count; ++c) {
+    for (std::size_t i = 0; i < length; ++i) {
+      sums[c] += std::fabs(query[i] - candidates[c][i]);
+    }
+  }
+}
+
+}  // namespace kernels::reference

@@ -1,0 +1,71 @@
+#include "retrieval/function-search-image.h"
+
+#include "base/text.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+#include "retrieval/feature-distance.h"
+#include "retrieval/var-database-index.h"
+
+TFunctionSearchImage::TFunctionSearchImage() {
+  name = "searchimage";
+  returnsValue = true;
+  returnType = "databaseindex";
+  SetParameters({"variable", "variable"});
+  SetHelp({"Name:        SearchImage",                                                        //
+           "Description: Searches for an 'image' in a 'database' and stores the results",     //
+           "             in an index variable, with the first image being the best match",    //
+           "Syntax:      index = searchimage(database, image)",                               //
+           "Returns:     'databaseindex'",                                                    //
+           "Parameters:  1 - 'database'",                                                     //
+           "             2 - 'image'"});
+}
+
+std::unique_ptr<TVar> TFunctionSearchImage::CreateReturnVariable() const {
+  return std::make_unique<TVarDatabaseIndex>();
+}
+
+bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
+  auto& index = dynamic_cast<TVarDatabaseIndex&>(variable);
+  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* query = FindVariable<TVarImage>(params[1]);
+  if (database == nullptr) {
+    Print("First parameter is not of type 'database'");
+    return false;
+  }
+  if (query == nullptr) {
+    Print("Second parameter is not of type 'image'");
+    return false;
+  }
+  if (database->GetImages().empty()) {
+    Print("Database does not contain images");
+    return false;
+  }
+  if (!SelectFeatures(*database, *query)) {
+    Print("No features found to compare images with");
+    return false;
+  }
+  std::vector<const TFeatureVectorList*> lists;
+  lists.reserve(database->GetImages().size());
+  for (const auto& image : database->GetImages()) {
+    lists.push_back(&image->GetImageSegment().GetFeatures());
+  }
+  index.ClearEntries();
+  index.SetDatabaseName(database->GetName());
+  index.SetImageName(query->GetFilename());
+  std::int32_t imageIndex = 0;
+  for (const double distance : GetDistances(query->GetImageSegment().GetFeatures(), featureNames, lists)) {
+    index.AddEntry(imageIndex++, distance);
+  }
+  index.SortEntries();
+  return true;
+}
+
+bool TFunctionSearchImage::SelectFeatures(const TVarDatabase& database, const TVarImage& query) {
+  featureNames = database.GetImages().front()->GetImageSegment().GetFeatures().GetNames();
+  const TFeatureVectorList& wanted = query.GetImageSegment().GetFeatures();
+  std::erase_if(featureNames, [&](const std::string& featureName) { return wanted.Find(featureName) == nullptr; });
+  if (!featureNames.empty()) {
+    Print("Matching with features: " + base::Join(featureNames, ", "));
+  }
+  return !featureNames.empty();
+}

@@ -1,0 +1,59 @@
+#include "retrieval/var-database-index.h"
+
+#include <algorithm>
+
+#include "base/format-string.h"
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+
+TVarDatabaseIndex::TVarDatabaseIndex() : TVar("databaseindex") {}
+
+std::unique_ptr<TVar> TVarDatabaseIndex::CreateNew() const { return std::make_unique<TVarDatabaseIndex>(); }
+
+void TVarDatabaseIndex::Assign(const TVar* source) {
+  const auto* index = dynamic_cast<const TVarDatabaseIndex*>(source);
+  if (index == nullptr || index == this) {
+    return;
+  }
+  databaseName = index->databaseName;
+  imageName = index->imageName;
+  entries = index->entries;
+}
+
+std::string TVarDatabaseIndex::GetDescription() const { return "Database index"; }
+
+void TVarDatabaseIndex::SortEntries() {
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const auto& a, const auto& b) { return a.distance < b.distance; });
+}
+
+const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std::string& reason) const {
+  const auto* database = dynamic_cast<const TVarDatabase*>(varList.Find(databaseName));
+  if (database == nullptr) {
+    reason = FormatString("Database '%s' not found", databaseName.c_str());
+    return nullptr;
+  }
+  const std::size_t imageCount = database->GetImages().size();
+  const bool fits = entries.size() == imageCount && std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
+                      return entry.imageIndex >= 0 && static_cast<std::size_t>(entry.imageIndex) < imageCount;
+                    });
+  if (!fits) {
+    reason = FormatString("Index does not match database '%s'", databaseName.c_str());
+    return nullptr;
+  }
+  return database;
+}
+
+std::optional<std::vector<std::string>> TVarDatabaseIndex::FindTopFilenames(const TVarList& varList, std::size_t count,
+                                                                            std::string& reason) const {
+  const TVarDatabase* database = FindDatabase(varList, reason);
+  if (database == nullptr) {
+    return std::nullopt;
+  }
+  std::vector<std::string> filenames;
+  for (std::size_t i = 0; i < std::min(count, entries.size()); ++i) {
+    filenames.push_back(database->GetImages()[static_cast<std::size_t>(entries[i].imageIndex)]->GetFilename());
+  }
+  return filenames;
+}

@@ -1,0 +1,95 @@
+#!/usr/bin/env python3
+"""Holds every include of the tree against the law of ARCHITECTURE.md.
+
+A file includes what lies on a floor below it, or to its left on its own floor, that is in its own wing or in a wing
+further left. Stricter rooms: the ground rooms include nothing but themselves; on floor 1 widgets may include values,
+while language and values include neither of the others; on floor 3 no command includes another.
+
+The floors are read from the wings' CMakeLists.txt: target_sources(tessimar_values PRIVATE image-rgb.cpp) puts
+image-rgb.cpp and image-rgb.h on the floor of the values. Tests may include their own floor, what lies below it, and
+tests/support.
+
+Usage: check-layers.py ROOT
+"""
+
+import re
+import sys
+from pathlib import Path
+
+WINGS = ["images", "segmentation", "features", "classifiers", "retrieval", "concepts", "gui", "engine"]
+GROUND = ["base", "kernels", "sift"]
+FLOORS = {"values": 1, "widgets": 1, "language": 1, "variables": 2, "commands": 3, "engine": 4}
+SEEN_ON_FLOOR_1 = {"values": {"values"}, "widgets": {"widgets", "values"}, "language": {"language"}}
+PROGRAMS = {"engine/main.cpp", "batch"}
+CODE = (".h", ".cpp")
+
+
+def read_rooms(root):
+    """Maps each file without its ending to its room: a library name without "tessimar_", or "test:" and such a name."""
+    rooms = {}
+    for cmake in sorted(root.glob("*/CMakeLists.txt")):
+        text = re.sub(r"#.*", "", cmake.read_text())
+        for target, files in re.findall(r"(?:target_sources|add_library)\(\s*(\w+)\s+(?:PRIVATE|STATIC)\s+([^)]*)\)", text):
+            room = target.removeprefix("tessimar_")
+            if room.endswith("_test"):
+                room = "test:" + room.removesuffix("_test")
+            for name in files.split():
+                if name.endswith(CODE):
+                    rooms[str((cmake.parent / name).relative_to(root).with_suffix(""))] = room
+    return rooms
+
+
+def may_include(includer, room, included, included_room):
+    """True if a file in `room` may include a file in `included_room`."""
+    if included_room in GROUND:
+        return room not in GROUND or room == included_room
+    if room in GROUND:
+        return False
+    floor, included_floor = FLOORS[room], FLOORS[included_room]
+    if floor != included_floor:
+        return floor > included_floor
+    if floor == 1 and included_room not in SEEN_ON_FLOOR_1[room]:
+        return False
+    wing, included_wing = Path(includer).parts[0], Path(included).parts[0]
+    if floor == 3 and Path(includer).stem != Path(included).stem:
+        return False
+    return WINGS.index(wing) >= WINGS.index(included_wing)
+
+
+def check(root):
+    faults = []
+    rooms = read_rooms(root)
+    folders = WINGS + ["base", "kernels", "Sift"]
+    for path in sorted(p for folder in folders for p in (root / folder).glob("*") if p.suffix in CODE):
+        name = str(path.relative_to(root))
+        if name in PROGRAMS:
+            continue
+        room = rooms.get(str(Path(name).with_suffix("")))
+        if room is None:
+            # A header that only the tests of its room include, such as the kernels' reference.
+            if path.parent.name in ("kernels", "Sift") and path.suffix == ".h":
+                continue
+            faults.append(f"{name}: no CMakeLists.txt names this file")
+            continue
+        is_test = room.startswith("test:")
+        if is_test:
+            room = room.removeprefix("test:")
+        for included in re.findall(r'^\s*#include "([^"]+)"', path.read_text(), re.MULTILINE):
+            if included.startswith("ui_") or (is_test and included.startswith("tests/support/")):
+                continue
+            included_room = rooms.get(str(Path(included).with_suffix("")))
+            if included_room is None and Path(included).parts[0] == Path(name).parts[0] and room in GROUND:
+                continue
+            if included_room is None:
+                faults.append(f'{name}: "{included}" stands on no floor')
+            elif is_test and FLOORS.get(room, 0) == 3 == FLOORS.get(included_room, 0):
+                continue
+            elif not may_include(name, room, included, included_room):
+                faults.append(f'{name} ({room}) must not include "{included}" ({included_room})')
+    return faults
+
+
+if __name__ == "__main__":
+    found = check(Path(sys.argv[1]))
+    print("\n".join(found) if found else "Every include keeps the law.")
+    sys.exit(1 if found else 0)
