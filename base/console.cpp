@@ -22,19 +22,28 @@ volatile std::sig_atomic_t interrupted = 0;
 
 #ifdef _WIN32
 
-int OpenForReading(const std::string& path) { return _open(path.c_str(), _O_RDONLY | _O_BINARY); }
-void Close(int descriptor) { _close(descriptor); }
+int OpenForReading(const std::string& path) {
+  return _open(path.c_str(), _O_RDONLY | _O_BINARY);
+}
+void Close(int descriptor) {
+  _close(descriptor);
+}
 int ReadSome(int descriptor, char* data, std::size_t size) {
   return _read(descriptor, data, static_cast<unsigned int>(size));
 }
 
 #else
 
-// The handler writes a byte here, so that a reader that waits in poll() wakes up even if the signal arrived just before.
+// The handler writes a byte here, so that a reader that waits in poll() wakes up even if the signal arrived just
+// before.
 std::array<int, 2> wakeUp = {-1, -1};
 
-int OpenForReading(const std::string& path) { return open(path.c_str(), O_RDONLY | O_CLOEXEC); }
-void Close(int descriptor) { close(descriptor); }
+int OpenForReading(const std::string& path) {
+  return open(path.c_str(), O_RDONLY | O_CLOEXEC);
+}
+void Close(int descriptor) {
+  close(descriptor);
+}
 
 ssize_t ReadSome(int descriptor, char* data, std::size_t size) {
   for (;;) {
@@ -93,7 +102,9 @@ void CatchSignals() {
   std::signal(SIGINT, OnInterrupt);
 }
 
-bool Interrupted() { return interrupted != 0; }
+bool Interrupted() {
+  return interrupted != 0;
+}
 
 TLineReader::TLineReader() = default;
 

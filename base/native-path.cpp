@@ -25,7 +25,9 @@ filesystem::path ToPath(const std::string& text) {
 #else
 constexpr char kSeparator = '/';
 
-filesystem::path ToPath(const std::string& text) { return text; }
+filesystem::path ToPath(const std::string& text) {
+  return text;
+}
 #endif
 
 filesystem::file_status Status(const std::string& nativePath) {
@@ -103,7 +105,8 @@ std::string MatchComponents(const std::string& path, bool& complete) {
 class TDirectoryMemory {
  public:
   std::optional<std::string> Find(const std::string& asked) const {
-    const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& each) { return each.first == asked; });
+    const auto entry =
+        std::find_if(entries.begin(), entries.end(), [&](const auto& each) { return each.first == asked; });
     return entry == entries.end() ? std::nullopt : std::optional(entry->second);
   }
 
@@ -124,7 +127,9 @@ class TDirectoryMemory {
 
 }  // namespace
 
-bool IsSeparator(char character) { return character == '/' || character == '\\'; }
+bool IsSeparator(char character) {
+  return character == '/' || character == '\\';
+}
 
 std::string WithTrailingSeparator(std::string path) {
   if (path.empty() || !IsSeparator(path.back())) {
@@ -148,7 +153,9 @@ std::string DroppedPath(std::string urlPath) {
 
 #ifdef _WIN32
 
-std::string NativePath(const std::string& path) { return path; }
+std::string NativePath(const std::string& path) {
+  return path;
+}
 
 #else
 
@@ -179,13 +186,17 @@ std::string NativePath(const std::string& path) {
 
 #endif
 
-bool Exists(const std::string& path) { return !path.empty() && filesystem::exists(Status(NativePath(path))); }
+bool Exists(const std::string& path) {
+  return !path.empty() && filesystem::exists(Status(NativePath(path)));
+}
 
 bool IsRegularFile(const std::string& path) {
   return !path.empty() && filesystem::is_regular_file(Status(NativePath(path)));
 }
 
-bool IsDirectory(const std::string& path) { return !path.empty() && filesystem::is_directory(Status(NativePath(path))); }
+bool IsDirectory(const std::string& path) {
+  return !path.empty() && filesystem::is_directory(Status(NativePath(path)));
+}
 
 std::string FileIdentity(const std::string& path) {
   const std::string nativePath = NativePath(path);

@@ -5,8 +5,9 @@
 #include <string_view>
 #include <vector>
 
-/// The door to the file system. Paths are UTF-8 bytes as the user typed them, folded to lower case by the command parser
-/// and possibly written with backslashes; everything that opens, tests or scans a file goes through NativePath first.
+/// The door to the file system. Paths are UTF-8 bytes as the user typed them, folded to lower case by the command
+/// parser and possibly written with backslashes; everything that opens, tests or scans a file goes through NativePath
+/// first.
 namespace base {
 
 /// True for both slashes, on every platform: wherever the program cuts a path, both count.

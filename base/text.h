@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-/// Operations on the 8-bit text (UTF-8 bytes) of the engine. They know only ASCII, whatever the user's locale: a command
-/// typed in Turkey folds to the same letters as anywhere else.
+/// Operations on the 8-bit text (UTF-8 bytes) of the engine. They know only ASCII, whatever the user's locale: a
+/// command typed in Turkey folds to the same letters as anywhere else.
 namespace base {
 
 /// The character in lower case, if it is one of A to Z.

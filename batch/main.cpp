@@ -50,15 +50,13 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   MainWindow window;
   TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
   TPictureSaver saver(options.pictures);
-  const TDialogRunnerScope scope(options.pictures.empty()
-                                     ? TDialogRunner()
-                                     : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
+  const TDialogRunnerScope scope(
+      options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
   std::string line;
   while (!tap.HasFailed() && reader.Next(line)) {
     controller.ExecuteCommand(line);
   }
-  if (!options.variables.empty() &&
-      !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
+  if (!options.variables.empty() && !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
     return Refuse(FormatString("File '%s' cannot be written", options.variables.c_str()));
   }
   std::string failedFile = saver.GetFailedFile();

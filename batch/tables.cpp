@@ -68,7 +68,8 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
 std::string FormatVariables(const TVarList& varList) {
   std::string table;
   for (const auto& variable : varList.GetVariables()) {
-    table += Escape(variable->GetName()) + '\t' + variable->GetType() + '\t' + Escape(variable->GetDescription()) + '\n';
+    table +=
+        Escape(variable->GetName()) + '\t' + variable->GetType() + '\t' + Escape(variable->GetDescription()) + '\n';
   }
   return table;
 }
@@ -76,8 +77,7 @@ std::string FormatVariables(const TVarList& varList) {
 std::string WriteRankings(const TVarList& varList, const std::string& directory) {
   for (const auto& variable : varList.GetVariables()) {
     if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
-      const std::string file =
-          base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
+      const std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
       if (!base::WriteFile(file, FormatRanking(*index, varList))) {
         return file;
       }

@@ -1,5 +1,6 @@
 #include "engine/ctrl-main.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -78,14 +79,15 @@ void TCtrlMain::AddOutput(const std::string& text) {
   window->AddOutput(text);
 }
 
-void TCtrlMain::PrintLine(const std::string& line) { AddOutput("  " + line + "\n"); }
+void TCtrlMain::PrintLine(const std::string& line) {
+  AddOutput("  " + line + "\n");
+}
 
 void TCtrlMain::AddToHistory(const std::string& line) {
   auto& entries = history->entries;
   entries.insert(entries.begin(), line);
-  if (entries.size() > kMaxHistory) {
-    entries.pop_back();
-  }
+  // A file edited by hand may have brought more.
+  entries.resize(std::min(entries.size(), kMaxHistory));
   historyIndex = -1;
 }
 

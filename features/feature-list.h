@@ -6,8 +6,8 @@
 
 #include "features/feature.h"
 
-/// The features of a run: "hsv", "lbp", then one for each plug-in library of the working directory, in the order in which
-/// the system delivers the files. The list owns them; none is added or removed later.
+/// The features of a run: "hsv", "lbp", then one for each plug-in library of the working directory, in the order in
+/// which the system delivers the files. The list owns them; none is added or removed later.
 class TFeatureList {
  public:
   TFeatureList();

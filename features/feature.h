@@ -14,8 +14,8 @@ class TFeature {
   TFeature(const TFeature&) = delete;
   TFeature& operator=(const TFeature&) = delete;
 
-  /// Computes the feature of a colour picture or a gray one. False if the feature cannot say how long its vector is; the
-  /// vector is then as it was. A feature that does not work on that kind of picture gives a vector of length 0.
+  /// Computes the feature of a colour picture or a gray one. False if the feature cannot say how long its vector is;
+  /// the vector is then as it was. A feature that does not work on that kind of picture gives a vector of length 0.
   virtual bool ProcessColor(const TImageRGB& image, TFeatureVector& vector) const;
   virtual bool ProcessGrayscale(const TImageGray& image, TFeatureVector& vector) const;
 

@@ -17,11 +17,11 @@ void RemoveFeature(TVarImage& image, const std::string& featureName) {
 TFunctionRemoveFeature::TFunctionRemoveFeature() {
   name = "removefeature";
   SetParameters({"variable", "string"});
-  SetHelp({"Name:        RemoveFeature",                                        //
-           "Description: Removes a feature from an 'image' or a 'database'",   //
-           "Syntax:      RemoveFeature(image, \"lbp\")",                        //
-           "Returns:     nothing",                                              //
-           "Parameters:  1 - 'image' or 'database'",                            //
+  SetHelp({"Name:        RemoveFeature",                                      //
+           "Description: Removes a feature from an 'image' or a 'database'",  //
+           "Syntax:      RemoveFeature(image, \"lbp\")",                      //
+           "Returns:     nothing",                                            //
+           "Parameters:  1 - 'image' or 'database'",                          //
            "             2 - string"});
 }
 

@@ -5,8 +5,8 @@
 
 #include "engine/function.h"
 
-/// removefeature: takes the vectors of that name, which need not be a known feature, from an image or from every image of
-/// a database, and from their segments.
+/// removefeature: takes the vectors of that name, which need not be a known feature, from an image or from every image
+/// of a database, and from their segments.
 class TFunctionRemoveFeature : public TFunction {
  public:
   TFunctionRemoveFeature();

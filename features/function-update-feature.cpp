@@ -47,14 +47,14 @@ bool ProcessSegment(const TFeature& feature, const TImageRGB& color, const TImag
 TFunctionUpdateFeature::TFunctionUpdateFeature() {
   name = "updatefeature";
   SetParameters({"variable", "string"});
-  SetHelp({"Name:        UpdateFeature",                                                  //
+  SetHelp({"Name:        UpdateFeature",                                                       //
            "Description: Calculates a feature for an 'image' or a 'database' and stores the",  //
-           "             results in that variable. Feature arguments can be given as ",   //
-           "             parameters 3..n.",                                               //
-           "Syntax:      updatefeature(a, \"lbp\")",                                      //
-           "Returns:     nothing",                                                        //
-           "Parameters:  1 - 'image' or 'database'",                                      //
-           "             2 - string",                                                     //
+           "             results in that variable. Feature arguments can be given as ",        //
+           "             parameters 3..n.",                                                    //
+           "Syntax:      updatefeature(a, \"lbp\")",                                           //
+           "Returns:     nothing",                                                             //
+           "Parameters:  1 - 'image' or 'database'",                                           //
+           "             2 - string",                                                          //
            "             3..n - integer"});
 }
 

@@ -13,8 +13,8 @@ class TImageSegment;
 class TVarDatabase;
 class TVarImage;
 
-/// updatefeature: computes a feature for an image, or for every image of a database, on the whole image and on each of its
-/// segments. The one place where pixels meet features.
+/// updatefeature: computes a feature for an image, or for every image of a database, on the whole image and on each of
+/// its segments. The one place where pixels meet features.
 class TFunctionUpdateFeature : public TFunction {
  public:
   TFunctionUpdateFeature();

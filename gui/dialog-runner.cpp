@@ -12,7 +12,9 @@ TDialogRunnerScope::TDialogRunnerScope(const TDialogRunner& runner) : runner(run
   innermost = this;
 }
 
-TDialogRunnerScope::~TDialogRunnerScope() { innermost = outer; }
+TDialogRunnerScope::~TDialogRunnerScope() {
+  innermost = outer;
+}
 
 void RunDialog(QDialog& dialog) {
   if (innermost == nullptr) {

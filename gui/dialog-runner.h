@@ -9,8 +9,8 @@ using TDialogRunner = boost::function<void(QDialog&)>;
 /// Shows a modal dialog and returns when it is closed. The only way in which the program runs a dialog.
 void RunDialog(QDialog& dialog);
 
-/// Puts another runner in the place of QDialog::exec for its own lifetime, for programs that have nobody to close a dialog.
-/// Scopes nest; an empty runner skips dialogs.
+/// Puts another runner in the place of QDialog::exec for its own lifetime, for programs that have nobody to close a
+/// dialog. Scopes nest; an empty runner skips dialogs.
 class TDialogRunnerScope {
  public:
   explicit TDialogRunnerScope(const TDialogRunner& runner);

@@ -2,7 +2,9 @@
 
 #include <QString>
 
-QString ToQString(const std::string& text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+QString ToQString(const std::string& text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 std::string FromQString(const QString& text) {
   const QByteArray bytes = text.toUtf8();

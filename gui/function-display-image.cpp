@@ -27,10 +27,10 @@ void DrawSegments(const TImageSegmentList& segments, QImage& canvas) {
 TFunctionDisplayImage::TFunctionDisplayImage() {
   name = "displayimage";
   SetParameters({"variable"});
-  SetHelp({"Name:        DisplayImage",                             //
-           "Description: Displays a variable of type 'image'",     //
-           "Syntax:      displayimage(a)",                          //
-           "Returns:     nothing",                                  //
+  SetHelp({"Name:        DisplayImage",                         //
+           "Description: Displays a variable of type 'image'",  //
+           "Syntax:      displayimage(a)",                      //
+           "Returns:     nothing",                              //
            "Parameters:  1 - 'image'"});
 }
 

@@ -33,8 +33,8 @@ void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
   }
 }
 
-/// Draws the files, the worst first, at distances from the middle that fall with the rank among `count` results. A query
-/// behind the best result lies one step beyond the middle.
+/// Draws the files, the worst first, at distances from the middle that fall with the rank among `count` results. A
+/// query behind the best result lies one step beyond the middle.
 void DrawMap(const std::vector<std::string>& filenames, int count, TImageRGB& canvas) {
   TImageRGB tile;
   int rank = count - 1;
@@ -54,11 +54,11 @@ void DrawMap(const std::vector<std::string>& filenames, int count, TImageRGB& ca
 TFunctionDisplayIndexMap::TFunctionDisplayIndexMap() {
   name = "displayindexmap";
   SetParameters({"variable", "boolean"}, 1);
-  SetHelp({"Name:        DisplayIndexMap",                                                  //
-           "Description: Displays the top results of a 'databaseindex' as a 2D map",       //
-           "Syntax:      displayindexmap(dbindex)",                                         //
-           "Returns:     nothing",                                                          //
-           "Parameters:  1 - 'databaseindex'",                                              //
+  SetHelp({"Name:        DisplayIndexMap",                                            //
+           "Description: Displays the top results of a 'databaseindex' as a 2D map",  //
+           "Syntax:      displayindexmap(dbindex)",                                   //
+           "Returns:     nothing",                                                    //
+           "Parameters:  1 - 'databaseindex'",                                        //
            "Parameters:  2 - bool (ShowQueryImage)"});
 }
 

@@ -12,11 +12,11 @@
 TFunctionDisplayIndex::TFunctionDisplayIndex() {
   name = "displayindex";
   SetParameters({"variable", "boolean"}, 1);
-  SetHelp({"Name:        DisplayIndex",                                                      //
-           "Description: Displays the top results of a 'databaseindex' as a 4x4 grid",      //
-           "Syntax:      displayindex(a)",                                                   //
-           "Returns:     nothing",                                                           //
-           "Parameters:  1 - 'databaseindex'",                                               //
+  SetHelp({"Name:        DisplayIndex",                                                 //
+           "Description: Displays the top results of a 'databaseindex' as a 4x4 grid",  //
+           "Syntax:      displayindex(a)",                                              //
+           "Returns:     nothing",                                                      //
+           "Parameters:  1 - 'databaseindex'",                                          //
            "Parameters:  2 - bool (ShowQueryImage)"});
 }
 

@@ -24,4 +24,6 @@ void TImageDisplay::SetImage(const QImage& image) {
   ui->laImage->setPixmap(QPixmap::fromImage(image));
 }
 
-void TImageDisplay::on_pbClose_clicked() { close(); }
+void TImageDisplay::on_pbClose_clicked() {
+  close();
+}

@@ -40,10 +40,12 @@ int AddRow(QTableWidget* table) {
   return row;
 }
 
-void AddSideRow(QTableWidget* table, const std::string& text) { AddText(table, AddRow(table), 0, text); }
+void AddSideRow(QTableWidget* table, const std::string& text) {
+  AddText(table, AddRow(table), 0, text);
+}
 
-/// The picture of a file at 40 x 30; null if it cannot be read. A JPEG file is decoded at the smallest of its format's own
-/// sizes that still has four times the thumbnail's, so that large photographs cost little.
+/// The picture of a file at 40 x 30; null if it cannot be read. A JPEG file is decoded at the smallest of its format's
+/// own sizes that still has four times the thumbnail's, so that large photographs cost little.
 QPixmap ReadThumbnail(const std::string& filename) {
   QImageReader reader(ToQString(base::NativePath(filename)));
   reader.setDecideFormatFromContent(true);
@@ -58,8 +60,9 @@ QPixmap ReadThumbnail(const std::string& filename) {
     }
   }
   const QImage picture = reader.read();
-  return picture.isNull() ? QPixmap()
-                          : QPixmap::fromImage(picture).scaled(kThumbnail, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+  return picture.isNull()
+             ? QPixmap()
+             : QPixmap::fromImage(picture).scaled(kThumbnail, Qt::IgnoreAspectRatio, Qt::FastTransformation);
 }
 
 }  // namespace
@@ -85,13 +88,21 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_uniq
 
 MainWindow::~MainWindow() = default;
 
-void MainWindow::AddFeature(const std::string& name) { AddSideRow(ui->twFeatures, name); }
+void MainWindow::AddFeature(const std::string& name) {
+  AddSideRow(ui->twFeatures, name);
+}
 
-void MainWindow::AddClassifier(const std::string& name) { AddSideRow(ui->twClassifiers, name); }
+void MainWindow::AddClassifier(const std::string& name) {
+  AddSideRow(ui->twClassifiers, name);
+}
 
-void MainWindow::AddSegmentationMethod(const std::string& name) { AddSideRow(ui->twSegmentationMethods, name); }
+void MainWindow::AddSegmentationMethod(const std::string& name) {
+  AddSideRow(ui->twSegmentationMethods, name);
+}
 
-void MainWindow::ClearVariables() { ui->twVariables->setRowCount(0); }
+void MainWindow::ClearVariables() {
+  ui->twVariables->setRowCount(0);
+}
 
 void MainWindow::AddVariable(const std::string& name, const std::string& type, const std::string& description,
                              const std::string& imageFilename) {
@@ -111,11 +122,17 @@ void MainWindow::AddOutput(const std::string& text) {
   ui->pteInfo->ensureCursorVisible();
 }
 
-std::string MainWindow::GetCommandText() const { return FromQString(ui->leCommand->text()); }
+std::string MainWindow::GetCommandText() const {
+  return FromQString(ui->leCommand->text());
+}
 
-void MainWindow::SetCommandText(const std::string& text) { ui->leCommand->setText(ToQString(text)); }
+void MainWindow::SetCommandText(const std::string& text) {
+  ui->leCommand->setText(ToQString(text));
+}
 
-void MainWindow::ClearCommandText() { ui->leCommand->clear(); }
+void MainWindow::ClearCommandText() {
+  ui->leCommand->clear();
+}
 
 void MainWindow::on_leCommand_returnPressed() {
   if (OnReturnPressed) {

@@ -12,8 +12,8 @@ namespace Ui {
 class MainWindow;
 }
 
-/// The one permanent window: the variables, the running output, the command line, and three lists of what is available. It
-/// holds no state of the engine. What it shows arrives by calls; it sends three bare notifications.
+/// The one permanent window: the variables, the running output, the command line, and three lists of what is available.
+/// It holds no state of the engine. What it shows arrives by calls; it sends three bare notifications.
 class MainWindow : public QMainWindow {
   Q_OBJECT
 

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
-TFeatureVectorList::~TFeatureVectorList() { Clear(); }
+TFeatureVectorList::~TFeatureVectorList() {
+  Clear();
+}
 
 TFeatureVector* TFeatureVectorList::Find(const std::string& name) const {
-  const auto found = std::find_if(items.begin(), items.end(), [&](const auto* item) { return item->GetName() == name; });
+  const auto found =
+      std::find_if(items.begin(), items.end(), [&](const auto* item) { return item->GetName() == name; });
   return found == items.end() ? nullptr : *found;
 }
 

@@ -6,8 +6,8 @@
 #include "images/feature-vector.h"
 
 /// The vectors of one image segment, or the examples of a classifier, in order of insertion. Whether the list owns its
-/// vectors is switched at run time: it does after construction, and then deletes them in Remove, Clear and its destructor;
-/// a list that does not own them leaves that to whoever gave them.
+/// vectors is switched at run time: it does after construction, and then deletes them in Remove, Clear and its
+/// destructor; a list that does not own them leaves that to whoever gave them.
 class TFeatureVectorList {
  public:
   TFeatureVectorList() = default;

@@ -12,7 +12,9 @@ void TFeatureVector::SetLength(std::uint32_t newLength) {
   data = std::make_unique_for_overwrite<double[]>(length);
 }
 
-void TFeatureVector::Clear() { std::fill_n(data.get(), length, 0.0); }
+void TFeatureVector::Clear() {
+  std::fill_n(data.get(), length, 0.0);
+}
 
 void TFeatureVector::Assign(const TFeatureVector& other) {
   if (this == &other) {

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-/// A named array of doubles, the one numeric vector of the system: features, and the examples of classifiers. The name is
-/// that of the feature which produced it.
+/// A named array of doubles, the one numeric vector of the system: features, and the examples of classifiers. The name
+/// is that of the feature which produced it.
 class TFeatureVector {
  public:
   TFeatureVector() = default;

@@ -11,14 +11,16 @@ TFunctionLoadDatabase::TFunctionLoadDatabase() {
   returnsValue = true;
   returnType = "database";
   SetParameters({"string"});
-  SetHelp({"Name:        LoadDatabase",                                               //
+  SetHelp({"Name:        LoadDatabase",                                              //
            "Description: Loads a directory with images into a 'database' variable",  //
-           "Syntax:      a = loaddatabase(\"C:\\Directory\")",                        //
-           "Returns:     'database'",                                                 //
+           "Syntax:      a = loaddatabase(\"C:\\Directory\")",                       //
+           "Returns:     'database'",                                                //
            "Parameters:  1 - string"});
 }
 
-std::unique_ptr<TVar> TFunctionLoadDatabase::CreateReturnVariable() const { return std::make_unique<TVarDatabase>(); }
+std::unique_ptr<TVar> TFunctionLoadDatabase::CreateReturnVariable() const {
+  return std::make_unique<TVarDatabase>();
+}
 
 bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& database = dynamic_cast<TVarDatabase&>(variable);

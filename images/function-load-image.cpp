@@ -15,7 +15,9 @@ TFunctionLoadImage::TFunctionLoadImage() {
            "Parameters:  1 - string"});
 }
 
-std::unique_ptr<TVar> TFunctionLoadImage::CreateReturnVariable() const { return std::make_unique<TVarImage>(); }
+std::unique_ptr<TVar> TFunctionLoadImage::CreateReturnVariable() const {
+  return std::make_unique<TVarImage>();
+}
 
 bool TFunctionLoadImage::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& image = dynamic_cast<TVarImage&>(variable);

@@ -105,8 +105,9 @@ bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {
     return false;
   }
   // Bitmaps stand on their bottom row and hold blue, green, red.
-  kernels::SwapRedBlue(FreeImage_GetScanLine(bitmap, height - 1), -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap)),
-                       GetPixels(), GetStride(), GetWidth(), height);
+  kernels::SwapRedBlue(FreeImage_GetScanLine(bitmap, height - 1),
+                       -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap)), GetPixels(), GetStride(), GetWidth(),
+                       height);
   return true;
 }
 

@@ -4,8 +4,8 @@
 #include <memory>
 
 /// Storage of a picture: rows from top to bottom, row y at pixels + y * stride, rows aligned to 4 bytes. A buffer owns
-/// what it allocates; a buffer made around the caller's memory never frees it. Sizes are in pixels, strides and capacities
-/// in bytes.
+/// what it allocates; a buffer made around the caller's memory never frees it. Sizes are in pixels, strides and
+/// capacities in bytes.
 class TPixelBuffer {
  public:
   TPixelBuffer(const TPixelBuffer&) = delete;

@@ -12,7 +12,9 @@ TVarDatabase::TVarDatabase() : TVar("database") {}
 
 TVarDatabase::~TVarDatabase() = default;
 
-std::unique_ptr<TVar> TVarDatabase::CreateNew() const { return std::make_unique<TVarDatabase>(); }
+std::unique_ptr<TVar> TVarDatabase::CreateNew() const {
+  return std::make_unique<TVarDatabase>();
+}
 
 void TVarDatabase::Assign(const TVar* source) {
   const auto* database = dynamic_cast<const TVarDatabase*>(source);
@@ -39,7 +41,9 @@ std::string TVarDatabase::GetDescription() const {
   return description + (names.empty() ? ", no features" : ", features: " + base::Join(names, ", "));
 }
 
-void TVarDatabase::SetLocation(const std::string& path) { location = base::WithTrailingSeparator(path); }
+void TVarDatabase::SetLocation(const std::string& path) {
+  location = base::WithTrailingSeparator(path);
+}
 
 bool TVarDatabase::ScanDirectory() {
   images.clear();

@@ -8,9 +8,9 @@
 
 class TVarImage;
 
-/// A directory of images, of type "database": a location and the records of the image files directly in it, shorter file
-/// names first, names of equal length in byte order. The position in that list is an image's identity for rankings and
-/// annotations. The database owns its images.
+/// A directory of images, of type "database": a location and the records of the image files directly in it, shorter
+/// file names first, names of equal length in byte order. The position in that list is an image's identity for rankings
+/// and annotations. The database owns its images.
 class TVarDatabase : public TVar {
  public:
   TVarDatabase();

@@ -5,7 +5,9 @@
 
 TVarImage::TVarImage() : TVar("image") {}
 
-std::unique_ptr<TVar> TVarImage::CreateNew() const { return std::make_unique<TVarImage>(); }
+std::unique_ptr<TVar> TVarImage::CreateNew() const {
+  return std::make_unique<TVarImage>();
+}
 
 void TVarImage::Assign(const TVar* source) {
   const auto* image = dynamic_cast<const TVarImage*>(source);

@@ -7,8 +7,9 @@
 #include "engine/var.h"
 #include "segmentation/image-segment.h"
 
-/// The record of one image, of type "image": a file name and what was computed from the file. It holds no pixels; whoever
-/// needs them reads the file again. Image variables stand in the store, images of a database belong to the database.
+/// The record of one image, of type "image": a file name and what was computed from the file. It holds no pixels;
+/// whoever needs them reads the file again. Image variables stand in the store, images of a database belong to the
+/// database.
 class TVarImage : public TVar {
  public:
   TVarImage();

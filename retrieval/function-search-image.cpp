@@ -11,12 +11,12 @@ TFunctionSearchImage::TFunctionSearchImage() {
   returnsValue = true;
   returnType = "databaseindex";
   SetParameters({"variable", "variable"});
-  SetHelp({"Name:        SearchImage",                                                        //
-           "Description: Searches for an 'image' in a 'database' and stores the results",     //
-           "             in an index variable, with the first image being the best match",    //
-           "Syntax:      index = searchimage(database, image)",                               //
-           "Returns:     'databaseindex'",                                                    //
-           "Parameters:  1 - 'database'",                                                     //
+  SetHelp({"Name:        SearchImage",                                                      //
+           "Description: Searches for an 'image' in a 'database' and stores the results",   //
+           "             in an index variable, with the first image being the best match",  //
+           "Syntax:      index = searchimage(database, image)",                             //
+           "Returns:     'databaseindex'",                                                  //
+           "Parameters:  1 - 'database'",                                                   //
            "             2 - 'image'"});
 }
 

@@ -9,8 +9,8 @@
 class TVarDatabase;
 class TVarImage;
 
-/// searchimage: ranks every image of a database by its distance from a query image, over the features that the first image
-/// of the database and the query have in common.
+/// searchimage: ranks every image of a database by its distance from a query image, over the features that the first
+/// image of the database and the query have in common.
 class TFunctionSearchImage : public TFunction {
  public:
   TFunctionSearchImage();

@@ -9,7 +9,9 @@
 
 TVarDatabaseIndex::TVarDatabaseIndex() : TVar("databaseindex") {}
 
-std::unique_ptr<TVar> TVarDatabaseIndex::CreateNew() const { return std::make_unique<TVarDatabaseIndex>(); }
+std::unique_ptr<TVar> TVarDatabaseIndex::CreateNew() const {
+  return std::make_unique<TVarDatabaseIndex>();
+}
 
 void TVarDatabaseIndex::Assign(const TVar* source) {
   const auto* index = dynamic_cast<const TVarDatabaseIndex*>(source);
@@ -21,7 +23,9 @@ void TVarDatabaseIndex::Assign(const TVar* source) {
   entries = index->entries;
 }
 
-std::string TVarDatabaseIndex::GetDescription() const { return "Database index"; }
+std::string TVarDatabaseIndex::GetDescription() const {
+  return "Database index";
+}
 
 void TVarDatabaseIndex::SortEntries() {
   std::stable_sort(entries.begin(), entries.end(),

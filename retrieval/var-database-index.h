@@ -45,8 +45,8 @@ class TVarDatabaseIndex : public TVar {
   /// reason as a line of output.
   const TVarDatabase* FindDatabase(const TVarList& varList, std::string& reason) const;
 
-  /// The file names of the first results, at most `count`. Nothing, and the reason as a line of output, where there is no
-  /// database of the ranking.
+  /// The file names of the first results, at most `count`. Nothing, and the reason as a line of output, where there is
+  /// no database of the ranking.
   std::optional<std::vector<std::string>> FindTopFilenames(const TVarList& varList, std::size_t count,
                                                            std::string& reason) const;
 

@@ -1,0 +1,203 @@
+// tessimar-batch as a process of its own: what goes in and comes out, and how it ends.
+
+#include <csignal>
+
+#include <QImage>
+#include <QProcess>
+#include <gtest/gtest.h>
+
+#include "tests/support/workbench.h"
+
+namespace {
+
+struct TOutcome {
+  int status;
+  std::string output;
+  std::string errors;
+};
+
+class TBatch : public testing::Test {
+ protected:
+  TBatch() {
+    MakePicture("photos/im1.jpg", 40, 30, qRgb(255, 0, 0));
+    MakePicture("photos/im2.jpg", 40, 30, qRgb(0, 255, 0));
+    MakePicture("q.png", 60, 40, qRgb(0, 250, 0));
+    process.setProgram(BATCH_PROGRAM);
+  }
+
+  TOutcome Finish() {
+    EXPECT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString()};
+  }
+
+  TOutcome Run(const QStringList& arguments, const std::string& input = std::string()) {
+    process.setArguments(arguments);
+    process.start();
+    process.write(input.data(), static_cast<qint64>(input.size()));
+    process.closeWriteChannel();
+    return Finish();
+  }
+
+  TScratchDirectory directory;
+  QProcess process;
+};
+
+constexpr const char* kSearch =
+    "q = LOADIMAGE(\"q.png\")\n"
+    "db = loaddatabase(\"photos\")\n"
+    "updatefeature(q, \"hsv\")\n"
+    "updatefeature(db, \"hsv\")\n"
+    "index = searchimage(db, q)\n";
+
+TEST_F(TBatch, RunsAScriptWithEitherLineEndAndALastLineWithoutOne) {
+  MakeFile("s.txt", "reset()\r\nhelp reset\nreset(1)");
+  const TOutcome outcome = Run({"s.txt"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output,
+            "> reset()\n> help reset\n  Name:        Reset\n  Description: Resets the program to its startup state\n"
+            "  Syntax:      reset()\n  Returns:     nothing\n> reset(1)\n");
+  EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset(1)\r\nhelp reset\r\nreset()\r\n");
+  EXPECT_EQ(Run({}, "reset()").output, "> reset()\n");
+  EXPECT_EQ(Run({"-"}, "a\xff\n").output, "> a\xff\n  Syntax error while parsing function call\n");
+}
+
+TEST_F(TBatch, AnswersEachLineOfAPipeAsItArrives) {
+  process.setArguments({});
+  process.start();
+  process.write("reset()\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  EXPECT_EQ(process.readAllStandardOutput(), "> reset()\n");
+  process.write("nonsense\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  process.closeWriteChannel();
+  EXPECT_EQ(Finish().status, 1);
+}
+
+TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
+  MakeFile("bad.txt", "nonsense\r\n");
+  MakeFile("folder/x", "");
+  const std::vector<std::pair<std::string, int>> cases = {{"", 0},
+                                                          {"help\n", 0},
+                                                          {"\n", 1},
+                                                          {"help none\n", 1},
+                                                          {"executescript(\"bad.txt\")\n", 1},
+                                                          {"a=loadimage(\"q.png\")\na=loaddatabase(\"photos\")\n", 0}};
+  for (const auto& [input, status] : cases) {
+    EXPECT_EQ(Run({}, input).status, status) << input;
+  }
+  for (const QStringList& arguments : {QStringList{"none.txt"},
+                                       {"folder"},
+                                       {"a", "b"},
+                                       {"--frobnicate"},
+                                       {"--pictures"},
+                                       {"--pictures", "q.png"},
+                                       {"--rankings", "q.png/x"},
+                                       {"--variables", "folder"},
+                                       {"--variables", "no/such/file"},
+                                       {"--pictures="}}) {
+    const TOutcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.status, 2) << arguments.join(' ').toStdString();
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.starts_with("tessimar-batch: ")) << outcome.errors;
+    EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
+  }
+  EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-batch"));
+  EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-batch 0.1.8"));
+}
+
+TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
+  // The scale of the user's screen must not reach the pictures.
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("QT_SCALE_FACTOR", "2");
+  process.setProcessEnvironment(environment);
+  const TOutcome outcome =
+      Run({"--pictures", "out/p", "--variables", "v.tsv", "--rankings=out/r/"},
+          std::string(kSearch) + "displayimage(q)\ndisplayindex(index)\n../In dex\\=index\ntab\t\"\t\"=index\n");
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_EQ(QImage("out/p/001.png").size(), QSize(80, 90));
+  EXPECT_EQ(QImage("out/p/001.png").pixel(30, 30), qRgb(0, 250, 0));
+  EXPECT_EQ(QImage("out/p/002.png").size(), QSize(687, 621));
+  EXPECT_FALSE(std::filesystem::exists("out/p/003.png"));
+  EXPECT_EQ(FileBytes("v.tsv"),
+            "q\timage\tFilename: \"q.png\", features: hsv\n"
+            "db\tdatabase\tLocation: \"photos/\", number of images: 2, features: hsv\n"
+            "index\tdatabaseindex\tDatabase index\n"
+            "../index\\\\\tdatabaseindex\tDatabase index\n"
+            "tab\"\\t\"\tdatabaseindex\tDatabase index\n");
+  // Green of value 250 and of 255 share a bin, red lies in another: 1 + 1.
+  const std::string ranking =
+      "rank\timageIndex\tdistance\tfile name\n1\t1\t0\tphotos/im2.jpg\n2\t0\t2\tphotos/im1.jpg\n";
+  EXPECT_EQ(FileBytes("out/r/index.tsv"), ranking);
+  EXPECT_EQ(FileBytes("out/r/%2E%2E%2Findex%5C.tsv"), ranking);
+  EXPECT_EQ(FileBytes("out/r/tab%22%09%22.tsv"), ranking);
+}
+
+TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
+  const std::string plain = Run({"--rankings", "r1"}, kSearch).output;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("DISPLAY", ":4711");
+  environment.insert("QT_QPA_PLATFORM", "xcb");
+  environment.insert("LOCPATH", QString::fromStdString(directory.GetPath() / "locales"));
+  std::filesystem::create_directory("locales");
+  for (const QString language : {"de_DE", "tr_TR"}) {
+    const QString locale = language + ".UTF-8";
+    ASSERT_EQ(QProcess::execute("localedef", {"--no-archive", "-i", language, "-f", "UTF-8", "locales/" + locale}), 0);
+    environment.insert("LC_ALL", locale);
+    process.setProcessEnvironment(environment);
+    process.setProgram("locale");
+    ASSERT_EQ(Run({"decimal_point"}).output, ",\n") << "the locale is in force";
+    process.setProgram(BATCH_PROGRAM);
+    EXPECT_EQ(Run({"--rankings", "r2"}, kSearch).output, plain);
+    EXPECT_EQ(FileBytes("r2/index.tsv"), FileBytes("r1/index.tsv"));
+  }
+}
+
+TEST_F(TBatch, CtrlCEndsTheRunAndKeepsTheHistory) {
+  process.setArguments({});
+  process.start();
+  process.write("reset()\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  kill(static_cast<pid_t>(process.processId()), SIGINT);
+  EXPECT_EQ(Finish().status, 130);
+  EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset()\r\n");
+}
+
+TEST_F(TBatch, AClosedPipeEndsTheRunAndKeepsTheHistory) {
+  MakeFile("s.txt", [] {
+    std::string lines;
+    for (int i = 0; i < 2000; ++i) {
+      lines += "help\n";
+    }
+    return lines;
+  }());
+  process.setProgram("/bin/sh");
+  const TOutcome outcome =
+      Run({"-c", "{ \"$0\" s.txt; echo $? > status; } | head -n 1", QStringLiteral(BATCH_PROGRAM)});
+  EXPECT_EQ(outcome.output, "> help\n");
+  EXPECT_EQ(FileBytes("status"), "141\n");
+  EXPECT_TRUE(FileBytes("CommandHistory.txt").starts_with("help\r\n"));
+}
+
+TEST_F(TBatch, TheWorkbenchWithoutADisplaySaysSoAndEndsPlainly) {
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("DISPLAY", ":4711");
+  environment.insert("QT_QPA_PLATFORM", "xcb");
+  process.setProcessEnvironment(environment);
+  process.setProgram(WORKBENCH_PROGRAM);
+  const TOutcome outcome = Run({});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.errors, "");
+}
+
+TEST_F(TBatch, TheTourOfTheSamplesRunsToItsEnd) {
+  std::filesystem::copy(SAMPLES_DIRECTORY, ".",
+                        std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
+  const TOutcome outcome = Run({"--pictures", "pictures", "tour.txt"});
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_NE(outcome.output.find("Database contains 110 images"), std::string::npos);
+  EXPECT_TRUE(std::filesystem::exists("pictures/001.png"));
+}
+
+}  // namespace

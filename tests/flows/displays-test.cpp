@@ -1,0 +1,131 @@
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/workbench.h"
+
+namespace {
+
+constexpr QRgb kRed = qRgb(255, 0, 0);
+constexpr QRgb kGreen = qRgb(0, 255, 0);
+constexpr QRgb kBlue = qRgb(0, 0, 255);
+
+/// The colour in the middle of each tile of a grid, "." for an empty one.
+std::string TileColors(const QImage& grid) {
+  const QRgb background = grid.pixel(5, 5);
+  std::string colors;
+  for (const int y : {10, 160, 310, 450}) {
+    for (const int x : {10, 180, 350, 520}) {
+      const QRgb color = grid.pixel(x + 80, y + 60);
+      colors += color == kRed ? 'r' : color == kGreen ? 'g' : color == kBlue ? 'b' : color == background ? '.' : '?';
+    }
+  }
+  return colors;
+}
+
+TEST(TFunctionDisplayImage, FitsTheDialogAroundThePicture) {
+  TWorkbench workbench;
+  MakePicture("a.png", 100, 100, kRed);
+  MakeFile("text.png", "no picture");
+  workbench.Run("a = loadimage(\"a.png\")");
+  workbench.Run("displayimage(a)");
+  workbench.Run("a = loadimage(\"text.png\")");
+  workbench.Run("displayimage(a)");
+  ASSERT_EQ(workbench.dialogs.size(), 2u);
+  const QImage& dialog = workbench.dialogs[0];
+  EXPECT_EQ(dialog.size(), QSize(120, 150));
+  EXPECT_EQ(dialog.pixel(10, 10), kRed);
+  EXPECT_EQ(dialog.pixel(109, 109), kRed);
+  EXPECT_NE(dialog.pixel(9, 9), kRed);
+  EXPECT_NE(dialog.pixel(110, 110), kRed);
+  EXPECT_EQ(workbench.dialogs[1].size(), QSize(20, 50));
+}
+
+class TIndexDisplays : public testing::Test {
+ protected:
+  /// A database of `count` pictures, all green but the first, and a query of the same green.
+  void Search(int count) {
+    for (int i = 1; i <= count; ++i) {
+      MakePicture("db/im" + std::to_string(i) + ".jpg", 160, 120, i == 1 ? kRed : kGreen);
+    }
+    MakePicture("query.png", 160, 120, kBlue);
+    workbench.Run("q = loadimage(\"query.png\")");
+    workbench.Run("db = loaddatabase(\"db\")");
+    workbench.Run("updatefeature(db, \"hsv\")");
+    // The query looks green only as long as its feature is computed.
+    MakePicture("query.png", 160, 120, kGreen);
+    workbench.Run("updatefeature(q, \"hsv\")");
+    MakePicture("query.png", 160, 120, kBlue);
+    ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
+  }
+
+  QImage Show(const std::string& line) {
+    EXPECT_EQ(workbench.Run(line), "") << line;
+    return workbench.dialogs.empty() ? QImage() : workbench.dialogs.back();
+  }
+
+  TWorkbench workbench;
+};
+
+TEST_F(TIndexDisplays, TheGridShowsTheQueryFirstUnlessToldNotTo) {
+  Search(20);
+  const QImage grid = Show("displayindex(index)");
+  EXPECT_EQ(grid.size(), QSize(687, 621));
+  EXPECT_EQ(TileColors(grid), "bggggggggggggggg");
+  EXPECT_EQ(TileColors(Show("displayindex(index, true)")), "bggggggggggggggg");
+  EXPECT_EQ(TileColors(Show("displayindex(index, false)")), "gggggggggggggggg");
+}
+
+TEST_F(TIndexDisplays, AShortRankingLeavesTilesEmptyAndUnreadableFilesTheirs) {
+  Search(3);
+  EXPECT_EQ(TileColors(Show("displayindex(index)")), "bggr............");
+  EXPECT_EQ(TileColors(Show("displayindex(index, false)")), "ggr.............");
+  MakeFile("db/im2.jpg", "no picture any more");
+  EXPECT_EQ(TileColors(Show("displayindex(index)")), "b.gr............");
+  workbench.Run("displayindexmap(index)");
+  EXPECT_EQ(workbench.dialogs.back().size(), QSize(820, 850));
+}
+
+TEST_F(TIndexDisplays, TheMapPutsTheBestResultInTheMiddle) {
+  Search(1);
+  const QImage map = Show("displayindexmap(index, false)");
+  ASSERT_EQ(map.size(), QSize(820, 850));
+  // The canvas begins at 10, 10; a picture of 160 x 120 becomes a tile of 120 x 90 around the middle.
+  const auto at = [&](int x, int y) { return map.pixel(10 + x, 10 + y); };
+  EXPECT_EQ(at(340, 355), kRed);
+  EXPECT_EQ(at(459, 444), kRed);
+  for (const auto& [x, y] : {std::pair(339, 400), {460, 400}, {400, 354}, {400, 445}}) {
+    EXPECT_EQ(at(x, y), qRgb(0, 0, 0)) << x << ", " << y;
+  }
+}
+
+TEST_F(TIndexDisplays, TheMapPutsWeakerResultsFurtherOutAndTheQueryOneStepBeyondTheMiddle) {
+  Search(2);
+  std::srand(7);
+  const int worstAngle = std::rand() % 360;
+  std::rand();  // The best result lies in the middle whatever its angle.
+  const int queryAngle = std::rand() % 360;
+  std::srand(7);
+  const QImage map = Show("displayindexmap(index)");
+  const auto centre = [](int angle, double distance) {
+    const double radians = angle * 3.141592653589793 / 180.0;
+    return QPoint(10 + static_cast<int>(400 + std::cos(radians) * distance),
+                  10 + static_cast<int>(400 - std::sin(radians) * distance));
+  };
+  // Of two results the worst lies at 400 x 1 / 2 and the query at -400 / 2, each in its own direction.
+  EXPECT_EQ(map.pixel(centre(queryAngle, -200)), kBlue);
+  EXPECT_EQ(map.pixel(centre(worstAngle, 200)), kRed);
+  EXPECT_EQ(map.pixel(410, 410), kGreen);
+}
+
+TEST_F(TIndexDisplays, TheMapShowsTheBestForty) {
+  Search(45);
+  const QImage map = Show("displayindexmap(index, false)");
+  for (int y = 10; y < 810; ++y) {
+    for (int x = 10; x < 810; ++x) {
+      ASSERT_NE(map.pixel(x, y), kRed) << "the red picture is the worst of 45";
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,44 @@
+#include "tests/support/workbench.h"
+
+#include <filesystem>
+
+#include <QBuffer>
+#include <QDialog>
+#include <QLabel>
+#include <QTableWidget>
+
+#include "gui/eight-bit-text.h"
+
+TWorkbench::TWorkbench()
+    : scope([this](QDialog& dialog) { dialogs.push_back(dialog.grab().toImage()); }),
+      controller(&window, [this](const std::string& text) { output += text; }) {}
+
+std::string TWorkbench::Run(const std::string& line) {
+  const std::size_t start = output.size() + line.size() + 3;
+  controller.ExecuteCommand(line);
+  std::string answer;
+  for (std::size_t position = start; position < output.size();) {
+    const std::size_t end = output.find('\n', position);
+    answer += output.substr(position + 2, end - position - 1);
+    position = end + 1;
+  }
+  return answer;
+}
+
+std::vector<std::string> TWorkbench::GetColumn(int column) const {
+  const auto* table = window.findChild<QTableWidget*>("twVariables");
+  std::vector<std::string> texts;
+  for (int row = 0; row < table->rowCount(); ++row) {
+    texts.push_back(FromQString(dynamic_cast<QLabel*>(table->cellWidget(row, column))->text()));
+  }
+  return texts;
+}
+
+void MakePicture(const std::string& path, int width, int height, QRgb color) {
+  QImage picture(width, height, QImage::Format_RGB888);
+  picture.fill(color);
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  picture.save(&buffer, "PNG");
+  MakeFile(path, bytes.toStdString());
+}

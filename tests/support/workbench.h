@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <QImage>
+
+#include "engine/ctrl-main.h"
+#include "gui/dialog-runner.h"
+#include "gui/main-window.h"
+#include "tests/support/scratch-directory.h"
+
+/// The whole program in an empty directory, its window not shown. Dialogs are kept as pictures in place of being run.
+class TWorkbench {
+ public:
+  TWorkbench();
+
+  /// Runs one line and returns what the output pane got for it, without the echo and the indent.
+  std::string Run(const std::string& line);
+
+  /// Everything that the output pane got so far.
+  const std::string& GetOutput() const { return output; }
+
+  /// The contents of one column of the Variables table, from the first row to the last.
+  std::vector<std::string> GetColumn(int column) const;
+
+  TScratchDirectory directory;
+  MainWindow window;
+  /// The dialogs that commands ran, as a person would have seen them.
+  std::vector<QImage> dialogs;
+
+ private:
+  std::string output;
+  TDialogRunnerScope scope;
+
+ public:
+  TCtrlMain controller;
+};
+
+/// Writes a picture of one colour, lossless, whatever the ending of the name says.
+void MakePicture(const std::string& path, int width, int height, QRgb color);

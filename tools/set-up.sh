@@ -1,0 +1,45 @@
+# Shared by ./run and ./test: installs what is missing of Debian's packages, and builds the preset "default".
+# To be sourced with the repository as working directory.
+
+build_packages="g++ cmake ninja-build qt6-base-dev libboost-dev libboost-filesystem-dev libfreeimage-dev libhwy-dev \
+libgtest-dev python3"
+# Fonts: the window's own, and one for everything else; a bare system has none at all.
+run_packages="libqt6gui6 fonts-liberation fonts-dejavu-core"
+
+# The tests run programs under other locales.
+test_packages="locales"
+
+install_packages() {
+  if ! command -v dpkg-query >/dev/null; then
+    echo "This system does not use Debian's packages; what is needed must be there already:"
+    echo "  $*"
+    return
+  fi
+  missing=""
+  for package in "$@"; do
+    if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+      missing="$missing $package"
+    fi
+  done
+  if [ -z "$missing" ]; then
+    return
+  fi
+  echo "Installing the missing packages:$missing"
+  as_root=""
+  if [ "$(id -u)" != 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "Only root can do that, and there is no sudo. Please have them installed:" >&2
+      echo "  apt-get install$missing" >&2
+      exit 1
+    fi
+    as_root=sudo
+  fi
+  $as_root apt-get update
+  # shellcheck disable=SC2086
+  $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing
+}
+
+build_default() {
+  cmake --preset default
+  cmake --build --preset default -j "${JOBS:-$(nproc)}"
+}
