@@ -1,7 +1,6 @@
 #include "Sift/sift-conv.h"
 
 #include <algorithm>
-#include <cstring>
 
 // The sums of a block are kept in arrays, which vectors of a size unknown to the compiler cannot form.
 #define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
@@ -20,13 +19,13 @@ using Vector = hn::Vec<Tag>;
 // A source of rows for the column filter: one pointer for each tap.
 struct ColumnInput {
   const float_t* const* rows;
-  const float_t* At(std::int32_t tap) const { return rows[tap]; }
+  [[nodiscard]] const float_t* At(std::int32_t tap) const { return rows[tap]; }
 };
 
 // A source for the row filter: the same row, one element further for each tap.
 struct RowInput {
   const float_t* row;
-  const float_t* At(std::int32_t tap) const { return row + tap; }
+  [[nodiscard]] const float_t* At(std::int32_t tap) const { return row + tap; }
 };
 
 // Both filters share one kernel: kVectors vectors of neighbouring outputs from `x` on, so that a tap is broadcast once
@@ -35,7 +34,7 @@ template <int kVectors, class Input>
 HWY_INLINE void FilterBlock(const Input& input, float_t* output, std::int32_t x, const float_t* filter,
                             std::int32_t taps) {
   const Tag tag;
-  const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
+  const auto lanes = static_cast<std::ptrdiff_t>(hn::Lanes(tag));
   Vector sums[kVectors];
   for (int v = 0; v < kVectors; ++v) {
     sums[v] = hn::Zero(tag);
@@ -101,8 +100,8 @@ HWY_NOINLINE void FilterRow(float_t* output, const float_t* row, std::int32_t wi
 }
 
 // Columns are filtered in strips. `work` holds, as a ring, the filtered rows that one output row needs, and a strip is
-// so narrow that this ring stays in the first-level cache. A strip reads columns of its neighbours, so that a plane that
-// is filtered in place has to be one strip.
+// so narrow that this ring stays in the first-level cache. A strip reads columns of its neighbours, so that a plane
+// that is filtered in place has to be one strip.
 std::int32_t StripWidth(bool inPlace, std::int32_t width, std::int32_t radius) {
   constexpr std::int32_t kRingFloats = 8192;
   constexpr std::int32_t kStep = 128;
@@ -113,27 +112,30 @@ std::int32_t StripWidth(bool inPlace, std::int32_t width, std::int32_t radius) {
 HWY_NOINLINE void ConvolveStrip(float_t* destination, float_t* ring, const float_t* source, std::int32_t width,
                                 std::int32_t height, std::int32_t begin, std::int32_t count, const float_t* filter,
                                 std::int32_t radius) {
-  const float_t* rows[2 * kLargestRadius + 1];
   const std::int32_t taps = 2 * radius + 1;
   const std::int32_t slots = std::min(taps, height);
   const auto slot = [&](std::int32_t y) { return ring + static_cast<std::ptrdiff_t>(y % slots) * count; };
-  std::int32_t filtered = 0;
-  for (std::int32_t y = 0; y < height; ++y) {
-    for (; filtered < height && filtered <= y + radius; ++filtered) {
-      FilterRow(slot(filtered), source + static_cast<std::ptrdiff_t>(filtered) * width, width, begin, count, filter,
-                radius);
+  const auto offset = [&](std::int32_t y) { return static_cast<std::ptrdiff_t>(y) * width; };
+  // One pointer for each tap, moved on by one with each output row.
+  const float_t* rows[2 * kLargestRadius + 2];
+  std::fill(rows, rows + taps + 1, slot(0));
+  for (std::int32_t y = -radius; y < height; ++y) {
+    const std::int32_t next = y + radius;
+    if (next < height) {
+      FilterRow(slot(next), source + offset(next), width, begin, count, filter, radius);
     }
-    for (std::int32_t k = 0; k < taps; ++k) {
-      rows[k] = slot(std::clamp(y + k - radius, 0, height - 1));
+    rows[taps] = slot(std::min(next, height - 1));
+    std::copy(rows + 1, rows + taps + 1, rows);
+    if (y >= 0) {
+      Filter(ColumnInput{rows}, destination + offset(y) + begin, count, filter, taps);
     }
-    Filter(ColumnInput{rows}, destination + static_cast<std::ptrdiff_t>(y) * width + begin, count, filter, taps);
   }
 }
 
 void Convolve(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
               const float_t* filter, std::int32_t radius) {
   const std::int32_t strip = StripWidth(destination == source, width, radius);
-  for (std::int32_t x = 0; x < width; x += strip) {
+  for (std::int32_t x = 0; x < width && height > 0; x += strip) {
     ConvolveStrip(destination, work, source, width, height, x, std::min(strip, width - x), filter, radius);
   }
 }
@@ -166,55 +168,56 @@ HWY_INLINE std::int32_t WriteColumns(D tag, Mask mask, std::int32_t x, std::int3
   return count;
 }
 
-// Which lanes of `candidates` beat all their neighbours, where beats(value, neighbour) compares. The nearest
-// neighbours come first: they rule out most lanes, and the rest is then not read.
-template <class D, class Mask, class Beats>
-HWY_INLINE Mask BeatsAll(D tag, Mask candidates, const Neighbourhood& around, std::int32_t x, const Beats& beats) {
-  static constexpr std::int8_t kOrder[26][3] = {
-      {1, 1, 0}, {1, 1, 2}, {0, 1, 1}, {2, 1, 1}, {1, 0, 1}, {1, 2, 1},             // share a face
-      {1, 0, 0}, {1, 0, 2}, {1, 2, 0}, {1, 2, 2}, {0, 1, 0}, {0, 1, 2}, {2, 1, 0},  // share an edge
-      {2, 1, 2}, {0, 0, 1}, {0, 2, 1}, {2, 0, 1}, {2, 2, 1}, {0, 0, 0}, {0, 0, 2},  // and then a corner
-      {0, 2, 0}, {0, 2, 2}, {2, 0, 0}, {2, 0, 2}, {2, 2, 0}, {2, 2, 2}};
-  const auto value = hn::LoadU(tag, around.rows[1][1] + x);
-  for (int n = 0; n < 26 && !hn::AllFalse(tag, candidates); ++n) {
-    const auto [plane, row, column] = kOrder[n];
-    const auto neighbour = hn::LoadU(tag, around.rows[plane][row] + x + column - 1);
-    candidates = hn::And(candidates, beats(value, neighbour));
-  }
-  return candidates;
+// A neighbour of a sample: plane, row and column, the sample itself being 1, 1, 1.
+struct Neighbour {
+  std::int8_t plane, row, column;
+};
+
+// Those that share a face with the sample rule out most lanes, so that the others are seldom read.
+constexpr Neighbour kFaces[] = {{1, 1, 0}, {1, 1, 2}, {1, 0, 1}, {1, 2, 1}, {0, 1, 1}, {2, 1, 1}};
+constexpr Neighbour kOthers[] = {{1, 0, 0}, {1, 0, 2}, {1, 2, 0}, {1, 2, 2}, {0, 1, 0}, {0, 1, 2}, {2, 1, 0},
+                                 {2, 1, 2}, {0, 0, 1}, {0, 2, 1}, {2, 0, 1}, {2, 2, 1}, {0, 0, 0}, {0, 0, 2},
+                                 {0, 2, 0}, {0, 2, 2}, {2, 0, 0}, {2, 0, 2}, {2, 2, 0}, {2, 2, 2}};
+
+template <class D>
+HWY_INLINE hn::Vec<D> Load(D tag, const Neighbourhood& around, const Neighbour& n, std::int32_t x) {
+  return hn::LoadU(tag, around.rows[n.plane][n.row] + x + n.column - 1);
 }
 
-struct Greater {
-  template <class V>
-  HWY_INLINE auto operator()(V a, V b) const {
-    return hn::Gt(a, b);
+// The lanes from column `x` on that hold an extremum. Comparisons and not maxima decide, as a NaN fails them all.
+template <class D>
+HWY_INLINE hn::Mask<D> ExtremeLanes(D tag, const Neighbourhood& around, std::int32_t x, float_t threshold) {
+  const auto value = Load(tag, around, {1, 1, 1}, x);
+  auto tops = hn::Ge(value, hn::Set(tag, threshold));
+  auto bottoms = hn::Le(value, hn::Set(tag, -threshold));
+  if (hn::AllFalse(tag, hn::Or(tops, bottoms))) {
+    return tops;
   }
-};
-
-struct Less {
-  template <class V>
-  HWY_INLINE auto operator()(V a, V b) const {
-    return hn::Lt(a, b);
+  for (const Neighbour& n : kFaces) {
+    tops = hn::And(tops, hn::Gt(value, Load(tag, around, n, x)));
+    bottoms = hn::And(bottoms, hn::Lt(value, Load(tag, around, n, x)));
   }
-};
+  for (const Neighbour& n : kOthers) {
+    if (hn::AllFalse(tag, hn::Or(tops, bottoms))) {
+      return tops;
+    }
+    tops = hn::And(tops, hn::Gt(value, Load(tag, around, n, x)));
+    bottoms = hn::And(bottoms, hn::Lt(value, Load(tag, around, n, x)));
+  }
+  return hn::Or(tops, bottoms);
+}
 
+// Searches from column `x` on, as far as whole vectors reach, and moves `x` there.
 template <class D>
 HWY_INLINE std::int32_t FindExtremaIn(D tag, std::int32_t* columns, const Neighbourhood& around, std::int32_t& x,
                                       std::int32_t end, float_t threshold) {
   const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
-  const auto high = hn::Set(tag, threshold);
-  const auto low = hn::Set(tag, -threshold);
   std::int32_t count = 0;
   for (; x + lanes <= end; x += lanes) {
-    const auto value = hn::LoadU(tag, around.rows[1][1] + x);
-    const auto tops = hn::Ge(value, high);
-    const auto bottoms = hn::Le(value, low);
-    if (hn::AllFalse(tag, hn::Or(tops, bottoms))) {
-      continue;
+    const auto extrema = ExtremeLanes(tag, around, x, threshold);
+    if (!hn::AllFalse(tag, extrema)) {
+      count += WriteColumns(tag, extrema, x, columns + count);
     }
-    const auto extrema =
-        hn::Or(BeatsAll(tag, tops, around, x, Greater()), BeatsAll(tag, bottoms, around, x, Less()));
-    count += WriteColumns(tag, extrema, x, columns + count);
   }
   return count;
 }

@@ -1,8 +1,11 @@
 #include "Sift/sift.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <iostream>
 #include <limits>
@@ -10,6 +13,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -44,7 +48,9 @@ Picture Noise(int width, int height, unsigned seed) {
   return {width, height, [&](double, double) { return static_cast<double>(random() % 1000) / 1000; }};
 }
 
-double Gaussian(double dx, double dy, double sigma) { return std::exp(-0.5 * (dx * dx + dy * dy) / (sigma * sigma)); }
+double Gaussian(double dx, double dy, double sigma) {
+  return std::exp(-0.5 * (dx * dx + dy * dy) / (sigma * sigma));
+}
 
 // A scene of blobs that can be sampled anywhere, over -64 to 320 along both axes.
 double Scene(double x, double y) {
@@ -161,7 +167,10 @@ TEST(Convolve, EqualsThePlainLoopsOnEveryTarget) {
         picture.values[width / 2] = kNaN;
         picture.values[3] = kInfinity;
       }
-      for (const int radius : {0, 1, 5, 13, 60}) {
+      for (const int radius : {0, 1, 5, 13, 60, VL::Detail::kLargestRadius}) {
+        if (radius > 100 && width * height > 100) {
+          continue;  // the plain loops would take seconds
+        }
         const std::vector<float> filter = Noise(2 * radius + 1, 1, 4).values;
         std::vector<float> work(picture.values.size());
         std::vector<float> result(picture.values.size());
@@ -259,8 +268,8 @@ std::vector<T> EverySecond(const std::vector<T>& source, int width, int height) 
 
 template <typename T>
 void CheckPyramid(const Picture& picture, const std::function<void(const std::vector<T>&, const float*, int)>& check) {
-  constexpr std::pair<double, int> kSteps[] = {{1.2262735, 5}, {1.5450078, 7}, {1.9465880, 8}, {2.4525471, 10},
-                                               {3.0900161, 13}};
+  constexpr std::pair<double, int> kSteps[] = {
+      {1.2262735, 5}, {1.5450078, 7}, {1.9465880, 8}, {2.4525471, 10}, {3.0900161, 13}};
   const TestSift sift(picture, {});
   std::vector<T> next(picture.values.begin(), picture.values.end());
   int width = picture.width;
@@ -287,22 +296,13 @@ void CheckPyramid(const Picture& picture, const std::function<void(const std::ve
 TEST(Sift, PyramidEqualsPlainLoopsOnEveryTarget) {
   const Picture picture = Noise(203, 158, 11);
   OnEachTarget([&] {
-    CheckPyramid<double>(picture, [](const std::vector<double>& expected, const float* level, int which) {
-      for (std::size_t i = 0; i < expected.size(); ++i) {
-        ASSERT_NEAR(level[i], expected[i], 1e-5) << "octave and level " << which;
-      }
+    CheckPyramid<float>(picture, [](const std::vector<float>& expected, const float* level, int which) {
+      EXPECT_TRUE(SameBits(expected, {level, level + expected.size()})) << "octave and level " << which;
     });
   });
-}
-
-TEST(Sift, PyramidHasTheSameBitsOnEveryTarget) {
-  const Picture picture = Noise(203, 158, 11);
-  const TestSift best(picture, {});
-  OnEachTarget([&] {
-    const TestSift sift(picture, {});
-    for (int o = 1; o <= 3; ++o) {
-      const std::ptrdiff_t size = 6 * sift.GetOctaveWidth(o) * sift.GetOctaveHeight(o);
-      EXPECT_TRUE(std::equal(best.GetLevel(o, -1), best.GetLevel(o, -1) + size, sift.GetLevel(o, -1))) << o;
+  CheckPyramid<double>(picture, [](const std::vector<double>& expected, const float* level, int which) {
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      ASSERT_NEAR(level[i], expected[i], 1e-5) << "octave and level " << which;
     }
   });
 }
@@ -312,7 +312,7 @@ TEST(Sift, EveryLevelHasItsNominalScale) {
   constexpr double kBlob = 6;
   const Picture picture(192, 192, [](double x, double y) { return Gaussian(x - 96, y - 96, kBlob); });
   const std::pair<const char*, Parameters> cases[] = {
-      {"default", {}},
+      {"default", {0.5F, 2.0158737F, 2}},
       {"levels end below the next octave's first", {0.5F, 1.6F, 3, 3, 0, 0, 2}},
       {"the same, far", {0.5F, 1.2F, 3, 4, 0, -1, 0}},
       {"doubled", {0.5F, 1.6F, 3, 3, -1, -1, 4}},
@@ -387,8 +387,9 @@ TEST(Sift, FindsABlobAtItsPositionAndScale) {
     for (const double contrast : {0.8, -0.8}) {
       for (const Parameters& p : {Parameters(), Parameters{0.5F, 2.0158737F, 4, 3, 0, -1, 4},
                                   Parameters{0.5F, 2.0158737F, 4, 3, -1, -1, 4}}) {
-        const Picture picture(
-            128, 110, [&](double px, double py) { return 0.5 + contrast * Gaussian(px - x, py - y, sigma); });
+        const Picture picture(128, 110, [&, x = x, y = y, sigma = sigma](double px, double py) {
+          return 0.5 + contrast * Gaussian(px - x, py - y, sigma);
+        });
         const auto keypoints = TestSift(picture, p).Detect(0.05F);
         ASSERT_EQ(keypoints.size(), 1U) << sigma << " from octave " << p.omin;
         const Keypoint& found = keypoints[0];
@@ -403,7 +404,7 @@ TEST(Sift, FindsABlobAtItsPositionAndScale) {
 
 // The solution of the 3 x 3 system m * b = r by Cramer's rule.
 std::array<double, 3> Cramer(const double (&m)[3][3], const double (&r)[3]) {
-  const auto determinant = [](const double (&a)[3][3]) {
+  const auto determinant = [](const double(&a)[3][3]) {
     return a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
            a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0]);
   };
@@ -464,8 +465,7 @@ std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int
         y + b[1] <= h - 1 && s + b[2] >= p.smin && s + b[2] <= p.smax) {
       const double period = std::exp2(o);
       result.push_back({o, x, y, s, static_cast<float>((x + b[0]) * period), static_cast<float>((y + b[1]) * period),
-                        static_cast<float>(s + b[2]),
-                        static_cast<float>(p.sigma0 * std::exp2(o + (s + b[2]) / p.S))});
+                        static_cast<float>(s + b[2]), static_cast<float>(p.sigma0 * std::exp2(o + (s + b[2]) / p.S))});
     }
   };
   for (int s = p.smin + 1; s <= p.smax - 2; ++s) {
@@ -481,10 +481,12 @@ std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int
 }
 
 TEST(Sift, DetectionFollowsItsDefinition) {
-  for (const Parameters& p : {Parameters(), Parameters{0.5F, 1.6F, 4, 3, 0, -1, 4}, Parameters{0.5F, 1.6F, 2, 2, -1, 0, 4}}) {
-    const Picture picture = Noise(p.omin < 1 ? 97 : 411, 203, 21);
+  // The last ones hardly smooth: offsets are large, and many extrema lie at the border.
+  for (const Parameters& p : {Parameters(), Parameters{0.5F, 1.6F, 4, 3, 0, -1, 4},
+                              Parameters{0.5F, 1.6F, 2, 2, -1, 0, 4}, Parameters{0.3F, 0.7F, 3, 3, 0, -1, 4}}) {
+    const Picture picture = Noise(p.omin < 1 ? 197 : 803, 303, 21);
     TestSift sift(picture, p);
-    for (const auto& [threshold, edge] : {std::pair(0.04F / 6, 10.0F), {0.0F, 3.0F}, {0.02F, 10.0F}}) {
+    for (const auto& [threshold, edge] : {std::pair(0.04F / 6, 10.0F), {0.0F, 3.0F}, {0.01F, 10.0F}}) {
       std::vector<Keypoint> expected;
       for (int o = p.omin; o < p.omin + p.O; ++o) {
         const auto more = PlainDetect(sift, p, o, threshold, edge);
@@ -542,7 +544,7 @@ TEST(Sift, BrokenValuesSpoilOnlyWhatTheyTouch) {
     Picture broken = whole;
     broken.values[60 * 300 + 280] = value;
     TestSift sift(broken, p);
-    const auto keypoints = sift.Detect();
+    const auto keypoints = sift.Detect(0.003F);
     for (const Keypoint& keypoint : keypoints) {
       EXPECT_TRUE(std::isfinite(keypoint.x + keypoint.y + keypoint.s + keypoint.sigma));
       for (const float angle : sift.Orientations(keypoint)) {
@@ -555,8 +557,8 @@ TEST(Sift, BrokenValuesSpoilOnlyWhatTheyTouch) {
     const auto count = [](const std::vector<Keypoint>& all) {
       return std::count_if(all.begin(), all.end(), [](const Keypoint& keypoint) { return keypoint.x < 210; });
     };
-    EXPECT_EQ(count(keypoints), count(TestSift(whole, p).Detect()));
-    EXPECT_GT(count(keypoints), 20);
+    EXPECT_EQ(count(keypoints), count(TestSift(whole, p).Detect(0.003F)));
+    EXPECT_GT(count(keypoints), 5);
   }
 }
 
@@ -576,6 +578,8 @@ TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
                               {0.5F, 2, 3, -kMost},
                               {0.5F, 2, 3, 3, -9},
                               {0.5F, 2, 3, 3, 17},
+                              {0.5F, 2, 3, 3, -kMost - 1},
+                              {0.5F, 2, kMost, 3, kMost},
                               {0.5F, 2, 3, 3, 1, 5, 4},
                               {0.5F, 2, 3, 3, 1, -kMost, kMost},
                               {0.5F, 2, 3, 3, 1, -kMost - 1, -kMost - 1},
@@ -595,14 +599,14 @@ TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
   EXPECT_EQ(large.KeypointsBegin(), large.KeypointsEnd());
   VL::Sift doubled(&pixel, kMost, kMost, 0.5F, 1.6F, 3, 3, -8, -1, 4);
   EXPECT_EQ(doubled.KeypointsBegin(), doubled.KeypointsEnd());
-  EXPECT_DEATH(large.GetLevel(0, 0), "omin <= o && o < omin \\+ O");
+  EXPECT_DEATH(static_cast<void>(large.GetLevel(0, 0)), "omin <= o && o < omin \\+ O");
 }
 
 TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
   const TestSift sift(Noise(32, 32, 1), {});
-  EXPECT_DEATH(sift.GetOctaveWidth(0), "omin <= o && o < omin \\+ O");
-  EXPECT_DEATH(sift.GetSamplingPeriod(4), "omin <= o && o < omin \\+ O");
-  EXPECT_DEATH(sift.GetLevel(1, 5), "smin <= s && s <= smax");
+  EXPECT_DEATH(static_cast<void>(sift.GetOctaveWidth(0)), "omin <= o && o < omin \\+ O");
+  EXPECT_DEATH(static_cast<void>(sift.GetSamplingPeriod(4)), "omin <= o && o < omin \\+ O");
+  EXPECT_DEATH(static_cast<void>(sift.GetLevel(1, 5)), "smin <= s && s <= smax");
   EXPECT_DEATH(VL::Detail::expn(25.1F), "x <= Detail::expnTableMax");
   EXPECT_DEATH(VL::Detail::expn(kNaN), "x <= Detail::expnTableMax");
 }
@@ -611,8 +615,8 @@ TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
 
 TEST(Sift, OrientationOfASlopeIsItsDirection) {
   // A bin's centre is 10 i + 5 degrees; directions on either side of 0 fall into the bins 0 and 35.
-  for (const auto& [direction, expected] : {std::pair(5.0, 5.0), {95.0, 95.0}, {215.0, 215.0}, {355.0, 355.0},
-                                            {0.0, 5.0}, {3.0, 5.0}, {-3.0, 355.0}, {-1e-7, 5.0}}) {
+  for (const auto& [direction, expected] :
+       {std::pair(5.0, 5.0), {95.0, 95.0}, {215.0, 215.0}, {355.0, 355.0}, {0.0, 5.0}, {3.0, 5.0}, {-3.0, 355.0}}) {
     const double c = std::cos(direction * kPi / 180);
     const double s = std::sin(direction * kPi / 180);
     TestSift sift(Picture(128, 128, [&](double x, double y) { return 0.01 * (c * x + s * y); }), {});
@@ -624,26 +628,84 @@ TEST(Sift, OrientationOfASlopeIsItsDirection) {
   EXPECT_TRUE(flat.Orientations(flat.MakeKeypoint(64, 64, 4)).empty());
 }
 
-TEST(Sift, FirstFourOrientationsCount) {
-  // A cup with six sides has six equal peaks, at 5, 65, ... degrees. Weakening the first by half leaves it below 80%.
-  for (const bool weak : {false, true}) {
-    TestSift sift(Picture(257, 257,
-                          [&](double x, double y) {
-                            double height = 0;
-                            for (int i = 0; i < 6; ++i) {
-                              const double angle = (5 + 60 * i) * kPi / 180;
-                              const double slope = weak && i == 0 ? 0.5 : 1;
-                              height = std::max(height, slope * (std::cos(angle) * (x - 128) + std::sin(angle) * (y - 128)));
-                            }
-                            return 0.01 * height;
-                          }),
-                  {0.5F, 1.6F, 4, 3, 0, -1, 4});
-    const auto angles = sift.Orientations(sift.MakeKeypoint(128, 128, 10));
-    ASSERT_EQ(angles.size(), 4U);
-    for (int i = 0; i < 4; ++i) {
-      EXPECT_NEAR(angles[i] * 180 / kPi, (weak ? 65 : 5) + 60 * i, 3);
+TEST(Sift, StrongOrientationsCountUpToFour) {
+  // A cup with five sides has five equal peaks, 72 degrees apart.
+  const auto cup = [](double x, double y) {
+    double height = 0;
+    for (int i = 0; i < 5; ++i) {
+      const double angle = (5 + 72 * i) * kPi / 180;
+      height = std::max(height, std::cos(angle) * (x - 128) + std::sin(angle) * (y - 128));
+    }
+    return 0.01 * height;
+  };
+  const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
+  TestSift five(Picture(257, 257, cup), p);
+  const auto angles = five.Orientations(five.MakeKeypoint(128, 128, 10));
+  ASSERT_EQ(angles.size(), 4U);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_NEAR(angles[i] * 180 / kPi, 5 + 72 * i, 4);
+  }
+  // Of the two sides of a valley, the flatter one counts above 80% of the steeper one's slope.
+  for (const auto& [slope, count] : {std::pair(0.9, 2U), {0.7, 1U}}) {
+    const auto valley = [&, slope = slope](double x, double) { return 0.01 * std::max(x - 128, slope * (128 - x)); };
+    TestSift sift(Picture(257, 257, valley), p);
+    EXPECT_EQ(sift.Orientations(sift.MakeKeypoint(128, 128, 10)).size(), count) << slope;
+  }
+}
+
+// The orientations straight from their definition, in double precision.
+std::vector<double> PlainOrientations(const VL::Sift& sift, const Keypoint& keypoint) {
+  const int w = sift.GetOctaveWidth(keypoint.o);
+  const int h = sift.GetOctaveHeight(keypoint.o);
+  const float* level = sift.GetLevel(keypoint.o, keypoint.is);
+  const double kx = keypoint.x / sift.GetSamplingPeriod(keypoint.o);
+  const double ky = keypoint.y / sift.GetSamplingPeriod(keypoint.o);
+  const double sigma = 1.5 * keypoint.sigma / sift.GetSamplingPeriod(keypoint.o);
+  const int reach = static_cast<int>(3 * sigma);
+  std::vector<double> bins(36);
+  for (int y = 1; y <= h - 2; ++y) {
+    for (int x = 1; x <= w - 2; ++x) {
+      const double r2 = (x - kx) * (x - kx) + (y - ky) * (y - ky);
+      const bool inside = std::abs(x - std::floor(kx + 0.5)) <= reach && std::abs(y - std::floor(ky + 0.5)) <= reach &&
+                          r2 < reach * reach + 0.5;
+      const double gx = (level[y * w + x + 1] - level[y * w + x - 1]) / 2;
+      const double gy = (level[(y + 1) * w + x] - level[(y - 1) * w + x]) / 2;
+      const double turns = std::atan2(gy, gx) / (2 * kPi) + 1;
+      bins[static_cast<int>(36 * turns) % 36] += inside ? std::exp(-r2 / (2 * sigma * sigma)) * std::hypot(gx, gy) : 0;
     }
   }
+  for (int pass = 0; pass < 6; ++pass) {
+    const std::vector<double> before = bins;
+    for (int i = 0; i < 36; ++i) {
+      bins[i] = (before[(i + 35) % 36] + before[i] + before[(i + 1) % 36]) / 3;
+    }
+  }
+  std::vector<double> angles;
+  for (int i = 0; i < 36 && angles.size() < 4; ++i) {
+    const double hm = bins[(i + 35) % 36];
+    const double hp = bins[(i + 1) % 36];
+    if (bins[i] > 0.8 * *std::max_element(bins.begin(), bins.end()) && bins[i] > hm && bins[i] > hp) {
+      angles.push_back(2 * kPi / 36 * (i + 0.5 - (hp - hm) / 2 / (hp + hm - 2 * bins[i])));
+    }
+  }
+  return angles;
+}
+
+TEST(Sift, OrientationsFollowTheirDefinition) {
+  TestSift sift(Picture(256, 256, Scene), {});
+  auto keypoints = sift.Detect();
+  keypoints.push_back(sift.MakeKeypoint(3, 250.3F, 5));
+  std::size_t several = 0;
+  for (const Keypoint& keypoint : keypoints) {
+    const auto expected = PlainOrientations(sift, keypoint);
+    const auto angles = sift.Orientations(keypoint);
+    ASSERT_EQ(angles.size(), expected.size()) << keypoint.x << " " << keypoint.y;
+    several += angles.size() > 1 ? 1 : 0;
+    for (std::size_t i = 0; i < angles.size(); ++i) {
+      EXPECT_NEAR(angles[i], expected[i], 1e-3);
+    }
+  }
+  EXPECT_GT(several, 3U);
 }
 
 // The descriptor straight from its definition, in double precision.
@@ -653,9 +715,9 @@ std::vector<float> PlainDescriptor(const VL::Sift& sift, const Keypoint& keypoin
   const float* level = sift.GetLevel(keypoint.o, keypoint.is);
   const double period = sift.GetSamplingPeriod(keypoint.o);
   const double bin = 3 * keypoint.sigma / period;
-  const int reach = static_cast<int>(bin * std::sqrt(2) * 2.5 + 0.5);
-  const int xi = static_cast<int>(keypoint.x / period + 0.5);
-  const int yi = static_cast<int>(keypoint.y / period + 0.5);
+  const int reach = static_cast<int>(std::floor(bin * std::sqrt(2) * 2.5 + 0.5));
+  const int xi = static_cast<int>(std::floor(keypoint.x / period + 0.5));
+  const int yi = static_cast<int>(std::floor(keypoint.y / period + 0.5));
   std::vector<double> sums(128);
   for (int y = std::max(1, yi - reach); y <= std::min(h - 2, yi + reach); ++y) {
     for (int x = std::max(1, xi - reach); x <= std::min(w - 2, xi + reach); ++x) {
@@ -669,8 +731,8 @@ std::vector<float> PlainDescriptor(const VL::Sift& sift, const Keypoint& keypoin
       const double weight = std::hypot(gx, gy) * std::exp(-(nx * nx + ny * ny) / 8);
       // Every bin takes what its distance leaves of the sample.
       for (int i = 0; i < 128; ++i) {
-        const double bx = std::abs(nx - (i / 8 % 4 - 1.5));
-        const double by = std::abs(ny - (i / 32 - 1.5));
+        const double bx = std::abs(nx - (static_cast<double>(i / 8 % 4) - 1.5));
+        const double by = std::abs(ny - (static_cast<double>(i >> 5) - 1.5));
         const double bt = std::abs(std::remainder(theta * 4 / kPi - i % 8, 8));
         sums[i] += weight * std::max(0.0, 1 - bx) * std::max(0.0, 1 - by) * std::max(0.0, 1 - bt);
       }
@@ -698,10 +760,20 @@ TEST(Sift, DescriptorFollowsItsDefinition) {
       for (const bool normalize : {true, false}) {
         sift.normalizeDescriptors = normalize;
         const auto expected = PlainDescriptor(sift, keypoints[i], angle, normalize);
-        EXPECT_LT(Distance(sift.Descriptor(keypoints[i], angle), expected), 1e-3 * Distance(expected, std::vector<float>(128)));
+        EXPECT_LT(Distance(sift.Descriptor(keypoints[i], angle), expected),
+                  1e-3 * Distance(expected, std::vector<float>(128)));
       }
     }
   }
+}
+
+TEST(Sift, DetectionAfterDescriptionSpoilsNoGradients) {
+  TestSift sift(Picture(256, 256, Scene), {});
+  sift.Detect();
+  const Keypoint keypoint = sift.MakeKeypoint(64, 6, 4);
+  const auto before = sift.Descriptor(keypoint, 1);
+  sift.Detect();
+  EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), before));
 }
 
 TEST(Sift, NormalizeGivesLengthOne) {
@@ -723,8 +795,8 @@ TEST(Sift, MakeKeypointFindsOctaveAndLevel) {
       const Keypoint keypoint = sift.MakeKeypoint(50.9F, 21, sigma);
       EXPECT_EQ(std::pair(keypoint.o, keypoint.is), std::pair(o, s));
       EXPECT_NEAR(keypoint.s, s - 0.3, 1e-4);
-      EXPECT_EQ(keypoint.ix, static_cast<int>(50.9 / (1 << o) + 0.5));
-      EXPECT_EQ(keypoint.iy, static_cast<int>(21.0 / (1 << o) + 0.5));
+      EXPECT_EQ(keypoint.ix, std::floor(50.9 / (1 << o) + 0.5));
+      EXPECT_EQ(keypoint.iy, std::floor(21.0 / (1 << o) + 0.5));
       EXPECT_EQ(std::tuple(keypoint.x, keypoint.y, keypoint.sigma), std::tuple(50.9F, 21.0F, sigma));
     }
   }
@@ -742,20 +814,13 @@ TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
     change(keypoint);
     return keypoint;
   };
-  const Keypoint cases[] = {with([](Keypoint& k) { k.x = -3; }),
-                            with([](Keypoint& k) { k.x = 127.1F; }),
-                            with([](Keypoint& k) { k.y = 1e30F; }),
-                            with([](Keypoint& k) { k.y = kNaN; }),
-                            with([](Keypoint& k) { k.is = -1; }),
-                            with([](Keypoint& k) { k.is = 3; }),
-                            with([](Keypoint& k) { k.o = 0; }),
-                            with([](Keypoint& k) { k.o = 4; }),
-                            sift.MakeKeypoint(64, 64, 0.1F),
-                            sift.MakeKeypoint(64, 64, 1e-30F),
-                            sift.MakeKeypoint(64, 64, 0),
-                            sift.MakeKeypoint(64, 64, -1),
-                            sift.MakeKeypoint(64, 64, 1e12F),
-                            sift.MakeKeypoint(64, 64, kInfinity),
+  const Keypoint cases[] = {with([](Keypoint& k) { k.x = -3; }),    with([](Keypoint& k) { k.x = 127.1F; }),
+                            with([](Keypoint& k) { k.y = 1e30F; }), with([](Keypoint& k) { k.y = kNaN; }),
+                            with([](Keypoint& k) { k.is = -1; }),   with([](Keypoint& k) { k.is = 3; }),
+                            with([](Keypoint& k) { k.o = 0; }),     with([](Keypoint& k) { k.o = 4; }),
+                            sift.MakeKeypoint(64, 64, 0.1F),        sift.MakeKeypoint(64, 64, 1e-30F),
+                            sift.MakeKeypoint(64, 64, 0),           sift.MakeKeypoint(64, 64, -1),
+                            sift.MakeKeypoint(64, 64, 1e12F),       sift.MakeKeypoint(64, 64, kInfinity),
                             sift.MakeKeypoint(64, 64, kNaN)};
   std::ostringstream errors;
   std::streambuf* const before = std::cerr.rdbuf(errors.rdbuf());
@@ -767,11 +832,18 @@ TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
     EXPECT_EQ(errors.str(), lines);
   }
   EXPECT_EQ(sift.Descriptor(good, kInfinity, 7)[0], 7);
-  // Scales between: as soon as there is an orientation, arithmetic stays in range.
+  // A window of one sample, up to half a pixel away on either axis, holds from 1.5 * sigma / 2 = 0.1 on: then
+  // 0.5 / (2 * 0.1^2) is 25.
   for (float sigma = 0.05F; sigma < 1000; sigma *= 1.05F) {
     const Keypoint keypoint = sift.MakeKeypoint(64.9F, 63.1F, sigma);
-    EXPECT_EQ(sift.Orientations(keypoint).empty(), sigma < 0.15F) << sigma;
-    EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 0.134F) << sigma;
+    EXPECT_EQ(sift.Orientations(keypoint).empty(), sigma < 0.2F / 1.5F) << sigma;
+    EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 0.2F / 1.5F) << sigma;
+  }
+  // Left of the first column by less than a rounding, and so in the octave: its window is farther away than others.
+  // With a radius of 1, a distance of 1.45 and bins of 3 * sigma / 2, 2 * (2.45 / bin)^2 / 8 is 25 at sigma 2.45 / 15.
+  for (float sigma = 0.13F; sigma < 1; sigma *= 1.05F) {
+    Keypoint keypoint = sift.MakeKeypoint(-2.9F, -2.9F, sigma);
+    EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 2.45F / 15) << sigma;
   }
   std::cerr.rdbuf(before);
 }
@@ -805,9 +877,9 @@ TEST(Sift, QuarterTurnTurnsKeypointsAndKeepsDescriptors) {
   TestSift upright(Picture(160, 120, Scene), p);
   // Column x, row y of the picture comes to column 119 - y, row x.
   TestSift turned(Picture(120, 160, [](double x, double y) { return Scene(y, 119 - x); }), p);
-  const auto a = Describe(upright, 0.01F);
-  const auto b = Describe(turned, 0.01F);
-  ASSERT_GT(a.size(), 30U);
+  const auto a = Describe(upright, 0.004F);
+  const auto b = Describe(turned, 0.004F);
+  ASSERT_GT(a.size(), 20U);
   ASSERT_EQ(a.size(), b.size());
   for (const Described& one : a) {
     const auto isPartner = [&](const Described& other) {
@@ -827,9 +899,12 @@ TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {
     const char* name;
     double turn, scale, dx, dy, gain, light;
   };
-  constexpr Case kCases[] = {{"shift", 0, 1, 7.25, -4.5, 1, 0},       {"turn", 35, 1, 100, -50, 1, 0},
-                             {"half turn", 180, 1, 250, 250, 1, 0},   {"twice as large", 0, 2, 0, 0, 1, 0},
-                             {"light and contrast", 0, 1, 0, 0, 0.4, 0.3}, {"all", -20, 1.5, -60, 80, 0.7, -0.1}};
+  constexpr Case kCases[] = {{"shift", 0, 1, 7.25, -4.5, 1, 0},
+                             {"turn", 35, 1, 100, -50, 1, 0},
+                             {"half turn", 180, 1, 250, 250, 1, 0},
+                             {"twice as large", 0, 2, 0, 0, 1, 0},
+                             {"light and contrast", 0, 1, 0, 0, 0.4, 0.3},
+                             {"all", -20, 1.5, -60, 80, 0.7, -0.1}};
   const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
   TestSift original(Picture(256, 256, Scene), p);
   const auto a = Describe(original, 0.01F);
@@ -853,7 +928,8 @@ TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {
       const double y = si * one.keypoint.x + co * one.keypoint.y + c.dy;
       const double margin = 8 * one.keypoint.sigma * c.scale;
       if (std::min(x, y) < margin || std::max(x, y) > size - margin || one.keypoint.sigma < 2 ||
-          std::min(one.keypoint.x, one.keypoint.y) < margin || std::max(one.keypoint.x, one.keypoint.y) > 256 - margin) {
+          std::min(one.keypoint.x, one.keypoint.y) < margin ||
+          std::max(one.keypoint.x, one.keypoint.y) > 256 - margin) {
         continue;
       }
       ++visible;
@@ -867,7 +943,7 @@ TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {
                      : 0;
     }
     EXPECT_GT(visible, 40) << c.name;
-    EXPECT_GE(correct, 0.9 * visible) << c.name << ": " << correct << " of " << visible;
+    EXPECT_GE(correct, 0.8 * visible) << c.name << ": " << correct << " of " << visible;
   }
 }
 

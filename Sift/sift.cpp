@@ -9,6 +9,10 @@
 #include <tuple>
 #include <utility>
 
+#if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
+#endif
+
 // The assertions below stand between a wrong index and foreign memory: they stay on in every build.
 #undef NDEBUG
 #include <cassert>
@@ -38,17 +42,36 @@ constexpr float_t kLargestOffset = 1.5F;
 constexpr float_t kSingularPivot = 1e-10F;
 
 // A size in octave `o`.
-std::int64_t Shifted(std::int64_t size, std::int32_t o) { return o < 0 ? size << -o : size >> std::min(o, 62); }
+std::int64_t Shifted(std::int64_t size, std::int32_t o) {
+  return o < 0 ? size << -o : size >> std::min(o, 62);
+}
 
-// Null if there is no memory.
+// Null if there is no memory. Where the system has large pages on request, a large array asks for them: the first use
+// of its memory, small page by small page, would take as long as filtering it.
 std::unique_ptr<float_t[]> AllocateFloats(std::int64_t count) {
-  return std::unique_ptr<float_t[]>(new (std::nothrow) float_t[static_cast<std::size_t>(count)]);
+  const auto size = static_cast<std::size_t>(count);
+  std::unique_ptr<float_t[]> array(new (std::nothrow) float_t[size]);
+#ifdef MADV_HUGEPAGE
+  constexpr std::size_t kPage = 4096;
+  constexpr std::size_t kLarge = std::size_t{4} << 20;
+  void* first = array.get();
+  std::size_t bytes = size * sizeof(float_t);
+  if (array && bytes >= kLarge && std::align(kPage, kLarge / 2, first, bytes) != nullptr) {
+    madvise(first, bytes / kPage * kPage, MADV_HUGEPAGE);  // advice: without it all goes on as before
+  }
+#endif
+  return array;
 }
 
 // Truncates towards zero; what no integer can hold becomes the nearest, and NaN 0.
 std::int32_t Truncate(float_t value) {
   constexpr auto kMost = static_cast<float_t>(1 << 30);
   return std::isnan(value) ? 0 : static_cast<std::int32_t>(std::clamp(value, -kMost, kMost));
+}
+
+// The limits may cross, where there are no octaves or too few levels.
+std::int32_t Clamped(std::int32_t value, std::int64_t least, std::int64_t most) {
+  return static_cast<std::int32_t>(std::max(std::min<std::int64_t>(value, most), least));
 }
 
 // Reduces an angle to 0 included to 2 pi. A tiny negative one rounds to 2 pi itself.
@@ -87,9 +110,13 @@ struct Derivatives {
   float_t value, x, y, s, xx, yy, ss, xy, xs, ys;
 };
 
-// `samples` points to the middle one; the next row is `row` further, the next level `plane`.
+// `samples` points to the middle one in the finer of the two levels; the next row is `row` further, the next level
+// `plane`.
 Derivatives Differentiate(const float_t* samples, std::ptrdiff_t row, std::ptrdiff_t plane) {
-  const auto at = [=](int x, int y, int s) { return samples[x + y * row + s * plane]; };
+  const auto at = [=](int x, int y, int s) {
+    const float_t* const finer = samples + x + y * row + s * plane;
+    return finer[plane] - finer[0];
+  };
   Derivatives d;
   d.value = at(0, 0, 0);
   d.x = 0.5F * (at(1, 0, 0) - at(-1, 0, 0));
@@ -213,7 +240,7 @@ void Distribute(const DescriptorSample& sample, float_t* descriptor) {
       if (column < 0 || column >= kSpatialBins || row < 0 || row >= kSpatialBins) {
         continue;
       }
-      float_t* const bins = descriptor + (row * kSpatialBins + column) * kDirectionBins;
+      float_t* const bins = descriptor + static_cast<std::ptrdiff_t>(row * kSpatialBins + column) * kDirectionBins;
       for (int et = 0; et < 2; ++et) {
         bins[(bint + et) % kDirectionBins] += sample.weight * share(ex, rx) * share(ey, ry) * share(et, rt);
       }
@@ -449,17 +476,20 @@ void Sift::DetectKeypoints(float_t threshold, float_t edgeThreshold) {
   }
 }
 
-// Fills the difference planes of an octave and appends its extrema. A row is searched as soon as the row below it is
-// there, on all levels, while it is still in the cache; sorting then brings the extrema into their order.
+// Appends the extrema of the differences in octave `o`. Of each difference plane the work buffer holds three rows, in
+// turn: they are searched while they are in the cache, and planes never go through memory. Rows come before levels in
+// this search, so that the extrema are then sorted into their order.
 void Sift::FindCandidates(std::int32_t o, float_t threshold) {
   const std::int32_t w = GetOctaveWidth(o);
   const std::int32_t h = GetOctaveHeight(o);
-  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
+  if (w < 3 || h < 3) {
+    return;
+  }
   const auto first = static_cast<std::ptrdiff_t>(keypoints.size());
   for (std::int32_t y = 0; y < h; ++y) {
     const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(y) * w;
     for (std::int32_t s = smin; s < smax; ++s) {
-      Detail::Subtract(workBuffer.get() + (s - smin) * plane + row, GetLevel(o, s + 1) + row, GetLevel(o, s) + row, w);
+      Detail::Subtract(DifferenceRow(w, s, y), GetLevel(o, s + 1) + row, GetLevel(o, s) + row, w);
     }
     if (y >= 2) {
       FindCandidatesInRow(o, y - 1, threshold);
@@ -470,16 +500,20 @@ void Sift::FindCandidates(std::int32_t o, float_t threshold) {
   });
 }
 
+// Where row `y` of level `s` + 1 minus level `s` lies in the work buffer, in an octave of the width `w`.
+float_t* Sift::DifferenceRow(std::int32_t w, std::int32_t s, std::int32_t y) {
+  return workBuffer.get() + (static_cast<std::ptrdiff_t>(y % 3) * (smax - smin) + (s - smin)) * w;
+}
+
 void Sift::FindCandidatesInRow(std::int32_t o, std::int32_t y, float_t threshold) {
   constexpr std::int32_t kColumns = 1024;
   std::int32_t columns[kColumns];
   const std::int32_t w = GetOctaveWidth(o);
-  const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * GetOctaveHeight(o);
   for (std::int32_t s = smin + 1; s <= smax - 2; ++s) {
     Detail::Neighbourhood around;
-    for (std::ptrdiff_t ds = 0; ds < 3; ++ds) {
-      for (std::ptrdiff_t dy = 0; dy < 3; ++dy) {
-        around.rows[ds][dy] = workBuffer.get() + (s - smin - 1 + ds) * plane + (y - 1 + dy) * w;
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) {
+        around.rows[i][j] = DifferenceRow(w, s - 1 + i, y - 1 + j);
       }
     }
     for (std::int32_t x = 1; x < w - 1; x += kColumns) {
@@ -496,7 +530,7 @@ bool Sift::Refine(std::int32_t o, float_t threshold, float_t edgeThreshold, Keyp
   const std::int32_t w = GetOctaveWidth(o);
   const std::int32_t h = GetOctaveHeight(o);
   const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
-  const float_t* const differences = workBuffer.get() + (keypoint.is - smin) * plane;
+  const float_t* const level = GetLevel(o, keypoint.is);
   Derivatives derivatives;
   Offset offset;
   int dx = 0;
@@ -504,7 +538,7 @@ bool Sift::Refine(std::int32_t o, float_t threshold, float_t edgeThreshold, Keyp
   for (int i = 0; i < kRefinements && (i == 0 || dx != 0 || dy != 0); ++i) {
     keypoint.ix += dx;
     keypoint.iy += dy;
-    derivatives = Differentiate(differences + keypoint.ix + static_cast<std::ptrdiff_t>(keypoint.iy) * w, w, plane);
+    derivatives = Differentiate(level + keypoint.ix + static_cast<std::ptrdiff_t>(keypoint.iy) * w, w, plane);
     offset = SolveOffset(derivatives);
     dx = Step(offset[0], keypoint.ix, w);
     dy = Step(offset[1], keypoint.iy, h);
@@ -535,7 +569,7 @@ void Sift::ComputeGradients(std::int32_t o) {
   const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
   for (std::int32_t s = smin + 1; s <= smax - 2; ++s) {
     const float_t* const level = GetLevel(o, s);
-    float_t* const pairs = workBuffer.get() + 2 * (s - smin - 1) * plane;
+    float_t* const pairs = workBuffer.get() + 2 * plane * (s - smin - 1);
     for (std::int32_t y = 1; y < h - 1; ++y) {
       const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(y) * w;
       for (std::ptrdiff_t i = row + 1; i < row + w - 1; ++i) {
@@ -562,10 +596,9 @@ struct Sift::Placement {
 
 namespace {
 
-// The largest distance between a keypoint and its sample, along an axis.
-constexpr float_t kRounding = 0.5F;
-
-float_t OrientationRadius(float_t sigma) { return std::floor(kOrientationReach * kOrientationWindow * sigma); }
+float_t OrientationRadius(float_t sigma) {
+  return std::floor(kOrientationReach * kOrientationWindow * sigma);
+}
 
 float_t DescriptorRadius(float_t bin) {
   return std::floor(bin * std::numbers::sqrt2_v<float_t> * (kSpatialBins + 1) * 0.5F + 0.5F);
@@ -579,12 +612,13 @@ bool WindowFits(float_t radius, float_t largestExponent) {
 bool OrientationFits(float_t sigma) {
   const float_t sw = kOrientationWindow * sigma;
   const float_t radius = OrientationRadius(sigma);
-  return WindowFits(radius, (radius * radius + kRounding) / (2 * sw * sw));
+  return WindowFits(radius, (radius * radius + 0.5F) / (2 * sw * sw));
 }
 
-bool DescriptorFits(float_t bin) {
+// `away` is the distance of the keypoint from its sample along an axis.
+bool DescriptorFits(float_t bin, float_t away) {
   const float_t radius = DescriptorRadius(bin);
-  const float_t farthest = (radius + kRounding) / bin;
+  const float_t farthest = (radius + away) / bin;
   return bin > 0 && WindowFits(radius, 2 * farthest * farthest * 0.125F);
 }
 
@@ -614,7 +648,7 @@ template <class Visit>
 void Sift::VisitWindow(const Placement& place, float_t radius, const Visit& visit) const {
   const std::int32_t reach = Truncate(radius);
   const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(place.w) * place.h;
-  const float_t* const pairs = workBuffer.get() + 2 * place.level * plane;
+  const float_t* const pairs = workBuffer.get() + 2 * plane * place.level;
   for (std::int32_t ys = std::max(-reach, 1 - place.yi); ys <= std::min(reach, place.h - 2 - place.yi); ++ys) {
     for (std::int32_t xs = std::max(-reach, 1 - place.xi); xs <= std::min(reach, place.w - 2 - place.xi); ++xs) {
       const std::int32_t x = place.xi + xs;
@@ -628,7 +662,7 @@ void Sift::VisitWindow(const Placement& place, float_t radius, const Visit& visi
 }
 
 int Sift::ComputeOrientations(float_t* angles, Keypoint keypoint) {
-  Placement place;
+  Placement place = {};
   if (!Place(keypoint, place)) {
     std::cerr << "!\n";
     return 0;
@@ -653,10 +687,12 @@ int Sift::ComputeOrientations(float_t* angles, Keypoint keypoint) {
 }
 
 void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t angle) {
-  Placement place;
+  Placement place = {};
   const bool placed = Place(keypoint, place);
   const float_t bin = magnification * place.sigma;
-  if (!placed || !DescriptorFits(bin) || !std::isfinite(angle)) {
+  const float_t away =
+      std::max(std::abs(place.x - static_cast<float_t>(place.xi)), std::abs(place.y - static_cast<float_t>(place.yi)));
+  if (!placed || !DescriptorFits(bin, away) || !std::isfinite(angle)) {
     return;
   }
   ComputeGradients(keypoint.o);
@@ -685,9 +721,9 @@ Sift::Keypoint Sift::MakeKeypoint(float_t x, float_t y, float_t sigma) const {
   const auto steps = static_cast<float_t>(S);
   const std::int32_t octave = Truncate(std::floor(phi - (static_cast<float_t>(smin) + 0.5F) / steps));
   Keypoint keypoint;
-  keypoint.o = std::max(std::min(octave, omin + O - 1), omin);
+  keypoint.o = Clamped(octave, omin, std::int64_t{omin} + O - 1);
   keypoint.s = (phi - static_cast<float_t>(keypoint.o)) * steps;
-  keypoint.is = std::max(std::min(Truncate(keypoint.s + 0.5F), smax - 2), smin + 1);
+  keypoint.is = Clamped(Truncate(keypoint.s + 0.5F), std::int64_t{smin} + 1, std::int64_t{smax} - 2);
   const float_t period = std::ldexp(1.0F, keypoint.o);
   keypoint.ix = Truncate(x / period + 0.5F);
   keypoint.iy = Truncate(y / period + 0.5F);

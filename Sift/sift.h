@@ -79,21 +79,21 @@ class Sift {
   // sorted by octave, then by level, row and column of their first detection.
   //   threshold      least absolute value of a difference, interpolated at the extremum
   //   edgeThreshold  largest ratio of the principal curvatures (r in section 4.1)
-  // Where the paper starts over at the neighbouring sample when an offset exceeds 0.5 in any dimension, this moves on at
-  // 0.6, only in the picture and at most four times, and accepts an offset below 1.5.
+  // Where the paper starts over at the neighbouring sample when an offset exceeds 0.5 in any dimension, this moves on
+  // at 0.6, only in the picture and at most four times, and accepts an offset below 1.5.
   void DetectKeypoints(float_t threshold, float_t edgeThreshold);
 
   // The keypoints found, to read. They stay where they are until the next BuildPyramid or DetectKeypoints.
   using KeypointIterator = std::vector<Keypoint>::const_iterator;
-  KeypointIterator KeypointsBegin() const { return keypoints.begin(); }
-  KeypointIterator KeypointsEnd() const { return keypoints.end(); }
+  [[nodiscard]] KeypointIterator KeypointsBegin() const { return keypoints.begin(); }
+  [[nodiscard]] KeypointIterator KeypointsEnd() const { return keypoints.end(); }
 
   // The size of octave `o` in samples, its period in pixels of the picture, and the first sample of its level `s`,
   // which lies row by row without gaps. An index outside the scale space stops the program.
-  std::int32_t GetOctaveWidth(std::int32_t o) const;
-  std::int32_t GetOctaveHeight(std::int32_t o) const;
-  float_t GetSamplingPeriod(std::int32_t o) const;
-  const float_t* GetLevel(std::int32_t o, std::int32_t s) const;
+  [[nodiscard]] std::int32_t GetOctaveWidth(std::int32_t o) const;
+  [[nodiscard]] std::int32_t GetOctaveHeight(std::int32_t o) const;
+  [[nodiscard]] float_t GetSamplingPeriod(std::int32_t o) const;
+  [[nodiscard]] const float_t* GetLevel(std::int32_t o, std::int32_t s) const;
 
   // Prepares the gradients of octave `o` on the levels that can hold keypoints, unless they are there: magnitude per
   // sample and direction in radians (section 5 of the paper). The two calls below do it by themselves; keypoints that
@@ -103,9 +103,9 @@ class Sift {
   // Writes the dominant directions of the gradients around `keypoint` to `angles`, which has room for
   // kMaxOrientations, and returns how many there are: 0 to 4 (section 5 of the paper). Angles are in radians, from 0
   // included to 2 pi excluded, from the x axis towards the y axis, in rising order: with more than four peaks above 80%
-  // of the highest, the first four count. A keypoint outside its octave or the scale space, on a level without gradients
-  // or with a scale too small or too large for its window has none: that writes a line with "!" to the standard error.
-  // Samples with a gradient that is not finite are left out.
+  // of the highest, the first four count. A keypoint outside its octave or the scale space, on a level without
+  // gradients or with a scale too small or too large for its window has none: that writes a line with "!" to the
+  // standard error. Samples with a gradient that is not finite are left out.
   std::int32_t ComputeOrientations(float_t* angles, Keypoint keypoint);
 
   // Fills the kDescriptorLength floats of `descriptor` for `keypoint` turned to `angle`, in radians (section 6 of the
@@ -117,7 +117,7 @@ class Sift {
 
   // A keypoint at a position and of a scale, in pixels of the picture, that did not come from detection. Octave and
   // level are the ones nearest to `sigma`; the position is not checked.
-  Keypoint MakeKeypoint(float_t x, float_t y, float_t sigma) const;
+  [[nodiscard]] Keypoint MakeKeypoint(float_t x, float_t y, float_t sigma) const;
 
   // Scales the range to length 1. A range of zeros stays zero.
   static void Normalize(float_t* begin, float_t* end);
@@ -142,13 +142,13 @@ class Sift {
  private:
   struct Placement;
 
-  bool HasSense() const;
+  [[nodiscard]] bool HasSense() const;
   bool AllocateBuffers();
   bool AllocateOctaves(std::int64_t area);
   void GiveUp();
 
-  float_t LevelFactor(std::int32_t s) const;
-  float_t StepSigma(std::int32_t s) const;
+  [[nodiscard]] float_t LevelFactor(std::int32_t s) const;
+  [[nodiscard]] float_t StepSigma(std::int32_t s) const;
   float_t* Level(std::int32_t o, std::int32_t s);
   void MakeBase(const float_t* image);
   void MakeLevels(std::int32_t o);
@@ -158,6 +158,7 @@ class Sift {
               float_t sigma);
 
   void FindCandidates(std::int32_t o, float_t threshold);
+  float_t* DifferenceRow(std::int32_t w, std::int32_t s, std::int32_t y);
   void FindCandidatesInRow(std::int32_t o, std::int32_t y, float_t threshold);
   bool Refine(std::int32_t o, float_t threshold, float_t edgeThreshold, Keypoint& keypoint) const;
 

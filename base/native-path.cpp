@@ -1,11 +1,15 @@
 #include "base/native-path.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <deque>
-#include <functional>
+#include <memory>
 #include <utility>
 
 #include <boost/filesystem.hpp>
+#ifndef _WIN32
+#include <dirent.h>
+#endif
 
 #include "base/text.h"
 
@@ -35,25 +39,53 @@ filesystem::file_status Status(const std::string& nativePath) {
   return filesystem::status(ToPath(nativePath), error);
 }
 
-std::optional<std::vector<std::string>> List(const std::string& nativePath,
-                                             const std::function<bool(const filesystem::directory_entry&)>& wanted) {
+enum class TEntryKind { kAny, kNoDirectory };
+
+#ifdef _WIN32
+
+std::optional<std::vector<std::string>> List(const std::string& nativePath, TEntryKind kind) {
   boost::system::error_code error;
   filesystem::directory_iterator entry(ToPath(nativePath), error);
-  if (error) {
-    return std::nullopt;
-  }
   std::vector<std::string> names;
-  while (entry != filesystem::directory_iterator()) {
-    if (wanted(*entry)) {
+  while (!error && entry != filesystem::directory_iterator()) {
+    boost::system::error_code statusError;
+    if (kind == TEntryKind::kAny || !filesystem::is_directory(entry->status(statusError))) {
       names.push_back(entry->path().filename().string());
     }
     entry.increment(error);
-    if (error) {
-      return std::nullopt;
-    }
   }
-  return names;
+  return error ? std::nullopt : std::optional(names);
 }
+
+#else
+
+/// Asks the system only where the directory itself does not tell.
+bool IsDirectoryEntry(const std::string& directory, const dirent& entry) {
+  if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) {
+    return entry.d_type == DT_DIR;
+  }
+  return filesystem::is_directory(Status(directory + "/" + entry.d_name));
+}
+
+/// The system's own calls: an iterator that makes a path of each entry takes four times as long on a large collection.
+std::optional<std::vector<std::string>> List(const std::string& nativePath, TEntryKind kind) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(nativePath.c_str()), closedir);
+  if (!directory) {
+    return std::nullopt;
+  }
+  std::vector<std::string> names;
+  errno = 0;
+  while (const dirent* entry = readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != ".." && (kind == TEntryKind::kAny || !IsDirectoryEntry(nativePath, *entry))) {
+      names.emplace_back(name);
+    }
+    errno = 0;
+  }
+  return errno == 0 ? std::optional(std::move(names)) : std::nullopt;
+}
+
+#endif
 
 #ifndef _WIN32
 
@@ -68,7 +100,7 @@ std::optional<std::string> MatchEntry(const std::string& directory, const std::s
     return name;
   }
   std::optional<std::string> best;
-  const auto names = List(directory.empty() ? "." : directory, [](const auto&) { return true; });
+  const auto names = List(directory.empty() ? "." : directory, TEntryKind::kAny);
   for (const std::string& candidate : names.value_or(std::vector<std::string>())) {
     if (EqualWithoutCase(candidate, name) && (!best || candidate < *best)) {
       best = candidate;
@@ -206,14 +238,11 @@ std::string FileIdentity(const std::string& path) {
 }
 
 std::optional<std::vector<std::string>> ListDirectory(const std::string& path) {
-  return List(NativePath(path), [](const auto&) { return true; });
+  return List(NativePath(path), TEntryKind::kAny);
 }
 
 std::optional<std::vector<std::string>> ListFiles(const std::string& path) {
-  return List(NativePath(path), [](const filesystem::directory_entry& entry) {
-    boost::system::error_code error;
-    return !filesystem::is_directory(entry.status(error));
-  });
+  return List(NativePath(path), TEntryKind::kNoDirectory);
 }
 
 bool MakeDirectory(const std::string& path) {

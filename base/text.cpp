@@ -29,6 +29,8 @@ std::string_view Trim(std::string_view text) {
   return text;
 }
 
-void UseClassicNumbers() { std::setlocale(LC_NUMERIC, "C"); }
+void UseClassicNumbers() {
+  std::setlocale(LC_NUMERIC, "C");
+}
 
 }  // namespace base

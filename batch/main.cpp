@@ -11,6 +11,7 @@
 #include "base/console.h"
 #include "base/file.h"
 #include "base/format-string.h"
+#include "base/memory.h"
 #include "base/native-path.h"
 #include "base/text.h"
 #include "batch/options.h"
@@ -104,6 +105,7 @@ int Run(int argc, char** argv) {
     return Refuse("Standard output cannot be used");
   }
   base::CatchSignals();
+  base::KeepFreedMemory();
   ForgetScreen();
   int argumentCount = 1;
   QApplication application(argumentCount, argv);

@@ -4,8 +4,8 @@
 #include <vector>
 
 /// A list of lines with its text file: the command history, and the one reader of line-oriented text files (scripts,
-/// annotations). Lines end in carriage return and line feed. The reader cuts at line feeds and drops the one character in
-/// front of each, whatever it is; text behind the last line feed is not read.
+/// annotations). Lines end in carriage return and line feed. The reader cuts at line feeds and drops the one character
+/// in front of each, whatever it is; text behind the last line feed is not read.
 class TCommandHistory {
  public:
   /// Replaces `entries` by the lines of the file, up to its first zero byte. A file that cannot be read leaves none.

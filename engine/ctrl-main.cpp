@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <string_view>
 #include <utility>
 
 #include <boost/bind/bind.hpp>
@@ -19,6 +20,7 @@
 #include "features/feature-list.h"
 #include "gui/main-window.h"
 #include "images/var-image.h"
+#include "segmentation/segmentation-methods.h"
 
 namespace {
 
@@ -53,8 +55,8 @@ TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
   for (const char* classifier : {"nearest", "neural", "svm"}) {
     window->AddClassifier(classifier);
   }
-  for (const char* method : {"grid", "sift"}) {
-    window->AddSegmentationMethod(method);
+  for (const std::string_view method : {kGridMethod, kSiftMethod}) {
+    window->AddSegmentationMethod(std::string(method));
   }
   if (!base::MakeDirectory(kFeatureDirectory)) {
     PrintLine(FormatString("Directory '%s' cannot be created", kFeatureDirectory));

@@ -22,8 +22,8 @@ class TCtrlMain {
   /// Sees every text that goes to the output pane, as the engine's own bytes.
   using TOutputObserver = boost::function<void(const std::string&)>;
 
-  /// Builds the engine around a window that outlives it, reads the command history of the working directory and makes the
-  /// directory "FeatureStorage" there.
+  /// Builds the engine around a window that outlives it, reads the command history of the working directory and makes
+  /// the directory "FeatureStorage" there.
   explicit TCtrlMain(MainWindow* window, const TOutputObserver& observer = TOutputObserver());
   /// Writes the command history.
   ~TCtrlMain();

@@ -28,10 +28,10 @@ class TListScope {
 TFunctionExecuteScript::TFunctionExecuteScript() {
   name = "executescript";
   SetParameters({"string"});
-  SetHelp({"Name:        ExecuteScript",                                //
-           "Description: Executes a series of commands from a file",   //
-           "Syntax:      ExecuteScript(\"C:\\File.txt\")",              //
-           "Returns:     nothing",                                      //
+  SetHelp({"Name:        ExecuteScript",                              //
+           "Description: Executes a series of commands from a file",  //
+           "Syntax:      ExecuteScript(\"C:\\File.txt\")",            //
+           "Returns:     nothing",                                    //
            "Parameters:  1 - script file"});
 }
 

@@ -5,8 +5,8 @@
 
 #include "engine/function.h"
 
-/// executescript: runs the lines of a file like typed ones. A line that fails does not stop the script. A script that is
-/// already running is not started again, and scripts nest to a fixed depth.
+/// executescript: runs the lines of a file like typed ones. A line that fails does not stop the script. A script that
+/// is already running is not started again, and scripts nest to a fixed depth.
 class TFunctionExecuteScript : public TFunction {
  public:
   TFunctionExecuteScript();

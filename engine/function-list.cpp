@@ -14,6 +14,7 @@
 #include "images/function-load-database.h"
 #include "images/function-load-image.h"
 #include "retrieval/function-search-image.h"
+#include "segmentation/function-segment-image.h"
 
 TFunctionList::TFunctionList() {
   functions.push_back(std::make_unique<TFunctionLoadImage>());
@@ -23,6 +24,7 @@ TFunctionList::TFunctionList() {
   functions.push_back(std::make_unique<TFunctionSearchImage>());
   functions.push_back(std::make_unique<TFunctionDisplayIndex>());
   functions.push_back(std::make_unique<TFunctionDisplayIndexMap>());
+  functions.push_back(std::make_unique<TFunctionSegmentImage>());
   functions.push_back(std::make_unique<TFunctionExecuteScript>());
   functions.push_back(std::make_unique<TFunctionRemoveFeature>());
   functions.push_back(std::make_unique<TFunctionReset>());
@@ -35,8 +37,8 @@ TFunctionList::TFunctionList() {
 TFunctionList::~TFunctionList() = default;
 
 TFunction* TFunctionList::Find(const std::string& name) const {
-  const auto found =
-      std::find_if(functions.begin(), functions.end(), [&](const auto& function) { return function->GetName() == name; });
+  const auto found = std::find_if(functions.begin(), functions.end(),
+                                  [&](const auto& function) { return function->GetName() == name; });
   return found == functions.end() ? nullptr : found->get();
 }
 

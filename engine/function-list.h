@@ -10,8 +10,8 @@ class TFeatureList;
 class TFunction;
 class TVarList;
 
-/// All commands of the language, made once in a fixed order, which is also the order of the help list. A new command is a
-/// class and one line in the constructor.
+/// All commands of the language, made once in a fixed order, which is also the order of the help list. A new command is
+/// a class and one line in the constructor.
 class TFunctionList {
  public:
   TFunctionList();

@@ -4,9 +4,9 @@
 
 TFunctionReset::TFunctionReset() {
   name = "reset";
-  SetHelp({"Name:        Reset",                                        //
-           "Description: Resets the program to its startup state",     //
-           "Syntax:      reset()",                                      //
+  SetHelp({"Name:        Reset",                                    //
+           "Description: Resets the program to its startup state",  //
+           "Syntax:      reset()",                                  //
            "Returns:     nothing"});
 }
 

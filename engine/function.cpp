@@ -14,7 +14,9 @@ void TFunction::ShowHelp() const {
   }
 }
 
-std::unique_ptr<TVar> TFunction::CreateReturnVariable() const { return nullptr; }
+std::unique_ptr<TVar> TFunction::CreateReturnVariable() const {
+  return nullptr;
+}
 
 bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
   if (!checksParameters) {
@@ -85,7 +87,9 @@ void TFunction::SetParameters(std::vector<std::string> newKinds, int optional) {
   minParameters = maxParameters - optional;
 }
 
-void TFunction::SetHelp(std::vector<std::string> lines) { help = std::move(lines); }
+void TFunction::SetHelp(std::vector<std::string> lines) {
+  help = std::move(lines);
+}
 
 void TFunction::Print(const std::string& line) const {
   if (output) {

@@ -54,8 +54,8 @@ class TFunction {
   /// Tests the number of parameters, and prints a line if it is wrong.
   bool CheckParameterCount(int count) const;
 
-  /// Tests the parameter at `position` (from 1) against a kind of the language: "variable", "string" or "boolean". Prints
-  /// a line if it does not fit.
+  /// Tests the parameter at `position` (from 1) against a kind of the language: "variable", "string" or "boolean".
+  /// Prints a line if it does not fit.
   bool CheckParameterType(int position, const std::string& parameter, const std::string& kind) const;
 
   /// The parameter without its first and last character.

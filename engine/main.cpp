@@ -3,13 +3,15 @@
 
 #include <QApplication>
 
+#include "base/memory.h"
 #include "base/text.h"
 #include "engine/ctrl-main.h"
 #include "gui/main-window.h"
 
 namespace {
 
-/// Without a display the toolkit can only give up. It would do so by dumping core; a plain message and a status are kinder.
+/// Without a display the toolkit can only give up. It would do so by dumping core; a plain message and a status are
+/// kinder.
 void ReportAndLeaveIfFatal(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
   std::fprintf(stderr, "%s\n", qPrintable(message));
   if (type == QtFatalMsg) {
@@ -20,6 +22,7 @@ void ReportAndLeaveIfFatal(QtMsgType type, const QMessageLogContext& /*context*/
 }  // namespace
 
 int main(int argc, char** argv) {
+  base::KeepFreedMemory();
   qInstallMessageHandler(ReportAndLeaveIfFatal);
   QApplication application(argc, argv);
   base::UseClassicNumbers();

@@ -16,8 +16,8 @@ TVarList::~TVarList() {
 }
 
 TVar* TVarList::Find(const std::string& name) const {
-  const auto found =
-      std::find_if(variables.begin(), variables.end(), [&](const auto& variable) { return variable->GetName() == name; });
+  const auto found = std::find_if(variables.begin(), variables.end(),
+                                  [&](const auto& variable) { return variable->GetName() == name; });
   return found == variables.end() ? nullptr : found->get();
 }
 
@@ -27,8 +27,8 @@ void TVarList::Add(std::unique_ptr<TVar> variable) {
 }
 
 void TVarList::Remove(const std::string& name) {
-  const auto found =
-      std::find_if(variables.begin(), variables.end(), [&](const auto& variable) { return variable->GetName() == name; });
+  const auto found = std::find_if(variables.begin(), variables.end(),
+                                  [&](const auto& variable) { return variable->GetName() == name; });
   if (found == variables.end()) {
     return;
   }

@@ -8,8 +8,8 @@
 
 class TVar;
 
-/// The one store of variables, in order of addition. It owns them: a pointer found here is valid only until that name is
-/// removed. A name occurs once because whoever adds a variable looks for it first; the store itself does not check.
+/// The one store of variables, in order of addition. It owns them: a pointer found here is valid only until that name
+/// is removed. A name occurs once because whoever adds a variable looks for it first; the store itself does not check.
 class TVarList {
  public:
   TVarList();

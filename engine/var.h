@@ -5,8 +5,9 @@
 
 #include <boost/function.hpp>
 
-/// Base of everything that the user's work leaves in the variable store: a name, a type name, and a channel for lines of
-/// output. A variable belongs to its store (TVarList), or to the variable that holds it, such as an image in a database.
+/// Base of everything that the user's work leaves in the variable store: a name, a type name, and a channel for lines
+/// of output. A variable belongs to its store (TVarList), or to the variable that holds it, such as an image in a
+/// database.
 class TVar {
  public:
   virtual ~TVar() = default;
@@ -16,8 +17,8 @@ class TVar {
   /// A new empty variable of the same class, without a name and in no store.
   virtual std::unique_ptr<TVar> CreateNew() const = 0;
 
-  /// Takes over the contents of `source`, of which it then shares nothing. Name and type stay. A source of another class,
-  /// a null one and the variable itself change nothing.
+  /// Takes over the contents of `source`, of which it then shares nothing. Name and type stay. A source of another
+  /// class, a null one and the variable itself change nothing.
   virtual void Assign(const TVar* source) = 0;
 
   /// One line about the contents, for the Variables table.

@@ -1,1 +1,519 @@
-// to be written
+#include "images/image-rgb.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <FreeImage.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "images/crop.h"
+#include "images/image-gray.h"
+#include "images/tile.h"
+#include "tests/support/scratch-directory.h"
+#include "tests/support/test-pictures.h"
+
+namespace {
+
+struct TBitmapUnloader {
+  void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+};
+using TBitmap = std::unique_ptr<FIBITMAP, TBitmapUnloader>;
+
+using TColours = std::vector<TColour>;
+
+constexpr TColour kRed = {255, 0, 0};
+constexpr TColour kGreen = {0, 255, 0};
+constexpr TColour kBlue = {0, 0, 255};
+constexpr TColour kOlive = {100, 150, 50};
+
+/// A different colour for every pixel of a small picture.
+TColour Pattern(int x, int y) {
+  return {static_cast<unsigned char>(10 + 16 * x), static_cast<unsigned char>(20 + 16 * y),
+          static_cast<unsigned char>(x * y)};
+}
+
+/// The pixels in reading order.
+TColours Pixels(const TImageRGB& image) {
+  TColours pixels;
+  for (int y = 0; y < image.GetHeight(); ++y) {
+    for (int x = 0; x < image.GetWidth(); ++x) {
+      const unsigned char* pixel = image.GetPixels() + y * image.GetStride() + 3 * x;
+      pixels.push_back({pixel[0], pixel[1], pixel[2]});
+    }
+  }
+  return pixels;
+}
+
+std::vector<int> Levels(const TImageGray& image) {
+  std::vector<int> levels;
+  for (int y = 0; y < image.GetHeight(); ++y) {
+    const unsigned char* row = image.GetPixels() + y * image.GetStride();
+    levels.insert(levels.end(), row, row + image.GetWidth());
+  }
+  return levels;
+}
+
+TColours PatternPixels(int width, int height) {
+  TColours pixels;
+  for (int i = 0; i < width * height; ++i) {
+    pixels.push_back(Pattern(i % width, i / width));
+  }
+  return pixels;
+}
+
+void FillPattern(TImageRGB& image, int width, int height) {
+  image.SetSize(width, height, true);
+  for (int i = 0; i < width * height; ++i) {
+    const TColour colour = Pattern(i % width, i / width);
+    image.SetPixel(i % width, i / width, colour[0], colour[1], colour[2]);
+  }
+}
+
+/// Loads a file and expects these pixels in reading order.
+void ExpectFile(const std::string& path, int width, int height, const TColours& pixels) {
+  TImageRGB image;
+  ASSERT_TRUE(image.LoadFromFile(path)) << path;
+  EXPECT_EQ(image.GetWidth(), width) << path;
+  EXPECT_EQ(image.GetHeight(), height) << path;
+  EXPECT_EQ(image.GetStride(), (3 * width + 3) / 4 * 4) << path;
+  EXPECT_EQ(Pixels(image), pixels) << path;
+}
+
+/// Writes a file in which the sample `index` of row `y`, counted from the top, is what `sample` says.
+template <typename TSample>
+void WriteBitmap(const std::string& path, FREE_IMAGE_FORMAT format, FREE_IMAGE_TYPE type, int width, int height,
+                 int bits, int samplesPerPixel, const std::function<TSample(int index, int y)>& sample) {
+  const TBitmap bitmap(FreeImage_AllocateT(type, width, height, bits));
+  ASSERT_TRUE(bitmap);
+  for (int y = 0; y < height; ++y) {
+    auto* row = reinterpret_cast<TSample*>(FreeImage_GetScanLine(bitmap.get(), height - 1 - y));
+    for (int i = 0; i < width * samplesPerPixel; ++i) {
+      row[i] = sample(i, y);
+    }
+  }
+  ASSERT_TRUE(FreeImage_Save(format, bitmap.get(), path.c_str(), 0)) << path;
+}
+
+}  // namespace
+
+TEST(TImageRGB, RowsAreAlignedToFourBytes) {
+  const std::vector<std::array<int, 3>> cases = {{0, 0, 0},  {1, 4, 4},  {2, 8, 4},  {3, 12, 4},
+                                                 {4, 12, 4}, {5, 16, 8}, {8, 24, 8}, {9, 28, 12}};
+  for (const auto& [width, stride, grayStride] : cases) {
+    TImageRGB image;
+    image.SetSize(width, -2, true);
+    EXPECT_EQ(image.GetStride(), stride);
+    EXPECT_EQ(image.GetHeight(), 2) << "a height is a magnitude";
+    TImageGray gray;
+    gray.SetSize(width, -2);
+    EXPECT_EQ(gray.GetStride(), grayStride);
+    EXPECT_EQ(gray.GetHeight(), 2);
+  }
+}
+
+TEST(TImageRGB, StorageIsReusedAndNeverShrinks) {
+  TImageRGB image;
+  FillPattern(image, 4, 3);
+  const unsigned char* block = image.GetPixels();
+  image.SetSize(4, 3, false);
+  EXPECT_EQ(Pixels(image), PatternPixels(4, 3));
+  image.SetSize(1, 2, false);
+  EXPECT_EQ(image.GetPixels(), block);
+  image.SetSize(3, -3, true);
+  EXPECT_EQ(image.GetPixels(), block);
+  EXPECT_EQ(Pixels(image), TColours(9, TColour{}));
+  image.SetSize(100, 100, true);
+  EXPECT_EQ(Pixels(image), TColours(10000, TColour{}));
+}
+
+TEST(TImageRGB, ReleasedStorageIsMadeAnewForEqualDimensions) {
+  TImageRGB image;
+  FillPattern(image, 4, 3);
+  image.Release();
+  EXPECT_EQ(image.GetPixels(), nullptr);
+  EXPECT_EQ(image.GetWidth(), 4);
+  image.SetSize(4, 3, true);
+  EXPECT_EQ(Pixels(image), TColours(12, TColour{}));
+  TImageGray gray;
+  gray.SetSize(5, 2);
+  gray.Release();
+  gray.SetSize(5, 2);
+  EXPECT_EQ(Levels(gray), std::vector<int>(10, 0));
+}
+
+TEST(TImageRGB, SizesBeyondAnyPictureGiveAnEmptyOne) {
+  TImageRGB image;
+  for (const auto& [width, height] : {std::pair(40000, 40000), std::pair(-1, 5), std::pair(1 << 30, 1)}) {
+    FillPattern(image, 2, 2);
+    image.SetSize(width, height, true);
+    EXPECT_EQ(image.GetWidth(), 0);
+    EXPECT_EQ(image.GetHeight(), 0);
+  }
+}
+
+TEST(TImageRGB, PixelsOutsideAreIgnored) {
+  TImageRGB image;
+  image.SetSize(3, 2, true);
+  TImageGray gray;
+  gray.SetSize(3, 2);
+  for (const auto& [x, y] : {std::pair(-1, 0), std::pair(3, 0), std::pair(0, -1), std::pair(0, 2)}) {
+    image.SetPixel(x, y, 1, 2, 3);
+    gray.SetPixel(x, y, 1);
+  }
+  const std::vector<unsigned char> zeros(24, 0);
+  EXPECT_EQ(std::memcmp(image.GetPixels(), zeros.data(), 24), 0);
+  EXPECT_EQ(std::memcmp(gray.GetPixels(), zeros.data(), 8), 0);
+  TImageRGB().SetPixel(0, 0, 1, 2, 3);
+}
+
+TEST(TImageRGB, WrappedMemoryStaysTheCallersAndKeepsItsForm) {
+  // Two rows of two pixels, ten bytes apart.
+  std::vector<unsigned char> bytes(20);
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    bytes[i] = static_cast<unsigned char>(i);
+  }
+  TImageRGB image(bytes.data(), 2, 2, 10);
+  const TColours pixels = {{0, 1, 2}, {3, 4, 5}, {10, 11, 12}, {13, 14, 15}};
+  EXPECT_EQ(Pixels(image), pixels);
+  image.SetSize(2, -2, false);
+  EXPECT_EQ(image.GetStride(), 10);
+  EXPECT_EQ(Pixels(image), pixels) << "equal dimensions change nothing";
+  image.SetPixel(1, 1, 7, 8, 9);
+  EXPECT_EQ(bytes[13], 7);
+  image.SetSize(100, 100, true);
+  EXPECT_EQ(bytes[13], 7) << "a picture that does not fit has memory of its own";
+  TImageRGB forgotten(bytes.data(), 2, 2, 10);
+  forgotten.Release();
+  EXPECT_EQ(forgotten.GetPixels(), nullptr);
+}
+
+TEST(TImageRGB, FilesOfEveryDepthBecomeColourWithTheTopRowFirst) {
+  const TScratchDirectory scratch;
+  const TColours pixels = {kRed, kGreen, kBlue, kOlive, TColour{0, 0, 0}, TColour{255, 255, 255}};
+  const auto sampleOf = [&pixels](int index, int y, int samples) {
+    // Bitmaps hold blue, green, red and, where there is one, alpha.
+    return index % samples == 3 ? 40
+                                : int{pixels[static_cast<std::size_t>(3 * y + index / samples)][2 - index % samples]};
+  };
+  MakePicture("24.ppm", 3, 2, [&pixels](int x, int y) { return pixels[static_cast<std::size_t>(3 * y + x)]; });
+  WriteBitmap<BYTE>("24.png", FIF_PNG, FIT_BITMAP, 3, 2, 24, 3, [&](int i, int y) { return sampleOf(i, y, 3); });
+  WriteBitmap<BYTE>("32.png", FIF_PNG, FIT_BITMAP, 3, 2, 32, 4, [&](int i, int y) { return sampleOf(i, y, 4); });
+  // 16-bit colours hold red first.
+  WriteBitmap<WORD>("48.png", FIF_PNG, FIT_RGB16, 3, 2, 48, 3, [&pixels](int i, int y) {
+    return static_cast<WORD>(257 * pixels[static_cast<std::size_t>(3 * y + i / 3)][static_cast<std::size_t>(i % 3)]);
+  });
+  for (const char* file : {"24.ppm", "24.png", "32.png", "48.png"}) {
+    ExpectFile(file, 3, 2, pixels);
+  }
+
+  const TBitmap palette(FreeImage_Allocate(3, 2, 8));
+  for (int i = 0; i < 6; ++i) {
+    const TColour colour = pixels[static_cast<std::size_t>(i)];
+    FreeImage_GetPalette(palette.get())[100 + i] = RGBQUAD{colour[2], colour[1], colour[0], 0};
+    FreeImage_GetScanLine(palette.get(), 1 - i / 3)[i % 3] = static_cast<BYTE>(100 + i);
+  }
+  ASSERT_TRUE(FreeImage_Save(FIF_GIF, palette.get(), "palette.gif", 0));
+  ExpectFile("palette.gif", 3, 2, pixels);
+
+  MakeFile("gray.pgm", "P5 2 2 255\n" + std::string("\x00\x7f\x80\xff", 4));
+  ExpectFile("gray.pgm", 2, 2, {{0, 0, 0}, {127, 127, 127}, {128, 128, 128}, {255, 255, 255}});
+  // A set bit is black.
+  MakeFile("bits.pbm", "P1 2 1\n1 0\n");
+  ExpectFile("bits.pbm", 2, 1, {{0, 0, 0}, {255, 255, 255}});
+}
+
+TEST(TImageRGB, SixteenBitGrayKeepsItsLevelsHoweverFewItUses) {
+  const TScratchDirectory scratch;
+  const std::vector<std::vector<int>> pictures = {{0, 255, 128, 1}, {10, 20, 30, 40}, {77, 77, 77, 77}};
+  for (const std::vector<int>& levels : pictures) {
+    const auto sample = [&levels](int i, int y) {
+      return static_cast<WORD>(257 * levels[static_cast<std::size_t>(2 * y + i)]);
+    };
+    TColours expected;
+    for (const int level : levels) {
+      expected.push_back(TColour{static_cast<unsigned char>(level), static_cast<unsigned char>(level),
+                                 static_cast<unsigned char>(level)});
+    }
+    WriteBitmap<WORD>("gray16.png", FIF_PNG, FIT_UINT16, 2, 2, 16, 1, sample);
+    ExpectFile("gray16.png", 2, 2, expected);
+    WriteBitmap<WORD>("gray16.tif", FIF_TIFF, FIT_UINT16, 2, 2, 16, 1, sample);
+    ExpectFile("gray16.tif", 2, 2, expected);
+  }
+}
+
+TEST(TImageRGB, FloatingPointFilesAreBroughtIntoRange) {
+  const TScratchDirectory scratch;
+  // Gray of no given range is stretched from the darkest to the brightest.
+  WriteBitmap<float>("gray.tif", FIF_TIFF, FIT_FLOAT, 3, 1, 32, 1, [](int i, int) {
+    return std::array{-1.0F, 4.0F, 0.0F}[static_cast<std::size_t>(i)];
+  });
+  ExpectFile("gray.tif", 3, 1, {{0, 0, 0}, {255, 255, 255}, {51, 51, 51}});
+
+  // High dynamic range is tone-mapped: a blue floor 100 times as bright as the red sky over it, gray at the right.
+  const auto sample = [](int i, int y) {
+    const float brightness = y == 0 ? 1.0F : 100.0F;
+    return i >= 3 || i == (y == 0 ? 0 : 2) ? brightness : 0.1F * brightness;
+  };
+  WriteBitmap<float>("colour.hdr", FIF_HDR, FIT_RGBF, 2, 2, 96, 3, sample);
+  WriteBitmap<float>("colour.exr", FIF_EXR, FIT_RGBF, 2, 2, 96, 3, sample);
+  const auto sampleWithAlpha = [&sample](int i, int y) { return i % 4 == 3 ? 0.5F : sample(i / 4 * 3 + i % 4, y); };
+  WriteBitmap<float>("alpha.tif", FIF_TIFF, FIT_RGBAF, 2, 2, 128, 4, sampleWithAlpha);
+  WriteBitmap<float>("alpha.exr", FIF_EXR, FIT_RGBAF, 2, 2, 128, 4, sampleWithAlpha);
+  for (const char* file : {"colour.hdr", "colour.exr", "alpha.tif", "alpha.exr"}) {
+    TImageRGB image;
+    ASSERT_TRUE(image.LoadFromFile(file)) << file;
+    ASSERT_EQ(image.GetWidth(), 2) << file;
+    ASSERT_EQ(image.GetHeight(), 2) << file;
+    const TColours pixels = Pixels(image);
+    EXPECT_GT(pixels[0][0], pixels[0][2]) << file << ": the top left is red";
+    EXPECT_LT(pixels[2][0], pixels[2][2]) << file << ": the bottom left is blue";
+    EXPECT_LT(pixels[1][1], pixels[3][1]) << file << ": the bottom is brighter";
+    EXPECT_EQ(pixels[3][0], pixels[3][2]) << file << ": gray stays gray";
+  }
+
+  WriteBitmap<float>("black.hdr", FIF_HDR, FIT_RGBF, 2, 1, 96, 3, [](int, int) { return 0.0F; });
+  ExpectFile("black.hdr", 2, 1, {{0, 0, 0}, {0, 0, 0}});
+}
+
+TEST(TImageRGB, TheContentsTellTheFormatAndTheNameOnlyWhereTheyDoNot) {
+  const TScratchDirectory scratch;
+  TImageRGB image;
+  FillPattern(image, 5, 3);
+  image.SaveToFile("real.png");
+  for (const char* name : {"png.jpg", "png.txt", "png", "Caf\xc3\xa9, 1.GIF"}) {
+    std::filesystem::copy_file("real.png", name);
+    ExpectFile(name, 5, 3, PatternPixels(5, 3));
+  }
+  ExpectFile("caf\xc3\xa9, 1.gif", 5, 3, PatternPixels(5, 3));
+  // Nothing in this format says what it is: two bytes of width, two of height, one bit a pixel. Only its name tells.
+  MakeFile("bits.wbmp", std::string("\0\0\2\1\x80", 5));
+  ExpectFile("bits.wbmp", 2, 1, {{255, 255, 255}, {0, 0, 0}});
+}
+
+TEST(TImageRGB, WhatIsNoImageLeavesTheBufferAsItWas) {
+  const TScratchDirectory scratch;
+  MakeFile("text.jpg", "no picture, only words that are long enough to look for a header in\n");
+  MakeFile("empty.jpg", "");
+  MakeFile("empty", "");
+  MakeFile("text.xyz", "words");
+  MakeFile("header.png", "\x89PNG\r\n\x1a\n");
+  MakeFile("short.ppm", "P6 100 100 255\nabc");
+  std::filesystem::create_directory("directory.jpg");
+  ASSERT_EQ(mkfifo("pipe.jpg", 0600), 0);
+  TImageRGB image;
+  FillPattern(image, 2, 2);
+  for (const char* path :
+       {"text.jpg", "empty.jpg", "empty", "text.xyz", "header.png", "directory.jpg", "absent.jpg", "", "pipe.jpg"}) {
+    EXPECT_FALSE(image.LoadFromFile(path)) << path;
+    EXPECT_EQ(Pixels(image), PatternPixels(2, 2)) << path;
+  }
+  const std::string text = "no picture";
+  image.LoadFromMemory(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+  image.LoadFromMemory(reinterpret_cast<const unsigned char*>(text.data()), 0);
+  image.LoadFromMemory(nullptr, 0);
+  EXPECT_EQ(Pixels(image), PatternPixels(2, 2));
+}
+
+TEST(TImageRGB, ATruncatedJpegGivesItsUpperPartOrNothing) {
+  const TScratchDirectory scratch;
+  // Stripes of 16 rows, gray and distinct.
+  MakePicture("stripes.ppm", 64, 256, [](int, int y) {
+    const auto level = static_cast<unsigned char>(y / 16 * 15);
+    return TColour{level, level, level};
+  });
+  TImageRGB whole;
+  ASSERT_TRUE(whole.LoadFromFile("stripes.ppm"));
+  whole.SaveToFile("whole.jpg");
+  const std::string bytes = FileBytes("whole.jpg");
+  ASSERT_GT(bytes.size(), 700u);
+
+  MakeFile("cut.jpg", bytes.substr(0, 40));
+  TImageRGB image;
+  EXPECT_FALSE(image.LoadFromFile("cut.jpg")) << "cut within the header";
+  EXPECT_EQ(image.GetHeight(), 0);
+
+  MakeFile("cut.jpg", bytes.substr(0, bytes.size() - 100));
+  ASSERT_TRUE(image.LoadFromFile("cut.jpg"));
+  ASSERT_EQ(image.GetWidth(), 64);
+  ASSERT_EQ(image.GetHeight(), 256);
+  for (int y = 0; y < 48; ++y) {
+    EXPECT_NEAR(image.GetPixels()[y * image.GetStride() + 96], y / 16 * 15, 6) << "row " << y;
+  }
+}
+
+TEST(TImageRGB, WhatIsSavedLosslesslyComesBackFromFileAndMemory) {
+  const TScratchDirectory scratch;
+  TImageRGB image;
+  FillPattern(image, 7, 5);
+  for (const std::string name : {"a.png", "B.BMP", "c d\xc3\xa9.tif", "e.ppm"}) {
+    image.SaveToFile(name);
+    ExpectFile(name, 7, 5, PatternPixels(7, 5));
+    const std::string bytes = FileBytes(name);
+    TImageRGB fromMemory;
+    fromMemory.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    EXPECT_EQ(fromMemory.GetWidth(), 7) << name;
+    EXPECT_EQ(Pixels(fromMemory), PatternPixels(7, 5)) << name;
+  }
+}
+
+TEST(TImageRGB, SavingWritesOnlyWhatItCanUnderTheExactName) {
+  const TScratchDirectory scratch;
+  TImageRGB image;
+  FillPattern(image, 2, 2);
+  image.SaveToFile("Chart.png");
+  const std::string before = FileBytes("Chart.png");
+  FillPattern(image, 3, 3);
+  image.SaveToFile("chart.png");
+  EXPECT_EQ(FileBytes("Chart.png"), before) << "a file that is only spelt like it is not overwritten";
+  ExpectFile("chart.png", 3, 3, PatternPixels(3, 3));
+  image.SaveToFile("no-ending");
+  image.SaveToFile("unknown.xyz");
+  image.SaveToFile("absent/a.png");
+  TImageRGB().SaveToFile("nothing.png");
+  for (const char* name : {"no-ending", "unknown.xyz", "absent", "nothing.png"}) {
+    EXPECT_FALSE(std::filesystem::exists(name)) << name;
+  }
+}
+
+TEST(TImageRGB, GrayIsTheWeightedSumOfTheChannels) {
+  // (19595 R + 38470 G + 7471 B + 32768) / 65536, cut: red (4996725 + 32768) / 65536 = 76.7, green 150.2, blue 29.6,
+  // olive (1959500 + 5770500 + 373550 + 32768) / 65536 = 124.1.
+  TImageRGB image;
+  image.SetSize(3, 2, true);
+  const TColours pixels = {kRed, kGreen, kBlue, kOlive, TColour{255, 255, 255}, TColour{1, 1, 1}};
+  for (int i = 0; i < 6; ++i) {
+    const TColour& colour = pixels[static_cast<std::size_t>(i)];
+    image.SetPixel(i % 3, i / 3, colour[0], colour[1], colour[2]);
+  }
+  TImageGray gray;
+  gray.SetSize(50, 50);
+  image.ToGray(gray);
+  EXPECT_EQ(gray.GetWidth(), 3);
+  EXPECT_EQ(gray.GetStride(), 4);
+  EXPECT_EQ(Levels(gray), (std::vector<int>{76, 150, 29, 124, 255, 1}));
+  TImageRGB back;
+  gray.ToRGB(back);
+  EXPECT_EQ(Pixels(back),
+            (TColours{{76, 76, 76}, {150, 150, 150}, {29, 29, 29}, {124, 124, 124}, {255, 255, 255}, {1, 1, 1}}));
+  TImageRGB().ToGray(gray);
+  EXPECT_EQ(gray.GetWidth() + gray.GetHeight(), 0);
+}
+
+TEST(TImageGray, CopiesOfWrappedMemoryHaveRowsOfTheirOwn) {
+  std::vector<unsigned char> bytes = {1, 2, 3, 99, 99, 99, 99, 4, 5, 6, 99, 99, 99, 99};
+  const TImageGray wrapped(bytes.data(), 3, 2, 7);
+  TImageGray copy;
+  copy.CopyFrom(wrapped);
+  bytes.assign(bytes.size(), 0);
+  EXPECT_EQ(copy.GetStride(), 4);
+  EXPECT_EQ(Levels(copy), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+  copy.CopyFrom(copy);
+  EXPECT_EQ(Levels(copy), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+}
+
+TEST(TImageRGB, ScalingFillsTheWholeDestination) {
+  TImageRGB even;
+  even.SetSize(9, 4, true);
+  for (int i = 0; i < 36; ++i) {
+    even.SetPixel(i % 9, i / 9, 12, 200, 77);
+  }
+  TImageRGB scaled;
+  for (const auto& [width, height] : {std::pair(40, 30), std::pair(3, 2), std::pair(1, 1), std::pair(9, 4)}) {
+    even.ScaleTo(scaled, width, height);
+    EXPECT_EQ(Pixels(scaled), TColours(static_cast<std::size_t>(width) * height, TColour{12, 200, 77}));
+  }
+  TImageRGB().ScaleTo(scaled, 2, 3);
+  EXPECT_EQ(Pixels(scaled), TColours(6, TColour{}));
+  even.ScaleTo(scaled, 0, 3);
+  EXPECT_EQ(scaled.GetWidth(), 0);
+
+  // Left half black, right half white: the order of pixels survives a reduction by two and by more than two.
+  TImageGray halves;
+  halves.SetSize(16, 2);
+  for (int i = 0; i < 32; ++i) {
+    halves.SetPixel(i % 16, i / 16, i % 16 < 8 ? 0 : 255);
+  }
+  TImageGray small;
+  halves.ScaleTo(small, 2, 1);
+  ASSERT_EQ(Levels(small).size(), 2u);
+  EXPECT_LT(Levels(small)[0], 32);
+  EXPECT_GT(Levels(small)[1], 223);
+}
+
+TEST(CropImage, RectanglesAreClippedToThePicture) {
+  struct TCase {
+    int x, y, width, height;
+    int left, top, right, bottom;
+  };
+  constexpr int kMax = 2147483647;
+  const std::vector<TCase> cases = {
+      {1, 1, 2, 1, 1, 1, 3, 2},       {0, 0, 5, 4, 0, 0, 5, 4},         {-2, -1, 4, 3, 0, 0, 2, 2},
+      {3, 2, 10, 10, 3, 2, 5, 4},     {-9, -9, kMax, kMax, 0, 0, 5, 4}, {kMax, 0, kMax, 4, 0, 0, 0, 0},
+      {5, 0, 1, 1, 0, 0, 0, 0},       {0, 4, 1, 1, 0, 0, 0, 0},         {-3, 0, 3, 4, 0, 0, 0, 0},
+      {1, 1, 0, 3, 0, 0, 0, 0},       {1, 1, 3, -1, 0, 0, 0, 0},        {-kMax - 1, 1, kMax, 2, 0, 0, 0, 0},
+      {4, 3, kMax, kMax, 4, 3, 5, 4},
+  };
+  TImageRGB image;
+  FillPattern(image, 5, 4);
+  TImageGray gray;
+  image.ToGray(gray);
+  for (const TCase& each : cases) {
+    SCOPED_TRACE(testing::Message() << each.x << "," << each.y << " " << each.width << "x" << each.height);
+    TColours pixels;
+    std::vector<int> levels;
+    for (int y = each.top; y < each.bottom; ++y) {
+      for (int x = each.left; x < each.right; ++x) {
+        pixels.push_back(Pattern(x, y));
+        levels.push_back(gray.GetPixels()[y * gray.GetStride() + x]);
+      }
+    }
+    TImageRGB crop;
+    CropImage(image, each.x, each.y, each.width, each.height, crop);
+    EXPECT_EQ(crop.GetWidth(), each.right - each.left);
+    EXPECT_EQ(crop.GetHeight(), each.bottom - each.top);
+    EXPECT_EQ(Pixels(crop), pixels);
+    TImageGray grayCrop;
+    CropImage(gray, each.x, each.y, each.width, each.height, grayCrop);
+    EXPECT_EQ(grayCrop.GetWidth(), each.right - each.left);
+    EXPECT_EQ(grayCrop.GetHeight(), each.bottom - each.top);
+    EXPECT_EQ(Levels(grayCrop), levels);
+  }
+  TImageRGB crop;
+  CropImage(TImageRGB(), 0, 0, 5, 5, crop);
+  EXPECT_EQ(crop.GetWidth() + crop.GetHeight(), 0);
+}
+
+TEST(LoadTile, ProportionsAreKeptInWholeNumbers) {
+  const TScratchDirectory scratch;
+  const std::vector<std::array<int, 4>> cases = {
+      // Picture, width of the tile, its height.
+      {40, 30, 100, 75}, {30, 40, 100, 133}, {3, 2, 100, 66}, {1, 1, 100, 100}, {400, 1, 100, 0}, {1, 327, 100, 32700},
+  };
+  for (const auto& [width, height, tileWidth, tileHeight] : cases) {
+    MakePicture("a.jpg", width, height, [](int, int) { return kOlive; });
+    TImageRGB tile;
+    ASSERT_TRUE(LoadTile("a.jpg", tileWidth, tile)) << width << " x " << height;
+    EXPECT_EQ(tile.GetWidth(), tileWidth);
+    EXPECT_EQ(tile.GetHeight(), tileHeight);
+    EXPECT_EQ(Pixels(tile), TColours(static_cast<std::size_t>(tileWidth) * tileHeight, kOlive));
+  }
+}
+
+TEST(LoadTile, UnreadableAndEndlesslyHighPicturesGiveNone) {
+  const TScratchDirectory scratch;
+  MakePicture("high.ppm", 1, 328, [](int, int) { return kOlive; });
+  MakeFile("text.jpg", "words");
+  TImageRGB tile;
+  FillPattern(tile, 2, 2);
+  for (const char* path : {"high.ppm", "text.jpg", "absent.jpg"}) {
+    EXPECT_FALSE(LoadTile(path, 100, tile)) << path;
+    EXPECT_EQ(Pixels(tile), PatternPixels(2, 2)) << path;
+  }
+}

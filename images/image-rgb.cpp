@@ -1,5 +1,6 @@
 #include "images/image-rgb.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -23,6 +24,21 @@ struct TMemoryCloser {
   void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
 };
 
+/// A bitmap of FIT_RGBAF without its alpha. The library's own conversion cuts everything brighter than 1.
+TBitmap DropAlpha(FIBITMAP* bitmap) {
+  const unsigned width = FreeImage_GetWidth(bitmap);
+  const unsigned height = FreeImage_GetHeight(bitmap);
+  TBitmap opaque(FreeImage_AllocateT(FIT_RGBF, static_cast<int>(width), static_cast<int>(height)));
+  for (unsigned y = 0; opaque && y < height; ++y) {
+    const auto* source = reinterpret_cast<const FIRGBAF*>(FreeImage_GetScanLine(bitmap, static_cast<int>(y)));
+    auto* destination = reinterpret_cast<FIRGBF*>(FreeImage_GetScanLine(opaque.get(), static_cast<int>(y)));
+    std::transform(source, source + width, destination, [](const FIRGBAF& pixel) {
+      return FIRGBF{pixel.red, pixel.green, pixel.blue};
+    });
+  }
+  return opaque;
+}
+
 /// A 24-bit version of a bitmap in any other form; null if the library knows none.
 TBitmap ConvertTo24Bits(FIBITMAP* bitmap) {
   TBitmap converted(FreeImage_ConvertTo24Bits(bitmap));
@@ -30,9 +46,17 @@ TBitmap ConvertTo24Bits(FIBITMAP* bitmap) {
     return converted;
   }
   const FREE_IMAGE_TYPE type = FreeImage_GetImageType(bitmap);
-  if (type == FIT_RGBF || type == FIT_RGBAF) {
-    const TBitmap opaque(FreeImage_ConvertToRGBF(bitmap));
-    return TBitmap(opaque ? FreeImage_ToneMapping(opaque.get(), FITMO_DRAGO03, 0, 0) : nullptr);
+  if (type == FIT_RGBF) {
+    return TBitmap(FreeImage_ToneMapping(bitmap, FITMO_DRAGO03, 0, 0));
+  }
+  if (type == FIT_RGBAF) {
+    const TBitmap opaque = DropAlpha(bitmap);
+    return opaque ? ConvertTo24Bits(opaque.get()) : nullptr;
+  }
+  if (type == FIT_UINT16) {
+    // Its range is known, while the standard type below stretches what is there to the full range.
+    const TBitmap gray(FreeImage_ConvertTo8Bits(bitmap));
+    return TBitmap(gray ? FreeImage_ConvertTo24Bits(gray.get()) : nullptr);
   }
   const TBitmap standard(FreeImage_ConvertToStandardType(bitmap, TRUE));
   return TBitmap(standard ? FreeImage_ConvertTo24Bits(standard.get()) : nullptr);
@@ -62,6 +86,10 @@ void TImageRGB::SetPixel(int x, int y, unsigned char red, unsigned char green, u
 
 bool TImageRGB::LoadFromFile(const std::string& path) {
   const std::string nativePath = base::NativePath(path);
+  // Opening a named pipe would wait for its other end.
+  if (!base::IsRegularFile(nativePath)) {
+    return false;
+  }
   FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
   if (format == FIF_UNKNOWN) {
     format = FreeImage_GetFIFFromFilename(nativePath.c_str());
@@ -100,10 +128,11 @@ bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {
     return false;
   }
   const int height = static_cast<int>(FreeImage_GetHeight(bitmap));
-  SetSize(static_cast<int>(FreeImage_GetWidth(bitmap)), height, true);
+  SetSize(static_cast<int>(FreeImage_GetWidth(bitmap)), height, false);
   if (GetHeight() == 0) {
     return false;
   }
+  ClearPadding();
   // Bitmaps stand on their bottom row and hold blue, green, red.
   kernels::SwapRedBlue(FreeImage_GetScanLine(bitmap, height - 1),
                        -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap)), GetPixels(), GetStride(), GetWidth(),
@@ -112,8 +141,7 @@ bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {
 }
 
 void TImageRGB::SaveToFile(const std::string& path) const {
-  const std::string nativePath = base::NativePath(path);
-  const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(nativePath.c_str());
+  const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(path.c_str());
   if (format == FIF_UNKNOWN || FreeImage_FIFSupportsWriting(format) == FALSE) {
     return;
   }
@@ -123,7 +151,7 @@ void TImageRGB::SaveToFile(const std::string& path) const {
   }
   kernels::SwapRedBlue(GetPixels(), GetStride(), FreeImage_GetScanLine(bitmap.get(), GetHeight() - 1),
                        -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap.get())), GetWidth(), GetHeight());
-  FreeImage_Save(format, bitmap.get(), nativePath.c_str(), 0);
+  FreeImage_Save(format, bitmap.get(), path.c_str(), 0);
 }
 
 void TImageRGB::ToGray(TImageGray& gray) const {

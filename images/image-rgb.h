@@ -34,7 +34,8 @@ class TImageRGB : public TPixelBuffer {
   /// caller keeps the bitmap. False, and the buffer as it was, for a bitmap that has no such form.
   bool CopyFromBitmap(FIBITMAP* bitmap);
 
-  /// Encodes the picture in the format that the file name asks for. Nothing happens if that format cannot be written.
+  /// Encodes the picture into the file of exactly this name, in the format that the name asks for. Nothing happens if
+  /// that format cannot be written.
   void SaveToFile(const std::string& path) const;
 
   /// Fills `gray` with the luma of each pixel.

@@ -1,5 +1,6 @@
 #include "images/pixel-buffer.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +22,9 @@ void TPixelBuffer::Release() {
 
 void TPixelBuffer::Resize(int newWidth, int newHeight) {
   const std::int64_t rows = std::abs(static_cast<std::int64_t>(newHeight));
+  if (pixels != nullptr && newWidth == width && rows == height) {
+    return;
+  }
   const std::int64_t alignedRow = (static_cast<std::int64_t>(newWidth) * bytesPerPixel + 3) & ~std::int64_t{3};
   if (newWidth < 0 || alignedRow * rows > std::numeric_limits<int>::max()) {
     Resize(0, 0);
@@ -42,6 +46,13 @@ void TPixelBuffer::Resize(int newWidth, int newHeight) {
 
 void TPixelBuffer::ClearPixels() {
   std::memset(pixels, 0, static_cast<std::size_t>(height) * static_cast<std::size_t>(stride));
+}
+
+void TPixelBuffer::ClearPadding() {
+  const std::ptrdiff_t used = static_cast<std::ptrdiff_t>(width) * bytesPerPixel;
+  for (int y = 0; y < height; ++y) {
+    std::memset(pixels + static_cast<std::ptrdiff_t>(y) * stride + used, 0, static_cast<std::size_t>(stride - used));
+  }
 }
 
 unsigned char* TPixelBuffer::PixelAt(int x, int y) {

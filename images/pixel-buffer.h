@@ -25,12 +25,16 @@ class TPixelBuffer {
   TPixelBuffer(unsigned char* data, int width, int height, int stride, int bytesPerPixel);
   ~TPixelBuffer() = default;
 
-  /// Sets dimensions and storage; a negative height counts by its magnitude. A block that is large enough stays in use,
-  /// so storage never shrinks. The bytes are what they were. A picture of 2^31 bytes or more gives 0 x 0.
+  /// Sets dimensions and storage; a negative height counts by its magnitude. The dimensions that it has change nothing,
+  /// so that a wrapped picture keeps its stride. A block that is large enough stays in use: storage never shrinks. The
+  /// bytes are what they were. A picture of 2^31 bytes or more gives 0 x 0.
   void Resize(int newWidth, int newHeight);
 
   /// Zeroes height * stride bytes.
   void ClearPixels();
+
+  /// Zeroes the bytes between the last pixel of each row and the next row.
+  void ClearPadding();
 
   /// The first byte of a pixel, or null outside the picture.
   unsigned char* PixelAt(int x, int y);

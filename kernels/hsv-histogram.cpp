@@ -50,20 +50,22 @@ alignas(16) constexpr uint8_t kFirstStep[16] = {0, 0, 5, 5, 10, 10};
 // An index with this bit set looks up zero. In the upper byte of a 16-bit lane it makes a byte table yield lanes.
 constexpr int16_t kLookUpByte = static_cast<int16_t>(0x8000);
 
-// The bins of as many pixels as a vector has 16-bit lanes.
+// The bins of as many pixels as a vector has 16-bit lanes, in the lower byte of each lane. The upper byte is arbitrary.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V Bins(D d, V red, V green, V blue) {
   const hn::Repartition<uint8_t, D> d8;
-  const auto table = [&](const uint8_t* entries, V sector)
-                         HWY_ATTR { return BitCast(d, TableLookupBytesOr0(LoadDup128(d8, entries), BitCast(d8, sector))); };
-  // Comparisons yield -1, so that subtracting them counts.
+  const auto table = [&](const uint8_t* entries, V sector) HWY_ATTR {
+    return BitCast(d, TableLookupBytesOr0(LoadDup128(d8, entries), BitCast(d8, sector)));
+  };
+  // Comparisons yield -1, so that their sums count downwards.
   const auto minusOneIf = [&](auto condition) HWY_ATTR { return VecFromMask(d, condition); };
 
   const V one = Set(d, 1);
   const V value = Max(Max(red, green), blue);
   const V delta = Sub(value, Min(Min(red, green), blue));
 
-  // Whole numbers have no ">=" here: a >= b is a + 1 > b. And 255 delta >= 192 v is 85 delta >= 64 v, which stays within 16 bits with a sign.
+  // Whole numbers have no ">=" here: a >= b is a + 1 > b. And 255 delta >= 192 v is 85 delta >= 64 v, which stays
+  // within 16 bits with a sign.
   V saturation = minusOneIf(Gt(delta, hn::ShiftRight<2>(value)));
   saturation = Add(saturation, minusOneIf(Gt(delta, hn::ShiftRight<1>(value))));
   saturation = Add(saturation, minusOneIf(Gt(Add(Mul(delta, Set(d, 85)), one), hn::ShiftLeft<6>(value))));
@@ -71,55 +73,64 @@ HWY_INLINE V Bins(D d, V red, V green, V blue) {
   // The difference of the two lesser channels, in the order that makes "up" positive.
   const auto isGreen = Eq(green, value);
   const auto isBlue = Eq(blue, value);
-  const V difference =
-      IfThenElse(isBlue, Sub(red, green), IfThenElse(isGreen, Sub(blue, red), Sub(green, blue)));
+  const V difference = IfThenElse(isBlue, Sub(red, green), IfThenElse(isGreen, Sub(blue, red), Sub(green, blue)));
   const V isDown = hn::ShiftRight<15>(difference);
-  const V sector = Sub(IfThenElse(isBlue, Set(d, kLookUpByte + 4),
-                                  IfThenElse(isGreen, Set(d, kLookUpByte + 2), Set(d, kLookUpByte))),
-                       isDown);
+  const V sector = Sub(
+      IfThenElse(isBlue, Set(d, kLookUpByte + 4), IfThenElse(isGreen, Set(d, kLookUpByte + 2), Set(d, kLookUpByte))),
+      isDown);
 
   const V numerator = Add(Mul(Abs(difference), Set(d, 60)), one);
   V crossed = minusOneIf(Gt(numerator, Mul(delta, table(kFirstBorder, sector))));
   crossed = Add(crossed, minusOneIf(Gt(numerator, Mul(delta, table(kSecondBorder, sector)))));
   crossed = Add(crossed, minusOneIf(Gt(numerator, Mul(delta, table(kThirdBorder, sector)))));
-  // `crossed` counts downwards from zero, which is the way to go where isDown is -1, and has to be turned where it is 0.
+  // `crossed` counts downwards from zero, which is the way to go where isDown is -1. Elsewhere it is negated.
   const V up = Not(isDown);
   const V step = Add(table(kFirstStep, sector), Sub(Xor(crossed, up), up));
 
-  // Gray has neither hue nor saturation. Step 0 goes down to step 15: all above the lowest byte falls off.
+  // Gray has neither hue nor saturation. Step 0 goes down to step 15, since the bits above are dropped.
   const V colour = IfThenElseZero(Gt(delta, Zero(d)), Sub(hn::ShiftLeft<4>(step), hn::ShiftLeft<2>(saturation)));
-  return And(Add(colour, hn::ShiftRight<6>(value)), Set(d, 0xFF));
+  return Add(colour, hn::ShiftRight<6>(value));
 }
 
 // The bins of one vector of pixels.
 HWY_INLINE void StoreBins(const uint8_t* pixels, uint8_t* bins) {
-  const hn::ScalableTag<int16_t> d16;
-  const hn::Rebind<uint8_t, decltype(d16)> d8;
+  const hn::ScalableTag<uint8_t> d8;
+  const hn::Repartition<int16_t, decltype(d8)> d16;
+  const hn::Repartition<uint16_t, decltype(d8)> du16;
   auto red = Zero(d8);
   auto green = Zero(d8);
   auto blue = Zero(d8);
   hn::LoadInterleaved3(d8, pixels, red, green, blue);
-  StoreU(DemoteTo(d8, Bins(d16, PromoteTo(d16, red), PromoteTo(d16, green), PromoteTo(d16, blue))), d8, bins);
+  // Even and odd bytes apart, so that no byte has to change its place.
+  const auto even = [&](auto bytes) HWY_ATTR { return And(BitCast(d16, bytes), Set(d16, 0xFF)); };
+  const auto odd = [&](auto bytes) HWY_ATTR { return BitCast(d16, hn::ShiftRight<8>(BitCast(du16, bytes))); };
+  const auto evenBins = Bins(d16, even(red), even(green), even(blue));
+  const auto oddBins = Bins(d16, odd(red), odd(green), odd(blue));
+  StoreU(OddEven(BitCast(d8, hn::ShiftLeft<8>(oddBins)), BitCast(d8, evenBins)), d8, bins);
 }
 
 // Writes the bins of `count` neighbouring pixels if they fill a vector, and returns whether they do.
 bool StoreBinsOfVectors(const uint8_t* pixels, size_t count, uint8_t* bins) {
-  const size_t lanes = hn::Lanes(hn::ScalableTag<int16_t>());
+  const size_t lanes = hn::Lanes(hn::ScalableTag<uint8_t>());
   if (count < lanes) {
     return false;
   }
   for (size_t x = 0; x + lanes <= count; x += lanes) {
     StoreBins(pixels + 3 * x, bins + x);
   }
-  // What is left gets a whole vector too, which repeats some of the bins before it.
-  StoreBins(pixels + 3 * (count - lanes), bins + count - lanes);
+  if (count % lanes != 0) {
+    // What is left gets a whole vector too, which repeats some of the bins before it.
+    StoreBins(pixels + 3 * (count - lanes), bins + count - lanes);
+  }
   return true;
 }
 
 #else
 
 // Lanes of one element have no tables to look up in: without vectors the plain formula does it all.
-bool StoreBinsOfVectors(const uint8_t*, size_t, uint8_t*) { return false; }
+bool StoreBinsOfVectors(const uint8_t*, size_t, uint8_t*) {
+  return false;
+}
 
 #endif
 

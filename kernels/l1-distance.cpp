@@ -81,7 +81,9 @@ size_t AddGroups(const double* query, size_t length, const double* const* candid
 #else
 
 // Lanes of one element cannot be interleaved: without vectors the plain loop does it all.
-size_t AddGroups(const double*, size_t, const double* const*, size_t, double*) { return 0; }
+size_t AddGroups(const double*, size_t, const double* const*, size_t, double*) {
+  return 0;
+}
 
 #endif
 

@@ -56,8 +56,10 @@ void PatternsOfRow(const uint8_t* centres, const Neighbours& neighbours, size_t 
   for (size_t x = 0; x + lanes <= count; x += lanes) {
     StorePatterns(centres + x, neighbours, patterns + x);
   }
-  // What is left gets a whole vector too, which repeats some of the patterns before it.
-  StorePatterns(centres + count - lanes, neighbours, patterns + count - lanes);
+  if (count % lanes != 0) {
+    // What is left gets a whole vector too, which repeats some of the patterns before it.
+    StorePatterns(centres + count - lanes, neighbours, patterns + count - lanes);
+  }
 }
 
 }  // namespace

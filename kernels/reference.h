@@ -95,34 +95,37 @@ inline void LbpHistogram(const unsigned char* gray, int stride, int width, int h
   }
 }
 
-// Cubic resampling in the fixed point that resize-cubic.h describes: the whole vertical pass, then the whole
-// horizontal one.
+// Cubic resampling in the fixed point that resize-cubic.h describes: all rows horizontally, then all columns
+// vertically.
 inline void ResizeCubic(int channels, const unsigned char* source, int sourceStride, int sourceWidth, int sourceHeight,
                         unsigned char* destination, int destinationStride, int width, int height) {
   if (std::min({sourceWidth, sourceHeight, width, height}) < 1) {
     return;
   }
-  const CubicWeights vertical(sourceHeight, height);
   const CubicWeights horizontal(sourceWidth, width);
-  const std::ptrdiff_t columns = static_cast<std::ptrdiff_t>(channels) * sourceWidth;
-  std::vector<int> row(static_cast<std::size_t>(columns));
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    for (std::ptrdiff_t i = 0; i < columns; ++i) {
-      int sum = 0;
-      for (std::ptrdiff_t t = 0; t < vertical.taps; ++t) {
-        sum += vertical.weights[y * vertical.pitch + t] * source[(vertical.first[y] + t) * sourceStride + i];
-      }
-      row[i] = (sum + 128) >> 8;
-    }
+  const CubicWeights vertical(sourceHeight, height);
+  const std::ptrdiff_t columns = static_cast<std::ptrdiff_t>(channels) * width;
+  std::vector<int> rows(static_cast<std::size_t>(columns * sourceHeight));
+  for (std::ptrdiff_t y = 0; y < sourceHeight; ++y) {
     for (std::ptrdiff_t x = 0; x < width; ++x) {
       for (std::ptrdiff_t channel = 0; channel < channels; ++channel) {
         int sum = 0;
         for (std::ptrdiff_t t = 0; t < horizontal.taps; ++t) {
-          sum += horizontal.weights[x * horizontal.pitch + t] * row[(horizontal.first[x] + t) * channels + channel];
+          sum += horizontal.weights[x * horizontal.pitch + t] *
+                 source[y * sourceStride + (horizontal.first[x] + t) * channels + channel];
         }
-        destination[y * destinationStride + x * channels + channel] =
-            static_cast<unsigned char>(std::clamp((sum + (1 << 19)) >> 20, 0, 255));
+        rows[y * columns + x * channels + channel] = (sum + 128) >> 8;
       }
+    }
+  }
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    for (std::ptrdiff_t column = 0; column < columns; ++column) {
+      int sum = 0;
+      for (std::ptrdiff_t t = 0; t < vertical.taps; ++t) {
+        sum += vertical.weights[y * vertical.pitch + t] * rows[(vertical.first[y] + t) * columns + column];
+      }
+      destination[y * destinationStride + column] =
+          static_cast<unsigned char>(std::clamp((sum + (1 << 19)) >> 20, 0, 255));
     }
   }
 }

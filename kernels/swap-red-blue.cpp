@@ -37,7 +37,9 @@ size_t SwapVectors(const uint8_t* HWY_RESTRICT source, uint8_t* HWY_RESTRICT des
 #else
 
 // Lanes of one element cannot be shuffled: without vectors the plain loop does it all.
-size_t SwapVectors(const uint8_t*, uint8_t*, size_t) { return 0; }
+size_t SwapVectors(const uint8_t*, uint8_t*, size_t) {
+  return 0;
+}
 
 #endif
 

@@ -1,1 +1,154 @@
-// to be written
+#include "retrieval/var-database-index.h"
+
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+#include "tests/support/scratch-directory.h"
+
+namespace {
+
+using TLines = std::vector<std::string>;
+
+std::vector<int> Order(const TVarDatabaseIndex& index) {
+  std::vector<int> order;
+  for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
+    order.push_back(entry.imageIndex);
+  }
+  return order;
+}
+
+/// A store with the database "db" of the three files 0.jpg, 1.jpg, 2.jpg and the image "q".
+class TVarDatabaseIndexTest : public testing::Test {
+ protected:
+  TVarDatabaseIndexTest() {
+    for (const char* name : {"pics/0.jpg", "pics/1.jpg", "pics/2.jpg"}) {
+      MakeFile(name, "");
+    }
+    auto database = std::make_unique<TVarDatabase>();
+    database->SetName("db");
+    database->SetLocation("pics");
+    database->ScanDirectory();
+    store.Add(std::move(database));
+    auto image = std::make_unique<TVarImage>();
+    image->SetName("q");
+    store.Add(std::move(image));
+  }
+
+  /// What FindDatabase says about an index of these image numbers: "found", or the reason.
+  std::string Found(const std::string& databaseName, const std::vector<int>& imageNumbers) const {
+    TVarDatabaseIndex index;
+    index.SetDatabaseName(databaseName);
+    for (const int number : imageNumbers) {
+      index.AddEntry(number, 0.0);
+    }
+    std::string reason;
+    std::string otherReason;
+    const TVarDatabase* database = index.FindDatabase(store, reason);
+    EXPECT_EQ(index.FindTopFilenames(store, 2, otherReason).has_value(), database != nullptr);
+    EXPECT_EQ(otherReason, reason);
+    return database == nullptr ? reason : database == store.Find("db") ? "found" : "found another";
+  }
+
+  const TScratchDirectory scratch;
+  TVarList store;
+};
+
+}  // namespace
+
+TEST(TVarDatabaseIndex, SortingPutsTheSmallestFirstAndKeepsTheOrderOfTies) {
+  TVarDatabaseIndex index;
+  index.SortEntries();
+  EXPECT_TRUE(index.GetEntries().empty());
+  const double infinity = std::numeric_limits<double>::infinity();
+  // Enough ties for an unstable sort to show itself: image i has the distance i mod 3, each 50th is out of reach.
+  std::vector<std::vector<int>> classes(4);
+  for (int i = 0; i < 1000; ++i) {
+    const bool isOut = i % 50 == 0;
+    index.AddEntry(i, isOut ? infinity : i % 3);
+    classes[static_cast<std::size_t>(isOut ? 3 : i % 3)].push_back(i);
+  }
+  index.SortEntries();
+  std::vector<int> expected;
+  for (const std::vector<int>& images : classes) {
+    expected.insert(expected.end(), images.begin(), images.end());
+  }
+  EXPECT_EQ(Order(index), expected);
+  EXPECT_EQ(index.GetEntries().back().distance, infinity);
+}
+
+TEST(TVarDatabaseIndex, ClearingEmptiesTheRankingAndKeepsTheNames) {
+  TVarDatabaseIndex index;
+  EXPECT_EQ(index.GetType(), "databaseindex");
+  EXPECT_EQ(index.GetDatabaseName() + index.GetImageName(), "");
+  EXPECT_EQ(index.GetDescription(), "Database index");
+  index.SetDatabaseName("db");
+  index.SetImageName("q.jpg");
+  index.AddEntry(4, 0.5);
+  EXPECT_EQ(index.GetDescription(), "Database index");
+  index.ClearEntries();
+  EXPECT_TRUE(index.GetEntries().empty());
+  EXPECT_EQ(index.GetDatabaseName(), "db");
+  EXPECT_EQ(index.GetImageName(), "q.jpg");
+}
+
+TEST(TVarDatabaseIndex, AssignCopiesEntriesAndNames) {
+  auto source = std::make_unique<TVarDatabaseIndex>();
+  source->SetName("a");
+  source->SetDatabaseName("db");
+  source->SetImageName("q.jpg");
+  source->AddEntry(2, 0.5);
+  source->AddEntry(0, 1.5);
+  const std::unique_ptr<TVar> created = source->CreateNew();
+  auto& copy = dynamic_cast<TVarDatabaseIndex&>(*created);
+  EXPECT_TRUE(copy.GetEntries().empty());
+  copy.SetName("b");
+  copy.AddEntry(9, 9.0);
+  copy.Assign(source.get());
+  source.reset();
+  const TVarImage image;
+  for (const TVar* other : std::vector<const TVar*>{&copy, nullptr, &image}) {
+    copy.Assign(other);
+    EXPECT_EQ(copy.GetName(), "b");
+    EXPECT_EQ(Order(copy), (std::vector<int>{2, 0}));
+    EXPECT_EQ(copy.GetEntries()[1].distance, 1.5);
+    EXPECT_EQ(copy.GetDatabaseName(), "db");
+    EXPECT_EQ(copy.GetImageName(), "q.jpg");
+  }
+}
+
+TEST_F(TVarDatabaseIndexTest, TheDatabaseMustStandInTheStoreAndFit) {
+  EXPECT_EQ(Found("db", {2, 0, 1}), "found");
+  EXPECT_EQ(Found("gone", {2, 0, 1}), "Database 'gone' not found");
+  EXPECT_EQ(Found("", {}), "Database '' not found");
+  EXPECT_EQ(Found("q", {0}), "Database 'q' not found") << "a variable of another type";
+  const std::string mismatch = "Index does not match database 'db'";
+  EXPECT_EQ(Found("db", {}), mismatch);
+  EXPECT_EQ(Found("db", {0, 1}), mismatch);
+  EXPECT_EQ(Found("db", {0, 1, 2, 0}), mismatch);
+  EXPECT_EQ(Found("db", {0, 1, 3}), mismatch);
+  EXPECT_EQ(Found("db", {-1, 0, 1}), mismatch);
+}
+
+TEST_F(TVarDatabaseIndexTest, TheTopFilenamesFollowTheRanking) {
+  TVarDatabaseIndex index;
+  index.SetDatabaseName("db");
+  index.AddEntry(0, 3.0);
+  index.AddEntry(1, 1.0);
+  index.AddEntry(2, 2.0);
+  index.SortEntries();
+  std::string reason;
+  EXPECT_EQ(index.FindTopFilenames(store, 2, reason), (TLines{"pics/1.jpg", "pics/2.jpg"}));
+  EXPECT_EQ(index.FindTopFilenames(store, 36, reason), (TLines{"pics/1.jpg", "pics/2.jpg", "pics/0.jpg"}));
+  EXPECT_EQ(index.FindTopFilenames(store, 0, reason), TLines());
+  EXPECT_EQ(reason, "");
+  store.Remove("db");
+  EXPECT_EQ(index.FindTopFilenames(store, 2, reason), std::nullopt);
+  EXPECT_EQ(reason, "Database 'db' not found");
+}

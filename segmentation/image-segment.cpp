@@ -30,7 +30,9 @@ std::unique_ptr<TImageSegment> TImageSegmentRect::Clone() const {
   return clone;
 }
 
-void ClearSegments(TImageSegmentList& list) { list.clear(); }
+void ClearSegments(TImageSegmentList& list) {
+  list.clear();
+}
 
 void CopySegments(TImageSegmentList& destination, const TImageSegmentList& source) {
   if (&destination == &source) {

@@ -1,15 +1,25 @@
 /* An example plug-in: the mean of red, green and blue, each from 0 to 255. An empty picture has means of 0. */
 #include "feature-plugin.h"
 
-const char* GetDescription(void) { return "The mean colour of a picture"; }
+const char* GetDescription(void) {
+  return "The mean colour of a picture";
+}
 
-const char* GetShortDescription(void) { return "meancolor"; }
+const char* GetShortDescription(void) {
+  return "meancolor";
+}
 
-bool NeedsGrayscale(void) { return false; }
+bool NeedsGrayscale(void) {
+  return false;
+}
 
-bool NeedsColor(void) { return true; }
+bool NeedsColor(void) {
+  return true;
+}
 
-int32_t GetFeatureLength(void) { return 3; }
+int32_t GetFeatureLength(void) {
+  return 3;
+}
 
 int32_t ProcessGrayscale(const unsigned char* pixels, int32_t width, int32_t height, int32_t stride, double* features) {
   (void)pixels;

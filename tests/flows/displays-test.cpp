@@ -41,6 +41,29 @@ TEST(TFunctionDisplayImage, FitsTheDialogAroundThePicture) {
   EXPECT_EQ(workbench.dialogs[1].size(), QSize(20, 50));
 }
 
+TEST(TFunctionDisplayImage, OutlinesTheSegments) {
+  TWorkbench workbench;
+  MakePicture("a.png", 80, 80, kRed);
+  workbench.Run("a = loadimage(\"a.png\")");
+  workbench.Run("segmentimage(a, \"grid\")");
+  EXPECT_EQ(workbench.GetColumn(2), std::vector<std::string>{
+                                        "Filename: \"a.png\", no features, 64 segments without features"});
+  workbench.Run("displayimage(a)");
+  const QImage& dialog = workbench.dialogs.at(0);
+  for (int y = 0; y < 80; ++y) {
+    for (int x = 0; x < 80; ++x) {
+      const QColor color = dialog.pixelColor(10 + x, 10 + y);
+      if (x % 10 == 0 || x % 10 == 9 || y % 10 == 0 || y % 10 == 9) {
+        // Half of the red, and half of the gray 128; the toolkit rounds.
+        ASSERT_NEAR(color.red(), 127 + 64, 2) << x << ", " << y;
+        ASSERT_NEAR(color.green(), 64, 2) << x << ", " << y;
+      } else {
+        ASSERT_EQ(color, QColor(kRed)) << x << ", " << y;
+      }
+    }
+  }
+}
+
 class TIndexDisplays : public testing::Test {
  protected:
   /// A database of `count` pictures, all green but the first, and a query of the same green.

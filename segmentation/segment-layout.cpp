@@ -1,0 +1,45 @@
+#include "segmentation/segment-layout.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace {
+
+constexpr int kGridSize = 8;
+constexpr int kSquareSize = 30;
+
+void AppendRect(int x, int y, int width, int height, TImageSegmentList& segments) {
+  auto segment = std::make_unique<TImageSegmentRect>();
+  segment->SetX(x);
+  segment->SetY(y);
+  segment->SetWidth(width);
+  segment->SetHeight(height);
+  segments.push_back(std::move(segment));
+}
+
+/// Where the cell of that number begins on a side of `size` pixels.
+int GridEdge(int size, int number) { return static_cast<int>(static_cast<std::int64_t>(size) * number / kGridSize); }
+
+/// The lower edge of a square around `position` on a side of `size` pixels.
+int SquareEdge(int position, int size) {
+  return std::max(std::min(std::max(position - kSquareSize / 2, 0), size - kSquareSize), 0);
+}
+
+}  // namespace
+
+void AppendGridCells(int width, int height, TImageSegmentList& segments) {
+  segments.reserve(segments.size() + kGridSize * kGridSize);
+  for (int row = 0; row < kGridSize; ++row) {
+    const int y = GridEdge(height, row);
+    for (int column = 0; column < kGridSize; ++column) {
+      const int x = GridEdge(width, column);
+      AppendRect(x, y, GridEdge(width, column + 1) - x, GridEdge(height, row + 1) - y, segments);
+    }
+  }
+}
+
+void AppendKeypointSquare(const TInterestPoint& point, int width, int height, TImageSegmentList& segments) {
+  AppendRect(SquareEdge(point.x, width), SquareEdge(point.y, height), std::min(kSquareSize, width),
+             std::min(kSquareSize, height), segments);
+}

@@ -1,0 +1,21 @@
+#include "tests/support/test-pictures.h"
+
+#include "tests/support/scratch-directory.h"
+
+std::string PictureBytes(int width, int height, const std::function<TColour(int x, int y)>& colour) {
+  // A portable pixmap: a line of text, then the pixels, top row and red first.
+  std::string bytes = "P6 " + std::to_string(width) + " " + std::to_string(height) + " 255\n";
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      for (const unsigned char channel : colour(x, y)) {
+        bytes += static_cast<char>(channel);
+      }
+    }
+  }
+  return bytes;
+}
+
+void MakePicture(const std::filesystem::path& path, int width, int height,
+                 const std::function<TColour(int x, int y)>& colour) {
+  MakeFile(path, PictureBytes(width, height, colour));
+}

@@ -1,0 +1,9 @@
+#!/bin/sh
+# Runs clang-tidy over all C++ of the tree, or over the files named. Needs a configured build/ (cmake --preset default).
+set -eu
+cd "$(dirname "$0")/.."
+cmake --build --preset default --target tessimar_widgets_autogen >/dev/null
+if [ $# -eq 0 ]; then
+  set -- $(git ls-files '*.cpp' | grep -v '^benchmarks/')
+fi
+printf '%s\n' "$@" | xargs -P "${JOBS:-$(nproc)}" -n 4 clang-tidy -p build --quiet
