@@ -1,10 +1,13 @@
 #include "batch/tables.h"
 
+#include <algorithm>
 #include <string_view>
+#include <vector>
 
 #include "base/file.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
+#include "base/text.h"
 #include "engine/var-list.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -47,18 +50,31 @@ std::string EncodeForFileName(std::string_view name) {
   return encoded;
 }
 
+/// The tags of an image, each once, in the order in which it got them.
+std::string FormatTags(const TVarImage& image) {
+  std::vector<std::string> tags;
+  for (const std::string& tag : image.GetTags()) {
+    if (std::find(tags.begin(), tags.end(), tag) == tags.end()) {
+      tags.push_back(tag);
+    }
+  }
+  return Escape(base::Join(tags, ","));
+}
+
 std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varList) {
   std::string reason;
-  // Without its database a ranking still has its numbers; only the names of the files are unknown.
+  // Without its database a ranking still has its numbers; only what the database knows of its images is missing.
   const TVarDatabase* database = index.FindDatabase(varList, reason);
-  std::string table = "rank\timageIndex\tdistance\tfile name\n";
+  std::string table = "rank\timageIndex\tdistance\tfile name\ttags\n";
   int rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
-      table += Escape(database->GetImages()[static_cast<std::size_t>(entry.imageIndex)]->GetFilename());
+      const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
+      table += Escape(image.GetFilename()) + "\t" + FormatTags(image) + "\n";
+    } else {
+      table += "\t\n";
     }
-    table += '\n';
   }
   return table;
 }

@@ -38,8 +38,9 @@ const TImageRGB& Mosaic(int width, int height) {
 }
 
 std::string PictureDirectory(int count, int width, int height) {
-  const filesystem::path directory = filesystem::temp_directory_path() / "tessimar-bench" /
-                                     (std::to_string(count) + "-" + std::to_string(width) + "x" + std::to_string(height));
+  const filesystem::path directory =
+      filesystem::temp_directory_path() / "tessimar-bench" /
+      (std::to_string(count) + "-" + std::to_string(width) + "x" + std::to_string(height));
   if (filesystem::exists(directory / "complete")) {
     return directory;
   }

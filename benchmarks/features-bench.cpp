@@ -1,4 +1,5 @@
-// The gray plane and the built-in features on 640 x 480, beside their plain loops and what OpenCV makes of the same task.
+// The gray plane and the built-in features on 640 x 480, beside their plain loops and what OpenCV makes of the same
+// task.
 
 #include <array>
 #include <cstdint>
@@ -15,7 +16,9 @@
 
 namespace {
 
-const TImageRGB& Color() { return Mosaic(640, 480); }
+const TImageRGB& Color() {
+  return Mosaic(640, 480);
+}
 
 const TImageGray& Gray() {
   static TImageGray gray;
@@ -84,8 +87,7 @@ void BM_LbpOpenCv(benchmark::State& state) {
   cv::setNumThreads(1);
   const cv::Mat gray = Wrap(Gray(), CV_8UC1);
   const cv::Mat centre = gray(cv::Rect(1, 1, gray.cols - 2, gray.rows - 2));
-  const std::array<cv::Point, 8> neighbours = {
-      {{0, 0}, {1, 0}, {2, 0}, {0, 1}, {2, 1}, {0, 2}, {1, 2}, {2, 2}}};
+  const std::array<cv::Point, 8> neighbours = {{{0, 0}, {1, 0}, {2, 0}, {0, 1}, {2, 1}, {0, 2}, {1, 2}, {2, 2}}};
   cv::Mat brighter;
   cv::Mat pattern;
   std::array<std::uint32_t, 256> counts;
@@ -115,9 +117,7 @@ BENCHMARK(BM_Histogram<kernels::reference::HsvHistogram, Color>)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_HsvOpenCv)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Histogram<kernels::LbpHistogram, Gray>)->Name("BM_Lbp")->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Histogram<kernels::reference::LbpHistogram, Gray>)
-    ->Name("BM_LbpPlainLoop")
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Histogram<kernels::reference::LbpHistogram, Gray>)->Name("BM_LbpPlainLoop")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LbpOpenCv)->Unit(benchmark::kMillisecond);
 
 }  // namespace

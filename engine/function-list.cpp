@@ -6,14 +6,19 @@
 
 #include "engine/function-execute-script.h"
 #include "engine/function-reset.h"
+#include "features/function-load-feature.h"
 #include "features/function-remove-feature.h"
+#include "features/function-save-feature.h"
 #include "features/function-update-feature.h"
 #include "gui/function-display-image.h"
 #include "gui/function-display-index-map.h"
 #include "gui/function-display-index.h"
 #include "images/function-load-database.h"
 #include "images/function-load-image.h"
+#include "retrieval/function-evaluate-index.h"
+#include "retrieval/function-load-mir-flickr-tags.h"
 #include "retrieval/function-search-image.h"
+#include "retrieval/function-search-tags.h"
 #include "segmentation/function-segment-image.h"
 
 TFunctionList::TFunctionList() {
@@ -22,10 +27,15 @@ TFunctionList::TFunctionList() {
   functions.push_back(std::make_unique<TFunctionDisplayImage>());
   functions.push_back(std::make_unique<TFunctionUpdateFeature>());
   functions.push_back(std::make_unique<TFunctionSearchImage>());
+  functions.push_back(std::make_unique<TFunctionLoadFeature>());
+  functions.push_back(std::make_unique<TFunctionSaveFeature>());
   functions.push_back(std::make_unique<TFunctionDisplayIndex>());
   functions.push_back(std::make_unique<TFunctionDisplayIndexMap>());
+  functions.push_back(std::make_unique<TFunctionSearchTags>());
   functions.push_back(std::make_unique<TFunctionSegmentImage>());
+  functions.push_back(std::make_unique<TFunctionLoadMirFlickrTags>());
   functions.push_back(std::make_unique<TFunctionExecuteScript>());
+  functions.push_back(std::make_unique<TFunctionEvaluateIndex>());
   functions.push_back(std::make_unique<TFunctionRemoveFeature>());
   functions.push_back(std::make_unique<TFunctionReset>());
   for (const auto& function : functions) {

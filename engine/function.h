@@ -8,6 +8,7 @@
 
 #include "engine/var-list.h"
 
+class TClassifierList;
 class TFeatureList;
 class TVar;
 
@@ -47,6 +48,7 @@ class TFunction {
   /// The stores are shared, not owned, and outlive every call.
   void SetVarList(TVarList* list) { varList = list; }
   void SetFeatureList(const TFeatureList* list) { featureList = list; }
+  void SetClassifierList(const TClassifierList* list) { classifierList = list; }
 
   void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }
   void SetCommand(const boost::function<void(std::string)>& newCommand) { command = newCommand; }
@@ -80,6 +82,7 @@ class TFunction {
 
   TVarList* varList = nullptr;
   const TFeatureList* featureList = nullptr;
+  const TClassifierList* classifierList = nullptr;
   std::string name;
   bool returnsValue = false;
   std::string returnType;

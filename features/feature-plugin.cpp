@@ -56,8 +56,8 @@ std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName
     reason = "its name \"" + plugin->name + "\" is empty or cannot be typed";
     return nullptr;
   }
-  plugin->needsGrayscale = plugin->askNeedsGrayscale();
-  plugin->needsColor = plugin->askNeedsColor();
+  plugin->needsGrayscale = plugin->askNeedsGrayscale() != 0;
+  plugin->needsColor = plugin->askNeedsColor() != 0;
   if (plugin->needsColor) {
     Resolve(library, "ProcessColor", plugin->processColor, reason);
   } else if (plugin->needsGrayscale) {

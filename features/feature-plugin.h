@@ -19,7 +19,8 @@ class TFeaturePlugin : public TFeature {
 
  private:
   using TGetText = const char*();
-  using TGetFlag = bool();
+  /// The low byte of what the library returns. A careless one answers with more than 0 and 1.
+  using TGetFlag = unsigned char();
   using TGetLength = std::int32_t();
   using TProcess = std::int32_t(const unsigned char*, std::int32_t, std::int32_t, std::int32_t, double*);
 

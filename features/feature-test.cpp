@@ -47,17 +47,6 @@ using TBins = std::map<int, double>;
 
 }  // namespace
 
-TEST(TFeature, BuiltInFeaturesSayWhatTheyNeed) {
-  const TFeatureHsv hsv;
-  EXPECT_EQ(hsv.GetName(), "hsv");
-  EXPECT_TRUE(hsv.NeedsColor());
-  EXPECT_FALSE(hsv.NeedsGrayscale());
-  const TFeatureLbp lbp;
-  EXPECT_EQ(lbp.GetName(), "lbp");
-  EXPECT_FALSE(lbp.NeedsColor());
-  EXPECT_TRUE(lbp.NeedsGrayscale());
-}
-
 TEST(TFeature, APictureOfTheWrongKindGivesAVectorOfLengthZero) {
   TFeatureVector vector;
   vector.SetLength(5);

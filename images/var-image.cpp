@@ -1,5 +1,7 @@
 #include "images/var-image.h"
 
+#include <algorithm>
+
 #include "base/format-string.h"
 #include "base/text.h"
 
@@ -31,4 +33,8 @@ std::string TVarImage::GetDescription() const {
   const auto segmentNames = segments.front()->GetFeatures().GetNames();
   description += segmentNames.empty() ? " without features" : " with features: " + base::Join(segmentNames, ", ");
   return description;
+}
+
+bool TVarImage::HasTag(const std::string& tag) const {
+  return std::find(tags.begin(), tags.end(), tag) != tags.end();
 }

@@ -32,6 +32,8 @@ class TVarImage : public TVar {
 
   std::vector<std::string>& GetTags() { return tags; }
   const std::vector<std::string>& GetTags() const { return tags; }
+  /// True if the tag stands in the list at least once. Case counts.
+  bool HasTag(const std::string& tag) const;
 
  private:
   std::string filename;

@@ -83,21 +83,6 @@ TEST(TVarDatabaseIndex, SortingPutsTheSmallestFirstAndKeepsTheOrderOfTies) {
   EXPECT_EQ(index.GetEntries().back().distance, infinity);
 }
 
-TEST(TVarDatabaseIndex, ClearingEmptiesTheRankingAndKeepsTheNames) {
-  TVarDatabaseIndex index;
-  EXPECT_EQ(index.GetType(), "databaseindex");
-  EXPECT_EQ(index.GetDatabaseName() + index.GetImageName(), "");
-  EXPECT_EQ(index.GetDescription(), "Database index");
-  index.SetDatabaseName("db");
-  index.SetImageName("q.jpg");
-  index.AddEntry(4, 0.5);
-  EXPECT_EQ(index.GetDescription(), "Database index");
-  index.ClearEntries();
-  EXPECT_TRUE(index.GetEntries().empty());
-  EXPECT_EQ(index.GetDatabaseName(), "db");
-  EXPECT_EQ(index.GetImageName(), "q.jpg");
-}
-
 TEST(TVarDatabaseIndex, AssignCopiesEntriesAndNames) {
   auto source = std::make_unique<TVarDatabaseIndex>();
   source->SetName("a");

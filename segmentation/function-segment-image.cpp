@@ -37,12 +37,12 @@ void SegmentImage(TVarImage& image, const std::string& method) {
 TFunctionSegmentImage::TFunctionSegmentImage() {
   name = "segmentimage";
   SetParameters({"variable", "string"});
-  SetHelp({"Name:        SegmentImage",                                                      //
+  SetHelp({"Name:        SegmentImage",                                                        //
            "Description: Segments an 'image' or a images in a 'database' based on the given",  //
-           "             segmentation method.",                                               //
-           "Syntax:      SegmentImage(image, \"grid\")",                                      //
-           "Returns:     nothing",                                                            //
-           "Parameters:  1 - 'image' or 'database'",                                          //
+           "             segmentation method.",                                                //
+           "Syntax:      SegmentImage(image, \"grid\")",                                       //
+           "Returns:     nothing",                                                             //
+           "Parameters:  1 - 'image' or 'database'",                                           //
            "             2 - string"});
 }
 

@@ -48,10 +48,6 @@ std::string Text(const TImageSegment& segment) {
 
 }  // namespace
 
-TEST(TImageSegmentRect, ANewSegmentIsEmpty) {
-  EXPECT_EQ(Text(TImageSegmentRect()), "0,0 0x0 ''");
-}
-
 TEST(TImageSegmentRect, ACloneHasTheSamePlaceAndFeaturesAndNoLabel) {
   auto segment = MakeSegment(1, "sky");
   const auto clone = segment->Clone();

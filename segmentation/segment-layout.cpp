@@ -19,7 +19,9 @@ void AppendRect(int x, int y, int width, int height, TImageSegmentList& segments
 }
 
 /// Where the cell of that number begins on a side of `size` pixels.
-int GridEdge(int size, int number) { return static_cast<int>(static_cast<std::int64_t>(size) * number / kGridSize); }
+int GridEdge(int size, int number) {
+  return static_cast<int>(static_cast<std::int64_t>(size) * number / kGridSize);
+}
 
 /// The lower edge of a square around `position` on a side of `size` pixels.
 int SquareEdge(int position, int size) {

@@ -3,8 +3,8 @@
 
 build_packages="g++ cmake ninja-build qt6-base-dev libboost-dev libboost-filesystem-dev libfreeimage-dev libhwy-dev \
 libgtest-dev python3"
-# Fonts: the window's own, and one for everything else; a bare system has none at all.
-run_packages="libqt6gui6 fonts-liberation fonts-dejavu-core"
+# gnuplot draws the charts. Fonts: the window's own, and one for everything else; a bare system has none at all.
+run_packages="gnuplot-nox fonts-liberation fonts-dejavu-core"
 
 # The tests run programs under other locales.
 test_packages="locales"

@@ -108,13 +108,17 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
 }
 
 TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
+  MakeFile("tree.txt", "1\r\n2\r\n2\r\n");
+  MakeFile("green.txt", "2\r\n");
   // The scale of the user's screen must not reach the pictures.
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.insert("QT_SCALE_FACTOR", "2");
   process.setProcessEnvironment(environment);
   const TOutcome outcome =
       Run({"--pictures", "out/p", "--variables", "v.tsv", "--rankings=out/r/"},
-          std::string(kSearch) + "displayimage(q)\ndisplayindex(index)\n../In dex\\=index\ntab\t\"\t\"=index\n");
+          std::string(kSearch) +
+              "loadmirflickrtags(db, \"tree.txt\")\nloadmirflickrtags(db, "
+              "\"green.txt\")\ndisplayimage(q)\ndisplayindex(index)\n../In dex\\=index\ntab\t\"\t\"=index\n");
   EXPECT_EQ(outcome.status, 0) << outcome.output;
   EXPECT_EQ(QImage("out/p/001.png").size(), QSize(80, 90));
   EXPECT_EQ(QImage("out/p/001.png").pixel(30, 30), qRgb(0, 250, 0));
@@ -128,7 +132,8 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
             "tab\"\\t\"\tdatabaseindex\tDatabase index\n");
   // Green of value 250 and of 255 share a bin, red lies in another: 1 + 1.
   const std::string ranking =
-      "rank\timageIndex\tdistance\tfile name\n1\t1\t0\tphotos/im2.jpg\n2\t0\t2\tphotos/im1.jpg\n";
+      "rank\timageIndex\tdistance\tfile name\ttags\n"
+      "1\t1\t0\tphotos/im2.jpg\ttree,green\n2\t0\t2\tphotos/im1.jpg\ttree\n";
   EXPECT_EQ(FileBytes("out/r/index.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/%2E%2E%2Findex%5C.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/tab%22%09%22.tsv"), ranking);

@@ -46,8 +46,8 @@ TEST(TFunctionDisplayImage, OutlinesTheSegments) {
   MakePicture("a.png", 80, 80, kRed);
   workbench.Run("a = loadimage(\"a.png\")");
   workbench.Run("segmentimage(a, \"grid\")");
-  EXPECT_EQ(workbench.GetColumn(2), std::vector<std::string>{
-                                        "Filename: \"a.png\", no features, 64 segments without features"});
+  EXPECT_EQ(workbench.GetColumn(2),
+            std::vector<std::string>{"Filename: \"a.png\", no features, 64 segments without features"});
   workbench.Run("displayimage(a)");
   const QImage& dialog = workbench.dialogs.at(0);
   for (int y = 0; y < 80; ++y) {

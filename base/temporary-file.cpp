@@ -1,0 +1,39 @@
+#include "base/temporary-file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "base/file.h"
+#include "base/format-string.h"
+
+TTemporaryFile::TTemporaryFile(const std::string& prefix) {
+  // A number taken already is no reason to give up; so many in a row are.
+  constexpr int kAttempts = 1000;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    const std::string candidate = FormatString("%s%d.dat", prefix.c_str(), std::rand());
+    // "x" makes the file or fails: whatever stands there, a dangling link too, is left alone.
+    if (std::FILE* file = std::fopen(candidate.c_str(), "wbx")) {
+      std::fclose(file);
+      name = candidate;
+      return;
+    }
+    if (errno != EEXIST) {
+      return;
+    }
+  }
+}
+
+TTemporaryFile::~TTemporaryFile() {
+  if (Exists()) {
+    std::remove(name.c_str());
+  }
+}
+
+bool TTemporaryFile::Write(const std::string& bytes) const {
+  return Exists() && base::WriteFile(name, bytes);
+}
+
+std::optional<std::string> TTemporaryFile::Read() const {
+  return Exists() ? base::ReadFile(name) : std::optional<std::string>();
+}

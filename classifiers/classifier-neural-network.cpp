@@ -1,0 +1,187 @@
+#include "classifiers/classifier-neural-network.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <doublefann.h>
+
+#include "base/little-endian.h"
+#include "base/temporary-file.h"
+#include "classifiers/network-text.h"
+
+namespace {
+
+constexpr const char* kTemporaryPrefix = "nn-temp-";
+constexpr std::uint32_t kHiddenNeurons = 5;
+
+/// What atoi does, and defined for numbers of any size.
+std::int32_t ToInteger(const std::string& text) {
+  return static_cast<std::int32_t>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+/// Gives the values of a list the target; returns the number of the row behind the last.
+std::uint32_t FillRows(fann_train_data& data, const TFeatureVectorList& list, fann_type target, std::uint32_t row) {
+  for (const TFeatureVector* example : list.GetItems()) {
+    std::copy_n(example->GetData(), data.num_input, data.input[row]);
+    data.output[row][0] = target;
+    ++row;
+  }
+  return row;
+}
+
+}  // namespace
+
+void TClassifierNeuralNetwork::TDestroy::operator()(fann* network) const {
+  fann_destroy(network);
+}
+
+void TClassifierNeuralNetwork::TDestroy::operator()(fann_train_data* data) const {
+  fann_destroy_train(data);
+}
+
+TClassifierNeuralNetwork::TClassifierNeuralNetwork() {
+  name = "NeuralNetwork";
+  normalize = true;
+  SetCopyExamples(true);
+  settings = {{"hiddenlayers", "1"}, {"maxerror", "0.0000001"}, {"maxiterations", "1000"}};
+}
+
+TClassifierNeuralNetwork::~TClassifierNeuralNetwork() = default;
+
+void TClassifierNeuralNetwork::Train() {
+  if (!HasUniformExamples()) {
+    return;
+  }
+  network.reset();
+  trainingData.reset();
+  if (positiveExamples->GetItems().front()->GetLength() == 0) {
+    return;
+  }
+  if (normalize) {
+    ComputeNormalization();
+    NormalizeExamples();
+  }
+  ReadSettings();
+  trainingData = CreateTrainingData();
+  if (!trainingData) {
+    return;
+  }
+  const std::uint32_t layerCount = SetLayerSizes();
+  network.reset(fann_create_standard_array(layerCount, layerSizes.data()));
+  if (!network) {
+    return;
+  }
+  DrawWeights();
+  // A negative number of iterations is meant to be an enormous one: then only the error ends the training.
+  fann_train_on_data(network.get(), trainingData.get(), static_cast<std::uint32_t>(maxIterations), 0, maxError);
+  fann_test_data(network.get(), trainingData.get());
+  fann_print_connections(network.get());
+  mse = fann_get_MSE(network.get());
+}
+
+void TClassifierNeuralNetwork::ReadSettings() {
+  hiddenLayerCount = std::min(ToInteger(GetSetting("hiddenlayers")), static_cast<std::int32_t>(kMaxHiddenLayers));
+  maxIterations = ToInteger(GetSetting("maxiterations"));
+  maxError = static_cast<float>(std::atof(GetSetting("maxerror").c_str()));
+}
+
+std::unique_ptr<fann_train_data, TClassifierNeuralNetwork::TDestroy> TClassifierNeuralNetwork::CreateTrainingData()
+    const {
+  const auto& positives = positiveExamples->GetItems();
+  const std::size_t count = positives.size() + negativeExamples->GetItems().size();
+  std::unique_ptr<fann_train_data, TDestroy> data(
+      fann_create_train(static_cast<std::uint32_t>(count), positives.front()->GetLength(), 1));
+  if (data) {
+    const std::uint32_t row = FillRows(*data, *positiveExamples, 1.0, 0);
+    FillRows(*data, *negativeExamples, 0.0, row);
+  }
+  return data;
+}
+
+std::uint32_t TClassifierNeuralNetwork::SetLayerSizes() {
+  const auto hidden = static_cast<std::uint32_t>(std::max(hiddenLayerCount, 0));
+  layerSizes[0] = positiveExamples->GetItems().front()->GetLength();
+  std::fill_n(layerSizes.begin() + 1, hidden, kHiddenNeurons);
+  layerSizes[hidden + 1] = 1;
+  return hidden + 2;
+}
+
+void TClassifierNeuralNetwork::DrawWeights() {
+  // The library draws weights too, but seeds the generator with a number of the system's before it does. Drawn again in
+  // its order and range, with its arithmetic, they follow from our seed alone.
+  constexpr float kLowest = -0.1F;
+  constexpr float kRange = 0.1F - kLowest;
+  std::srand(fixedSeed ? seed : static_cast<std::uint32_t>(std::time(nullptr)));
+  std::generate_n(network->weights, network->total_connections,
+                  [] { return kLowest + kRange * static_cast<float>(std::rand()) / (RAND_MAX + 1.0F); });
+}
+
+double TClassifierNeuralNetwork::Classify(const TFeatureVector& vector) const {
+  if (!network || vector.GetLength() != network->num_input) {
+    return 0.0;
+  }
+  std::vector<fann_type> inputs(vector.GetLength());
+  for (std::uint32_t i = 0; i < vector.GetLength(); ++i) {
+    inputs[i] = normalize ? Scaled(i, vector.GetData()[i]) : vector.GetData()[i];
+  }
+  const double output = *fann_run(network.get(), inputs.data());
+  return 2 * output - 1;
+}
+
+bool TClassifierNeuralNetwork::Save(std::FILE* file) const {
+  if (!TClassifier::Save(file)) {
+    return false;
+  }
+  if (!network) {
+    return base::WriteBlock(file, "");
+  }
+  const TTemporaryFile temporary(kTemporaryPrefix);
+  if (!temporary.Exists() || fann_save(network.get(), temporary.GetName().c_str()) != 0) {
+    return false;
+  }
+  // The library does not notice a full disk; the text it left there does not pass.
+  const std::optional<std::string> text = temporary.Read();
+  return text && InputsOfNetworkText(*text) && base::WriteBlock(file, *text);
+}
+
+bool TClassifierNeuralNetwork::Load(std::FILE* file) {
+  std::optional<TScaling> scaling = ReadScaling(file);
+  const std::optional<std::string> text = scaling ? base::ReadBlock(file) : std::nullopt;
+  if (!text) {
+    return false;
+  }
+  std::unique_ptr<fann, TDestroy> loaded;
+  if (!text->empty()) {
+    const std::optional<std::uint32_t> inputs = InputsOfNetworkText(*text);
+    if (!inputs || (scaling->dimension > 0 && *inputs != static_cast<std::uint32_t>(scaling->dimension))) {
+      return false;
+    }
+    const TTemporaryFile temporary(kTemporaryPrefix);
+    if (!temporary.Write(*text)) {
+      return false;
+    }
+    loaded.reset(fann_create_from_file(temporary.GetName().c_str()));
+    if (!loaded) {
+      return false;
+    }
+  }
+  normalize = scaling->dimension > 0;
+  SetScaling(std::move(*scaling));
+  network = std::move(loaded);
+  return true;
+}
+
+std::uint32_t TClassifierNeuralNetwork::GetHiddenLayerSize(std::uint32_t index) const {
+  return index < kMaxHiddenLayers ? layerSizes[index + 1] : 0;
+}
+
+void TClassifierNeuralNetwork::SetHiddenLayerSize(std::uint32_t index, std::uint32_t size) {
+  if (index < kMaxHiddenLayers) {
+    layerSizes[index + 1] = size;
+  }
+}

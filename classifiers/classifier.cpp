@@ -1,0 +1,173 @@
+#include "classifiers/classifier.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <utility>
+
+#include "base/little-endian.h"
+
+namespace {
+
+void AddExample(TFeatureVectorList& list, TFeatureVector* vector, bool copies) {
+  if (vector == nullptr) {
+    return;
+  }
+  if (!copies) {
+    list.Add(vector);
+    return;
+  }
+  auto copy = std::make_unique<TFeatureVector>();
+  copy->Assign(*vector);
+  list.Add(copy.release());
+}
+
+}  // namespace
+
+TClassifier::TClassifier()
+    : positiveExamples(std::make_unique<TFeatureVectorList>()),
+      negativeExamples(std::make_unique<TFeatureVectorList>()) {}
+
+TClassifier::~TClassifier() = default;
+
+void TClassifier::Clear() {
+  positiveExamples->Clear();
+  negativeExamples->Clear();
+}
+
+bool TClassifier::Load(std::FILE* file) {
+  std::optional<TScaling> scaling = ReadScaling(file);
+  if (!scaling) {
+    return false;
+  }
+  SetScaling(std::move(*scaling));
+  return true;
+}
+
+bool TClassifier::Save(std::FILE* file) const {
+  if (!base::WriteInt32(file, dimension)) {
+    return false;
+  }
+  if (dimension <= 0) {
+    return true;
+  }
+  const auto count = static_cast<std::size_t>(dimension);
+  return base::WriteDoubles(file, minimum.get(), count) && base::WriteDoubles(file, maximum.get(), count);
+}
+
+void TClassifier::AddPositiveExample(TFeatureVector* vector) {
+  AddExample(*positiveExamples, vector, copyExamples);
+}
+
+void TClassifier::AddNegativeExample(TFeatureVector* vector) {
+  AddExample(*negativeExamples, vector, copyExamples);
+}
+
+void TClassifier::Train() {}
+
+void TClassifier::SetCopyExamples(bool flag) {
+  copyExamples = flag;
+  positiveExamples->SetOwnsItems(flag);
+  negativeExamples->SetOwnsItems(flag);
+}
+
+std::string TClassifier::GetSettingName(std::uint32_t index) const {
+  return index < settings.size() ? std::next(settings.begin(), index)->first : std::string();
+}
+
+std::string TClassifier::GetSetting(const std::string& key) const {
+  const auto found = settings.find(key);
+  return found == settings.end() ? std::string() : found->second;
+}
+
+bool TClassifier::SetSetting(const std::string& key, const std::string& value) {
+  const auto found = settings.find(key);
+  if (found == settings.end()) {
+    return false;
+  }
+  found->second = value;
+  return true;
+}
+
+std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
+  TScaling scaling;
+  if (!base::ReadInt32(file, scaling.dimension) || scaling.dimension < 0) {
+    return std::nullopt;
+  }
+  if (scaling.dimension == 0) {
+    return scaling;
+  }
+  const auto count = static_cast<std::size_t>(scaling.dimension);
+  const std::optional<std::uint64_t> remaining = base::RemainingBytes(file);
+  if (scaling.dimension > kMaxDimension || !remaining || *remaining < 2 * sizeof(double) * std::uint64_t{count}) {
+    return std::nullopt;
+  }
+  scaling.minimum = std::make_unique_for_overwrite<double[]>(count);
+  scaling.maximum = std::make_unique_for_overwrite<double[]>(count);
+  if (!base::ReadDoubles(file, scaling.minimum.get(), count) ||
+      !base::ReadDoubles(file, scaling.maximum.get(), count)) {
+    return std::nullopt;
+  }
+  return scaling;
+}
+
+void TClassifier::SetScaling(TScaling scaling) {
+  dimension = scaling.dimension;
+  if (dimension > 0) {
+    minimum = std::move(scaling.minimum);
+    maximum = std::move(scaling.maximum);
+  }
+}
+
+void TClassifier::Normalize(TFeatureVector& vector) const {
+  double* const values = vector.GetData();
+  for (std::uint32_t i = 0; i < vector.GetLength(); ++i) {
+    values[i] = Scaled(i, values[i]);
+  }
+}
+
+void TClassifier::ComputeNormalization() {
+  if (positiveExamples->GetItems().empty()) {
+    return;
+  }
+  const std::uint32_t length = positiveExamples->GetItems().front()->GetLength();
+  // Free first: the arrays may be large.
+  minimum.reset();
+  maximum.reset();
+  dimension = static_cast<std::int32_t>(length);
+  minimum = std::make_unique_for_overwrite<double[]>(length);
+  maximum = std::make_unique_for_overwrite<double[]>(length);
+  std::fill_n(minimum.get(), length, std::numeric_limits<double>::max());
+  // The smallest positive number, so that a dimension of nothing but zeros has a range, and its zeros become -1.
+  std::fill_n(maximum.get(), length, std::numeric_limits<double>::min());
+  for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
+    for (const TFeatureVector* example : list->GetItems()) {
+      const double* const values = example->GetData();
+      const std::uint32_t known = std::min(length, example->GetLength());
+      for (std::uint32_t i = 0; i < known; ++i) {
+        minimum[i] = std::min(minimum[i], values[i]);
+        maximum[i] = std::max(maximum[i], values[i]);
+      }
+    }
+  }
+}
+
+void TClassifier::NormalizeExamples() {
+  for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
+    for (TFeatureVector* example : list->GetItems()) {
+      Normalize(*example);
+    }
+  }
+}
+
+bool TClassifier::HasUniformExamples() const {
+  const auto& positives = positiveExamples->GetItems();
+  const auto& negatives = negativeExamples->GetItems();
+  if (positives.empty()) {
+    return false;
+  }
+  const auto fits = [length = positives.front()->GetLength()](const TFeatureVector* example) {
+    return example->GetLength() == length;
+  };
+  return std::all_of(positives.begin(), positives.end(), fits) && std::all_of(negatives.begin(), negatives.end(), fits);
+}

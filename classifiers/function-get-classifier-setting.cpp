@@ -1,0 +1,38 @@
+#include "classifiers/function-get-classifier-setting.h"
+
+#include "base/format-string.h"
+#include "classifiers/classifier.h"
+#include "classifiers/var-classifier.h"
+
+TFunctionGetClassifierSetting::TFunctionGetClassifierSetting() {
+  name = "getclassifiersetting";
+  SetParameters({"variable", "string"}, 1);
+  SetHelp({"Name:        GetClassifierSetting",                          //
+           "Description: Shows the settings of a 'classifier'",          //
+           "Syntax:      getclassifiersetting(classifier, \"kernel\")",  //
+           "Returns:     nothing",                                       //
+           "Parameters:  1 - 'classifier'",                              //
+           "             2 - string (optional)"});
+}
+
+bool TFunctionGetClassifierSetting::Execute(const std::vector<std::string>& params) {
+  const auto* variable = FindVariable<TVarClassifier>(params[0]);
+  const std::string setting = params.size() > 1 ? StripQuotes(params[1]) : std::string();
+  if (variable == nullptr || variable->GetClassifier() == nullptr) {
+    Print("Parameter 1 is not of type 'classifier'");
+    return false;
+  }
+  const TClassifier& classifier = *variable->GetClassifier();
+  const auto print = [&](const std::string& key) {
+    Print(FormatString("%s = %s", key.c_str(), classifier.GetSetting(key).c_str()));
+  };
+  if (!setting.empty()) {
+    print(setting);
+    return true;
+  }
+  Print(FormatString("%d setting available: ", static_cast<int>(classifier.GetSettingCount())));
+  for (std::uint32_t i = 0; i < classifier.GetSettingCount(); ++i) {
+    print(classifier.GetSettingName(i));
+  }
+  return true;
+}

@@ -1,0 +1,31 @@
+#include "classifiers/function-set-classifier-setting.h"
+
+#include "base/format-string.h"
+#include "classifiers/classifier.h"
+#include "classifiers/var-classifier.h"
+
+TFunctionSetClassifierSetting::TFunctionSetClassifierSetting() {
+  name = "setclassifiersetting";
+  SetParameters({"variable", "string", "string"});
+  SetHelp({"Name:        SetClassifierSetting",                                      //
+           "Description: Changes a setting of a 'classifier'",                       //
+           "Syntax:      setclassifiersetting(classifier, \"kernel\", \"linear\")",  //
+           "Returns:     nothing",                                                   //
+           "Parameters:  1 - 'classifier'",                                          //
+           "             2 - string",                                                //
+           "             3 - string"});
+}
+
+bool TFunctionSetClassifierSetting::Execute(const std::vector<std::string>& params) {
+  const auto* variable = FindVariable<TVarClassifier>(params[0]);
+  const std::string setting = StripQuotes(params[1]);
+  if (variable == nullptr || variable->GetClassifier() == nullptr) {
+    Print("Parameter 1 is not of type 'classifier'");
+    return false;
+  }
+  if (!variable->GetClassifier()->SetSetting(setting, StripQuotes(params[2]))) {
+    Print(FormatString("Setting '%s' does not exist", setting.c_str()));
+    return false;
+  }
+  return true;
+}

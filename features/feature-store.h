@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+class TFeatureVector;
+
+/// The directory "FeatureStorage" of raw vector files, one for each image and feature. A file holds the doubles of one
+/// vector, little-endian, and nothing else. It is tied to an image by the stem of its file name only.
+
+/// The path of the file for a feature of an image: the stem is the file name without its directory and without its last
+/// full stop and what follows.
+std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename);
+
+/// Writes the vector's numbers in place of an earlier file, which stays whole if that fails. False if it fails.
+bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
+
+enum class TLoadOutcome { kLoaded, kAbsent, kTooLarge };
+
+/// Fills the vector with the doubles of the file; bytes behind the last whole one do not count. Absent is also what is
+/// no regular file or cannot be read; too large is a file of more than 2^24 doubles. The vector stays as it was in both
+/// cases. Its name is the caller's business.
+TLoadOutcome LoadStoredFeature(const std::string& path, TFeatureVector& vector);

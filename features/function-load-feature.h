@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+class TVarImage;
+
+/// loadfeature: reads one feature of the running system for all images of a database from "FeatureStorage". Images
+/// without a file there stay as they are.
+class TFunctionLoadFeature : public TFunction {
+ public:
+  TFunctionLoadFeature();
+  bool Execute(const std::vector<std::string>& params) override;
+
+ private:
+  void LoadImage(const std::string& featureName, TVarImage& image) const;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+/// evaluateindex: measures a ranking against the images that carry a tag. Leaves the recall/precision curve, a script
+/// for gnuplot and its drawing in the working directory, prints MAP and shows the drawing.
+class TFunctionEvaluateIndex : public TFunction {
+ public:
+  TFunctionEvaluateIndex();
+  bool Execute(const std::vector<std::string>& params) override;
+
+ private:
+  /// Replaces a file; prints a line if that fails.
+  bool Write(const char* filename, const std::string& bytes) const;
+};

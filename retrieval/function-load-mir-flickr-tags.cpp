@@ -1,0 +1,45 @@
+#include "retrieval/function-load-mir-flickr-tags.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include "base/native-path.h"
+#include "engine/command-history.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+
+TFunctionLoadMirFlickrTags::TFunctionLoadMirFlickrTags() {
+  name = "loadmirflickrtags";
+  SetParameters({"variable", "string"});
+  SetHelp({"Name:        LoadMirFlickrTags",                                                         //
+           "Description: Reads ground truth data for a 'database' that contains MIR-Flickr images",  //
+           "Syntax:      LoadMirFlickrTags(db, \"C:\\MIR-Flickr\\tree.txt\")",                       //
+           "Returns:     nothing",                                                                   //
+           "Parameters:  1 - 'database'",                                                            //
+           "             2 - string"});
+}
+
+bool TFunctionLoadMirFlickrTags::Execute(const std::vector<std::string>& params) {
+  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const std::string path = StripQuotes(params[1]);
+  if (database == nullptr) {
+    Print("First parameter is not of type 'database'");
+    return false;
+  }
+  if (!base::IsRegularFile(path)) {
+    Print("File not found");
+    return false;
+  }
+  const std::string_view filename = base::FileNameOf(path);
+  const std::string tag(filename.substr(0, filename.find('.')));
+  TCommandHistory annotations;
+  annotations.Load(path);
+  for (const std::string& line : annotations.entries) {
+    // A number beyond all bounds comes back as the largest there is.
+    const long long number = std::strtoll(line.c_str(), nullptr, 10);
+    if (number >= 1 && static_cast<unsigned long long>(number) <= database->GetImages().size()) {
+      database->GetImages()[static_cast<std::size_t>(number) - 1]->GetTags().push_back(tag);
+    }
+  }
+  return true;
+}

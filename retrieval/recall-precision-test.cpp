@@ -1,0 +1,58 @@
+#include "retrieval/recall-precision.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(MeasureRanking, FollowsTheWorkedExample) {
+  const TRecallPrecision result = MeasureRanking({true, false, true, false}, 2);
+  EXPECT_EQ(result.curve,
+            "0.50000000 1.00000000\r\n0.50000000 0.50000000\r\n1.00000000 0.66666667\r\n1.00000000 0.50000000\r\n");
+  EXPECT_DOUBLE_EQ(result.map, (1.0 + 2.0 / 3.0) / 4.0);
+}
+
+TEST(MeasureRanking, DividesByTheRanksAndNotByTheRelevant) {
+  EXPECT_EQ(MeasureRanking({true, true, false, false}, 2).map, 0.5);
+  EXPECT_EQ(MeasureRanking({true, true, true}, 3).map, 1.0);
+}
+
+TEST(MeasureRanking, WritesARecallOfNothingWithoutASign) {
+  const TRecallPrecision result = MeasureRanking({false, false}, 0);
+  EXPECT_EQ(result.curve, "nan 0.00000000\r\nnan 0.00000000\r\n");
+  EXPECT_EQ(result.map, 0.0);
+}
+
+TEST(AppendEightDecimals, RoundsAsTheCLibraryDoes) {
+  std::mt19937_64 random(7);
+  std::vector<double> numbers = {0.0,    1.0,       0.5, 5e-9, 5.1e-9, 1e-30, 5e-324, std::nextafter(1.0, 0.0),
+                                 0x1p-9, 3 * 0x1p-9};
+  for (int i = 0; i < 200000; ++i) {
+    const double total = static_cast<double>(random() % 1000000 + 1);
+    numbers.push_back(std::floor(static_cast<double>(random() % 1000000) * total / 1e6) / total);
+    // Of these with nine binary places every second one lies exactly between two results.
+    numbers.push_back(static_cast<double>(random() % 512) * 0x1p-9);
+  }
+  for (const double number : numbers) {
+    std::array<char, 32> expected;
+    std::snprintf(expected.data(), expected.size(), "%.08f", number);
+    std::string text;
+    AppendEightDecimals(number, text);
+    ASSERT_EQ(text, expected.data());
+  }
+}
+
+TEST(IsSafePlotTitle, RefusesWhatGnuplotWouldRead) {
+  for (const char* tag : {"tree", "", "gr\xc3\xbcn", "a'b", "50%", "$x"}) {
+    EXPECT_TRUE(IsSafePlotTitle(tag)) << tag;
+  }
+  for (const char* tag : {"a\"b", "`rm x`", "a\nb", "\x7f", "\t"}) {
+    EXPECT_FALSE(IsSafePlotTitle(tag)) << tag;
+  }
+}
+
+}  // namespace

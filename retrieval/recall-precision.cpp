@@ -1,0 +1,89 @@
+#include "retrieval/recall-precision.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+namespace {
+
+__extension__ using TUint128 = unsigned __int128;
+
+constexpr std::uint64_t kScale = 100000000;
+
+/// number * 10^8, rounded to the nearest integer and a half to the even one, for a number from 0 to 1. Exact, as printf
+/// is, and the reason why a million lines do not take a second.
+std::uint64_t ScaleExactly(double number) {
+  const auto bits = std::bit_cast<std::uint64_t>(number);
+  const int exponent = static_cast<int>(bits >> 52);
+  // The number is mantissa * 2^-shift; a number too small for the format's full precision rounds to 0 anyway.
+  const int shift = 1075 - exponent;
+  if (shift > 100) {
+    return 0;
+  }
+  const TUint128 product =
+      static_cast<TUint128>((bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52)) * kScale;
+  const TUint128 half = static_cast<TUint128>(1) << (shift - 1);
+  const auto floor = static_cast<std::uint64_t>(product >> shift);
+  const TUint128 rest = product - (static_cast<TUint128>(floor) << shift);
+  const bool roundsUp = rest > half || (rest == half && floor % 2 == 1);
+  return floor + (roundsUp ? 1 : 0);
+}
+
+}  // namespace
+
+void AppendEightDecimals(double number, std::string& text) {
+  if (std::isnan(number)) {
+    text += "nan";
+    return;
+  }
+  std::uint64_t scaled = ScaleExactly(number);
+  std::array<char, 10> digits;
+  for (std::size_t i = digits.size(); i-- > 2; scaled /= 10) {
+    digits[i] = static_cast<char>('0' + scaled % 10);
+  }
+  digits[1] = '.';
+  digits[0] = static_cast<char>('0' + scaled);
+  text.append(digits.data(), digits.size());
+}
+
+TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevantTotal) {
+  constexpr std::size_t kLineLength = 23;
+  TRecallPrecision result = {};
+  result.curve.reserve(relevance.size() * kLineLength);
+  int hits = 0;
+  int ranks = 0;
+  double precisionSum = 0.0;
+  for (const bool isRelevant : relevance) {
+    ++ranks;
+    hits += isRelevant ? 1 : 0;
+    const double precision = static_cast<double>(hits) / ranks;
+    if (isRelevant) {
+      precisionSum += precision;
+    }
+    AppendEightDecimals(static_cast<double>(hits) / relevantTotal, result.curve);
+    result.curve += ' ';
+    AppendEightDecimals(precision, result.curve);
+    result.curve += "\r\n";
+  }
+  result.map = precisionSum / ranks;
+  return result;
+}
+
+std::string FormatPlotScript(const std::string& tag) {
+  return "set title \"Recall/precision\"\r\n"
+         "set xlabel \"Recall\"\r\n"
+         "set ylabel \"Precision\"\r\n"
+         "file = \"recallprecision.txt\"\r\n"
+         "set terminal png size 1024,768\r\n"
+         "set output \"recallprecision.png\"\r\n"
+         "plot file using 1:2 title \"" +
+         tag + "\" with lines\r\n";
+}
+
+bool IsSafePlotTitle(const std::string& tag) {
+  return std::none_of(tag.begin(), tag.end(), [](char character) {
+    return character == '"' || character == '`' || static_cast<unsigned char>(character) < ' ' || character == '\x7f';
+  });
+}

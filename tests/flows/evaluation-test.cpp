@@ -1,0 +1,222 @@
+// Ground truth, evaluation and stored features, through command lines and with the real gnuplot.
+
+#include <bit>
+#include <filesystem>
+#include <limits>
+
+#include <QTableWidget>
+#include <gtest/gtest.h>
+
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+#include "tests/support/workbench.h"
+
+namespace {
+
+constexpr QRgb kRed = qRgb(255, 0, 0);
+constexpr QRgb kGreen = qRgb(0, 255, 0);
+
+class TEvaluation : public testing::Test {
+ protected:
+  TEvaluation() {
+    for (int i = 1; i <= 4; ++i) {
+      MakePicture("photos/im" + std::to_string(i) + ".jpg", 8, 8, i % 2 == 1 ? kGreen : kRed);
+    }
+    MakePicture("query.png", 8, 8, kGreen);
+    workbench.Run("db = loaddatabase(\"photos\")");
+  }
+
+  void Search() {
+    workbench.Run("q = loadimage(\"query.png\")");
+    workbench.Run("updatefeature(db, \"hsv\")");
+    workbench.Run("updatefeature(q, \"hsv\")");
+    ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
+  }
+
+  const TVarDatabase& Database(const std::string& name = "db") {
+    return dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find(name));
+  }
+
+  /// The tags of each image, joined, images separated by "|".
+  std::string Tags() {
+    std::string tags;
+    for (const auto& image : Database().GetImages()) {
+      for (const std::string& tag : image->GetTags()) {
+        tags += tag + ' ';
+      }
+      tags += '|';
+    }
+    return tags;
+  }
+
+  TWorkbench workbench;
+};
+
+TEST_F(TEvaluation, AnnotationFilesTagByPosition) {
+  std::filesystem::create_directory("tags");
+  const std::vector<std::pair<const char*, const char*>> files = {
+      {"Tree.txt", "1\r\n3\r\n"}, {"a.b.txt", "4\r\n"},
+      {"empty.txt", ""},          {"odd.txt", "0\r\n-1\r\n5\r\n99999999999999999999\r\nx\r\n\r\n 2x\r\n"},
+      {"last.txt", "1\r\n2"},     {"unix.txt", "10\n20\n"}};
+  for (const auto& [name, text] : files) {
+    MakeFile(std::string("tags/") + name, text);
+    EXPECT_EQ(workbench.Run(std::string("loadmirflickrtags(db, \"tags\\") + name + "\")"), "") << name;
+  }
+  EXPECT_EQ(Tags(), "tree last unix |odd unix |tree |a |");
+  workbench.Run("LoadMirFlickrTags(db, \"TAGS/tree.TXT\")");
+  EXPECT_EQ(Tags(), "tree last unix tree |odd unix |tree tree |a |");
+  EXPECT_EQ(workbench.Run("loadmirflickrtags(db, \"none.txt\")"), "File not found\nFunction failed\n");
+  EXPECT_EQ(workbench.Run("loadmirflickrtags(db, \"tags\")"), "File not found\nFunction failed\n");
+  workbench.Run("q = loadimage(\"query.png\")");
+  EXPECT_EQ(workbench.Run("loadmirflickrtags(q, \"none.txt\")"),
+            "First parameter is not of type 'database'\nFunction failed\n");
+}
+
+TEST_F(TEvaluation, WritesTheCurveAndShowsTheChartOfGnuplot) {
+  MakeFile("tree.txt", "1\r\n4\r\n1\r\n");
+  workbench.Run("loadmirflickrtags(db, \"tree.txt\")");
+  Search();
+  // The ranking is 1, 3 (green), 2, 4 (red): hits at ranks 1 and 4, precisions 1 and 1/2.
+  EXPECT_EQ(workbench.Run("EvaluateIndex(index, \"TREE\")"), "MAP: 0.37500000\n");
+  EXPECT_EQ(FileBytes("recallprecision.txt"),
+            "0.50000000 1.00000000\r\n0.50000000 0.50000000\r\n0.50000000 0.33333333\r\n1.00000000 0.50000000\r\n");
+  EXPECT_EQ(FileBytes("recallprecision.plt"),
+            "set title \"Recall/precision\"\r\nset xlabel \"Recall\"\r\nset ylabel \"Precision\"\r\n"
+            "file = \"recallprecision.txt\"\r\nset terminal png size 1024,768\r\n"
+            "set output \"recallprecision.png\"\r\nplot file using 1:2 title \"tree\" with lines\r\n");
+  ASSERT_EQ(workbench.dialogs.size(), 1u);
+  EXPECT_EQ(workbench.dialogs[0].size(), QSize(1044, 818));
+  // The corner of gnuplot's paper, and somewhere a line that is neither paper nor ink.
+  EXPECT_EQ(workbench.dialogs[0].pixel(12, 12), qRgb(255, 255, 255));
+  int colored = 0;
+  for (int y = 10; y < 778; ++y) {
+    for (int x = 10; x < 1034; ++x) {
+      const QColor color = workbench.dialogs[0].pixelColor(x, y);
+      colored += color.saturation() > 128 ? 1 : 0;
+    }
+  }
+  EXPECT_GT(colored, 500);
+}
+
+TEST_F(TEvaluation, ATagThatGnuplotWouldRunIsNotDrawn) {
+  Search();
+  for (const char* tag : {"`touch ran`", "\"; system \"touch ran"}) {
+    EXPECT_EQ(workbench.Run(std::string("evaluateindex(index, \"") + tag + "\")"),
+              "MAP: 0.00000000\nTag cannot be drawn\n");
+  }
+  EXPECT_TRUE(FileBytes("recallprecision.txt").starts_with("nan 0.00000000\r\n"));
+  EXPECT_NE(FileBytes("recallprecision.plt").find("title \"\";system\"touch ran\" with"), std::string::npos);
+  EXPECT_TRUE(workbench.dialogs.empty());
+  EXPECT_FALSE(std::filesystem::exists("ran"));
+}
+
+TEST_F(TEvaluation, RefusesWhatDoesNotFitAndTouchesNoFile) {
+  Search();
+  EXPECT_EQ(workbench.Run("evaluateindex(db, \"x\")"),
+            "First parameter is not of type 'databaseindex'\nFunction failed\n");
+  workbench.Run("copy = index");
+  MakePicture("photos/im5.jpg", 8, 8, kGreen);
+  workbench.Run("db = loaddatabase(\"photos\")");
+  EXPECT_EQ(workbench.Run("evaluateindex(copy, \"x\")"), "Index does not match database 'db'\nFunction failed\n");
+  workbench.Run("db = q");
+  EXPECT_EQ(workbench.Run("evaluateindex(copy, \"x\")"), "Database 'db' not found\nFunction failed\n");
+  EXPECT_FALSE(std::filesystem::exists("recallprecision.txt"));
+}
+
+TEST_F(TEvaluation, AFileThatCannotBeWrittenFailsAfterMap) {
+  Search();
+  std::filesystem::create_directory("recallprecision.plt");
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"x\")"),
+            "MAP: 0.00000000\nFile 'recallprecision.plt' cannot be written\nFunction failed\n");
+  std::filesystem::remove("recallprecision.txt");
+  std::filesystem::create_directory("recallprecision.txt");
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"x\")"),
+            "MAP: 0.00000000\nFile 'recallprecision.txt' cannot be written\nFunction failed\n");
+}
+
+TEST_F(TEvaluation, SearchTagsPutsCarriersFirst) {
+  MakeFile("tree.txt", "4\r\n2\r\n");
+  workbench.Run("loadmirflickrtags(db, \"tree.txt\")");
+  EXPECT_EQ(workbench.Run("index = searchtags(db, \"Tree\")"), "");
+  workbench.Run("displayindex(index)");
+  // Without a query the grid begins with the first result: the red images 2 and 4, then the green ones.
+  const QImage& grid = workbench.dialogs.at(0);
+  EXPECT_EQ(grid.pixel(90, 70), kRed);
+  EXPECT_EQ(grid.pixel(260, 70), kRed);
+  EXPECT_EQ(grid.pixel(430, 70), kGreen);
+  EXPECT_EQ(workbench.Run("none = searchtags(db, \"bush\")"), "");
+  EXPECT_EQ(workbench.Run("x = searchtags(index, \"tree\")"),
+            "First parameter is not of type 'database'\nFunction failed\n");
+  std::filesystem::create_directory("empty");
+  workbench.Run("e = loaddatabase(\"empty\")");
+  EXPECT_EQ(workbench.Run("x = searchtags(e, \"tree\")"), "Database does not contain images\nFunction failed\n");
+}
+
+TEST_F(TEvaluation, SavedFeaturesLoadBitForBit) {
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "Feature not found in database\nFunction failed\n");
+  workbench.Run("updatefeature(db, \"hsv\")");
+  double* numbers = Database().GetImages()[1]->GetImageSegment().GetFeatures().Find("hsv")->GetData();
+  numbers[0] = -0.0;
+  numbers[1] = std::numeric_limits<double>::quiet_NaN();
+  numbers[2] = 0.1;
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "");
+  const std::string bytes = FileBytes("FeatureStorage/hsv-im2.dat");
+  ASSERT_EQ(bytes.size(), 2048u);
+  // 0.1 is 3FB999999999999A.
+  EXPECT_EQ(bytes.substr(16, 8), "\x9a\x99\x99\x99\x99\x99\xb9\x3f");
+  EXPECT_EQ(workbench.Run("b = loaddatabase(\"photos\")"), "Scanning..\nDatabase contains 4 images\n");
+  EXPECT_EQ(workbench.Run("loadfeature(b, \"hsv\")"), "Loading features..\nDone\n");
+  const double* loaded = Database("b").GetImages()[1]->GetImageSegment().GetFeatures().Find("hsv")->GetData();
+  for (int i = 0; i < 256; ++i) {
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(loaded[i]), std::bit_cast<std::uint64_t>(numbers[i])) << i;
+  }
+  EXPECT_EQ(workbench.GetColumn(2).back(), "Location: \"photos/\", number of images: 4, features: hsv");
+}
+
+TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
+  workbench.Run("updatefeature(db, \"lbp\")");
+  workbench.Run("updatefeature(db, \"hsv\")");
+  MakeFile("FeatureStorage/hsv-im1.dat", std::string(2047, '\0'));
+  MakeFile("FeatureStorage/hsv-im2.dat", "");
+  std::filesystem::create_directory("FeatureStorage/hsv-im3.dat");
+  MakeFile("FeatureStorage/hsv-im4.dat", "");
+  std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", 8 * ((1 << 24) + 1));
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+            "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\nDone\n");
+  std::string lengths;
+  for (const auto& image : Database().GetImages()) {
+    lengths += std::to_string(image->GetImageSegment().GetFeatures().Find("hsv")->GetLength()) + ' ';
+  }
+  EXPECT_EQ(lengths, "255 0 256 256 ");
+  EXPECT_EQ(workbench.GetColumn(2).front(), "Location: \"photos/\", number of images: 4, features: lbp, hsv");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"surf\")"), "Unknown feature\nFunction failed\n");
+}
+
+TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
+  workbench.Run("updatefeature(db, \"hsv\")");
+  Database().GetImages()[2]->GetImageSegment().GetFeatures().Remove("hsv");
+  MakeFile("FeatureStorage/hsv-im1.dat", "earlier");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "1 images without the feature skipped\n");
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv-im1.dat").size(), 2048u);
+  EXPECT_FALSE(std::filesystem::exists("FeatureStorage/hsv-im3.dat"));
+  std::filesystem::remove("FeatureStorage/hsv-im2.dat");
+  std::filesystem::create_directory("FeatureStorage/hsv-im2.dat");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"),
+            "File 'FeatureStorage/hsv-im2.dat' cannot be written\nFunction failed\n");
+  std::filesystem::remove_all("FeatureStorage");
+  MakeFile("FeatureStorage", "a file");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"),
+            "File 'FeatureStorage/hsv-im1.dat' cannot be written\nFunction failed\n");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), "Loading features..\nDone\n");
+  for (const char* command : {"savefeature", "loadfeature"}) {
+    workbench.Run("q = loadimage(\"query.png\")");
+    EXPECT_EQ(workbench.Run(std::string(command) + "(q, \"hsv\")"),
+              "First parameter is not of type 'database'\nFunction failed\n");
+    std::filesystem::create_directory("none");
+    workbench.Run("e = loaddatabase(\"none\")");
+    EXPECT_EQ(workbench.Run(std::string(command) + "(e, \"hsv\")"), "No images in database\nFunction failed\n");
+  }
+}
+
+}  // namespace
