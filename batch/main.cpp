@@ -50,6 +50,9 @@ void ForgetScreen() {
 int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap) {
   MainWindow window;
   TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
+  if (options.seed) {
+    controller.SetSeed(*options.seed);
+  }
   TPictureSaver saver(options.pictures);
   const TDialogRunnerScope scope(
       options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));

@@ -5,7 +5,8 @@
 #include "gui/eight-bit-text.h"
 
 const char* const kUsage =
-    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [SCRIPT]
+    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [--seed N]
+                      [SCRIPT]
 
 Runs each line of SCRIPT, or of standard input when SCRIPT is - or left out, as if
 it were typed into the command line of the workbench, and prints what the output
@@ -15,6 +16,7 @@ pane would show.
                     (without it dialogs are skipped)
   --variables FILE  write the variables at the end: name, type, description
   --rankings DIR    write each ranking at the end to DIR/NAME.tsv
+  --seed N          draw the same lots in every run (neural networks, the map)
   --help            print this text
   --version         print the version
 
@@ -29,7 +31,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
-  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}});
+  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"seed", "", "N"}});
   parser.addOptions({QCommandLineOption("help"), QCommandLineOption("version")});
   if (!parser.parse(arguments)) {
     reason = FromQString(parser.errorText());
@@ -47,6 +49,14 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     return std::nullopt;
   }
   TOptions options;
+  if (parser.isSet("seed")) {
+    bool isNumber = false;
+    options.seed = parser.value("seed").toUInt(&isNumber);
+    if (!isNumber) {
+      reason = "The value of '--seed' is no number from 0 to 4294967295.";
+      return std::nullopt;
+    }
+  }
   options.pictures = FromQString(parser.value("pictures"));
   options.variables = FromQString(parser.value("variables"));
   options.rankings = FromQString(parser.value("rankings"));

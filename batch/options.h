@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,8 @@ struct TOptions {
   std::string rankings;
   /// Script file; empty: standard input.
   std::string script;
+  /// What makes everything drawn by lot repeatable; nothing: the clock decides.
+  std::optional<std::uint32_t> seed;
   bool help = false;
   bool version = false;
 };

@@ -13,7 +13,7 @@ std::unique_ptr<TVar> TVarClassifier::CreateNew() const {
 
 void TVarClassifier::Assign(const TVar* source) {
   const auto* other = dynamic_cast<const TVarClassifier*>(source);
-  if (other != nullptr && other != this) {
+  if (other != nullptr) {
     SetClassifierType(other->classifierType);
   }
 }

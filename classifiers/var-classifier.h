@@ -17,7 +17,8 @@ class TVarClassifier : public TVar {
 
   std::unique_ptr<TVar> CreateNew() const override;
 
-  /// Takes over the type only: a new classifier with default settings, no examples and no training.
+  /// Takes over the type only: a new classifier with default settings, no examples and no training. So does the
+  /// variable from itself.
   void Assign(const TVar* source) override;
 
   std::string GetDescription() const override;

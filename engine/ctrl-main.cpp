@@ -1,6 +1,7 @@
 #include "engine/ctrl-main.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "classifiers/classifier-list.h"
 #include "engine/command-history.h"
 #include "engine/command-parser.h"
 #include "engine/function-list.h"
@@ -37,7 +39,8 @@ TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
       history(std::make_unique<TCommandHistory>()),
       varList(std::make_unique<TVarList>()),
       functionList(std::make_unique<TFunctionList>()),
-      featureList(std::make_unique<TFeatureList>()) {
+      featureList(std::make_unique<TFeatureList>()),
+      classifierList(std::make_unique<TClassifierList>()) {
   window->OnKeyUp = boost::bind(&TCtrlMain::PreviousCommand, this);
   window->OnKeyDown = boost::bind(&TCtrlMain::NextCommand, this);
   window->OnReturnPressed = boost::bind(&TCtrlMain::OnCommandEntered, this);
@@ -49,6 +52,7 @@ TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
   history->Load(kHistoryFile);
   functionList->SetVarList(varList.get());
   functionList->SetFeatureList(featureList.get());
+  functionList->SetClassifierList(classifierList.get());
   for (const auto& feature : featureList->GetFeatures()) {
     window->AddFeature(feature->GetName());
   }
@@ -163,6 +167,11 @@ void TCtrlMain::NextCommand() {
     historyIndex = -1;
     window->ClearCommandText();
   }
+}
+
+void TCtrlMain::SetSeed(std::uint32_t seed) {
+  classifierList->SetSeed(seed);
+  std::srand(seed);
 }
 
 void TCtrlMain::UpdateVariables() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
@@ -7,6 +8,7 @@
 #include <boost/function.hpp>
 
 class MainWindow;
+class TClassifierList;
 class TCommandHistory;
 class TCommandParser;
 class TFeatureList;
@@ -46,6 +48,10 @@ class TCtrlMain {
   /// Rebuilds the Variables table.
   void UpdateVariables();
 
+  /// Makes everything that is drawn by lot come out the same in every run: the weights that a network starts from, and
+  /// the directions of the map.
+  void SetSeed(std::uint32_t seed);
+
   const TVarList& GetVarList() const { return *varList; }
 
   /// The number of command lines that failed so far, those of scripts included.
@@ -79,6 +85,7 @@ class TCtrlMain {
   std::unique_ptr<TVarList> varList;
   std::unique_ptr<TFunctionList> functionList;
   std::unique_ptr<TFeatureList> featureList;
+  std::unique_ptr<TClassifierList> classifierList;
   int failedLines = 0;
   /// Set while OnCommandEntered runs a line; what is dropped meanwhile waits in pendingLines.
   bool isRunning = false;

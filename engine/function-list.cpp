@@ -4,6 +4,13 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "classifiers/function-create-classifier.h"
+#include "classifiers/function-get-classifier-setting.h"
+#include "classifiers/function-set-classifier-setting.h"
+#include "concepts/function-display-visual-concept-locations.h"
+#include "concepts/function-find-visual-concept-locations.h"
+#include "concepts/function-learn-visual-concept.h"
+#include "concepts/function-update-visual-concept-tags.h"
 #include "engine/function-execute-script.h"
 #include "engine/function-reset.h"
 #include "features/function-load-feature.h"
@@ -31,12 +38,19 @@ TFunctionList::TFunctionList() {
   functions.push_back(std::make_unique<TFunctionSaveFeature>());
   functions.push_back(std::make_unique<TFunctionDisplayIndex>());
   functions.push_back(std::make_unique<TFunctionDisplayIndexMap>());
+  functions.push_back(std::make_unique<TFunctionLearnVisualConcept>());
+  functions.push_back(std::make_unique<TFunctionFindVisualConceptLocations>());
+  functions.push_back(std::make_unique<TFunctionDisplayVisualConceptLocations>());
+  functions.push_back(std::make_unique<TFunctionUpdateVisualConceptTags>());
   functions.push_back(std::make_unique<TFunctionSearchTags>());
   functions.push_back(std::make_unique<TFunctionSegmentImage>());
   functions.push_back(std::make_unique<TFunctionLoadMirFlickrTags>());
   functions.push_back(std::make_unique<TFunctionExecuteScript>());
   functions.push_back(std::make_unique<TFunctionEvaluateIndex>());
   functions.push_back(std::make_unique<TFunctionRemoveFeature>());
+  functions.push_back(std::make_unique<TFunctionCreateClassifier>());
+  functions.push_back(std::make_unique<TFunctionGetClassifierSetting>());
+  functions.push_back(std::make_unique<TFunctionSetClassifierSetting>());
   functions.push_back(std::make_unique<TFunctionReset>());
   for (const auto& function : functions) {
     function->SetOutput(boost::bind(&TFunctionList::Print, this, boost::placeholders::_1));
@@ -61,6 +75,12 @@ void TFunctionList::SetVarList(TVarList* list) {
 void TFunctionList::SetFeatureList(const TFeatureList* list) {
   for (const auto& function : functions) {
     function->SetFeatureList(list);
+  }
+}
+
+void TFunctionList::SetClassifierList(const TClassifierList* list) {
+  for (const auto& function : functions) {
+    function->SetClassifierList(list);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include <boost/function.hpp>
 
+class TClassifierList;
 class TFeatureList;
 class TFunction;
 class TVarList;
@@ -27,6 +28,7 @@ class TFunctionList {
   /// Hand a store to every command.
   void SetVarList(TVarList* list);
   void SetFeatureList(const TFeatureList* list);
+  void SetClassifierList(const TClassifierList* list);
 
   /// Where the commands' lines of output go, and where the command lines go that they want run.
   void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }

@@ -18,7 +18,7 @@ class TVar {
   virtual std::unique_ptr<TVar> CreateNew() const = 0;
 
   /// Takes over the contents of `source`, of which it then shares nothing. Name and type stay. A source of another
-  /// class, a null one and the variable itself change nothing.
+  /// class and a null one change nothing; the variable itself is a source like any other.
   virtual void Assign(const TVar* source) = 0;
 
   /// One line about the contents, for the Variables table.

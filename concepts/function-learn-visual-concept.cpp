@@ -1,0 +1,152 @@
+#include "concepts/function-learn-visual-concept.h"
+
+#include <algorithm>
+
+#include <QCoreApplication>
+
+#include "base/format-string.h"
+#include "classifiers/classifier-list.h"
+#include "classifiers/classifier.h"
+#include "classifiers/var-classifier.h"
+#include "concepts/var-visual-concept.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+
+namespace {
+
+const TFeatureVectorList& FirstSegmentFeatures(const TVarDatabase& database) {
+  return database.GetImages().front()->GetSegments().front()->GetFeatures();
+}
+
+bool HasUsableSegment(const TVarVisualConcept& visualConcept, const TVarDatabase& database) {
+  TFeatureVector combined;
+  return std::any_of(database.GetImages().begin(), database.GetImages().end(), [&](const auto& image) {
+    return std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
+                       [&](const auto& segment) { return visualConcept.Combine(*segment, combined); });
+  });
+}
+
+bool HoldsOtherLengths(const TFeatureVectorList& examples, std::uint32_t length) {
+  return std::any_of(examples.GetItems().begin(), examples.GetItems().end(),
+                     [length](const auto* example) { return example->GetLength() != length; });
+}
+
+/// Hands the combined vector of every usable segment to `add`. Returns how many segments were left out.
+template <typename TAdd>
+int AddExamples(const TVarVisualConcept& visualConcept, const TVarDatabase& database, const TAdd& add) {
+  int skipped = 0;
+  TFeatureVector combined;
+  for (const auto& image : database.GetImages()) {
+    for (const auto& segment : image->GetSegments()) {
+      if (visualConcept.Combine(*segment, combined)) {
+        add(&combined);
+      } else {
+        ++skipped;
+      }
+    }
+  }
+  return skipped;
+}
+
+}  // namespace
+
+TFunctionLearnVisualConcept::TFunctionLearnVisualConcept() {
+  name = "learnvisualconcept";
+  returnsValue = true;
+  returnType = "visualconcept";
+  SetParameters({"variable", "variable", "variable"});
+  SetHelp({"Name:        LearnVisualConcept",                                                  //
+           "Description: Learns a visual concept from two 'database' variables, with",         //
+           "             positive and negative examples, and applying a classifier to them",   //
+           "Syntax:      concept = learnvisualconcept(db_positive, db_negative, classifier)",  //
+           "Returns:     'visualconcept'",                                                     //
+           "Parameters:  1 - 'database'",                                                      //
+           "             2 - 'database'",                                                      //
+           "             3 - 'classifier'"});
+}
+
+std::unique_ptr<TVar> TFunctionLearnVisualConcept::CreateReturnVariable() const {
+  return std::make_unique<TVarVisualConcept>();
+}
+
+bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
+  auto& visualConcept = dynamic_cast<TVarVisualConcept&>(variable);
+  const auto* positive = FindVariable<TVarDatabase>(params[0]);
+  const auto* negative = FindVariable<TVarDatabase>(params[1]);
+  const auto* classifierVariable = FindVariable<TVarClassifier>(params[2]);
+  if (positive == nullptr) {
+    Print("First parameter is not of type 'database'");
+    return false;
+  }
+  if (negative == nullptr) {
+    Print("Second parameter is not of type 'database'");
+    return false;
+  }
+  if (classifierVariable == nullptr || classifierVariable->GetClassifier() == nullptr) {
+    Print("Third parameter is not of type 'classifier'");
+    return false;
+  }
+  if (!CheckSegmented(*positive, *negative)) {
+    return false;
+  }
+  TClassifier& classifier = *classifierVariable->GetClassifier();
+  visualConcept.SetClassifier(classifierVariable->WatchClassifier());
+  visualConcept.CollectFeatures(FirstSegmentFeatures(*positive), FirstSegmentFeatures(*negative));
+  if (!CheckExamples(visualConcept, classifier, *positive, *negative)) {
+    return false;
+  }
+  Train(visualConcept, classifier, *positive, *negative);
+  return true;
+}
+
+bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
+  if (positive.GetImages().empty()) {
+    Print("First database does not contain images");
+    return false;
+  }
+  if (negative.GetImages().empty()) {
+    Print("Second database does not contain images");
+    return false;
+  }
+  if (positive.GetImages().front()->GetSegments().empty()) {
+    Print("Images in first database are not segmented");
+    return false;
+  }
+  if (negative.GetImages().front()->GetSegments().empty()) {
+    Print("Images in second database are not segmented");
+    return false;
+  }
+  return true;
+}
+
+bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualConcept, const TClassifier& classifier,
+                                                const TVarDatabase& positive, const TVarDatabase& negative) const {
+  if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetDimension()) ||
+      HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetDimension())) {
+    Print("Classifier holds examples of another length");
+    return false;
+  }
+  if (!HasUsableSegment(visualConcept, positive)) {
+    Print("No usable segments in first database");
+    return false;
+  }
+  if (!HasUsableSegment(visualConcept, negative)) {
+    Print("No usable segments in second database");
+    return false;
+  }
+  return true;
+}
+
+void TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, TClassifier& classifier,
+                                        const TVarDatabase& positive, const TVarDatabase& negative) const {
+  // One vector serves every example.
+  classifier.SetCopyExamples(true);
+  int skipped = AddExamples(visualConcept, positive, [&](auto* example) { classifier.AddPositiveExample(example); });
+  skipped += AddExamples(visualConcept, negative, [&](auto* example) { classifier.AddNegativeExample(example); });
+  if (skipped > 0) {
+    Print(FormatString("%d segments without usable features skipped", skipped));
+  }
+  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  classifierList->PrepareTraining(classifier);
+  classifier.Train();
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+/// updatevisualconcepttags: labels the segments of a database as findvisualconceptlocations does, and tags every image
+/// on which the concept was found.
+class TFunctionUpdateVisualConceptTags : public TFunction {
+ public:
+  TFunctionUpdateVisualConceptTags();
+  bool Execute(const std::vector<std::string>& params) override;
+};
