@@ -93,7 +93,7 @@ std::string FormatVariables(const TVarList& varList) {
 std::string WriteRankings(const TVarList& varList, const std::string& directory) {
   for (const auto& variable : varList.GetVariables()) {
     if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
-      const std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
+      std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
       if (!base::WriteFile(file, FormatRanking(*index, varList))) {
         return file;
       }

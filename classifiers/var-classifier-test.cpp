@@ -42,11 +42,14 @@ TEST(TVarClassifier, AssignTakesOverTheTypeOnly) {
 
   const TClassifier* before = source.GetClassifier();
   const TVarImage image;
-  source.Assign(&source);
   source.Assign(nullptr);
   source.Assign(&image);
   EXPECT_EQ(source.GetClassifier(), before);
   EXPECT_EQ(source.GetClassifier()->GetSetting("kernel"), "linear");
+  const std::weak_ptr<TClassifier> watch = source.WatchClassifier();
+  source.Assign(&source);
+  EXPECT_TRUE(watch.expired()) << "a copy of itself is a new classifier too";
+  EXPECT_EQ(source.GetClassifier()->GetSetting("kernel"), "rbf");
   copy.SetClassifierType(copy.GetClassifierType());
   EXPECT_EQ(copy.GetClassifierType(), "svm");
 }

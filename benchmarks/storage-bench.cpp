@@ -1,0 +1,218 @@
+// Stored features, annotations and evaluation: savefeature and loadfeature over 100,000 images beside a plain loop over
+// the same files, loadmirflickrtags, and the curve of a ranking beside writing the same bytes.
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QCoreApplication>
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "base/file.h"
+#include "benchmarks/bench-data.h"
+#include "features/feature-list.h"
+#include "features/function-load-feature.h"
+#include "features/function-save-feature.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+#include "retrieval/function-load-mir-flickr-tags.h"
+#include "retrieval/recall-precision.h"
+
+namespace {
+
+constexpr const char* kStorage = "FeatureStorage";
+constexpr int kRankCount = 1000000;
+constexpr int kTagCount = 25000;
+using TBytes = std::array<char, kVectorLength * sizeof(double)>;
+
+/// The files that the commands use, in their order.
+const std::vector<std::string>& StoredFiles() {
+  static std::vector<std::string> files;
+  for (int i = static_cast<int>(files.size()) + 1; i <= kCollectionSize; ++i) {
+    files.push_back(std::string(kStorage) + "/hsv-im" + std::to_string(i) + ".dat");
+  }
+  return files;
+}
+
+bool IsStored() {
+  return std::filesystem::exists(StoredFiles().front()) && std::filesystem::exists(StoredFiles().back());
+}
+
+bool SaveCollection() {
+  TFunctionSaveFeature save;
+  save.SetVarList(&Collection().store);
+  return save.Execute({"db", Quoted("hsv")});
+}
+
+bool SavePlainly() {
+  const auto* database = dynamic_cast<const TVarDatabase*>(Collection().store.Find("db"));
+  bool succeeds = true;
+  for (std::size_t i = 0; i < StoredFiles().size(); ++i) {
+    const TFeatureVector* vector = database->GetImages()[i]->GetImageSegment().GetFeatures().GetItems().front();
+    const int file = open(StoredFiles()[i].c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    succeeds &= write(file, vector->GetData(), sizeof(TBytes)) == static_cast<ssize_t>(sizeof(TBytes));
+    close(file);
+  }
+  return succeeds;
+}
+
+bool LoadPlainly() {
+  TBytes bytes;
+  bool succeeds = true;
+  for (const std::string& name : StoredFiles()) {
+    const int file = open(name.c_str(), O_RDONLY);
+    succeeds &= read(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    close(file);
+    benchmark::DoNotOptimize(bytes);
+  }
+  return succeeds;
+}
+
+/// The commands' files are all there, or none is, and the disk has nothing left to do.
+void PrepareFiles(bool exist) {
+  EnterWorkDirectory();
+  if (!exist) {
+    std::filesystem::remove_all(kStorage);
+  }
+  std::filesystem::create_directories(kStorage);
+  if (exist && !IsStored()) {
+    SaveCollection();
+  }
+  sync();
+}
+
+template <auto TSave, bool TExist>
+void BM_Save(benchmark::State& state) {
+  Collection();
+  for (auto _ : state) {
+    state.PauseTiming();
+    PrepareFiles(TExist);
+    state.ResumeTiming();
+    if (!TSave()) {
+      state.SkipWithError("Nothing saved.");
+    }
+  }
+}
+
+void BM_LoadFeaturePlainLoop(benchmark::State& state) {
+  PrepareFiles(true);
+  for (auto _ : state) {
+    if (!LoadPlainly()) {
+      state.SkipWithError("Nothing loaded.");
+    }
+  }
+}
+
+/// A fresh database "db" of the collection's images without their vectors.
+std::unique_ptr<TVarList> FreshStore() {
+  auto store = std::make_unique<TVarList>();
+  auto database = std::make_unique<TVarDatabase>();
+  database->SetName("db");
+  database->SetLocation(PictureDirectory(kCollectionSize, 0, 0));
+  database->ScanDirectory();
+  store->Add(std::move(database));
+  return store;
+}
+
+void BM_LoadFeature(benchmark::State& state) {
+  PrepareFiles(true);
+  const TFeatureList features;
+  for (auto _ : state) {
+    state.PauseTiming();
+    const auto store = FreshStore();
+    TFunctionLoadFeature load;
+    load.SetVarList(store.get());
+    load.SetFeatureList(&features);
+    state.ResumeTiming();
+    load.Execute({"db", Quoted("hsv")});
+    state.PauseTiming();
+    const auto* database = dynamic_cast<const TVarDatabase*>(store->Find("db"));
+    if (database->GetImages().back()->GetImageSegment().GetFeatures().Find("hsv") == nullptr) {
+      state.SkipWithError("Nothing loaded.");
+    }
+    state.ResumeTiming();
+  }
+}
+
+/// What loadfeature does between files, so often.
+void BM_LoadFeatureProcessEventsAlone(benchmark::State& state) {
+  for (auto _ : state) {
+    for (int i = 0; i < kCollectionSize; ++i) {
+      QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+  }
+}
+
+void BM_LoadTags(benchmark::State& state) {
+  EnterWorkDirectory();
+  std::ofstream annotations("tree.txt", std::ios::binary);
+  for (int i = 1; i <= kTagCount; ++i) {
+    annotations << i << "\r\n";
+  }
+  annotations.close();
+  const auto store = FreshStore();
+  const auto& images = dynamic_cast<const TVarDatabase*>(store->Find("db"))->GetImages();
+  TFunctionLoadMirFlickrTags load;
+  load.SetVarList(store.get());
+  for (auto _ : state) {
+    load.Execute({"db", Quoted("tree.txt")});
+    state.PauseTiming();
+    if (!images[kTagCount - 1]->HasTag("tree")) {
+      state.SkipWithError("Nothing loaded.");
+    }
+    for (int i = 0; i < kTagCount; ++i) {
+      std::vector<std::string>().swap(images[static_cast<std::size_t>(i)]->GetTags());
+    }
+    state.ResumeTiming();
+  }
+}
+
+/// Every tenth rank is relevant.
+std::vector<bool> Relevance() {
+  std::vector<bool> relevance(kRankCount);
+  for (std::size_t i = 0; i < relevance.size(); i += 10) {
+    relevance[i] = true;
+  }
+  return relevance;
+}
+
+void BM_MeasureAndWrite(benchmark::State& state) {
+  EnterWorkDirectory();
+  const std::vector<bool> relevance = Relevance();
+  for (auto _ : state) {
+    const TRecallPrecision result = MeasureRanking(relevance, kRankCount / 10);
+    base::WriteFile("recallprecision.txt", result.curve);
+  }
+}
+
+void BM_MeasureAndWriteWriteAlone(benchmark::State& state) {
+  EnterWorkDirectory();
+  const TRecallPrecision result = MeasureRanking(Relevance(), kRankCount / 10);
+  for (auto _ : state) {
+    base::WriteFile("recallprecision.txt", result.curve);
+  }
+}
+
+BENCHMARK(BM_Save<SaveCollection, false>)->Name("BM_SaveFeatureFirst")->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Save<SavePlainly, false>)
+    ->Name("BM_SaveFeatureFirstPlainLoop")
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Save<SaveCollection, true>)->Name("BM_SaveFeatureAgain")->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Save<SavePlainly, true>)
+    ->Name("BM_SaveFeatureAgainPlainLoop")
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadFeature)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadFeaturePlainLoop)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadFeatureProcessEventsAlone)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadTags)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MeasureAndWrite)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MeasureAndWriteWriteAlone)->Unit(benchmark::kMillisecond);
+
+}  // namespace
