@@ -99,44 +99,49 @@ HWY_NOINLINE void FilterRow(float_t* output, const float_t* row, std::int32_t wi
   }
 }
 
-// Columns are filtered in strips. `work` holds, as a ring, the filtered rows that one output row needs, and a strip is
-// so narrow that this ring stays in the first-level cache. A strip reads columns of its neighbours, so that a plane
-// that is filtered in place has to be one strip.
-std::int32_t StripWidth(bool inPlace, std::int32_t width, std::int32_t radius) {
+// Columns are filtered in strips. The work plane holds for each, as a ring, the filtered rows that one output row
+// needs, and a strip is so narrow that its ring stays in the first-level cache. A strip reads columns of its
+// neighbours, so that a plane that is filtered in place has to be one strip.
+std::int32_t StripWidth(const Convolution& c) {
   constexpr std::int32_t kRingFloats = 8192;
   constexpr std::int32_t kStep = 128;
-  const std::int32_t strip = std::max(kRingFloats / (2 * radius + 1) / kStep * kStep, kStep);
-  return inPlace ? width : std::min(strip, width);
+  const std::int32_t strip = std::max(kRingFloats / (2 * c.radius + 1) / kStep * kStep, kStep);
+  return c.destination == c.source ? c.width : std::min(strip, c.width);
 }
 
-HWY_NOINLINE void ConvolveStrip(float_t* destination, float_t* ring, const float_t* source, std::int32_t width,
-                                std::int32_t height, std::int32_t begin, std::int32_t count, const float_t* filter,
-                                std::int32_t radius) {
-  const std::int32_t taps = 2 * radius + 1;
-  const std::int32_t slots = std::min(taps, height);
-  const auto slot = [&](std::int32_t y) { return ring + static_cast<std::ptrdiff_t>(y % slots) * count; };
-  const auto offset = [&](std::int32_t y) { return static_cast<std::ptrdiff_t>(y) * width; };
+// Computes the columns `x` to `x` + `count` - 1 of the rows `begin` to `end` - 1.
+HWY_NOINLINE void ConvolveStrip(const Convolution& c, std::int32_t x, std::int32_t count, std::int32_t begin,
+                                std::int32_t end) {
+  const std::int32_t taps = 2 * c.radius + 1;
+  const std::int32_t slots = std::min(taps, c.height);
+  float_t* const ring = c.work + static_cast<std::ptrdiff_t>(x) * slots;
+  const auto slot = [&](std::int32_t y) {
+    return ring + static_cast<std::ptrdiff_t>(std::clamp(y, 0, c.height - 1) % slots) * count;
+  };
+  const auto offset = [&](std::int32_t y) { return static_cast<std::ptrdiff_t>(y) * c.width; };
+  const std::int32_t first = begin == 0 ? -c.radius : begin;
   // One pointer for each tap, moved on by one with each output row.
   const float_t* rows[2 * kLargestRadius + 2];
-  std::fill(rows, rows + taps + 1, slot(0));
-  for (std::int32_t y = -radius; y < height; ++y) {
-    const std::int32_t next = y + radius;
-    if (next < height) {
-      FilterRow(slot(next), source + offset(next), width, begin, count, filter, radius);
+  for (std::int32_t k = 0; k < taps; ++k) {
+    rows[k] = slot(first - 1 - c.radius + k);
+  }
+  for (std::int32_t y = first; y < end; ++y) {
+    const std::int32_t next = y + c.radius;
+    if (next < c.height) {
+      FilterRow(slot(next), c.source + offset(next), c.width, x, count, c.filter, c.radius);
     }
-    rows[taps] = slot(std::min(next, height - 1));
+    rows[taps] = slot(next);
     std::copy(rows + 1, rows + taps + 1, rows);
     if (y >= 0) {
-      Filter(ColumnInput{rows}, destination + offset(y) + begin, count, filter, taps);
+      Filter(ColumnInput{rows}, c.destination + offset(y) + x, count, c.filter, taps);
     }
   }
 }
 
-void Convolve(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
-              const float_t* filter, std::int32_t radius) {
-  const std::int32_t strip = StripWidth(destination == source, width, radius);
-  for (std::int32_t x = 0; x < width && height > 0; x += strip) {
-    ConvolveStrip(destination, work, source, width, height, x, std::min(strip, width - x), filter, radius);
+void Convolve(const Convolution& c, std::int32_t begin, std::int32_t end) {
+  const std::int32_t strip = StripWidth(c);
+  for (std::int32_t x = 0; x < c.width && begin < end; x += strip) {
+    ConvolveStrip(c, x, std::min(strip, c.width - x), begin, end);
   }
 }
 
@@ -240,9 +245,8 @@ HWY_EXPORT(Convolve);
 HWY_EXPORT(Subtract);
 HWY_EXPORT(FindExtrema);
 
-void Convolve(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
-              const float_t* filter, std::int32_t radius) {
-  HWY_DYNAMIC_DISPATCH(Convolve)(destination, work, source, width, height, filter, radius);
+void Convolve(const Convolution& convolution, std::int32_t begin, std::int32_t end) {
+  HWY_DYNAMIC_DISPATCH(Convolve)(convolution, begin, end);
 }
 
 void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int32_t count) {

@@ -47,11 +47,23 @@ namespace Detail {
 // The widest filter that Convolve takes.
 inline constexpr std::int32_t kLargestRadius = 1024;
 
-// Filters a plane of `width` x `height` along rows, then along columns: bit for bit what two calls of ConvolveTranspose
-// give, the first into `work` and the second back. `work` has room for a plane and overlaps neither of the others;
-// `destination` and `source` may be the same array. `radius` lies in 0 to kLargestRadius.
-void Convolve(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
-              const float_t* filter, std::int32_t radius);
+// A filter along the rows of a plane of `width` x `height` and then along its columns. `source` and `destination` may
+// be the same array; `work` has room for a plane and overlaps neither. `filter` has 2 * radius + 1 taps, and `radius`
+// lies in 0 to kLargestRadius.
+struct Convolution {
+  float_t* destination;
+  float_t* work;
+  const float_t* source;
+  std::int32_t width;
+  std::int32_t height;
+  const float_t* filter;
+  std::int32_t radius;
+};
+
+// Computes rows `begin` to `end` - 1 of the destination. The first call begins with row 0, each other one where the
+// call before it ended, with `work` untouched in between. The source is there up to row `end` + radius - 1. All calls
+// together give, bit for bit, what two calls of ConvolveTranspose do, the first into another plane and the second back.
+void Convolve(const Convolution& convolution, std::int32_t begin, std::int32_t end);
 
 // destination[i] = a[i] - b[i] for `count` elements.
 void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int32_t count);

@@ -22,6 +22,7 @@ namespace VL {
 namespace {
 
 constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kBandFloats = 1 << 16;  // of a level, while the next are made of it: a part of the cache
 constexpr float_t kPi = std::numbers::pi_v<float_t>;
 constexpr float_t kTwoPi = 2.0F * kPi;
 
@@ -89,6 +90,30 @@ void Subsample(float_t* destination, std::int32_t width, std::int32_t height, co
       *destination++ = row[static_cast<std::int64_t>(x) * step];
     }
   }
+}
+
+std::int32_t FilterRadius(float_t sigma) {
+  return static_cast<std::int32_t>(std::ceil(4.0F * sigma));
+}
+
+std::int32_t FilterTaps(float_t sigma) {
+  return 2 * FilterRadius(sigma) + 1;
+}
+
+// Writes the FilterTaps of a Gaussian, which sum up to 1, and returns the radius.
+std::int32_t FillFilter(float_t* filter, float_t sigma) {
+  const std::int32_t radius = FilterRadius(sigma);
+  float_t sum = 0;
+  for (std::int32_t j = -radius; j <= radius; ++j) {
+    const auto d = static_cast<float_t>(j);
+    // The middle tap is 1 even where the square of sigma is too small for a float.
+    filter[radius + j] = j == 0 ? 1.0F : std::exp(-0.5F * d * d / (sigma * sigma));
+    sum += filter[radius + j];
+  }
+  for (std::int32_t j = 0; j <= 2 * radius; ++j) {
+    filter[j] /= sum;
+  }
+  return radius;
 }
 
 // Doubles `height` rows of `width` elements along the row, with means between neighbours and the last element twice,
@@ -384,47 +409,77 @@ void Sift::BuildPyramid(const float_t* image, std::int32_t width, std::int32_t h
   if (empty) {
     return;
   }
-  MakeBase(image);
+  if (omin < 0) {
+    Double(Level(omin, smin), image);
+  }
   for (std::int32_t o = omin; o < omin + O; ++o) {
-    MakeLevels(o);
-    if (o + 1 < omin + O) {
-      MakeNextBase(o);
+    MakeChain(o);
+    MakeLevels(o, image);
+  }
+}
+
+// The level of octave `o` - 1 that the base of octave `o` is taken from.
+std::int32_t Sift::BestLevel() const {
+  return static_cast<std::int32_t>(std::min(std::int64_t{smin} + S, std::int64_t{smax}));
+}
+
+// The smoothing that the base of octave `o` needs once its samples are taken, in samples of that octave; 0 if none.
+float_t Sift::BaseSigma(std::int32_t o) const {
+  const float_t sa = sigma0 * LevelFactor(smin);
+  const float_t sb = o == omin ? sigman / GetSamplingPeriod(omin) : sigma0 * LevelFactor(BestLevel() - S);
+  const bool smooth = o == omin ? sa > sb : BestLevel() - smin < S;
+  return smooth ? std::sqrt(sa * sa - sb * sb) : 0;
+}
+
+// Lays out the filters of octave `o`, from level to level. Each has a plane of the work buffer.
+void Sift::MakeChain(std::int32_t o) {
+  const auto sigma = [&](std::int32_t s) { return s == smin ? BaseSigma(o) : StepSigma(s); };
+  const std::int32_t first = sigma(smin) > 0 ? smin : smin + 1;
+  std::size_t taps = 0;
+  for (std::int32_t s = first; s <= smax; ++s) {
+    taps += static_cast<std::size_t>(FilterTaps(sigma(s)));
+  }
+  filters.resize(taps);
+  chain.clear();
+  chain.reserve(static_cast<std::size_t>(smax - first) + 1);
+  const std::int32_t w = GetOctaveWidth(o);
+  const std::int32_t h = GetOctaveHeight(o);
+  float_t* filter = filters.data();
+  float_t* work = workBuffer.get();
+  for (std::int32_t s = first; s <= smax; ++s) {
+    const std::int32_t radius = FillFilter(filter, sigma(s));
+    chain.push_back({Level(o, s), work, Level(o, std::max(s - 1, smin)), w, h, filter, radius});
+    filter += FilterTaps(sigma(s));
+    work += static_cast<std::ptrdiff_t>(w) * h;
+  }
+}
+
+// Makes the levels of octave `o` band by band: a band goes through all of them while it is in the cache. Each level
+// stays behind the one before it by the radius of its filter, until that one is complete.
+void Sift::MakeLevels(std::int32_t o, const float_t* image) {
+  const std::int32_t h = GetOctaveHeight(o);
+  const std::int32_t rows = kBandFloats / std::max(GetOctaveWidth(o), 1) + 1;
+  for (std::int32_t begin = 0; begin < h; begin += rows) {
+    const std::int32_t end = std::min(begin + rows, h);
+    FillBase(o, image, begin, end);
+    std::int64_t lag = 0;
+    for (const Detail::Convolution& convolution : chain) {
+      lag += convolution.radius;
+      Detail::Convolve(convolution, Clamped(begin - lag, 0, h), end == h ? h : Clamped(end - lag, 0, h));
     }
   }
 }
 
-void Sift::MakeBase(const float_t* image) {
-  const std::int32_t w = GetOctaveWidth(omin);
-  const std::int32_t h = GetOctaveHeight(omin);
-  float_t* const base = Level(omin, smin);
-  if (omin < 0) {
-    Double(base, image);
-  } else {
-    Subsample(base, w, h, image, width, 1 << omin);
-  }
-  const float_t sa = sigma0 * LevelFactor(smin);
-  const float_t sb = sigman / GetSamplingPeriod(omin);
-  if (sa > sb) {
-    Smooth(base, workBuffer.get(), base, w, h, std::sqrt(sa * sa - sb * sb));
-  }
-}
-
-void Sift::MakeLevels(std::int32_t o) {
-  for (std::int32_t s = smin + 1; s <= smax; ++s) {
-    Smooth(Level(o, s), workBuffer.get(), Level(o, s - 1), GetOctaveWidth(o), GetOctaveHeight(o), StepSigma(s));
-  }
-}
-
-void Sift::MakeNextBase(std::int32_t o) {
-  const std::int32_t w = GetOctaveWidth(o + 1);
-  const std::int32_t h = GetOctaveHeight(o + 1);
-  const auto sbest = static_cast<std::int32_t>(std::min(std::int64_t{smin} + S, std::int64_t{smax}));
-  float_t* const base = Level(o + 1, smin);
-  Subsample(base, w, h, Level(o, sbest), GetOctaveWidth(o), 2);
-  if (sbest - smin < S) {
-    const float_t sa = sigma0 * LevelFactor(smin);
-    const float_t sb = sigma0 * LevelFactor(sbest - S);
-    Smooth(base, workBuffer.get(), base, w, h, std::sqrt(sa * sa - sb * sb));
+// Takes the samples of rows `begin` to `end` - 1 of the base of octave `o`. Those of a doubled picture are there.
+void Sift::FillBase(std::int32_t o, const float_t* image, std::int32_t begin, std::int32_t end) {
+  const std::int32_t w = GetOctaveWidth(o);
+  float_t* const rows = Level(o, smin) + static_cast<std::ptrdiff_t>(begin) * w;
+  if (o > omin) {
+    const std::int64_t sourceWidth = GetOctaveWidth(o - 1);
+    Subsample(rows, w, end - begin, Level(o - 1, BestLevel()) + 2 * begin * sourceWidth, sourceWidth, 2);
+  } else if (o >= 0) {
+    const std::int32_t step = 1 << o;
+    Subsample(rows, w, end - begin, image + std::int64_t{begin} * step * width, width, step);
   }
 }
 
@@ -440,27 +495,6 @@ void Sift::Double(float_t* destination, const float_t* image) {
     h *= 2;
     source = destination;
   }
-}
-
-void Sift::Smooth(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
-                  float_t sigma) {
-  const auto radius = static_cast<std::int32_t>(std::ceil(4.0F * sigma));
-  if (!filterBuffer || filterRadius < radius) {
-    filterBuffer = std::make_unique<float_t[]>(2 * static_cast<std::size_t>(radius) + 1);
-    filterRadius = radius;
-  }
-  const std::int32_t taps = 2 * radius + 1;
-  float_t sum = 0;
-  for (std::int32_t j = 0; j < taps; ++j) {
-    const auto d = static_cast<float_t>(j - radius);
-    // The middle tap is 1 even where the square of sigma is too small for a float.
-    filterBuffer[j] = j == radius ? 1.0F : std::exp(-0.5F * d * d / (sigma * sigma));
-    sum += filterBuffer[j];
-  }
-  for (std::int32_t j = 0; j < taps; ++j) {
-    filterBuffer[j] /= sum;
-  }
-  Detail::Convolve(destination, work, source, width, height, filterBuffer.get(), radius);
 }
 
 // Keypoints

@@ -150,12 +150,12 @@ class Sift {
   [[nodiscard]] float_t LevelFactor(std::int32_t s) const;
   [[nodiscard]] float_t StepSigma(std::int32_t s) const;
   float_t* Level(std::int32_t o, std::int32_t s);
-  void MakeBase(const float_t* image);
-  void MakeLevels(std::int32_t o);
-  void MakeNextBase(std::int32_t o);
+  [[nodiscard]] std::int32_t BestLevel() const;
+  [[nodiscard]] float_t BaseSigma(std::int32_t o) const;
+  void MakeChain(std::int32_t o);
+  void MakeLevels(std::int32_t o, const float_t* image);
+  void FillBase(std::int32_t o, const float_t* image, std::int32_t begin, std::int32_t end);
   void Double(float_t* destination, const float_t* image);
-  void Smooth(float_t* destination, float_t* work, const float_t* source, std::int32_t width, std::int32_t height,
-              float_t sigma);
 
   void FindCandidates(std::int32_t o, float_t threshold);
   float_t* DifferenceRow(std::int32_t w, std::int32_t s, std::int32_t y);
@@ -171,8 +171,8 @@ class Sift {
   bool workHoldsGradients = false;
   std::int32_t workOctave = 0;
   std::vector<std::unique_ptr<float_t[]>> octaveBuffers;
-  std::unique_ptr<float_t[]> filterBuffer;
-  std::int32_t filterRadius = 0;
+  std::vector<float_t> filters;
+  std::vector<Detail::Convolution> chain;
   std::vector<Keypoint> keypoints;
 };
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <deque>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 
 #include <boost/filesystem.hpp>
@@ -89,24 +91,49 @@ std::optional<std::vector<std::string>> List(const std::string& nativePath, TEnt
 
 #ifndef _WIN32
 
-bool EqualWithoutCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char first, char second) { return LowerAscii(first) == LowerAscii(second); });
-}
+/// The entries of the directory that was searched last, by their folded names. A database whose files have vanished
+/// asks for each of them in the same directory, which is then read once and not once a file.
+class TListing {
+ public:
+  /// The entry of `directory` that equals `name` but for case, the first in byte order; nothing if there is none.
+  std::optional<std::string> Find(const std::string& directory, const std::string& name) {
+    boost::system::error_code error;
+    const std::time_t changed = filesystem::last_write_time(directory, error);
+    // Times are kept in seconds, so a directory that changed just now may change again and not show it.
+    if (error || directory != listed || changed != changedThen || readAt - changed < 2) {
+      Read(directory, changed);
+    }
+    const auto found = entries.find(FoldCase(name));
+    return found == entries.end() ? std::nullopt : std::optional(found->second);
+  }
+
+ private:
+  void Read(const std::string& directory, std::time_t changed) {
+    listed = directory;
+    changedThen = changed;
+    readAt = std::time(nullptr);
+    entries.clear();
+    for (std::string& name : List(directory, TEntryKind::kAny).value_or(std::vector<std::string>())) {
+      const auto [entry, isNew] = entries.try_emplace(FoldCase(name), name);
+      if (!isNew && name < entry->second) {
+        entry->second = std::move(name);
+      }
+    }
+  }
+
+  std::string listed;
+  std::time_t changedThen = 0;
+  std::time_t readAt = 0;
+  std::unordered_map<std::string, std::string> entries;
+};
 
 /// The entry of `directory` (empty, or ended by a slash) that `name` stands for; nothing if there is none.
 std::optional<std::string> MatchEntry(const std::string& directory, const std::string& name) {
+  static TListing listing;
   if (filesystem::exists(Status(directory + name))) {
     return name;
   }
-  std::optional<std::string> best;
-  const auto names = List(directory.empty() ? "." : directory, TEntryKind::kAny);
-  for (const std::string& candidate : names.value_or(std::vector<std::string>())) {
-    if (EqualWithoutCase(candidate, name) && (!best || candidate < *best)) {
-      best = candidate;
-    }
-  }
-  return best;
+  return listing.Find(directory.empty() ? "." : directory, name);
 }
 
 /// Matches `path` (slashes only) component by component. `complete` tells whether all of it exists.
