@@ -11,7 +11,7 @@ namespace base {
 
 void KeepFreedMemory() {
 #ifdef __GLIBC__
-  constexpr int kMostKept = 256 << 20;
+  constexpr int kMostKept = 512 << 20;
   mallopt(M_MMAP_THRESHOLD, kMostKept);
   mallopt(M_TRIM_THRESHOLD, kMostKept);
 #endif
