@@ -13,12 +13,13 @@ std::string RemoveBlanks(const std::string& line) {
   std::string kept;
   kept.reserve(line.size());
   bool quoted = false;
-  for (auto character = line.rbegin(); character != line.rend(); ++character) {
-    if (*character == '"') {
+  for (std::size_t i = line.size(); i-- > 0;) {
+    const char character = line[i];
+    if (character == '"') {
       quoted = !quoted;
     }
-    if (quoted || (*character != ' ' && *character != '\t')) {
-      kept += *character;
+    if (quoted || (character != ' ' && character != '\t')) {
+      kept += character;
     }
   }
   std::reverse(kept.begin(), kept.end());
