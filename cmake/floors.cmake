@@ -13,8 +13,7 @@ function(tessimar_test_program name)
   endif()
   add_executable(${name})
   target_link_libraries(${name} PRIVATE ${ARGN} GTest::gtest)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300
-    ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tools/leaks-of-others.txt:print_suppressions=0")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 
 # tessimar_floor(NAME LIBRARIES...): the library tessimar_NAME on top of LIBRARIES, and its test program NAME_test.
