@@ -1,5 +1,6 @@
 // tessimar-batch as a process of its own: what goes in and comes out, and how it ends.
 
+#include <algorithm>
 #include <csignal>
 
 #include <QImage>
@@ -194,6 +195,70 @@ TEST_F(TBatch, TheWorkbenchWithoutADisplaySaysSoAndEndsPlainly) {
   const TOutcome outcome = Run({});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_NE(outcome.errors, "");
+}
+
+/// The 8 x 8 grid of a displayed image, "x" for a cell that is outlined in green, row by row.
+std::string GreenCells(const QString& file) {
+  const QImage dialog(file);
+  const int width = dialog.width() - 20;
+  const int height = dialog.height() - 50;
+  std::string cells;
+  for (int row = 0; row < 8; ++row) {
+    for (int column = 0; column < 8; ++column) {
+      const QRgb corner = dialog.pixel(10 + width * column / 8, 10 + height * row / 8);
+      cells += corner == qRgb(0, 255, 0) ? 'x' : '.';
+    }
+  }
+  return cells;
+}
+
+TEST_F(TBatch, FindsAConceptSegmentBySegment) {
+  MakePicture("reds/a.jpg", 80, 80, qRgb(200, 30, 30));
+  MakePicture("blues/a.jpg", 80, 80, qRgb(30, 90, 200));
+  QImage both(80, 80, QImage::Format_RGB888);
+  both.fill(qRgb(30, 90, 200));
+  for (int y = 20; y < 60; ++y) {
+    for (int x = 40; x < 80; ++x) {
+      both.setPixel(x, y, qRgb(200, 30, 30));
+    }
+  }
+  both.save("both.png");
+  std::string script = "both = loadimage(\"both.png\")\nr = loaddatabase(\"reds\")\nb = loaddatabase(\"blues\")\n";
+  for (const char* variable : {"both", "r", "b"}) {
+    script += std::string("segmentimage(") + variable + ", \"grid\")\nupdatefeature(" + variable + ", \"hsv\")\n";
+  }
+  for (const char* type : {"nearest", "svm"}) {
+    script +=
+        std::string("c = createclassifier(\"") + type +
+        "\")\nk = learnvisualconcept(r, b, c)\nfindvisualconceptlocations(both, k, \"red\")\ndisplayimage(both)\n";
+  }
+  EXPECT_EQ(Run({"--pictures", "p"}, script).status, 0);
+  const std::string none = "................";
+  const std::string half = "....xxxx....xxxx";
+  EXPECT_EQ(GreenCells("p/001.png"), none + half + half + none);
+  EXPECT_EQ(GreenCells("p/002.png"), none + half + half + none);
+}
+
+TEST_F(TBatch, TheConceptOfTheSamplesIsFoundWhereItShould) {
+  ASSERT_EQ(QProcess::execute(LAY_OUT_SAMPLES, {"."}), 0);
+  const TOutcome outcome = Run({"--seed", "1", "--pictures", "first", "concept.txt"});
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_EQ(outcome.output.find("Neuron"), std::string::npos) << "what libraries print stays off the output";
+  const auto count = [](const QString& file) {
+    const std::string cells = GreenCells(file);
+    return std::count(cells.begin(), cells.end(), 'x');
+  };
+  // A windmill and a fish under "nearest", then under "svm".
+  for (const char* windmill : {"first/001.png", "first/003.png"}) {
+    EXPECT_GE(count(windmill), 48) << windmill;
+  }
+  for (const char* fish : {"first/002.png", "first/004.png"}) {
+    EXPECT_LE(count(fish), 8) << fish;
+  }
+  EXPECT_EQ(Run({"--seed", "1", "--pictures", "second", "concept.txt"}).status, 0);
+  for (const char* neural : {"005.png", "006.png"}) {
+    EXPECT_EQ(FileBytes(std::string("first/") + neural), FileBytes(std::string("second/") + neural));
+  }
 }
 
 TEST_F(TBatch, TheTourOfTheSamplesRunsToItsEnd) {
