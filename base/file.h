@@ -1,23 +1,36 @@
 #pragma once
 
-#include <cstdio>
-#include <functional>
-#include <memory>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
 /// Whole files, byte for byte.
 namespace base {
 
-struct TFileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
+/// A regular file that is read in one go, with no buffer in between: of many small files a buffer would cost more than
+/// their bytes.
+class TRegularFile {
+ public:
+  /// Opens the file of exactly this name.
+  explicit TRegularFile(const std::string& path);
+  ~TRegularFile();
+  TRegularFile(const TRegularFile&) = delete;
+  TRegularFile& operator=(const TRegularFile&) = delete;
+
+  /// False if there is no such file, it cannot be opened, or it is something else than a regular file.
+  bool IsOpen() const { return descriptor >= 0; }
+
+  /// In bytes, at the time of opening.
+  std::uint64_t GetSize() const { return size; }
+
+  /// Reads the next bytes. False if there are not that many.
+  bool Read(void* bytes, std::size_t count);
+
+ private:
+  int descriptor = -1;
+  std::uint64_t size = 0;
 };
-
-/// An open file that is closed with its owner.
-using TFilePointer = std::unique_ptr<std::FILE, TFileCloser>;
-
-/// Opens the file of exactly this name for reading. Null if there is none, or something else than a regular file.
-TFilePointer OpenRegularFile(const std::string& path);
 
 /// The bytes of the file that base::NativePath finds; nothing if it cannot be opened or read.
 std::optional<std::string> ReadFile(const std::string& path);
@@ -26,9 +39,8 @@ std::optional<std::string> ReadFile(const std::string& path);
 /// another's data. False if it cannot be opened or not all bytes could be written.
 bool WriteFile(const std::string& path, const std::string& bytes);
 
-/// The same with contents that `write` puts into the open file, and with an earlier file whole until the new one is: it
-/// is written beside the earlier one and then takes its place. False, and nothing left behind, if any step or `write`
-/// fails.
-bool ReplaceFile(const std::string& path, const std::function<bool(std::FILE*)>& write);
+/// The same, with an earlier file whole until the new one is: it is written beside the earlier one and then takes its
+/// place. False, and nothing left behind, if any step fails.
+bool ReplaceFile(const std::string& path, const void* bytes, std::size_t count);
 
 }  // namespace base

@@ -82,10 +82,14 @@ bool ReadDoubles(std::FILE* file, double* values, std::size_t count) {
   if (std::fread(values, sizeof(double), count, file) != count) {
     return false;
   }
+  OrderDoubles(values, count);
+  return true;
+}
+
+void OrderDoubles(double* values, std::size_t count) {
   if constexpr (kSwaps) {
     std::transform(values, values + count, values, Ordered<double>);
   }
-  return true;
 }
 
 bool WriteUint32(std::FILE* file, std::uint32_t value) {

@@ -15,27 +15,28 @@ std::string StoredFeaturePath(const std::string& featureName, const std::string&
 }
 
 bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
-  return base::ReplaceFile(
-      path, [&](std::FILE* file) { return base::WriteDoubles(file, vector.GetData(), vector.GetLength()); });
+  TFeatureVector stored;
+  stored.Assign(vector);
+  base::OrderDoubles(stored.GetData(), stored.GetLength());
+  return base::ReplaceFile(path, stored.GetData(), stored.GetLength() * sizeof(double));
 }
 
 TLoadOutcome LoadStoredFeature(const std::string& path, TFeatureVector& vector) {
   constexpr std::uint64_t kMaxLength = 1 << 24;
-  const base::TFilePointer file = base::OpenRegularFile(path);
-  const auto size = file ? base::RemainingBytes(file.get()) : std::nullopt;
-  if (!size) {
+  base::TRegularFile file(path);
+  if (!file.IsOpen()) {
     return TLoadOutcome::kAbsent;
   }
-  const std::uint64_t length = *size / sizeof(double);
+  const std::uint64_t length = file.GetSize() / sizeof(double);
   if (length > kMaxLength) {
     return TLoadOutcome::kTooLarge;
   }
   TFeatureVector loaded;
   loaded.SetLength(static_cast<std::uint32_t>(length));
-  if (!base::ReadDoubles(file.get(), loaded.GetData(), loaded.GetLength())) {
+  if (!file.Read(loaded.GetData(), loaded.GetLength() * sizeof(double))) {
     return TLoadOutcome::kAbsent;
   }
-  loaded.SetName(vector.GetName());
-  vector.Assign(loaded);
+  base::OrderDoubles(loaded.GetData(), loaded.GetLength());
+  vector.SwapNumbers(loaded);
   return TLoadOutcome::kLoaded;
 }

@@ -17,6 +17,6 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 enum class TLoadOutcome { kLoaded, kAbsent, kTooLarge };
 
 /// Fills the vector with the doubles of the file; bytes behind the last whole one do not count. Absent is also what is
-/// no regular file or cannot be read; too large is a file of more than 2^24 doubles. The vector stays as it was in both
-/// cases. Its name is the caller's business.
+/// no regular file or cannot be read; too large is a file of more than 2^24 doubles. Unless loaded, the vector is as it
+/// was. Its name is the caller's business.
 TLoadOutcome LoadStoredFeature(const std::string& path, TFeatureVector& vector);

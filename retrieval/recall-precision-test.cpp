@@ -27,7 +27,7 @@ TEST(MeasureRanking, WritesARecallOfNothingWithoutASign) {
   EXPECT_EQ(result.map, 0.0);
 }
 
-TEST(AppendEightDecimals, RoundsAsTheCLibraryDoes) {
+TEST(WriteEightDecimals, RoundsAsTheCLibraryDoes) {
   std::mt19937_64 random(7);
   std::vector<double> numbers = {0.0,    1.0,       0.5, 5e-9, 5.1e-9, 1e-30, 5e-324, std::nextafter(1.0, 0.0),
                                  0x1p-9, 3 * 0x1p-9};
@@ -40,9 +40,8 @@ TEST(AppendEightDecimals, RoundsAsTheCLibraryDoes) {
   for (const double number : numbers) {
     std::array<char, 32> expected;
     std::snprintf(expected.data(), expected.size(), "%.08f", number);
-    std::string text;
-    AppendEightDecimals(number, text);
-    ASSERT_EQ(text, expected.data());
+    std::array<char, 10> text;
+    ASSERT_EQ(std::string(text.data(), WriteEightDecimals(number, text.data())), expected.data());
   }
 }
 

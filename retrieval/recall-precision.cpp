@@ -31,30 +31,45 @@ std::uint64_t ScaleExactly(double number) {
   return floor + (roundsUp ? 1 : 0);
 }
 
+/// Two digits for each number below 100.
+constexpr std::array<char, 200> kDigitPairs = [] {
+  std::array<char, 200> pairs = {};
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    pairs[i] = static_cast<char>('0' + (i % 2 == 0 ? i / 20 : i / 2 % 10));
+  }
+  return pairs;
+}();
+
+void WriteFourDigits(std::uint32_t number, char* text) {
+  std::copy_n(&kDigitPairs[number / 100 * 2], 2, text);
+  std::copy_n(&kDigitPairs[number % 100 * 2], 2, text + 2);
+}
+
 }  // namespace
 
-void AppendEightDecimals(double number, std::string& text) {
+char* WriteEightDecimals(double number, char* text) {
   if (std::isnan(number)) {
-    text += "nan";
-    return;
+    return std::copy_n("nan", 3, text);
   }
-  std::uint64_t scaled = ScaleExactly(number);
-  std::array<char, 10> digits;
-  for (std::size_t i = digits.size(); i-- > 2; scaled /= 10) {
-    digits[i] = static_cast<char>('0' + scaled % 10);
-  }
-  digits[1] = '.';
-  digits[0] = static_cast<char>('0' + scaled);
-  text.append(digits.data(), digits.size());
+  const std::uint64_t scaled = ScaleExactly(number);
+  text[0] = static_cast<char>('0' + scaled / kScale);
+  text[1] = '.';
+  WriteFourDigits(static_cast<std::uint32_t>(scaled % kScale / 10000), text + 2);
+  WriteFourDigits(static_cast<std::uint32_t>(scaled % 10000), text + 6);
+  return text + 10;
 }
 
 TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevantTotal) {
-  constexpr std::size_t kLineLength = 23;
+  constexpr std::size_t kLongestLine = 23;
   TRecallPrecision result = {};
-  result.curve.reserve(relevance.size() * kLineLength);
+  result.curve.resize(relevance.size() * kLongestLine);
+  char* end = result.curve.data();
   int hits = 0;
   int ranks = 0;
   double precisionSum = 0.0;
+  // Recall changes at a hit only, and most ranks are none.
+  std::array<char, 10> recall;
+  const char* recallEnd = nullptr;
   for (const bool isRelevant : relevance) {
     ++ranks;
     hits += isRelevant ? 1 : 0;
@@ -62,11 +77,15 @@ TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevant
     if (isRelevant) {
       precisionSum += precision;
     }
-    AppendEightDecimals(static_cast<double>(hits) / relevantTotal, result.curve);
-    result.curve += ' ';
-    AppendEightDecimals(precision, result.curve);
-    result.curve += "\r\n";
+    if (isRelevant || recallEnd == nullptr) {
+      recallEnd = WriteEightDecimals(static_cast<double>(hits) / relevantTotal, recall.data());
+    }
+    end = std::copy(recall.cbegin(), recall.cbegin() + (recallEnd - recall.data()), end);
+    *end++ = ' ';
+    end = WriteEightDecimals(precision, end);
+    end = std::copy_n("\r\n", 2, end);
   }
+  result.curve.resize(static_cast<std::size_t>(end - result.curve.data()));
   result.map = precisionSum / ranks;
   return result;
 }

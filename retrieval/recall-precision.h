@@ -22,5 +22,6 @@ std::string FormatPlotScript(const std::string& tag);
 /// control character. A script with such a tag must not be run.
 bool IsSafePlotTitle(const std::string& tag);
 
-/// Appends a number from 0 to 1 as printf's "%.08f" does, a NaN as "nan".
-void AppendEightDecimals(double number, std::string& text);
+/// Writes a number from 0 to 1 as printf's "%.08f" does, a NaN as "nan", without a zero behind it. `text` has room for
+/// 10 characters; the result is the end of what was written.
+char* WriteEightDecimals(double number, char* text);
