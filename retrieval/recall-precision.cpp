@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 namespace {
@@ -13,7 +14,7 @@ __extension__ using TUint128 = unsigned __int128;
 constexpr std::uint64_t kScale = 100000000;
 
 /// number * 10^8, rounded to the nearest integer and a half to the even one, for a number from 0 to 1. Exact, as printf
-/// is, and the reason why a million lines do not take a second.
+/// is.
 std::uint64_t ScaleExactly(double number) {
   const auto bits = std::bit_cast<std::uint64_t>(number);
   const int exponent = static_cast<int>(bits >> 52);
@@ -29,6 +30,17 @@ std::uint64_t ScaleExactly(double number) {
   const TUint128 rest = product - (static_cast<TUint128>(floor) << shift);
   const bool roundsUp = rest > half || (rest == half && floor % 2 == 1);
   return floor + (roundsUp ? 1 : 0);
+}
+
+/// The same. The product of doubles is off by less than 10^-7, which matters only close to a half.
+std::uint64_t Scale(double number) {
+  const double product = number * static_cast<double>(kScale);
+  const auto floor = static_cast<std::uint64_t>(product);
+  const double rest = product - static_cast<double>(floor);
+  if (std::abs(rest - 0.5) < 1e-6) {
+    return ScaleExactly(number);
+  }
+  return floor + (rest > 0.5 ? 1 : 0);
 }
 
 /// Two digits for each number below 100.
@@ -51,7 +63,7 @@ char* WriteEightDecimals(double number, char* text) {
   if (std::isnan(number)) {
     return std::copy_n("nan", 3, text);
   }
-  const std::uint64_t scaled = ScaleExactly(number);
+  const std::uint64_t scaled = Scale(number);
   text[0] = static_cast<char>('0' + scaled / kScale);
   text[1] = '.';
   WriteFourDigits(static_cast<std::uint32_t>(scaled % kScale / 10000), text + 2);
@@ -69,7 +81,7 @@ TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevant
   double precisionSum = 0.0;
   // Recall changes at a hit only, and most ranks are none.
   std::array<char, 10> recall;
-  const char* recallEnd = nullptr;
+  std::ptrdiff_t recallLength = 0;
   for (const bool isRelevant : relevance) {
     ++ranks;
     hits += isRelevant ? 1 : 0;
@@ -77,10 +89,12 @@ TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevant
     if (isRelevant) {
       precisionSum += precision;
     }
-    if (isRelevant || recallEnd == nullptr) {
-      recallEnd = WriteEightDecimals(static_cast<double>(hits) / relevantTotal, recall.data());
+    if (isRelevant || recallLength == 0) {
+      recallLength = WriteEightDecimals(static_cast<double>(hits) / relevantTotal, recall.data()) - recall.data();
     }
-    end = std::copy(recall.cbegin(), recall.cbegin() + (recallEnd - recall.data()), end);
+    // A copy of fixed length is quicker, and the line has room for it.
+    std::copy(recall.begin(), recall.end(), end);
+    end += recallLength;
     *end++ = ' ';
     end = WriteEightDecimals(precision, end);
     end = std::copy_n("\r\n", 2, end);
