@@ -352,26 +352,23 @@ TEST(Sift, NegativeFirstOctaveDoublesThePicture) {
   EXPECT_EQ(std::vector<float>(level + 8, level + 16), (std::vector<float>{2, 3.25, 4.5, 5.75, 7, 7, 7, 7}));
 }
 
-TEST(Sift, AnotherPictureOfTheSameAreaFitsTheBuffers) {
-  const Picture first = Noise(60, 47, 1);
+TEST(Sift, NeitherAnotherPictureNorDetectionLeavesStaleValues) {
+  const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
   const Picture second = Noise(94, 30, 2);
-  ASSERT_EQ(first.values.size(), second.values.size());
-  TestSift sift(first, {0.5F, 1.6F, 4, 3, 0, -1, 4});
-  const std::vector<Keypoint> before = sift.Detect();
-  ASSERT_FALSE(before.empty());
-  sift.Orientations(before.front());
+  TestSift sift(Noise(60, 47, 1), p);  // the same area: the buffers fit
+  sift.Orientations(sift.Detect().at(0));
   sift.BuildPyramid(second.values.data(), second.width, second.height);
   EXPECT_EQ(sift.KeypointsBegin(), sift.KeypointsEnd());
-  TestSift fresh(second, {0.5F, 1.6F, 4, 3, 0, -1, 4});
-  // Gradients of the first picture must not survive.
-  const Keypoint keypoint = fresh.MakeKeypoint(45, 15, 2.0F);
-  EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), fresh.Descriptor(keypoint, 1)));
+  TestSift fresh(second, p);
+  const Keypoint keypoint = fresh.MakeKeypoint(45, 5, 1.6F);
+  const auto descriptor = fresh.Descriptor(keypoint, 1);
+  EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), descriptor));
   const auto a = sift.Detect();
   const auto b = fresh.Detect();
-  ASSERT_EQ(a.size(), b.size());
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    EXPECT_TRUE(a[i].x == b[i].x && a[i].y == b[i].y && a[i].s == b[i].s && a[i].sigma == b[i].sigma);
-  }
+  EXPECT_TRUE(std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Keypoint& one, const Keypoint& other) {
+    return std::tie(one.x, one.y, one.s, one.sigma) == std::tie(other.x, other.y, other.s, other.sigma);
+  }));
+  EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), descriptor));
 }
 
 // Keypoints
@@ -379,22 +376,16 @@ TEST(Sift, AnotherPictureOfTheSameAreaFitsTheBuffers) {
 TEST(Sift, FindsABlobAtItsPositionAndScale) {
   // With blob variance b, input variance n and the factor k between levels, the difference of levels at the blob's
   // centre, b / (b - n + k^2 t) - b / (b - n + t), is extremal at the variance t = (b - n) / k.
-  const double k = std::cbrt(2);
-  for (const auto& [x, y, sigma] : {std::tuple(60.0, 50.0, 5.0), {61.3, 52.6, 4.2}, {70.75, 49.5, 7.1}}) {
-    for (const double contrast : {0.8, -0.8}) {
-      for (const Parameters& p : {Parameters(), Parameters{0.5F, 2.0158737F, 4, 3, 0, -1, 4},
-                                  Parameters{0.5F, 2.0158737F, 4, 3, -1, -1, 4}}) {
-        const Picture picture(128, 110, [&, x = x, y = y, sigma = sigma](double px, double py) {
-          return 0.5 + contrast * Gaussian(px - x, py - y, sigma);
-        });
-        const auto keypoints = TestSift(picture, p).Detect(0.05F);
-        ASSERT_EQ(keypoints.size(), 1U) << sigma << " from octave " << p.omin;
-        const Keypoint& found = keypoints[0];
-        EXPECT_NEAR(found.x, x, 0.1);
-        EXPECT_NEAR(found.y, y, 0.1);
-        EXPECT_NEAR(found.sigma / std::sqrt((sigma * sigma - 0.25) / k), 1, 0.03);
-        EXPECT_NEAR(found.sigma, p.sigma0 * std::exp2(found.o + found.s / 3), 1e-4);
-      }
+  for (const auto& [x, y, sigma, contrast] : {std::tuple(60.0, 50.0, 5.0, 0.8), {70.75, 49.5, 7.1, -0.8}}) {
+    const Picture picture(128, 110, [&, x = x, y = y, sigma = sigma, contrast = contrast](double px, double py) {
+      return 0.5 + contrast * Gaussian(px - x, py - y, sigma);
+    });
+    for (const int omin : {-1, 1}) {
+      const auto keypoints = TestSift(picture, {0.5F, 2.0158737F, 4, 3, omin}).Detect(0.05F);
+      ASSERT_EQ(keypoints.size(), 1U) << sigma << " from octave " << omin;
+      EXPECT_NEAR(keypoints[0].x, x, 0.1);
+      EXPECT_NEAR(keypoints[0].y, y, 0.1);
+      EXPECT_NEAR(keypoints[0].sigma / std::sqrt((sigma * sigma - 0.25) / std::cbrt(2)), 1, 0.03);
     }
   }
 }
@@ -427,8 +418,7 @@ std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int
     const double v = at(x, y, s);
     int beaten = 0;
     for (int n = 0; n < 27 && std::abs(v) >= 0.8 * threshold; ++n) {
-      const double other = at(x + n % 3 - 1, y + n / 3 % 3 - 1, s + n / 9 - 1);
-      beaten += (v > 0 ? v > other : v < other) ? 1 : 0;
+      beaten += std::abs(v) > std::copysign(1, v) * at(x + n % 3 - 1, y + n / 3 % 3 - 1, s + n / 9 - 1) ? 1 : 0;
     }
     return beaten == 26;
   };
@@ -465,13 +455,13 @@ std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int
                         static_cast<float>(s + b[2]), static_cast<float>(p.sigma0 * std::exp2(o + (s + b[2]) / p.S))});
     }
   };
-  for (int s = p.smin + 1; s <= p.smax - 2; ++s) {
-    for (int y = 1; y <= h - 2; ++y) {
-      for (int x = 1; x <= w - 2; ++x) {
-        if (isExtremum(x, y, s)) {
-          refine(x, y, s);
-        }
-      }
+  const std::int64_t samples = std::max(w - 2, 0) * std::int64_t{std::max(h - 2, 0)};
+  for (std::int64_t i = 0; i < samples * (p.smax - 2 - p.smin); ++i) {
+    const auto x = static_cast<int>(1 + i % (w - 2));
+    const auto y = static_cast<int>(1 + i / (w - 2) % (h - 2));
+    const auto s = static_cast<int>(p.smin + 1 + i / samples);
+    if (isExtremum(x, y, s)) {
+      refine(x, y, s);
     }
   }
   return result;
@@ -521,51 +511,48 @@ TEST(Sift, DegeneratePicturesHaveNoKeypoints) {
 
 TEST(Sift, BrokenValuesSpoilOnlyWhatTheyTouch) {
   const Parameters p = {0.5F, 2.0158737F, 1, 3, 0, -1, 4};
-  const Picture whole = Noise(300, 120, 8);
+  Picture picture = Noise(300, 120, 8);
+  // The radii of all filters sum up to below 60.
+  const auto countFar = [](const std::vector<Keypoint>& all) {
+    return std::count_if(all.begin(), all.end(), [](const Keypoint& keypoint) { return keypoint.x < 210; });
+  };
+  const auto whole = countFar(TestSift(picture, p).Detect(0.003F));
+  EXPECT_GT(whole, 5);
   for (const float value : {kNaN, kInfinity, -kInfinity}) {
-    Picture broken = whole;
-    broken.values[60 * 300 + 280] = value;
-    TestSift sift(broken, p);
+    picture.values[60 * 300 + 280] = value;
+    TestSift sift(picture, p);
     const auto keypoints = sift.Detect(0.003F);
+    EXPECT_EQ(countFar(keypoints), whole);
     for (const Keypoint& keypoint : keypoints) {
       EXPECT_TRUE(std::isfinite(keypoint.x + keypoint.y + keypoint.s + keypoint.sigma));
       for (const float angle : sift.Orientations(keypoint)) {
-        for (const float element : sift.Descriptor(keypoint, angle)) {
-          EXPECT_TRUE(element >= 0 && element <= 1);
-        }
+        const auto descriptor = sift.Descriptor(keypoint, angle);
+        EXPECT_TRUE(std::all_of(descriptor.begin(), descriptor.end(), [](float e) { return e >= 0 && e <= 1; }));
       }
     }
-    // The radii of all filters sum up to below 60.
-    const auto count = [](const std::vector<Keypoint>& all) {
-      return std::count_if(all.begin(), all.end(), [](const Keypoint& keypoint) { return keypoint.x < 210; });
-    };
-    EXPECT_EQ(count(keypoints), count(TestSift(whole, p).Detect(0.003F)));
-    EXPECT_GT(count(keypoints), 5);
   }
 }
 
 TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
   constexpr int kMost = std::numeric_limits<int>::max();
-  const Parameters cases[] = {{0.0F},
-                              {-1.0F},
-                              {kNaN},
-                              {kInfinity},
-                              {0.5F, 0.0F},
-                              {0.5F, kNaN},
-                              {0.5F, 1e30F},
-                              {0.5F, 2, 0},
-                              {0.5F, 2, -1},
-                              {0.5F, 2, kMost},
-                              {0.5F, 2, 3, 0},
-                              {0.5F, 2, 3, -kMost},
-                              {0.5F, 2, 3, 3, -9},
-                              {0.5F, 2, 3, 3, 17},
-                              {0.5F, 2, 3, 3, -kMost - 1},
-                              {0.5F, 2, kMost, 3, kMost},
-                              {0.5F, 2, 3, 3, 1, 5, 4},
-                              {0.5F, 2, 3, 3, 1, -kMost, kMost},
-                              {0.5F, 2, 3, 3, 1, -kMost - 1, -kMost - 1},
-                              {0.5F, 2, 3, 1, 1, 0, 60}};
+  std::vector<Parameters> cases;
+  for (const auto& [sigman, sigma0] : {std::pair(0.0F, 2.0F),
+                                       {-1.0F, 2.0F},
+                                       {kNaN, 2.0F},
+                                       {kInfinity, 2.0F},
+                                       {0.5F, 0.0F},
+                                       {0.5F, kNaN},
+                                       {0.5F, 1e30F}}) {
+    cases.push_back({sigman, sigma0});
+  }
+  constexpr int kNumbers[][5] = {{0, 3, 1, -1, 4},  {-1, 3, 1, -1, 4},         {kMost, 3, 1, -1, 4},
+                                 {3, 0, 1, -1, 4},  {3, -kMost, 1, -1, 4},     {3, 3, -9, -1, 4},
+                                 {3, 3, 17, -1, 4}, {3, 3, -kMost - 1, -1, 4}, {kMost, 3, kMost, -1, 4},
+                                 {3, 3, 1, 5, 4},   {3, 3, 1, -kMost, kMost},  {3, 3, 1, -kMost - 1, -kMost - 1},
+                                 {3, 1, 1, 0, 60}};
+  for (const auto& [O, S, omin, smin, smax] : kNumbers) {
+    cases.push_back({0.5F, 2, O, S, omin, smin, smax});
+  }
   const Picture picture = Noise(64, 64, 1);
   for (const Parameters& p : cases) {
     TestSift sift(picture, p);
@@ -581,7 +568,6 @@ TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
   EXPECT_EQ(large.KeypointsBegin(), large.KeypointsEnd());
   VL::Sift doubled(&pixel, kMost, kMost, 0.5F, 1.6F, 3, 3, -8, -1, 4);
   EXPECT_EQ(doubled.KeypointsBegin(), doubled.KeypointsEnd());
-  EXPECT_DEATH(static_cast<void>(large.GetLevel(0, 0)), "omin <= o && o < omin \\+ O");
 }
 
 TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
@@ -589,49 +575,42 @@ TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
   EXPECT_DEATH(static_cast<void>(sift.GetOctaveWidth(0)), "omin <= o && o < omin \\+ O");
   EXPECT_DEATH(static_cast<void>(sift.GetSamplingPeriod(4)), "omin <= o && o < omin \\+ O");
   EXPECT_DEATH(static_cast<void>(sift.GetLevel(1, 5)), "smin <= s && s <= smax");
-  EXPECT_DEATH(VL::Detail::expn(25.1F), "x <= Detail::expnTableMax");
   EXPECT_DEATH(VL::Detail::expn(kNaN), "x <= Detail::expnTableMax");
 }
 
 // Orientation and descriptor
 
-TEST(Sift, OrientationOfASlopeIsItsDirection) {
+TEST(Sift, AFlatPictureHasNoOrientationAndASlopeItsDirection) {
+  TestSift flat(Picture(128, 128, [](double, double) { return 0.5; }), {});
+  const Keypoint keypoint = flat.MakeKeypoint(64, 64, 4);
+  EXPECT_TRUE(flat.Orientations(keypoint).empty());
+  EXPECT_EQ(flat.Descriptor(keypoint, 0), std::vector<float>(128));
   // A bin's centre is 10 i + 5 degrees; directions on either side of 0 fall into the bins 0 and 35.
-  for (const auto& [direction, expected] :
-       {std::pair(5.0, 5.0), {95.0, 95.0}, {215.0, 215.0}, {355.0, 355.0}, {0.0, 5.0}, {3.0, 5.0}, {-3.0, 355.0}}) {
+  for (const auto& [direction, expected] : {std::pair(95.0, 95.0), {215.0, 215.0}, {0.0, 5.0}, {-3.0, 355.0}}) {
     const double c = std::cos(direction * kPi / 180);
     const double s = std::sin(direction * kPi / 180);
     TestSift sift(Picture(128, 128, [&](double x, double y) { return 0.01 * (c * x + s * y); }), {});
-    const auto angles = sift.Orientations(sift.MakeKeypoint(64, 64, 4));
+    const auto angles = sift.Orientations(keypoint);
     ASSERT_EQ(angles.size(), 1U) << direction;
     EXPECT_NEAR(angles[0], expected * kPi / 180, 1e-3) << direction;
   }
-  TestSift flat(Picture(128, 128, [](double, double) { return 0.5; }), {});
-  EXPECT_TRUE(flat.Orientations(flat.MakeKeypoint(64, 64, 4)).empty());
 }
 
-TEST(Sift, StrongOrientationsCountUpToFour) {
+TEST(Sift, OfFiveOrientationsTheFirstFourCount) {
   // A cup with five sides has five equal peaks, 72 degrees apart.
   const auto cup = [](double x, double y) {
     double height = 0;
     for (int i = 0; i < 5; ++i) {
-      const double angle = (5 + 72 * i) * kPi / 180;
-      height = std::max(height, std::cos(angle) * (x - 128) + std::sin(angle) * (y - 128));
+      height = std::max(
+          height, std::cos((5 + 72 * i) * kPi / 180) * (x - 128) + std::sin((5 + 72 * i) * kPi / 180) * (y - 128));
     }
     return 0.01 * height;
   };
-  const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
-  TestSift five(Picture(257, 257, cup), p);
+  TestSift five(Picture(257, 257, cup), {0.5F, 1.6F, 4, 3, 0, -1, 4});
   const auto angles = five.Orientations(five.MakeKeypoint(128, 128, 10));
   ASSERT_EQ(angles.size(), 4U);
   for (int i = 0; i < 4; ++i) {
     EXPECT_NEAR(angles[i] * 180 / kPi, 5 + 72 * i, 4);
-  }
-  // Of the two sides of a valley, the flatter one counts above 80% of the steeper one's slope.
-  for (const auto& [slope, count] : {std::pair(0.9, 2U), {0.7, 1U}}) {
-    const auto valley = [&, slope = slope](double x, double) { return 0.01 * std::max(x - 128, slope * (128 - x)); };
-    TestSift sift(Picture(257, 257, valley), p);
-    EXPECT_EQ(sift.Orientations(sift.MakeKeypoint(128, 128, 10)).size(), count) << slope;
   }
 }
 
@@ -749,26 +728,6 @@ TEST(Sift, DescriptorFollowsItsDefinition) {
   }
 }
 
-TEST(Sift, DetectionAfterDescriptionSpoilsNoGradients) {
-  TestSift sift(Picture(256, 256, Scene), {});
-  sift.Detect();
-  const Keypoint keypoint = sift.MakeKeypoint(64, 6, 4);
-  const auto before = sift.Descriptor(keypoint, 1);
-  sift.Detect();
-  EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), before));
-}
-
-TEST(Sift, NormalizeGivesLengthOne) {
-  float values[] = {3, 0, -4};
-  VL::Sift::Normalize(values, values + 3);
-  EXPECT_NEAR(values[0], 0.6, 1e-6);
-  EXPECT_NEAR(values[2], -0.8, 1e-6);
-  float zeros[] = {0, 0};
-  VL::Sift::Normalize(zeros, zeros + 2);
-  EXPECT_EQ(zeros[0] + zeros[1], 0);
-  VL::Sift::Normalize(zeros, zeros);
-}
-
 TEST(Sift, MakeKeypointFindsOctaveAndLevel) {
   const TestSift sift(Noise(128, 128, 1), {});
   for (int o = 1; o <= 3; ++o) {
@@ -782,28 +741,23 @@ TEST(Sift, MakeKeypointFindsOctaveAndLevel) {
       EXPECT_EQ(std::tuple(keypoint.x, keypoint.y, keypoint.sigma), std::tuple(50.9F, 21.0F, sigma));
     }
   }
-  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e-3F).o, 1);
-  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e-3F).is, 0);
-  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e5F).o, 3);
-  EXPECT_EQ(sift.MakeKeypoint(0, 0, 1e5F).is, 2);
+  const Keypoint least = sift.MakeKeypoint(0, 0, 1e-3F);
+  const Keypoint most = sift.MakeKeypoint(0, 0, 1e5F);
+  EXPECT_EQ(std::tuple(least.o, least.is, most.o, most.is), std::tuple(1, 0, 3, 2));
 }
 
 TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
   TestSift sift(Noise(128, 128, 1), {});
   const Keypoint good = sift.MakeKeypoint(64, 64, 4);
-  const auto with = [&](auto change) {
-    Keypoint keypoint = good;
-    change(keypoint);
-    return keypoint;
-  };
-  const Keypoint cases[] = {with([](Keypoint& k) { k.x = -3; }),    with([](Keypoint& k) { k.x = 127.1F; }),
-                            with([](Keypoint& k) { k.y = 1e30F; }), with([](Keypoint& k) { k.y = kNaN; }),
-                            with([](Keypoint& k) { k.is = -1; }),   with([](Keypoint& k) { k.is = 3; }),
-                            with([](Keypoint& k) { k.o = 0; }),     with([](Keypoint& k) { k.o = 4; }),
-                            sift.MakeKeypoint(64, 64, 0.1F),        sift.MakeKeypoint(64, 64, 1e-30F),
-                            sift.MakeKeypoint(64, 64, 0),           sift.MakeKeypoint(64, 64, -1),
-                            sift.MakeKeypoint(64, 64, 1e12F),       sift.MakeKeypoint(64, 64, kInfinity),
-                            sift.MakeKeypoint(64, 64, kNaN)};
+  std::vector<Keypoint> cases;
+  for (const float sigma : {0.1F, 1e-30F, 0.0F, -1.0F, 1e12F, kInfinity, kNaN}) {
+    cases.push_back(sift.MakeKeypoint(64, 64, sigma));
+  }
+  constexpr float kPlaces[][4] = {{-3, 64, 1, 0},  {127.1F, 64, 1, 0}, {64, 1e30F, 1, 0}, {64, kNaN, 1, 0},
+                                  {64, 64, 1, -1}, {64, 64, 1, 3},     {64, 64, 0, 0},    {64, 64, 4, 0}};
+  for (const auto& [x, y, o, is] : kPlaces) {
+    cases.push_back({static_cast<int>(o), good.ix, good.iy, static_cast<int>(is), x, y, good.s, good.sigma});
+  }
   std::ostringstream errors;
   std::streambuf* const before = std::cerr.rdbuf(errors.rdbuf());
   std::string lines;
@@ -852,6 +806,28 @@ std::vector<Described> Describe(TestSift& sift, float threshold) {
     }
   }
   return result;
+}
+
+TEST(Sift, QuarterTurnTurnsKeypointsAndKeepsDescriptors) {
+  const Parameters p = {0.5F, 1.6F, 1, 3, 0, -1, 4};
+  TestSift upright(Picture(160, 120, Scene), p);
+  // Column x, row y of the picture comes to column 119 - y, row x.
+  TestSift turned(Picture(120, 160, [](double x, double y) { return Scene(y, 119 - x); }), p);
+  const auto a = Describe(upright, 0.004F);
+  const auto b = Describe(turned, 0.004F);
+  ASSERT_GT(a.size(), 20U);
+  ASSERT_EQ(a.size(), b.size());
+  for (const Described& one : a) {
+    const auto isPartner = [&](const Described& other) {
+      const double turn = std::remainder(other.angle - one.angle - kPi / 2, 2 * kPi);
+      return std::hypot(other.keypoint.x - (119 - one.keypoint.y), other.keypoint.y - one.keypoint.x) < 0.02 &&
+             std::abs(turn) < 0.01;
+    };
+    const auto partner = std::find_if(b.begin(), b.end(), isPartner);
+    ASSERT_NE(partner, b.end()) << one.keypoint.x << " " << one.keypoint.y;
+    EXPECT_NEAR(partner->keypoint.sigma, one.keypoint.sigma, 0.01);
+    EXPECT_LT(Distance(partner->descriptor, one.descriptor), 0.02);
+  }
 }
 
 TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {

@@ -1,5 +1,8 @@
+#include <cstdint>
+
 #include <QApplication>
 #include <benchmark/benchmark.h>
+#include <hwy/highway.h>
 
 #include "base/memory.h"
 
@@ -12,5 +15,8 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
     return 1;
   }
+  // Of the instruction sets that were compiled, the best that the processor has is the lowest bit.
+  const std::int64_t targets = hwy::SupportedTargets() & HWY_TARGETS;
+  benchmark::AddCustomContext("simd", hwy::TargetName(targets & -targets));
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -45,17 +45,8 @@ class TFunctionProbe : public TFunction {
   }
   TFunctionProbe(TLines kinds, int optional) : TFunctionProbe() { SetParameters(std::move(kinds), optional); }
 
-  using TFunction::SetHelp;
-
   TVarList variables;
   TLines lines;
-};
-
-struct TCheck {
-  TLines kinds;
-  int optional;
-  TLines params;
-  TLines messages;
 };
 
 TLines Names(const TVarList& list) {
@@ -68,46 +59,43 @@ TLines Names(const TVarList& list) {
 
 }  // namespace
 
-TEST(TFunction, ParametersAreCheckedByNumberThenByKind) {
-  const std::string unknown = "Parameter 1 (y) is an unknown variable";
-  const std::vector<TCheck> checks = {
-      {{}, 0, {}, {}},
-      {{}, 0, {"1"}, {"Function does not take parameters"}},
-      {{"string"}, 0, {}, {"Function needs 1 parameter"}},
-      {{"string"}, 0, {"\"a", "b\""}, {"Function needs 1 parameter"}},
-      {{"variable", "string"}, 0, {"y"}, {"Function needs 2 parameters"}},
-      {{"variable", "string", "string"}, 0, {}, {"Function needs 3 parameters"}},
-      {{"variable", "boolean"}, 1, {}, {"Function needs 1 to 2 parameters"}},
-      {{"variable", "boolean"}, 1, {"y", "z", ""}, {"Function needs 1 to 2 parameters"}},
-      {{"string"}, 1, {"a", "b"}, {"Function needs 0 to 1 parameters"}},
-      {{"variable"}, 0, {"x"}, {}},
-      {{"variable"}, 0, {"y"}, {unknown}},
-      {{"variable"}, 0, {"X"}, {"Parameter 1 (X) is an unknown variable"}},
-      {{"variable"}, 0, {""}, {"Parameter 1 () is an unknown variable"}},
-      {{"string"}, 0, {"\"\""}, {}},
-      {{"string"}, 0, {"\""}, {}},
-      {{"string"}, 0, {"a.jpg"}, {"Parameter 1 (a.jpg) is not of type 'string', use syntax \"...\""}},
-      {{"string"}, 0, {"\"a"}, {"Parameter 1 (\"a) is not of type 'string', use syntax \"...\""}},
-      {{"string"}, 0, {"a\""}, {"Parameter 1 (a\") is not of type 'string', use syntax \"...\""}},
-      {{"string"}, 0, {""}, {"Parameter 1 () is not of type 'string', use syntax \"...\""}},
-      {{"string"}, 0, {"%s%n"}, {"Parameter 1 (%s%n) is not of type 'string', use syntax \"...\""}},
-      {{"boolean", "boolean"}, 0, {"true", "false"}, {}},
-      {{"variable", "boolean"}, 1, {"x"}, {}},
-      {{"variable", "boolean"}, 1, {"y"}, {unknown}},
-      {{"variable", "boolean"}, 1, {"x", ""}, {"Parameter 2 () is not of type 'boolean', use true or false"}},
-      {{"variable", "boolean"},
-       1,
-       {"y", "maybe"},
-       {unknown, "Parameter 2 (maybe) is not of type 'boolean', use true or false"}},
-      {{"variable", "variable", "string"},
-       0,
-       {"y", "x", "s"},
-       {unknown, "Parameter 3 (s) is not of type 'string', use syntax \"...\""}},
-  };
-  for (const TCheck& check : checks) {
-    TFunctionProbe function(check.kinds, check.optional);
-    EXPECT_EQ(function.CheckParameters(check.params), check.messages.empty());
-    EXPECT_EQ(function.lines, check.messages);
+TEST(TFunction, ParametersAreCountedFirst) {
+  const struct {
+    std::size_t known;
+    int optional;
+    std::size_t given;
+    const char* message;
+  } cases[] = {{0, 0, 1, "Function does not take parameters"}, {1, 0, 0, "Function needs 1 parameter"},
+               {1, 0, 2, "Function needs 1 parameter"},        {2, 0, 1, "Function needs 2 parameters"},
+               {3, 0, 0, "Function needs 3 parameters"},       {2, 1, 0, "Function needs 1 to 2 parameters"},
+               {2, 1, 3, "Function needs 1 to 2 parameters"},  {1, 1, 2, "Function needs 0 to 1 parameters"}};
+  for (const auto& [known, optional, given, message] : cases) {
+    TFunctionProbe function(TLines(known, "string"), optional);
+    EXPECT_FALSE(function.CheckParameters(TLines(given, "y")));
+    EXPECT_EQ(function.lines, TLines{message});
+  }
+}
+
+TEST(TFunction, EveryParameterIsCheckedByItsKind) {
+  const std::string unknown = " is an unknown variable";
+  const std::string noText = " is not of type 'string', use syntax \"...\"";
+  const std::string noTruth = " is not of type 'boolean', use true or false";
+  const struct {
+    TLines kinds, params, messages;
+  } cases[] = {{{}, {}, {}},
+               {{"variable", "string", "string"}, {"x", "\"\"", "\""}, {}},
+               {{"boolean", "boolean", "boolean"}, {"true", "false"}, {}},
+               {{"variable", "boolean"}, {"x"}, {}},
+               {{"variable", "variable"}, {"X", ""}, {"Parameter 1 (X)" + unknown, "Parameter 2 ()" + unknown}},
+               {{"string", "string"}, {"a.jpg", "\"a"}, {"Parameter 1 (a.jpg)" + noText, "Parameter 2 (\"a)" + noText}},
+               {{"string", "string"}, {"a\"", ""}, {"Parameter 1 (a\")" + noText, "Parameter 2 ()" + noText}},
+               {{"variable", "string"}, {"x", "%s%n"}, {"Parameter 2 (%s%n)" + noText}},
+               {{"variable", "string", "boolean"}, {"y", "\"\""}, {"Parameter 1 (y)" + unknown}},
+               {{"boolean", "boolean"}, {"maybe", ""}, {"Parameter 1 (maybe)" + noTruth, "Parameter 2 ()" + noTruth}}};
+  for (const auto& [kinds, params, messages] : cases) {
+    TFunctionProbe function(kinds, static_cast<int>(kinds.size() - params.size()));
+    EXPECT_EQ(function.CheckParameters(params), messages.empty());
+    EXPECT_EQ(function.lines, messages);
   }
 }
 
@@ -125,16 +113,6 @@ TEST(TFunction, WithoutOverridesItTakesAnythingAndRunsNothing) {
   EXPECT_EQ(function.lines, (TLines{"No help available for this function",
                                     "This function needs a destination variable - function not executed",
                                     "This function does not need a destination variable - function not executed"}));
-}
-
-TEST(TFunction, HelpIsPrintedLineByLine) {
-  TFunctionProbe function;
-  function.SetHelp({"Name:        Probe", "Syntax:      probe()"});
-  function.ShowHelp();
-  EXPECT_EQ(function.lines, (TLines{"Name:        Probe", "Syntax:      probe()"}));
-  function.SetOutput({});
-  function.ShowHelp();
-  EXPECT_EQ(function.lines.size(), 2u);
 }
 
 TEST(TFunction, StrippingQuotesTakesTheFirstAndTheLastCharacter) {
@@ -166,25 +144,18 @@ TEST(TVarList, VariablesKeepTheOrderOfAddition) {
   EXPECT_EQ(deaths, (TLines{"b", "a"}));
 }
 
-TEST(TVarList, AVariableCanBeRemovedByItsOwnName) {
-  TLines deaths;
-  TVarList list;
-  list.Add(std::make_unique<TVarProbe>("a name that is too long for a small string", &deaths));
-  list.Add(std::make_unique<TVarProbe>("b", &deaths));
-  while (!list.GetVariables().empty()) {
-    list.Remove(list.GetVariables().front()->GetName());
-  }
-  EXPECT_EQ(deaths, (TLines{"a name that is too long for a small string", "b"}));
-}
-
-TEST(TVarList, TheStoreEndsItsVariablesInOrder) {
+TEST(TVarList, VariablesGoByTheirOwnNamesOrInOrderWithTheStore) {
+  const std::string name = "a name that is too long for a small string";
   TLines deaths;
   {
     TVarList list;
-    list.Add(std::make_unique<TVarProbe>("b", &deaths));
-    list.Add(std::make_unique<TVarProbe>("a", &deaths));
+    for (const std::string& each : {name, std::string("c"), std::string("b")}) {
+      list.Add(std::make_unique<TVarProbe>(each, &deaths));
+    }
+    list.Remove(list.GetVariables().front()->GetName());
+    EXPECT_EQ(deaths, TLines{name});
   }
-  EXPECT_EQ(deaths, (TLines{"b", "a"}));
+  EXPECT_EQ(deaths, (TLines{name, "c", "b"}));
 }
 
 TEST(TVarList, VariablesSpeakThroughTheOutputThatTheStoreHasNow) {
