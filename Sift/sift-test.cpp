@@ -203,6 +203,30 @@ TEST(Convolve, EqualsThePlainLoopsOnEveryTarget) {
   });
 }
 
+TEST(Convolve, StaysCloseToADoubleConvolutionInThePlane) {
+  constexpr int kRadius = 9;
+  const Picture picture = Noise(61, 43, 5);
+  std::vector<float> filter;
+  for (int k = -kRadius; k <= kRadius; ++k) {
+    filter.push_back(static_cast<float>(Gaussian(k, 0, 2.5) / (2.5 * std::sqrt(2 * kPi))));
+  }
+  const std::vector<float> result = ConvolveInBands(picture, filter, picture.height, false);
+  for (int y = 0; y < picture.height; ++y) {
+    for (int x = 0; x < picture.width; ++x) {
+      double sum = 0;
+      for (int v = -kRadius; v <= kRadius; ++v) {
+        for (int u = -kRadius; u <= kRadius; ++u) {
+          const int column = std::clamp(x + u, 0, picture.width - 1);
+          const int row = std::clamp(y + v, 0, picture.height - 1);
+          sum += static_cast<double>(filter[u + kRadius]) * filter[v + kRadius] *
+                 picture.values[row * picture.width + column];
+        }
+      }
+      ASSERT_NEAR(result[y * picture.width + x], sum, 1e-5) << x << ", " << y;
+    }
+  }
+}
+
 TEST(Convolve, FindsExtremaAsBruteForceDoesOnEveryTarget) {
   // Few values, so that many neighbours are equal.
   std::mt19937 random(9);

@@ -49,7 +49,7 @@ HWY_INLINE hn::Vec<D32> AddProductPairs(D32 d32, hn::Vec<D32> sum, V16 a, V16 b)
 }
 
 template <class D8, class V8>
-HWY_INLINE void StoreWidened(D8 d8, V8 bytes, int16_t* levels) {
+HWY_INLINE void StoreWidened(D8 /*d8*/, V8 bytes, int16_t* levels) {
   const hn::RepartitionToWide<hn::Repartition<int8_t, D8>> d16;
   const hn::Half<D8> half;
   StoreU(PromoteTo(d16, LowerHalf(half, bytes)), d16, levels);
@@ -108,7 +108,8 @@ HWY_INLINE void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t be
   const int16_t* const levels1 = planes[kChannels / 2] + begin;
   const int16_t* const levels2 = planes[kChannels - 1] + begin;
 
-  const auto addTaps = [&](auto tag16, auto& sum0, auto& sum1, auto& sum2, ptrdiff_t t) HWY_ATTR {
+  const auto addTaps = [&](auto tag16, auto& sum0, [[maybe_unused]] auto& sum1, [[maybe_unused]] auto& sum2,
+                           ptrdiff_t t) HWY_ATTR {
     const hn::RepartitionToWide<decltype(tag16)> tag32;
     const auto someWeights = LoadU(tag16, weights + t);
     sum0 = AddProductPairs(tag32, sum0, LoadU(tag16, levels0 + t), someWeights);
@@ -120,7 +121,7 @@ HWY_INLINE void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t be
   auto wide0 = Zero(wide32);
   auto wide1 = Zero(wide32);
   auto wide2 = Zero(wide32);
-  const ptrdiff_t lanes = static_cast<ptrdiff_t>(hn::Lanes(wide16));
+  const auto lanes = static_cast<ptrdiff_t>(hn::Lanes(wide16));
   ptrdiff_t t = 0;
   for (; t + lanes <= pitch; t += lanes) {
     addTaps(wide16, wide0, wide1, wide2, t);

@@ -1,12 +1,14 @@
 #include "segmentation/segment-layout.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
 namespace {
 
 constexpr int kGridSize = 8;
+constexpr std::size_t kCellCount = 64;
 constexpr int kSquareSize = 30;
 
 void AppendRect(int x, int y, int width, int height, TImageSegmentList& segments) {
@@ -31,7 +33,7 @@ int SquareEdge(int position, int size) {
 }  // namespace
 
 void AppendGridCells(int width, int height, TImageSegmentList& segments) {
-  segments.reserve(segments.size() + kGridSize * kGridSize);
+  segments.reserve(segments.size() + kCellCount);
   for (int row = 0; row < kGridSize; ++row) {
     const int y = GridEdge(height, row);
     for (int column = 0; column < kGridSize; ++column) {

@@ -28,6 +28,7 @@ std::string TWorkbench::Run(const std::string& line) {
 std::vector<std::string> TWorkbench::GetColumn(int column) const {
   const auto* table = window.findChild<QTableWidget*>("twVariables");
   std::vector<std::string> texts;
+  texts.reserve(static_cast<std::size_t>(table->rowCount()));
   for (int row = 0; row < table->rowCount(); ++row) {
     texts.push_back(FromQString(dynamic_cast<QLabel*>(table->cellWidget(row, column))->text()));
   }
