@@ -15,7 +15,7 @@ std::FILE* TakeStandardOutput();
 /// only sets what Interrupted() tells; a second one ends the program at once.
 void CatchSignals();
 
-/// True once Ctrl-C was pressed after CatchSignals().
+/// True once Ctrl-C was pressed after CatchSignals(); always false in a program that did not call it.
 bool Interrupted();
 
 /// Reads lines from standard input or from a file as they arrive. Lines end in LF or CR LF; what stands behind the last

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include "base/console.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
 
@@ -54,6 +55,9 @@ bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
   script.Load(filename);
   const TListScope scope(running, identity);
   for (const std::string& line : script.entries) {
+    if (base::Interrupted()) {
+      break;
+    }
     command(line);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   }

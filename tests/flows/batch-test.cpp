@@ -170,6 +170,22 @@ TEST_F(TBatch, CtrlCEndsTheRunAndKeepsTheHistory) {
   EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset()\r\n");
 }
 
+TEST_F(TBatch, CtrlCEndsAScriptInsideAScriptAfterTheLineUnderWay) {
+  std::string lines;
+  for (int i = 0; i < 50000; ++i) {
+    lines += "reset()\r\n";
+  }
+  MakeFile("inner.txt", lines);
+  process.setArguments({});
+  process.start();
+  process.write("executescript(\"inner.txt\")\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  kill(static_cast<pid_t>(process.processId()), SIGINT);
+  const TOutcome outcome = Finish();
+  EXPECT_EQ(outcome.status, 130);
+  EXPECT_LT(outcome.output.size(), lines.size());
+}
+
 TEST_F(TBatch, AClosedPipeEndsTheRunAndKeepsTheHistory) {
   MakeFile("s.txt", [] {
     std::string lines;
