@@ -4,6 +4,14 @@
 
 namespace base {
 
+namespace {
+
+bool IsWhiteSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+}  // namespace
+
 char LowerAscii(char character) {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
@@ -13,10 +21,6 @@ std::string FoldCase(std::string text) {
     character = LowerAscii(character);
   }
   return text;
-}
-
-bool IsWhiteSpace(char character) {
-  return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
 std::string_view Trim(std::string_view text) {

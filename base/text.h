@@ -13,10 +13,8 @@ char LowerAscii(char character);
 /// The text with A to Z in lower case; every other byte stays.
 std::string FoldCase(std::string text);
 
-/// Blank, tab, line feed, carriage return, vertical tab or form feed.
-bool IsWhiteSpace(char character);
-
-/// The text without white space at both ends. Refers to the argument's characters.
+/// The text without blanks, tabs, line feeds, carriage returns, vertical tabs and form feeds at both ends. Refers to
+/// the argument's characters.
 std::string_view Trim(std::string_view text);
 
 /// The texts one behind the other, with `separator` between each two.

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int kGridSize = 8;
-constexpr std::size_t kCellCount = 64;
+constexpr std::size_t kCellCount = std::size_t{kGridSize} * kGridSize;
 constexpr int kSquareSize = 30;
 
 void AppendRect(int x, int y, int width, int height, TImageSegmentList& segments) {
