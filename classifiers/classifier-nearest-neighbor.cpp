@@ -24,12 +24,10 @@ struct TNearest {
   double result = 0.0;
 };
 
-/// Compares the query with the examples of one list, a block of them at a time: the kernel is fastest on several
-/// candidates, and a block of fixed size needs no memory of its own.
+/// Compares the query with the examples of one list, a block of them at a time, which needs no memory of its own.
 void Compare(const TFeatureVector& query, const TFeatureVectorList& list, double result, TNearest& nearest) {
   constexpr std::size_t kBlock = 64;
   std::array<const double*, kBlock> candidates;
-  std::array<double, kBlock> distances;
   const auto& items = list.GetItems();
   for (std::size_t i = 0; i < items.size();) {
     std::size_t count = 0;
@@ -38,12 +36,9 @@ void Compare(const TFeatureVector& query, const TFeatureVectorList& list, double
         candidates[count++] = items[i]->GetData();
       }
     }
-    std::fill_n(distances.begin(), count, 0.0);
-    kernels::AddL1Distances(query.GetData(), query.GetLength(), candidates.data(), count, distances.data());
-    for (std::size_t c = 0; c < count; ++c) {
-      if (distances[c] < nearest.distance) {
-        nearest = {distances[c], result};
-      }
+    if (kernels::FindNearestL1(query.GetData(), query.GetLength(), candidates.data(), count, nearest.distance) <
+        count) {
+      nearest.result = result;
     }
   }
 }

@@ -5,6 +5,8 @@
 
 #include <boost/function.hpp>
 
+#include "base/shared-text.h"
+
 /// Base of everything that the user's work leaves in the variable store: a name, a type name, and a channel for lines
 /// of output. A variable belongs to its store (TVarList), or to the variable that holds it, such as an image in a
 /// database.
@@ -24,25 +26,29 @@ class TVar {
   /// One line about the contents, for the Variables table.
   virtual std::string GetDescription() const = 0;
 
-  const std::string& GetName() const { return name; }
-  const std::string& GetType() const { return type; }
+  const std::string& GetName() const { return name.get(); }
+  std::string GetType() const { return type; }
   void SetName(const std::string& newName) { name = newName; }
 
   /// Where Print() sends its lines; bound by the store that takes the variable.
-  void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }
+  void SetOutput(const boost::function<void(std::string)>& newOutput) {
+    output = std::make_unique<boost::function<void(std::string)>>(newOutput);
+  }
 
  protected:
+  /// The name of the type is a constant of the derived class.
   explicit TVar(const char* typeName) : type(typeName) {}
 
   /// Prints one line, if the variable stands in a store.
   void Print(const std::string& line) const {
-    if (output) {
-      output(line);
+    if (output && *output) {
+      (*output)(line);
     }
   }
 
  private:
-  std::string name;
-  std::string type;
-  boost::function<void(std::string)> output;
+  base::TSharedText name = base::kNoText;
+  const char* const type;
+  // Most variables are images of a database: these have no name and no output, and there may be a million of them.
+  std::unique_ptr<boost::function<void(std::string)>> output;
 };

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "base/shared-text.h"
+
 /// A named array of doubles, the one numeric vector of the system: features, and the examples of classifiers. The name
 /// is that of the feature which produced it.
 class TFeatureVector {
@@ -16,7 +18,7 @@ class TFeatureVector {
   double* GetData() { return data.get(); }
   const double* GetData() const { return data.get(); }
   std::uint32_t GetLength() const { return length; }
-  const std::string& GetName() const { return name; }
+  const std::string& GetName() const { return name.get(); }
   void SetName(const std::string& newName) { name = newName; }
 
   /// Keeps the numbers if the length is the current one; otherwise they are undefined.
@@ -34,5 +36,5 @@ class TFeatureVector {
  private:
   std::unique_ptr<double[]> data;
   std::uint32_t length = 0;
-  std::string name;
+  base::TSharedText name = base::kNoText;
 };

@@ -443,4 +443,40 @@ TEST(AddL1Distances, SumsAbsoluteDifferences) {
   EXPECT_EQ(sums, (std::array<double, 9>{25.0, 0.25, 15.0, 0.25, 15.0, 0.25, 15.0, 0.25, 15.0}));
 }
 
+TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  std::mt19937 random(9);
+  OnEachTarget([&] {
+    for (const std::size_t length : {0, 1, 63, 64, 65, 256, 300}) {
+      SCOPED_TRACE(length);
+      const std::vector<double> query(length);
+      std::vector<double> numbers(length);
+      std::generate(numbers.begin(), numbers.end(), [&] { return std::ldexp(1.0 + 0x1p-32 * random(), random() % 9); });
+      // The same numbers in another order: the sums differ by their rounding alone, and every thirtieth is the last
+      // one over again. The others are no match.
+      std::vector<std::vector<double>> vectors;
+      for (int i = 0; i < 90; ++i) {
+        vectors.emplace_back(length, i % 4 == 0 ? kNaN : i % 4 == 1 ? kInfinity : 1e9);
+        vectors.push_back(i % 30 == 29 ? vectors[vectors.size() - 2] : numbers);
+        std::shuffle(numbers.begin(), numbers.end(), random);
+      }
+      std::vector<const double*> candidates;
+      for (const auto& vector : vectors) {
+        candidates.push_back(vector.data());
+      }
+      double expectedDistance = std::numeric_limits<double>::max();
+      const std::size_t expected = kernels::reference::FindNearestL1(query.data(), length, candidates.data(),
+                                                                     candidates.size(), expectedDistance);
+      double distance = std::numeric_limits<double>::max();
+      EXPECT_EQ(kernels::FindNearestL1(query.data(), length, candidates.data(), candidates.size(), distance), expected);
+      EXPECT_EQ(distance, expectedDistance);
+      // As near is not nearer.
+      EXPECT_EQ(kernels::FindNearestL1(query.data(), length, candidates.data(), candidates.size(), distance),
+                candidates.size());
+      EXPECT_EQ(distance, expectedDistance);
+    }
+  });
+}
+
 }  // namespace

@@ -15,4 +15,10 @@ namespace kernels {
 void AddL1Distances(const double* query, std::size_t length, const double* const* candidates, std::size_t count,
                     double* sums);
 
+// The first of the nearest candidates, of those nearer than `distance`: its index, and its distance from the query in
+// `distance`, worked out as above. `count` if there is none; `distance` stays then. A candidate that cannot be the
+// nearest is left as soon as that is certain, so that not all of its elements are read.
+std::size_t FindNearestL1(const double* query, std::size_t length, const double* const* candidates, std::size_t count,
+                          double& distance);
+
 }  // namespace kernels

@@ -149,4 +149,18 @@ inline void AddL1Distances(const double* query, std::size_t length, const double
   }
 }
 
+inline std::size_t FindNearestL1(const double* query, std::size_t length, const double* const* candidates,
+                                 std::size_t count, double& distance) {
+  std::size_t nearest = count;
+  for (std::size_t c = 0; c < count; ++c) {
+    double sum = 0.0;
+    AddL1Distances(query, length, candidates + c, 1, &sum);
+    if (sum < distance) {
+      distance = sum;
+      nearest = c;
+    }
+  }
+  return nearest;
+}
+
 }  // namespace kernels::reference

@@ -1,5 +1,6 @@
 #include "retrieval/var-database-index.h"
 
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
@@ -81,6 +82,22 @@ TEST(TVarDatabaseIndex, SortingPutsTheSmallestFirstAndKeepsTheOrderOfTies) {
   }
   EXPECT_EQ(Order(index), expected);
   EXPECT_EQ(index.GetEntries().back().distance, infinity);
+}
+
+TEST(TVarDatabaseIndex, SortingTellsEveryTwoDistancesApartButTheTwoZeros) {
+  const double least = std::numeric_limits<double>::denorm_min();
+  const double greatest = std::numeric_limits<double>::max();
+  const double infinity = std::numeric_limits<double>::infinity();
+  TVarDatabaseIndex index;
+  int image = 0;
+  for (const double distance : {1.5, 0.0, infinity, -0.0, std::nextafter(1.5, 2.0), greatest, 0.0, least, 2.5, -1.0,
+                                std::nextafter(1.5, 1.0), -infinity, -1.5}) {
+    index.AddEntry(image++, distance);
+  }
+  index.SortEntries();
+  EXPECT_EQ(Order(index), (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
+  index.SortEntries();
+  EXPECT_EQ(Order(index), (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
 }
 
 TEST(TVarDatabaseIndex, AssignCopiesEntriesAndNames) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/shared-text.h"
 #include "images/feature-vector-list.h"
 
 /// A part of an image with feature vectors of its own. It holds no pixels: they are cut from the file when needed.
@@ -24,12 +25,12 @@ class TImageSegment {
   const TFeatureVectorList& GetFeatures() const { return features; }
 
   /// The name of the concept found on this segment; empty if none was.
-  const std::string& GetLabel() const { return label; }
+  const std::string& GetLabel() const { return label.get(); }
   void SetLabel(const std::string& newLabel) { label = newLabel; }
 
  private:
   TFeatureVectorList features;
-  std::string label;
+  base::TSharedText label = base::kNoText;
 };
 
 /// A rectangle of pixels, the only kind of segment. The origin is the image's top left corner.
