@@ -4,6 +4,11 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 #include "tests/support/scratch-directory.h"
 
@@ -49,4 +54,37 @@ TEST(TFile, WhatCannotBeReadOrWrittenIsReported) {
   if (std::filesystem::exists("/dev/full")) {
     EXPECT_FALSE(base::WriteFile("/dev/full", "x")) << "a full disk shows only when the file is closed";
   }
+}
+
+TEST(TFileReader, ReadsFilesOfAnySizeOneAfterTheOtherAndNothingElse) {
+  const TScratchDirectory scratch;
+  base::TFileReader reader;
+  int number = 0;
+  for (const std::size_t size : {16, 16, 17, 15, 0, 0, 16, 101, 100, 16}) {
+    const std::string content(size, static_cast<char>('a' + number++));
+    MakeFile("file", content);
+    const bool fits = size <= 100;
+    EXPECT_EQ(reader.Read("file", 100), fits ? base::TReadOutcome::kRead : base::TReadOutcome::kTooLarge) << number;
+    EXPECT_EQ(reader.GetBytes(), fits ? content : "");
+  }
+  EXPECT_EQ(reader.Read("file", 15), base::TReadOutcome::kTooLarge)
+      << "as long as the one before, but no longer wanted";
+  reader.Read("file", 16);
+  EXPECT_EQ(reader.Read("absent", 100), base::TReadOutcome::kAbsent);
+  EXPECT_EQ(reader.Read(".", 100), base::TReadOutcome::kAbsent);
+#ifndef _WIN32
+  // A pipe that could give just as many bytes keeps them.
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  const int pipe = open("pipe", O_RDWR | O_NONBLOCK);
+  ASSERT_EQ(write(pipe, "0123456789abcdef", 16), 16);
+  reader.Read("file", 16);
+  EXPECT_EQ(reader.Read("pipe", 100), base::TReadOutcome::kAbsent);
+  std::string kept(17, ' ');
+  EXPECT_EQ(read(pipe, kept.data(), kept.size()), 16);
+  close(pipe);
+  for (const char* device : {"/dev/null", "/dev/zero"}) {
+    reader.Read("file", 16);
+    EXPECT_EQ(reader.Read(device, 100), base::TReadOutcome::kAbsent) << device;
+  }
+#endif
 }

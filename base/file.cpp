@@ -42,6 +42,10 @@ bool IsRegular(const TStatus& status) {
 auto ReadSome(int descriptor, void* bytes, std::size_t count) {
   return _read(descriptor, bytes, static_cast<unsigned int>(count));
 }
+// There is no such call.
+std::ptrdiff_t ReadFromStart(int /*descriptor*/, void* /*bytes*/, std::size_t /*count*/) {
+  return -1;
+}
 auto WriteSome(int descriptor, const void* bytes, std::size_t count) {
   return _write(descriptor, bytes, static_cast<unsigned int>(count));
 }
@@ -65,6 +69,9 @@ bool IsRegular(const TStatus& status) {
 }
 auto ReadSome(int descriptor, void* bytes, std::size_t count) {
   return read(descriptor, bytes, count);
+}
+std::ptrdiff_t ReadFromStart(int descriptor, void* bytes, std::size_t count) {
+  return pread(descriptor, bytes, count, 0);
 }
 auto WriteSome(int descriptor, const void* bytes, std::size_t count) {
   return write(descriptor, bytes, count);
@@ -92,25 +99,39 @@ bool TransferAll(TByte* bytes, std::size_t count, const TTransfer& transfer) {
 
 }  // namespace
 
-TRegularFile::TRegularFile(const std::string& path) : descriptor(Open(path, O_RDONLY)) {
+TReadOutcome TFileReader::Read(const std::string& path, std::uint64_t most) {
+  const int descriptor = Open(path, O_RDONLY);
+  if (descriptor < 0) {
+    return TReadOutcome::kAbsent;
+  }
+  const TReadOutcome outcome =
+      size <= most && HasSizeAsBefore(descriptor) ? TReadOutcome::kRead : ReadToSize(descriptor, most);
+  if (outcome != TReadOutcome::kRead) {
+    size = 0;
+  }
+  Close(descriptor);
+  return outcome;
+}
+
+/// Reads a file that gives as many bytes as the one before and not one more, without asking for its size. A pipe has no
+/// first byte to go to, so that nothing is taken from it.
+bool TFileReader::HasSizeAsBefore(int descriptor) {
+  return size > 0 && ReadFromStart(descriptor, bytes.data(), size + 1) == static_cast<std::ptrdiff_t>(size);
+}
+
+TReadOutcome TFileReader::ReadToSize(int descriptor, std::uint64_t most) {
   TStatus status = {};
-  if (IsOpen() && GetStatus(descriptor, status) && IsRegular(status)) {
-    size = static_cast<std::uint64_t>(status.st_size);
-  } else if (IsOpen()) {
-    Close(descriptor);
-    descriptor = -1;
+  if (!GetStatus(descriptor, status) || !IsRegular(status)) {
+    return TReadOutcome::kAbsent;
   }
-}
-
-TRegularFile::~TRegularFile() {
-  if (IsOpen()) {
-    Close(descriptor);
+  if (static_cast<std::uint64_t>(status.st_size) > most) {
+    return TReadOutcome::kTooLarge;
   }
-}
-
-bool TRegularFile::Read(void* bytes, std::size_t count) {
-  return TransferAll(static_cast<char*>(bytes), count,
-                     [this](void* next, std::size_t rest) { return ReadSome(descriptor, next, rest); });
+  size = static_cast<std::size_t>(status.st_size);
+  bytes.resize(size + 1);
+  const bool isRead =
+      TransferAll(bytes.data(), size, [=](void* next, std::size_t rest) { return ReadSome(descriptor, next, rest); });
+  return isRead ? TReadOutcome::kRead : TReadOutcome::kAbsent;
 }
 
 std::optional<std::string> ReadFile(const std::string& path) {

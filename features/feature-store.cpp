@@ -1,9 +1,9 @@
 #include "features/feature-store.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
-#include "base/file.h"
 #include "base/little-endian.h"
 #include "base/native-path.h"
 #include "images/feature-vector.h"
@@ -11,7 +11,12 @@
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename) {
   std::string_view stem = base::FileNameOf(imageFilename);
   stem = stem.substr(0, stem.rfind('.'));
-  return base::WithTrailingSeparator("FeatureStorage") + featureName + "-" + std::string(stem) + ".dat";
+  static const std::string directory = base::WithTrailingSeparator("FeatureStorage");
+  std::string path;
+  // One block of memory for all pieces: a collection asks for a path an image.
+  path.reserve(directory.size() + featureName.size() + stem.size() + 5);
+  path.append(directory).append(featureName).append(1, '-').append(stem).append(".dat");
+  return path;
 }
 
 bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
@@ -21,22 +26,14 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
   return base::ReplaceFile(path, stored.GetData(), stored.GetLength() * sizeof(double));
 }
 
-TLoadOutcome LoadStoredFeature(const std::string& path, TFeatureVector& vector) {
-  constexpr std::uint64_t kMaxLength = 1 << 24;
-  base::TRegularFile file(path);
-  if (!file.IsOpen()) {
-    return TLoadOutcome::kAbsent;
+base::TReadOutcome LoadStoredFeature(base::TFileReader& reader, const std::string& path, TFeatureVector& vector) {
+  constexpr std::uint64_t kMost = (std::uint64_t{1} << 24) * sizeof(double) + sizeof(double) - 1;
+  const base::TReadOutcome outcome = reader.Read(path, kMost);
+  if (outcome == base::TReadOutcome::kRead) {
+    const std::string_view bytes = reader.GetBytes();
+    vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
+    std::copy_n(bytes.data(), vector.GetLength() * sizeof(double), reinterpret_cast<char*>(vector.GetData()));
+    base::OrderDoubles(vector.GetData(), vector.GetLength());
   }
-  const std::uint64_t length = file.GetSize() / sizeof(double);
-  if (length > kMaxLength) {
-    return TLoadOutcome::kTooLarge;
-  }
-  TFeatureVector loaded;
-  loaded.SetLength(static_cast<std::uint32_t>(length));
-  if (!file.Read(loaded.GetData(), loaded.GetLength() * sizeof(double))) {
-    return TLoadOutcome::kAbsent;
-  }
-  base::OrderDoubles(loaded.GetData(), loaded.GetLength());
-  vector.SwapNumbers(loaded);
-  return TLoadOutcome::kLoaded;
+  return outcome;
 }

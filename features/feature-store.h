@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "base/file.h"
+
 class TFeatureVector;
 
 /// The directory "FeatureStorage" of raw vector files, one for each image and feature. A file holds the doubles of one
@@ -14,9 +16,7 @@ std::string StoredFeaturePath(const std::string& featureName, const std::string&
 /// Writes the vector's numbers in place of an earlier file, which stays whole if that fails. False if it fails.
 bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 
-enum class TLoadOutcome { kLoaded, kAbsent, kTooLarge };
-
-/// Fills the vector with the doubles of the file; bytes behind the last whole one do not count. Absent is also what is
-/// no regular file or cannot be read; too large is a file of more than 2^24 doubles. Unless loaded, the vector is as it
-/// was. Its name is the caller's business.
-TLoadOutcome LoadStoredFeature(const std::string& path, TFeatureVector& vector);
+/// Fills the vector with the doubles of the file; bytes behind the last whole one do not count. Too large is a
+/// file of more than 2^24 doubles. Unless the outcome is kRead, the vector is as it was. Its name is the caller's
+/// business.
+base::TReadOutcome LoadStoredFeature(base::TFileReader& reader, const std::string& path, TFeatureVector& vector);

@@ -35,15 +35,17 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   Print("Loading features..");
+  base::TFileReader reader;
   for (const auto& image : database->GetImages()) {
-    LoadImage(featureName, *image);
+    LoadImage(reader, featureName, *image);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   }
   Print("Done");
   return true;
 }
 
-void TFunctionLoadFeature::LoadImage(const std::string& featureName, TVarImage& image) const {
+void TFunctionLoadFeature::LoadImage(base::TFileReader& reader, const std::string& featureName,
+                                     TVarImage& image) const {
   const std::string path = StoredFeaturePath(featureName, image.GetFilename());
   TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
   TFeatureVector* known = features.Find(featureName);
@@ -51,10 +53,10 @@ void TFunctionLoadFeature::LoadImage(const std::string& featureName, TVarImage& 
   if (added) {
     added->SetName(featureName);
   }
-  const TLoadOutcome outcome = LoadStoredFeature(path, added ? *added : *known);
-  if (outcome == TLoadOutcome::kTooLarge) {
+  const base::TReadOutcome outcome = LoadStoredFeature(reader, path, added ? *added : *known);
+  if (outcome == base::TReadOutcome::kTooLarge) {
     Print(FormatString("File '%s' is too large", path.c_str()));
-  } else if (outcome == TLoadOutcome::kLoaded && added) {
+  } else if (outcome == base::TReadOutcome::kRead && added) {
     features.Add(added.release());
   }
 }

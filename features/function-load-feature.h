@@ -6,6 +6,9 @@
 #include "engine/function.h"
 
 class TVarImage;
+namespace base {
+class TFileReader;
+}
 
 /// loadfeature: reads one feature of the running system for all images of a database from "FeatureStorage". Images
 /// without a file there stay as they are.
@@ -15,5 +18,5 @@ class TFunctionLoadFeature : public TFunction {
   bool Execute(const std::vector<std::string>& params) override;
 
  private:
-  void LoadImage(const std::string& featureName, TVarImage& image) const;
+  void LoadImage(base::TFileReader& reader, const std::string& featureName, TVarImage& image) const;
 };

@@ -1,7 +1,6 @@
 #include "images/feature-vector.h"
 
 #include <algorithm>
-#include <utility>
 
 void TFeatureVector::SetLength(std::uint32_t newLength) {
   if (newLength == length) {
@@ -15,11 +14,6 @@ void TFeatureVector::SetLength(std::uint32_t newLength) {
 
 void TFeatureVector::Clear() {
   std::fill_n(data.get(), length, 0.0);
-}
-
-void TFeatureVector::SwapNumbers(TFeatureVector& other) {
-  std::swap(data, other.data);
-  std::swap(length, other.length);
 }
 
 void TFeatureVector::Assign(const TFeatureVector& other) {

@@ -27,9 +27,6 @@ class TFeatureVector {
   /// Zeroes all numbers.
   void Clear();
 
-  /// Exchanges numbers and length, but not the names.
-  void SwapNumbers(TFeatureVector& other);
-
   /// Takes over numbers and name.
   void Assign(const TFeatureVector& other);
 
