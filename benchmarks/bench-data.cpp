@@ -8,7 +8,9 @@
 #include <utility>
 
 #include <malloc.h>
+#include <sys/statvfs.h>
 
+#include "images/crop.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -29,36 +31,50 @@ std::size_t AllocatedBytes() {
   return info.uordblks + info.hblkhd;
 }
 
-void AddVector(TVarImage& image, const char* name, std::mt19937_64& random) {
+void AddVector(TVarImage& image, const char* name, int length, std::mt19937_64& random) {
   auto vector = std::make_unique<TFeatureVector>();
   vector->SetName(name);
-  vector->SetLength(kVectorLength);
-  FillAtRandom(vector->GetData(), random);
+  vector->SetLength(static_cast<std::uint32_t>(length));
+  FillAtRandom(vector->GetData(), length, random);
   image.GetImageSegment().GetFeatures().Add(vector.release());
 }
 
-std::unique_ptr<TCollection> MakeCollection() {
-  auto collection = std::make_unique<TCollection>();
-  std::mt19937_64 random(1);
-  const std::string location = PictureDirectory(kCollectionSize, 0, 0);
-  const std::size_t before = AllocatedBytes();
+void AddVectors(TVarImage& image, const TCollectionKind& kind, std::mt19937_64& random) {
+  AddVector(image, "hsv", kind.length, random);
+  if (kind.features > 1) {
+    AddVector(image, "lbp", kind.length, random);
+  }
+}
+
+std::unique_ptr<TVarDatabase> MakeDatabase(const std::string& location) {
   auto database = std::make_unique<TVarDatabase>();
   database->SetName("db");
   database->SetLocation(location);
   database->ScanDirectory();
+  return database;
+}
+
+std::unique_ptr<TCollection> MakeCollection(const TCollectionKind& kind) {
+  auto collection = std::make_unique<TCollection>();
+  std::mt19937_64 random(1);
+  const std::string location = PictureDirectory(kind.images, 0, 0);
+  const std::size_t before = AllocatedBytes();
+  auto database = MakeDatabase(location);
   for (const auto& image : database->GetImages()) {
-    AddVector(*image, "hsv", random);
-    AddVector(*image, "lbp", random);
+    AddVectors(*image, kind, random);
   }
-  collection->bytesForEachByte =
-      static_cast<double>(AllocatedBytes() - before) / (2.0 * kCollectionSize * kVectorLength * sizeof(double));
+  collection->bytesForEachByte = static_cast<double>(AllocatedBytes() - before) /
+                                 (1.0 * kind.features * kind.images * kind.length * sizeof(double));
   collection->store.Add(std::move(database));
   auto query = std::make_unique<TVarImage>();
   query->SetName("q");
-  AddVector(*query, "hsv", random);
-  AddVector(*query, "lbp", random);
+  AddVectors(*query, kind, random);
   collection->store.Add(std::move(query));
   return collection;
+}
+
+filesystem::path DirectoryName(int count, int width, int height) {
+  return BenchDirectory() / (std::to_string(count) + "-" + std::to_string(width) + "x" + std::to_string(height));
 }
 
 }  // namespace
@@ -92,8 +108,7 @@ const TImageRGB& Mosaic(int width, int height) {
 }
 
 std::string PictureDirectory(int count, int width, int height) {
-  const filesystem::path directory =
-      BenchDirectory() / (std::to_string(count) + "-" + std::to_string(width) + "x" + std::to_string(height));
+  const filesystem::path directory = DirectoryName(count, width, height);
   if (filesystem::exists(directory / "complete")) {
     return directory;
   }
@@ -105,11 +120,24 @@ std::string PictureDirectory(int count, int width, int height) {
     std::ofstream{first};
   }
   for (int i = 2; i <= count; ++i) {
-    filesystem::copy_file(first, directory / ("im" + std::to_string(i) + ".jpg"),
-                          filesystem::copy_options::overwrite_existing);
+    const filesystem::path next = directory / ("im" + std::to_string(i) + ".jpg");
+    if (width > 0) {
+      filesystem::copy_file(first, next, filesystem::copy_options::overwrite_existing);
+    } else {
+      std::ofstream{next};
+    }
   }
   std::ofstream(directory / "complete");
   return directory;
+}
+
+bool HasRoomForEmptyFiles(int count) {
+  struct statvfs room = {};
+  filesystem::create_directories(BenchDirectory());
+  // Some file systems have no such limit and say 0.
+  return filesystem::exists(DirectoryName(count, 0, 0) / "complete") ||
+         (statvfs(BenchDirectory().c_str(), &room) == 0 &&
+          (room.f_files == 0 || room.f_favail > static_cast<fsfilcnt_t>(count)));
 }
 
 std::string SampleDirectory(int first, int last) {
@@ -123,8 +151,25 @@ std::string SampleDirectory(int first, int last) {
   return directory;
 }
 
-void EnterWorkDirectory() {
-  const filesystem::path directory = BenchDirectory() / "work";
+std::string CutSampleDirectory(int first, int last) {
+  const filesystem::path directory = BenchDirectory() / ("cut-" + std::to_string(first) + "-" + std::to_string(last));
+  filesystem::create_directories(directory);
+  for (int i = first; i <= last; ++i) {
+    TImageRGB photo;
+    TImageRGB cut;
+    if (!photo.LoadFromFile(SamplePhoto(i))) {
+      std::abort();
+    }
+    const int left = photo.GetWidth() / 16;
+    const int top = photo.GetHeight() / 16;
+    CropImage(photo, left, top, photo.GetWidth() - left, photo.GetHeight() - top, cut);
+    cut.SaveToFile(directory / filesystem::path(SamplePhoto(i)).filename());
+  }
+  return directory;
+}
+
+void EnterWorkDirectory(const std::string& name) {
+  const filesystem::path directory = BenchDirectory() / name;
   filesystem::create_directories(directory);
   filesystem::current_path(directory);
 }
@@ -136,13 +181,23 @@ std::string Quoted(const std::string& text) {
   return quoted;
 }
 
-TCollection& Collection() {
-  static const std::unique_ptr<TCollection> collection = MakeCollection();
+TCollection& Collection(const TCollectionKind& kind) {
+  static std::map<TCollectionKind, std::unique_ptr<TCollection>> known;
+  auto& collection = known[kind];
+  if (!collection) {
+    collection = MakeCollection(kind);
+  }
   return *collection;
 }
 
-void FillAtRandom(double* values, std::mt19937_64& random) {
-  for (int i = 0; i < kVectorLength; ++i) {
+std::unique_ptr<TVarList> DatabaseStore(const std::string& location) {
+  auto store = std::make_unique<TVarList>();
+  store->Add(MakeDatabase(location));
+  return store;
+}
+
+void FillAtRandom(double* values, int length, std::mt19937_64& random) {
+  for (int i = 0; i < length; ++i) {
     values[i] = static_cast<double>(random() >> 11) * 0x1p-61;
   }
 }

@@ -1,10 +1,8 @@
-// Whole commands: loaddatabase over 100,000 names beside listing and sorting them, and updatefeature and segmentimage
+// Whole commands: loaddatabase over many names beside listing and sorting them, and updatefeature and segmentimage
 // over a folder of photographs beside its decoding alone.
 
 #include <algorithm>
-#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -23,8 +21,18 @@ namespace {
 
 constexpr int kPhotoCount = 200;
 
+/// Empty files, as many as the argument says. Nothing, and the bench skipped, if there is no room for them.
+std::string Names(benchmark::State& state) {
+  const auto count = static_cast<int>(state.range(0));
+  if (!HasRoomForEmptyFiles(count)) {
+    state.SkipWithError("The directory for temporary files has no room for so many files.");
+    return "";
+  }
+  return PictureDirectory(count, 0, 0);
+}
+
 void BM_LoadDatabaseListAndSortAlone(benchmark::State& state) {
-  const std::string location = PictureDirectory(kCollectionSize, 0, 0);
+  const std::string location = Names(state);
   for (auto _ : state) {
     std::vector<std::string> names;
     DIR* directory = opendir(location.c_str());
@@ -40,7 +48,7 @@ void BM_LoadDatabaseListAndSortAlone(benchmark::State& state) {
 }
 
 void BM_LoadDatabase(benchmark::State& state) {
-  const std::vector<std::string> parameters = {Quoted(PictureDirectory(kCollectionSize, 0, 0))};
+  const std::vector<std::string> parameters = {Quoted(Names(state))};
   TFunctionLoadDatabase load;
   for (auto _ : state) {
     TVarDatabase database;
@@ -64,19 +72,8 @@ void BM_PhotosDecodeAlone(benchmark::State& state) {
   }
 }
 
-/// A store with the folder as the database "db".
-std::unique_ptr<TVarList> PhotoStore() {
-  auto store = std::make_unique<TVarList>();
-  auto database = std::make_unique<TVarDatabase>();
-  database->SetName("db");
-  database->SetLocation(PictureDirectory(kPhotoCount, 640, 480));
-  database->ScanDirectory();
-  store->Add(std::move(database));
-  return store;
-}
-
 void BM_UpdateFeature(benchmark::State& state, const char* feature) {
-  const auto store = PhotoStore();
+  const auto store = DatabaseStore(PictureDirectory(kPhotoCount, 640, 480));
   const TFeatureList features;
   TFunctionUpdateFeature update;
   update.SetVarList(store.get());
@@ -87,7 +84,7 @@ void BM_UpdateFeature(benchmark::State& state, const char* feature) {
 }
 
 void BM_SegmentGrid(benchmark::State& state) {
-  const auto store = PhotoStore();
+  const auto store = DatabaseStore(PictureDirectory(kPhotoCount, 640, 480));
   TFunctionSegmentImage segment;
   segment.SetVarList(store.get());
   for (auto _ : state) {
@@ -95,8 +92,8 @@ void BM_SegmentGrid(benchmark::State& state) {
   }
 }
 
-BENCHMARK(BM_LoadDatabaseListAndSortAlone)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_LoadDatabase)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadDatabaseListAndSortAlone)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadDatabase)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PhotosDecodeAlone)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_UpdateFeature, hsv, "hsv")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_UpdateFeature, lbp, "lbp")->Unit(benchmark::kMillisecond);

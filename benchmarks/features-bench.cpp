@@ -1,5 +1,5 @@
-// The gray plane and the built-in features on 640 x 480, beside their plain loops and what OpenCV makes of the same
-// task.
+// The gray plane and the built-in features on 640 x 480, at several SIMD levels, beside their plain loops and what
+// OpenCV makes of the same task.
 
 #include <array>
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "benchmarks/bench-data.h"
+#include "benchmarks/simd-level.h"
 #include "images/image-gray.h"
 #include "kernels/gray-plane.h"
 #include "kernels/hsv-histogram.h"
@@ -109,14 +110,31 @@ void BM_LbpOpenCv(benchmark::State& state) {
 }
 
 BENCHMARK(BM_Gray<kernels::GrayPlane>)->Name("BM_Gray")->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Gray<kernels::GrayPlane>, HWY_AVX2>)->Name("BM_Gray/AVX2")->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Gray<kernels::GrayPlane>, kPlain>)->Name("BM_Gray/SSE2")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Gray<kernels::reference::GrayPlane>)->Name("BM_GrayPlainLoop")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GrayOpenCv)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Histogram<kernels::HsvHistogram, Color>)->Name("BM_Hsv")->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, Color>, HWY_AVX3>)
+    ->Name("BM_Hsv/AVX-512")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, Color>, HWY_AVX2>)
+    ->Name("BM_Hsv/AVX2")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, Color>, kPlain>)
+    ->Name("BM_Hsv/SSE2")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Histogram<kernels::reference::HsvHistogram, Color>)
     ->Name("BM_HsvPlainLoop")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_HsvOpenCv)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Histogram<kernels::LbpHistogram, Gray>)->Name("BM_Lbp")->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::LbpHistogram, Gray>, HWY_AVX2>)
+    ->Name("BM_Lbp/AVX2")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::LbpHistogram, Gray>, kPlain>)
+    ->Name("BM_Lbp/SSE2")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Histogram<kernels::reference::LbpHistogram, Gray>)->Name("BM_LbpPlainLoop")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LbpOpenCv)->Unit(benchmark::kMillisecond);
 

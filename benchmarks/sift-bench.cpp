@@ -11,6 +11,7 @@
 
 #include "Sift/sift.h"
 #include "benchmarks/bench-data.h"
+#include "benchmarks/simd-level.h"
 #include "images/image-gray.h"
 #include "segmentation/interest-points-sift.h"
 
@@ -170,6 +171,8 @@ void Sizes(benchmark::internal::Benchmark* benchmark) {
 BENCHMARK(BM_SiftPyramid)->Apply(Sizes);
 BENCHMARK(BM_SiftPyramidOpenCv)->Apply(Sizes);
 BENCHMARK(BM_SiftDetect)->Apply(Sizes);
+BENCHMARK(AtLevel<BM_SiftDetect, HWY_AVX2>)->Name("BM_SiftDetect/AVX2")->Apply(Sizes);
+BENCHMARK(AtLevel<BM_SiftDetect, kPlain>)->Name("BM_SiftDetect/SSE2")->Apply(Sizes);
 BENCHMARK(BM_SiftDetectFromColours)->Apply(Sizes);
 BENCHMARK(BM_SiftDetectOpenCv)->Apply(Sizes);
 BENCHMARK(BM_SiftDetectOpenCvFindsNothing)->Apply(Sizes);

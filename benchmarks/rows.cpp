@@ -1,0 +1,133 @@
+// The lines of the tables, in their order.
+
+#include "benchmarks/report.h"
+
+namespace {
+
+const TFigure kPerPixel = {"perPixel", TUnit::kSeconds};
+const TFigure kPerNumber = {"perNumber", TUnit::kSeconds};
+const TFigure kPerQuery = {"perQuery", TUnit::kSeconds};
+const TFigure kChildTime = {"processorTime", TUnit::kSeconds};
+const TFigure kWallTime = {"wallTime", TUnit::kSeconds};
+const TFigure kPeakMemory = {"peakMemory", TUnit::kBytes};
+const TFigure kBytesForEachByte = {"bytesForEachByte", TUnit::kNumber};
+
+std::vector<TPeer> Searches(const std::string& arguments) {
+  return {{"OpenCV", "BM_SearchOpenCv" + arguments},
+          {"FAISS, distances", "BM_SearchFaissDistances" + arguments},
+          {"FAISS, flat index", "BM_SearchFaissIndex" + arguments},
+          {"FLANN", "BM_SearchFlann" + arguments}};
+}
+
+std::vector<TPeer> Neighbours(const std::string& name, const std::string& arguments) {
+  return {{"OpenCV", name + "OpenCv" + arguments}, {"FAISS", name + "Faiss" + arguments}};
+}
+
+}  // namespace
+
+const std::vector<TRow>& Rows() {
+  // clang-format off
+  static const std::vector<TRow> rows = {
+      // Kernels
+      {"\"hsv\", 640x480, AVX-512", {"BM_Hsv/AVX-512"}, {{"OpenCV", "BM_HsvOpenCv"}}, 1 / 3.0},
+      {"\"hsv\", 640x480, AVX2", {"BM_Hsv/AVX2"}, {{"OpenCV", "BM_HsvOpenCv"}}, 1 / 1.8},
+      {"\"hsv\", 640x480, SSE2", {"BM_Hsv/SSE2"}, {{"OpenCV", "BM_HsvOpenCv"}}},
+      {"\"hsv\", 640x480", {"BM_Hsv"}, {{"plain loop", "BM_HsvPlainLoop"}}},
+      {"\"lbp\", 640x480", {"BM_Lbp"}, {{"OpenCV", "BM_LbpOpenCv"}}, 1 / 3.0},
+      {"\"lbp\", 640x480, AVX2", {"BM_Lbp/AVX2"}, {{"OpenCV", "BM_LbpOpenCv"}}},
+      {"\"lbp\", 640x480, SSE2", {"BM_Lbp/SSE2"}, {{"OpenCV", "BM_LbpOpenCv"}}},
+      {"\"lbp\", 640x480", {"BM_Lbp"}, {{"plain loop", "BM_LbpPlainLoop"}}},
+      {"gray plane, 640x480", {"BM_Gray"}, {{"OpenCV", "BM_GrayOpenCv"}}, 1 / 2.0},
+      {"gray plane, 640x480, AVX2", {"BM_Gray/AVX2"}, {{"OpenCV", "BM_GrayOpenCv"}}},
+      {"gray plane, 640x480, SSE2", {"BM_Gray/SSE2"}, {{"OpenCV", "BM_GrayOpenCv"}}},
+      {"gray plane, 640x480", {"BM_Gray"}, {{"plain loop", "BM_GrayPlainLoop"}}},
+      // Search
+      {"`searchimage`, 100,000 vectors of 256", {"BM_Search/100000/1/256"}, Searches("/100000/1/256"), 1 / 1.5},
+      {"`searchimage`, 100,000 vectors of 256", {"BM_Search/100000/1/256"}, {{"plain read", "BM_SearchPlainRead/100000/1/256"}}, 1.6},
+      {"`searchimage`, 100,000 vectors of 256, AVX2", {"BM_Search/AVX2/100000/1/256"}, Searches("/100000/1/256")},
+      {"`searchimage`, 100,000 vectors of 256, SSE2", {"BM_Search/SSE2/100000/1/256"}, Searches("/100000/1/256")},
+      {"`searchimage`, 100,000 vectors of 512", {"BM_Search/100000/1/512"}, Searches("/100000/1/512"), 1 / 1.5},
+      {"`searchimage`, 100,000 vectors of 512", {"BM_Search/100000/1/512"}, {{"plain read", "BM_SearchPlainRead/100000/1/512"}}, 1.6},
+      {"`searchimage`, 1,000,000 vectors of 256", {"BM_Search/1000000/1/256"}, Searches("/1000000/1/256"), 1 / 1.5},
+      {"`searchimage`, 1,000,000 vectors of 256", {"BM_Search/1000000/1/256"}, {{"plain read", "BM_SearchPlainRead/1000000/1/256"}}, 1.6},
+      {"`searchimage`, 100,000 images, both features", {"BM_Search/100000/2/256"}, {{"plain read", "BM_SearchPlainRead/100000/2/256"}}, 2},
+      {"Memory of that database for each byte of its vectors", {"BM_Search/100000/2/256"}, {{"the vectors", "", 1}}, 1.1, kBytesForEachByte},
+      // Detection
+      {"Keypoints, 640x480", {"BM_SiftDetect/640/480"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/640/480"}}, 1 / 1.7},
+      {"Keypoints, 1920x1080", {"BM_SiftDetect/1920/1080"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/1920/1080"}}, 1 / 1.7},
+      {"Keypoints, 4000x3000", {"BM_SiftDetect/4000/3000"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/4000/3000"}}, 1 / 1.7},
+      {"Keypoints, 640x480, AVX2", {"BM_SiftDetect/AVX2/640/480"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/640/480"}}},
+      {"Keypoints, 1920x1080, AVX2", {"BM_SiftDetect/AVX2/1920/1080"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/1920/1080"}}},
+      {"Keypoints, 4000x3000, AVX2", {"BM_SiftDetect/AVX2/4000/3000"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/4000/3000"}}},
+      {"Keypoints, 640x480, SSE2", {"BM_SiftDetect/SSE2/640/480"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/640/480"}}},
+      {"Keypoints, 1920x1080, SSE2", {"BM_SiftDetect/SSE2/1920/1080"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/1920/1080"}}},
+      {"Keypoints, 4000x3000, SSE2", {"BM_SiftDetect/SSE2/4000/3000"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/4000/3000"}}},
+      {"Keypoints, 640x480", {"BM_SiftDetect/640/480"}, {{"OpenCV's `detect` that finds nothing", "BM_SiftDetectOpenCvFindsNothing/640/480"}}},
+      {"Keypoints, 1920x1080", {"BM_SiftDetect/1920/1080"}, {{"OpenCV's `detect` that finds nothing", "BM_SiftDetectOpenCvFindsNothing/1920/1080"}}},
+      {"Keypoints, 4000x3000", {"BM_SiftDetect/4000/3000"}, {{"OpenCV's `detect` that finds nothing", "BM_SiftDetectOpenCvFindsNothing/4000/3000"}}},
+      {"Keypoints from the colours, 640x480", {"BM_SiftDetectFromColours/640/480"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/640/480"}}},
+      {"Keypoints from the colours, 1920x1080", {"BM_SiftDetectFromColours/1920/1080"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/1920/1080"}}},
+      {"Keypoints from the colours, 4000x3000", {"BM_SiftDetectFromColours/4000/3000"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/4000/3000"}}},
+      {"Scale space, 640x480", {"BM_SiftPyramid/640/480"}, {{"OpenCV's blurs", "BM_SiftPyramidOpenCv/640/480"}}, 1},
+      {"Scale space, 1920x1080", {"BM_SiftPyramid/1920/1080"}, {{"OpenCV's blurs", "BM_SiftPyramidOpenCv/1920/1080"}}, 1},
+      {"Scale space, 4000x3000", {"BM_SiftPyramid/4000/3000"}, {{"OpenCV's blurs", "BM_SiftPyramidOpenCv/4000/3000"}}, 1},
+      {"Scale space, a pixel of the dearest of the three sizes", {"BM_SiftPyramid/640/480", "BM_SiftPyramid/1920/1080", "BM_SiftPyramid/4000/3000"}, {{"640x480", "BM_SiftPyramid/640/480"}, {"1920x1080", "BM_SiftPyramid/1920/1080"}, {"4000x3000", "BM_SiftPyramid/4000/3000"}}, 1.3, kPerPixel},
+      {"Keypoints, a pixel of the dearest of the three sizes", {"BM_SiftDetect/640/480", "BM_SiftDetect/1920/1080", "BM_SiftDetect/4000/3000"}, {{"640x480", "BM_SiftDetect/640/480"}, {"1920x1080", "BM_SiftDetect/1920/1080"}, {"4000x3000", "BM_SiftDetect/4000/3000"}}, 1.3, kPerPixel},
+      // Classifiers
+      {"\"nearest\", a query over 10,000 histograms of 256", {"BM_NearestHistograms"}, Neighbours("BM_NearestHistograms", ""), 1 / 3.5, kPerQuery},
+      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"plain read", "BM_NearestPlainRead/10000"}}, 1.5},
+      {"\"nearest\", each number of 10,000 random rows, double against float", {"BM_Nearest/10000"}, Neighbours("BM_Nearest", "/10000"), 1, kPerNumber},
+      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"plain read", "BM_NearestPlainRead/20000"}}, 1.5},
+      {"\"nearest\", each number of 20,000 random rows, double against float", {"BM_Nearest/20000"}, Neighbours("BM_Nearest", "/20000"), 1, kPerNumber},
+      {"`findvisualconceptlocations` \"svm\", 640 rows of 256", {"BM_SvmLocate/256"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/256"}}, 1.05},
+      {"`findvisualconceptlocations` \"svm\", 640 rows of 512", {"BM_SvmLocate/512"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/512"}}, 1.1},
+      {"`learnvisualconcept` \"svm\", 1,280 rows of 256", {"BM_SvmLearn/256"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/256"}}, 1.05},
+      {"`learnvisualconcept` \"svm\", 1,280 rows of 512", {"BM_SvmLearn/512"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/512"}}, 1.05},
+      // Pictures
+      {"`LoadFromFile`, 640x480", {"BM_DecodeLoadFromFile/640/480"}, {{"libjpeg-turbo", "BM_DecodeJpegTurbo/640/480"}}, 1.5},
+      {"`LoadFromFile`, 4000x3000", {"BM_DecodeLoadFromFile/4000/3000"}, {{"libjpeg-turbo", "BM_DecodeJpegTurbo/4000/3000"}}, 1.5},
+      {"`LoadFromFile`, 640x480", {"BM_DecodeLoadFromFile/640/480"}, {{"OpenCV", "BM_DecodeOpenCv/640/480"}, {"OpenCV, from memory", "BM_DecodeOpenCvFromMemory/640/480"}}, 1 / 1.4},
+      {"`LoadFromFile`, 4000x3000", {"BM_DecodeLoadFromFile/4000/3000"}, {{"OpenCV", "BM_DecodeOpenCv/4000/3000"}, {"OpenCV, from memory", "BM_DecodeOpenCvFromMemory/4000/3000"}}, 1 / 1.4},
+      {"`LoadFromFile`, 640x480", {"BM_DecodeLoadFromFile/640/480"}, {{"FreeImage alone", "BM_DecodeLibraryAlone/640/480"}}, 1.15},
+      {"`LoadFromFile`, 4000x3000", {"BM_DecodeLoadFromFile/4000/3000"}, {{"FreeImage alone", "BM_DecodeLibraryAlone/4000/3000"}}, 1.15},
+      {"`updatefeature` \"hsv\", 200 photographs of 640x480", {"BM_UpdateFeature/hsv"}, {{"decoding", "BM_PhotosDecodeAlone"}}, 1.35},
+      {"`updatefeature` \"lbp\", 200 photographs of 640x480", {"BM_UpdateFeature/lbp"}, {{"decoding", "BM_PhotosDecodeAlone"}}, 1.25},
+      {"`segmentimage` \"grid\", 200 photographs of 640x480", {"BM_SegmentGrid"}, {{"decoding", "BM_PhotosDecodeAlone"}}},
+      {"Tile of 4000x3000", {"BM_Tile"}, {{"`QImage`, RGB32", "BM_TileQt/RGB32"}, {"`QImage`, RGB888", "BM_TileQt/RGB888"}}, 1},
+      {"Tile of 4000x3000", {"BM_Tile"}, {{"OpenCV, areas", "BM_TileOpenCv"}}},
+      {"Tile of 4000x3000", {"BM_Tile"}, {{"FreeImage, cubic", "BM_TileFreeImage"}}},
+      // The program
+      {"Start to window and end, processor time", {"BM_Start/workbench"}, {{"bare window, linked alike", "BM_Start/bare"}}, 2, kChildTime},
+      {"Start to window and end, by the clock", {"BM_Start/workbench"}, {{"bare window, linked alike", "BM_Start/bare"}}, 2, kWallTime},
+      {"Start to window, peak memory", {"BM_Start/workbench"}, {{"bare window, linked alike", "BM_Start/bare"}}, 2, kPeakMemory},
+      {"Start to window and end, processor time", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kChildTime},
+      {"Start to window and end, by the clock", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kWallTime},
+      {"Start to window, peak memory", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kPeakMemory},
+      // Names and files
+      {"`loaddatabase`, 1,000,000 names", {"BM_LoadDatabase/1000000"}, {{"list and sort", "BM_LoadDatabaseListAndSortAlone/1000000"}}, 1.3},
+      {"`loaddatabase`, 100,000 names", {"BM_LoadDatabase/100000"}, {{"list and sort", "BM_LoadDatabaseListAndSortAlone/100000"}}, 1.5},
+      {"`savefeature`, 100,000 vectors, first time", {"BM_SaveFeatureFirst"}, {{"plain loop", "BM_SaveFeatureFirstPlainLoop"}}, 1.2},
+      {"`savefeature`, again", {"BM_SaveFeatureAgain"}, {{"plain loop", "BM_SaveFeatureAgainPlainLoop"}}, 1.2},
+      {"`savefeature`, again", {"BM_SaveFeatureAgain"}, {{"plain loop beside and rename", "BM_SaveFeatureAgainPlainLoopBeside"}}, 1.2},
+      {"`loadfeature`, 100,000 vectors", {"BM_LoadFeature"}, {{"plain loop", "BM_LoadFeaturePlainLoop"}}, 1.2},
+      {"`loadfeature`, 100,000 vectors", {"BM_LoadFeature"}, {{"plain loop that keeps", "BM_LoadFeaturePlainLoopThatKeeps"}}, 1.2},
+      {"100,000 times `processEvents`", {"BM_LoadFeatureProcessEventsAlone"}, {{"`loadfeature`", "BM_LoadFeature"}}, 0.5},
+      {"`loadmirflickrtags`, 25,000 numbers", {"BM_LoadTags"}, {{"limit", "", 0.010}}, 1},
+      {"`MeasureRanking` and writing, 1,000,000 ranks", {"BM_MeasureAndWrite"}, {{"writing", "BM_MeasureAndWriteWriteAlone"}}, 3},
+  };
+  // clang-format on
+  return rows;
+}
+
+const std::vector<TGrowthRow>& GrowthRows() {
+  static const std::vector<TGrowthRow> rows = {
+      {"`updatefeature` \"hsv\", 64x48", "BM_GrowthUpdateFeature"},
+      {"`searchimage`, vectors of 256", "BM_GrowthSearchImage"},
+      {"`loaddatabase`", "BM_GrowthLoadDatabase"},
+      {"`loadfeature`", "BM_GrowthLoadFeature"},
+      {"`learnvisualconcept` \"nearest\"", "BM_GrowthLearn/nearest"},
+      {"`learnvisualconcept` \"svm\"", "BM_GrowthLearn/svm"},
+      {"`svm_train` alone on the same rows", "BM_GrowthLearnSvmLibraryAlone"},
+  };
+  return rows;
+}
