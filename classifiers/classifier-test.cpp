@@ -227,7 +227,7 @@ TEST(TClassifier, CopiesExamplesOrTakesTheCallersVectors) {
   probe.SetCopyExamples(false);
   probe.AddPositiveExample(vector.get());
   probe.AddPositiveExample(nullptr);
-  ASSERT_EQ(probe.GetPositiveExamples().GetItems(), std::vector{vector.get()});
+  ASSERT_EQ(probe.GetPositiveExamples().GetItems(), (TFeatureVectorList::TItems{vector.get()}));
   probe.Clear();
   probe.SetCopyExamples(true);
   probe.AddNegativeExample(vector.get());

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include <boost/container/small_vector.hpp>
+
 #include "images/feature-vector.h"
 
 /// The vectors of one image segment, or the examples of a classifier, in order of insertion. Whether the list owns its
@@ -10,6 +12,9 @@
 /// destructor; a list that does not own them leaves that to whoever gave them.
 class TFeatureVectorList {
  public:
+  // An image has two features as a rule: these need no memory of their own, and a search finds them sooner.
+  using TItems = boost::container::small_vector<TFeatureVector*, 2>;
+
   TFeatureVectorList() = default;
   ~TFeatureVectorList();
   TFeatureVectorList(const TFeatureVectorList&) = delete;
@@ -26,7 +31,7 @@ class TFeatureVectorList {
 
   void Clear();
 
-  const std::vector<TFeatureVector*>& GetItems() const { return items; }
+  const TItems& GetItems() const { return items; }
 
   /// The names of the vectors, in order.
   std::vector<std::string> GetNames() const;
@@ -35,6 +40,6 @@ class TFeatureVectorList {
   void SetOwnsItems(bool flag) { ownsItems = flag; }
 
  private:
-  std::vector<TFeatureVector*> items;
+  TItems items;
   bool ownsItems = true;
 };
