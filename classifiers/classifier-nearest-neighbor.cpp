@@ -10,7 +10,6 @@
 
 #include "base/little-endian.h"
 #include "kernels/l1-distance.h"
-#include "kernels/prefetch.h"
 
 namespace {
 
@@ -33,9 +32,6 @@ void Compare(const TFeatureVector& query, const TFeatureVectorList& list, double
   for (std::size_t i = 0; i < items.size();) {
     std::size_t count = 0;
     for (; i < items.size() && count < kBlock; ++i) {
-      if (i + kBlock < items.size()) {
-        kernels::Prefetch(items[i + kBlock]);
-      }
       if (items[i] != &query && items[i]->GetLength() == query.GetLength()) {
         candidates[count++] = items[i]->GetData();
       }

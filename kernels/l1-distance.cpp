@@ -101,74 +101,27 @@ size_t AddGroups(const double*, size_t, const double* const*, size_t, double*) {
 
 #endif
 
-// Elements that are added between two looks at whether a candidate is out already.
-constexpr size_t kPiece = 32;
+// Elements between two looks at whether a candidate is out already. Histograms tell early.
+constexpr size_t kLook = 64;
 
-using PieceTag = hn::CappedTag<double, kPiece / 2>;
-
-// Adds a piece to two vectors of sums, in the order that is fastest.
-template <class V>
-HWY_INLINE void AddPiece(const double* HWY_RESTRICT query, const double* HWY_RESTRICT candidate, V& sum0, V& sum1) {
-  const PieceTag d;
+// True if the sum is above `limit` for certain: it adds in whatever order is fastest and stops where it is. Elements
+// behind the last whole kLook do not count.
+bool IsAbove(double limit, const double* HWY_RESTRICT query, const double* HWY_RESTRICT candidate, size_t length) {
+  const hn::CappedTag<double, kLook / 4> d;
   const size_t lanes = hn::Lanes(d);
-  for (size_t i = 0; i < kPiece; i += 2 * lanes) {
-    sum0 = Add(sum0, Abs(Sub(LoadU(d, query + i), LoadU(d, candidate + i))));
-    sum1 = Add(sum1, Abs(Sub(LoadU(d, query + i + lanes), LoadU(d, candidate + i + lanes))));
-  }
-}
-
-template <class V>
-HWY_INLINE double Total(V sum0, V sum1) {
-  return hn::GetLane(SumOfLanes(PieceTag(), Add(sum0, sum1)));
-}
-
-// The places of the two pieces in which the query has most. There another histogram differs most, as a rule.
-struct TellingPieces {
-  TellingPieces(const double* query, size_t length) {
-    alignas(64) static constexpr double kNothing[kPiece] = {};
-    double most[2] = {-1.0, -1.0};
-    for (size_t i = 0; i + kPiece <= length; i += kPiece) {
-      auto sum0 = Zero(PieceTag());
-      auto sum1 = sum0;
-      AddPiece(query + i, kNothing, sum0, sum1);
-      const double sum = Total(sum0, sum1);
-      if (sum > most[0]) {
-        most[1] = most[0];
-        begins[1] = begins[0];
-        most[0] = sum;
-        begins[0] = i;
-      } else if (sum > most[1]) {
-        most[1] = sum;
-        begins[1] = i;
-      }
+  auto sum0 = Zero(d);
+  auto sum1 = Zero(d);
+  auto sum2 = Zero(d);
+  auto sum3 = Zero(d);
+  const auto difference = [&](size_t i) HWY_ATTR { return Abs(Sub(LoadU(d, query + i), LoadU(d, candidate + i))); };
+  for (size_t i = 0; i + kLook <= length;) {
+    for (const size_t end = i + kLook; i < end; i += 4 * lanes) {
+      sum0 = Add(sum0, difference(i));
+      sum1 = Add(sum1, difference(i + lanes));
+      sum2 = Add(sum2, difference(i + 2 * lanes));
+      sum3 = Add(sum3, difference(i + 3 * lanes));
     }
-  }
-
-  // For queries of at least two pieces.
-  size_t begins[2] = {0, kPiece};
-};
-
-// True if the sum is above `limit` for certain. It looks at the telling pieces first, then from the front; elements
-// behind the last pair of pieces do not count.
-HWY_INLINE bool IsAbove(double limit, const double* query, const double* candidate, size_t length,
-                        const TellingPieces& telling) {
-  if (length < 2 * kPiece) {
-    return false;
-  }
-  auto sum0 = Zero(PieceTag());
-  auto sum1 = sum0;
-  for (const size_t i : telling.begins) {
-    AddPiece(query + i, candidate + i, sum0, sum1);
-    if (Total(sum0, sum1) > limit) {
-      return true;
-    }
-  }
-  sum0 = Zero(PieceTag());
-  sum1 = sum0;
-  for (size_t i = 0; i + 2 * kPiece <= length; i += 2 * kPiece) {
-    AddPiece(query + i, candidate + i, sum0, sum1);
-    AddPiece(query + i + kPiece, candidate + i + kPiece, sum0, sum1);
-    if (Total(sum0, sum1) > limit) {
+    if (hn::GetLane(SumOfLanes(d, Add(Add(sum0, sum1), Add(sum2, sum3)))) > limit) {
       return true;
     }
   }
@@ -188,16 +141,15 @@ size_t FindNearestL1(const double* query, size_t length, const double* const* ca
   // However `length` numbers without a sign are added, the rounding takes no sum further from the true one than by this
   // part of it; the factor 2 is for both sums.
   const double slack = 1.0 + 2.0 * static_cast<double>(length) * std::numeric_limits<double>::epsilon();
-  const TellingPieces telling(query, length);
-  constexpr size_t kAhead = 8;
+  constexpr size_t kAhead = 4;
   size_t nearest = count;
   for (size_t c = 0; c < count; ++c) {
-    if (c + kAhead < count && length >= 2 * kPiece) {
-      for (size_t i = 0; i < kPiece; i += kLine) {
-        hwy::Prefetch(candidates[c + kAhead] + telling.begins[0] + i);
+    if (c + kAhead < count) {
+      for (size_t i = 0; i < std::min(kLook / 2, length); i += kLine) {
+        hwy::Prefetch(candidates[c + kAhead] + i);
       }
     }
-    if (IsAbove(distance * slack, query, candidates[c], length, telling)) {
+    if (IsAbove(distance * slack, query, candidates[c], length)) {
       continue;
     }
     const double sum = DistanceOnto(0.0, query, candidates[c], 0, length);
