@@ -36,6 +36,14 @@ int Refuse(const std::string& reason) {
   return kUnusable;
 }
 
+/// The toolkit warns of what a session at a screen would have, such as a runtime directory. Nothing of that is needed
+/// here.
+void ReportErrors(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+  if (type == QtCriticalMsg || type == QtFatalMsg) {
+    std::fprintf(stderr, "%s\n", qPrintable(message));
+  }
+}
+
 /// Pictures must look the same on every machine, so nothing of the user's screen may reach the toolkit.
 void ForgetScreen() {
   for (const char* variable : {"QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI", "QT_USE_PHYSICAL_DPI",
@@ -103,6 +111,7 @@ int Run(int argc, char** argv) {
   if (!options->variables.empty() && !base::WriteFile(options->variables, {})) {
     return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
   }
+  qInstallMessageHandler(ReportErrors);
   std::FILE* output = base::TakeStandardOutput();
   if (output == nullptr) {
     return Refuse("Standard output cannot be used");

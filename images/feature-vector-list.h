@@ -12,7 +12,7 @@
 /// destructor; a list that does not own them leaves that to whoever gave them.
 class TFeatureVectorList {
  public:
-  // An image has two features as a rule: these need no memory of their own, and a search finds them sooner.
+  // An image has two features as a rule: these need no block of memory of their own.
   using TItems = boost::container::small_vector<TFeatureVector*, 2>;
 
   TFeatureVectorList() = default;

@@ -64,6 +64,13 @@ TEST_F(TBatch, RunsAScriptWithEitherLineEndAndALastLineWithoutOne) {
   EXPECT_EQ(Run({"-"}, "a\xff\n").output, "> a\xff\n  Syntax error while parsing function call\n");
 }
 
+TEST_F(TBatch, SaysNothingOfASessionThatItDoesNotNeed) {
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.remove("XDG_RUNTIME_DIR");
+  process.setProcessEnvironment(environment);
+  EXPECT_EQ(Run({}, "reset()").errors, "");
+}
+
 TEST_F(TBatch, AnswersEachLineOfAPipeAsItArrives) {
   process.setArguments({});
   process.start();
