@@ -7,6 +7,7 @@
 #include <limits>
 #include <numeric>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 using Counts = std::array<std::uint64_t, 256>;
+using Lengths = std::vector<std::size_t>;
 
 // Runs `check` once on each SIMD level of this machine, the one without vectors included.
 template <class Check>
@@ -403,28 +405,33 @@ TEST(AddL1Distances, EqualsThePlainLoopToTheLastBit) {
   const auto number = [&] { return std::ldexp(static_cast<double>(random()) - 2e9, static_cast<int>(random() % 40)); };
 
   OnEachTarget([&] {
-    for (const std::size_t length : {0, 1, 2, 7, 255, 256}) {
-      for (const std::size_t count : {0, 1, 7, 8, 9, 100}) {
-        SCOPED_TRACE(testing::Message() << count << " vectors of " << length);
-        std::vector<double> query(length);
-        std::generate(query.begin(), query.end(), number);
-        std::vector<std::vector<double>> vectors(count, std::vector<double>(length));
-        std::vector<const double*> candidates;
-        std::vector<double> expected(count);
-        for (std::size_t c = 0; c < count; ++c) {
-          std::generate(vectors[c].begin(), vectors[c].end(), number);
-          if (length > 0 && c % 3 == 1) {
-            vectors[c][random() % length] = c % 2 == 0 ? kNaN : -kInfinity;
+    for (const auto& lengths : {Lengths{}, {0}, {1}, {2}, {7}, {255}, {256}, {256, 7}, {2, 0, 300}, {9, 1, 16}}) {
+      for (const std::size_t count : {0, 1, 3, 4, 5, 8, 100}) {
+        SCOPED_TRACE(testing::Message() << count << " candidates of " << testing::PrintToString(lengths));
+        std::vector<std::vector<double>> vectors;
+        for (std::size_t c = 0; c <= count; ++c) {
+          for (const std::size_t length : lengths) {
+            vectors.emplace_back(length);
+            std::generate(vectors.back().begin(), vectors.back().end(), number);
+            if (length > 0 && c % 3 == 1) {
+              vectors.back()[random() % length] = c % 2 == 0 ? kNaN : -kInfinity;
+            }
           }
-          candidates.push_back(vectors[c].data());
-          expected[c] = number();  // the sums go on from where they stand
         }
-        if (length == 7) {
-          query[3] = kInfinity;  // less infinity gives NaN
+        if (lengths == Lengths{7}) {
+          vectors[0][3] = kInfinity;  // less infinity gives NaN
         }
+        // The first are the query.
+        const std::vector<std::span<const double>> query(vectors.begin(), vectors.begin() + std::ssize(lengths));
+        std::vector<const double*> candidates;
+        for (std::size_t i = lengths.size(); i < vectors.size(); ++i) {
+          candidates.push_back(vectors[i].data());
+        }
+        std::vector<double> expected(count);
+        std::generate(expected.begin(), expected.end(), number);  // the sums go on from where they stand
         std::vector<double> sums = expected;
-        kernels::reference::AddL1Distances(query.data(), length, candidates.data(), count, expected.data());
-        kernels::AddL1Distances(query.data(), length, candidates.data(), count, sums.data());
+        kernels::reference::AddL1Distances(query, candidates.data(), count, expected.data());
+        kernels::AddL1Distances(query, candidates.data(), count, sums.data());
         for (std::size_t c = 0; c < count; ++c) {
           EXPECT_EQ(std::bit_cast<std::uint64_t>(sums[c]), std::bit_cast<std::uint64_t>(expected[c])) << c;
         }
@@ -434,13 +441,17 @@ TEST(AddL1Distances, EqualsThePlainLoopToTheLastBit) {
 }
 
 TEST(AddL1Distances, SumsAbsoluteDifferences) {
-  const double query[] = {1.0, -2.0, 0.5};
+  constexpr std::array kFirst{1.0, -2.0, 0.5};
+  constexpr std::array kSecond{8.0};
+  const std::array<std::span<const double>, 2> query{kFirst, kSecond};
   const double near[] = {1.0, -2.0, 0.25};
   const double far[] = {-1.0, 3.0, 8.5};
-  const std::array<const double*, 9> candidates{far, near, far, near, far, near, far, near, far};
-  std::array<double, 9> sums{10.0};
-  kernels::AddL1Distances(query, 3, candidates.data(), candidates.size(), sums.data());
-  EXPECT_EQ(sums, (std::array<double, 9>{25.0, 0.25, 15.0, 0.25, 15.0, 0.25, 15.0, 0.25, 15.0}));
+  const double zero = 0.0;
+  const std::array<const double*, 10> candidates{far,  kSecond.data(), near, &zero, far, kSecond.data(),
+                                                 near, &zero,          far,  &zero};
+  std::array<double, 5> sums{10.0};
+  kernels::AddL1Distances(query, candidates.data(), sums.size(), sums.data());
+  EXPECT_EQ(sums, (std::array<double, 5>{25.0, 8.25, 15.0, 8.25, 23.0}));
 }
 
 TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {

@@ -30,27 +30,44 @@ constexpr size_t kLine = 8;
 
 #if HWY_TARGET != HWY_SCALAR
 
-constexpr size_t kAbreast = 8;
+constexpr size_t kAbreast = 4;
 
-// Eight candidates abreast, two to a vector: an addition takes four cycles, so that one sum alone would wait most of
-// the time. Vectors of two doubles are enough to be faster than the memory that the candidates come from, if that is
-// asked in time: meanwhile the `next` eight come into the cache, line by line. Left to itself a processor sees eight
-// short streams and fetches too late, which takes a third longer.
-void AddEight(const double* HWY_RESTRICT query, size_t length, const double* const* candidates,
-              const double* const* next, double* HWY_RESTRICT sums) {
+// Asks for the vectors of the candidates ahead, line by line and one vector behind the other, as they lie in memory as
+// a rule. A processor knows such a stream for what it is; left to itself it sees one short stream for each candidate
+// abreast and fetches too late, and asking for a line of each in turn is no help: twice the time on some.
+class ReadAhead {
+ public:
+  ReadAhead(Vectors query, const double* const* candidates) : query(query), vector(candidates) {}
+
+  void FetchLine() {
+    hwy::Prefetch(*vector + i);
+    i += kLine;
+    if (i >= query[v].size()) {
+      i = 0;
+      v = v + 1 < query.size() ? v + 1 : 0;
+      ++vector;
+    }
+  }
+
+ private:
+  const Vectors query;
+  const double* const* vector;
+  size_t v = 0;
+  size_t i = 0;
+};
+
+// Four candidates abreast, two to a vector of lanes: an addition takes four cycles, so that one sum alone would wait
+// most of the time. Two lanes are enough to be as fast as the memory that the candidates come from. Each candidate has
+// its next vector `step` further on.
+void AddFour(const double* HWY_RESTRICT query, size_t length, const double* const* candidates, size_t step,
+             ReadAhead& ahead, double* HWY_RESTRICT sums) {
   const hn::FixedTag<double, 2> d;
   const double* const c0 = candidates[0];
-  const double* const c1 = candidates[1];
-  const double* const c2 = candidates[2];
-  const double* const c3 = candidates[3];
-  const double* const c4 = candidates[4];
-  const double* const c5 = candidates[5];
-  const double* const c6 = candidates[6];
-  const double* const c7 = candidates[7];
+  const double* const c1 = candidates[step];
+  const double* const c2 = candidates[2 * step];
+  const double* const c3 = candidates[3 * step];
   auto sum01 = LoadU(d, sums);
   auto sum23 = LoadU(d, sums + 2);
-  auto sum45 = LoadU(d, sums + 4);
-  auto sum67 = LoadU(d, sums + 6);
 
   // Two elements of two candidates: element i of both first, then element i + 1 of both.
   const auto addPair = [&](auto& sum, auto elements, const double* first, const double* second) HWY_ATTR {
@@ -64,30 +81,31 @@ void AddEight(const double* HWY_RESTRICT query, size_t length, const double* con
   for (; i + 2 <= length; i += 2) {
     if (i % kLine == 0) {
       for (size_t c = 0; c < kAbreast; ++c) {
-        hwy::Prefetch(next[c] + i);
+        ahead.FetchLine();
       }
     }
     const auto elements = LoadU(d, query + i);
     addPair(sum01, elements, c0 + i, c1 + i);
     addPair(sum23, elements, c2 + i, c3 + i);
-    addPair(sum45, elements, c4 + i, c5 + i);
-    addPair(sum67, elements, c6 + i, c7 + i);
   }
   StoreU(sum01, d, sums);
   StoreU(sum23, d, sums + 2);
-  StoreU(sum45, d, sums + 4);
-  StoreU(sum67, d, sums + 6);
   for (size_t c = 0; c < kAbreast; ++c) {
-    sums[c] = DistanceOnto(sums[c], query, candidates[c], i, length);
+    sums[c] = DistanceOnto(sums[c], query, candidates[c * step], i, length);
   }
 }
 
-// Takes the candidates eight by eight and returns the number of those it took.
-size_t AddGroups(const double* query, size_t length, const double* const* candidates, size_t count, double* sums) {
+// Takes the candidates four by four and returns the number of those it took.
+size_t AddGroups(Vectors query, const double* const* candidates, size_t count, double* sums) {
+  const size_t step = query.size();
   size_t c = 0;
   for (; c + kAbreast <= count; c += kAbreast) {
+    // Behind the last four there is nothing to fetch but themselves.
     const bool isLast = c + 2 * kAbreast > count;
-    AddEight(query, length, candidates + c, candidates + (isLast ? c : c + kAbreast), sums + c);
+    ReadAhead ahead(query, candidates + (isLast ? c : c + kAbreast) * step);
+    for (size_t v = 0; v < step; ++v) {
+      AddFour(query[v].data(), query[v].size(), candidates + c * step + v, step, ahead, sums + c);
+    }
   }
   return c;
 }
@@ -95,7 +113,7 @@ size_t AddGroups(const double* query, size_t length, const double* const* candid
 #else
 
 // Lanes of one element cannot be interleaved: without vectors the plain loop does it all.
-size_t AddGroups(const double*, size_t, const double* const*, size_t, double*) {
+size_t AddGroups(Vectors, const double* const*, size_t, double*) {
   return 0;
 }
 
@@ -130,9 +148,11 @@ bool IsAbove(double limit, const double* HWY_RESTRICT query, const double* HWY_R
 
 }  // namespace
 
-void AddL1Distances(const double* query, size_t length, const double* const* candidates, size_t count, double* sums) {
-  for (size_t c = AddGroups(query, length, candidates, count, sums); c < count; ++c) {
-    sums[c] = DistanceOnto(sums[c], query, candidates[c], 0, length);
+void AddL1Distances(Vectors query, const double* const* candidates, size_t count, double* sums) {
+  for (size_t c = AddGroups(query, candidates, count, sums); c < count; ++c) {
+    for (size_t v = 0; v < query.size(); ++v) {
+      sums[c] = DistanceOnto(sums[c], query[v].data(), candidates[c * query.size() + v], 0, query[v].size());
+    }
   }
 }
 
@@ -171,9 +191,8 @@ namespace kernels {
 HWY_EXPORT(AddL1Distances);
 HWY_EXPORT(FindNearestL1);
 
-void AddL1Distances(const double* query, std::size_t length, const double* const* candidates, std::size_t count,
-                    double* sums) {
-  HWY_DYNAMIC_DISPATCH(AddL1Distances)(query, length, candidates, count, sums);
+void AddL1Distances(Vectors query, const double* const* candidates, std::size_t count, double* sums) {
+  HWY_DYNAMIC_DISPATCH(AddL1Distances)(query, candidates, count, sums);
 }
 
 std::size_t FindNearestL1(const double* query, std::size_t length, const double* const* candidates, std::size_t count,

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "kernels/cubic-weights.h"
+#include "kernels/l1-distance.h"
 
 namespace kernels::reference {
 
@@ -140,21 +143,24 @@ inline void ResizeCubicGray(const unsigned char* source, int sourceStride, int s
   ResizeCubic(1, source, sourceStride, sourceWidth, sourceHeight, destination, destinationStride, width, height);
 }
 
-inline void AddL1Distances(const double* query, std::size_t length, const double* const* candidates, std::size_t count,
-                           double* sums) {
+inline void AddL1Distances(Vectors query, const double* const* candidates, std::size_t count, double* sums) {
   for (std::size_t c = 0; c < count; ++c) {
-    for (std::size_t i = 0; i < length; ++i) {
-      sums[c] += std::fabs(query[i] - candidates[c][i]);
+    for (const auto& elements : query) {
+      for (std::size_t i = 0; i < elements.size(); ++i) {
+        sums[c] += std::fabs(elements[i] - (*candidates)[i]);
+      }
+      ++candidates;
     }
   }
 }
 
 inline std::size_t FindNearestL1(const double* query, std::size_t length, const double* const* candidates,
                                  std::size_t count, double& distance) {
+  const std::array<std::span<const double>, 1> vectors{{{query, length}}};
   std::size_t nearest = count;
   for (std::size_t c = 0; c < count; ++c) {
     double sum = 0.0;
-    AddL1Distances(query, length, candidates + c, 1, &sum);
+    AddL1Distances(vectors, candidates + c, 1, &sum);
     if (sum < distance) {
       distance = sum;
       nearest = c;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "images/feature-vector-list.h"
 #include "kernels/l1-distance.h"
@@ -10,22 +11,27 @@
 std::vector<double> GetDistances(const TFeatureVectorList& query, const std::vector<std::string>& featureNames,
                                  const std::vector<const TFeatureVectorList*>& lists) {
   constexpr double kUnreachable = std::numeric_limits<double>::infinity();
-  std::vector<double> sums(lists.size(), 0.0);
-  std::vector<const double*> candidates(lists.size());
+  std::vector<std::span<const double>> wanted;
   for (const std::string& featureName : featureNames) {
-    const TFeatureVector& wanted = *query.Find(featureName);
-    for (std::size_t i = 0; i < lists.size(); ++i) {
-      const TFeatureVector* vector = lists[i]->Find(featureName);
-      if (vector != nullptr && vector->GetLength() >= wanted.GetLength()) {
-        candidates[i] = vector->GetData();
+    const TFeatureVector* vector = query.Find(featureName);
+    wanted.emplace_back(vector->GetData(), vector->GetLength());
+  }
+  std::vector<double> sums(lists.size(), 0.0);
+  std::vector<const double*> candidates;
+  candidates.reserve(lists.size() * wanted.size());
+  for (std::size_t i = 0; i < lists.size(); ++i) {
+    for (std::size_t f = 0; f < wanted.size(); ++f) {
+      const TFeatureVector* vector = lists[i]->Find(featureNames[f]);
+      if (vector != nullptr && vector->GetLength() >= wanted[f].size()) {
+        candidates.push_back(vector->GetData());
       } else {
         // The query stands in for what is missing; nothing finite can bring the sum back from infinity.
-        candidates[i] = wanted.GetData();
+        candidates.push_back(wanted[f].data());
         sums[i] = kUnreachable;
       }
     }
-    kernels::AddL1Distances(wanted.GetData(), wanted.GetLength(), candidates.data(), candidates.size(), sums.data());
   }
+  kernels::AddL1Distances(wanted, candidates.data(), lists.size(), sums.data());
   std::replace_if(
       sums.begin(), sums.end(), [](double sum) { return std::isnan(sum); }, kUnreachable);
   return sums;
