@@ -17,46 +17,72 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// The gray levels of 16-bit lanes, in the upper byte of each lane. With each weight cut into its two bytes
-//
-//   19595 R + 38470 G + 7471 B + 32768 = 256 high + low
-//   high = 76 R + 150 G + 29 B + 128
-//   low = 139 R + 70 G + 47 B
-//
-// Both sums fit into 16 bits without a sign (at most 65153 and 65280), and so does high + (low >> 8). The carry is
-// complete, which makes this exact, at a quarter of the cost of 32-bit products.
-template <class V>
-HWY_INLINE V GrayLanes(V red, V green, V blue, const uint16_t* weights) {
-  const hn::DFromV<V> d;
-  const V high = Add(Add(Mul(red, Set(d, weights[0])), Mul(green, Set(d, weights[1]))),
-                     Add(Mul(blue, Set(d, weights[2])), Set(d, 128)));
-  const V low = Add(Add(Mul(red, Set(d, weights[3])), Mul(green, Set(d, weights[4]))), Mul(blue, Set(d, weights[5])));
-  return Add(high, hn::ShiftRight<8>(low));
+constexpr hn::ScalableTag<uint8_t> kBytes;
+constexpr hn::Repartition<int16_t, decltype(kBytes)> kShorts;
+constexpr hn::Repartition<uint16_t, decltype(kBytes)> kWords;
+constexpr hn::Repartition<int32_t, decltype(kBytes)> kSums;
+constexpr hn::Repartition<uint32_t, decltype(kBytes)> kPixels;
+using Bytes = hn::Vec<decltype(kBytes)>;
+using Pixels = hn::Vec<decltype(kPixels)>;
+
+// Red and green, or blue and green, of the four pixels in the first twelve bytes of a block, each as 16 bits.
+constexpr uint8_t kNone = 0x80;
+alignas(16) constexpr uint8_t kRedGreen[16] = {0, kNone, 1, kNone, 3, kNone, 4,  kNone,
+                                               6, kNone, 7, kNone, 9, kNone, 10, kNone};
+alignas(16) constexpr uint8_t kBlueGreen[16] = {2, kNone, 1, kNone, 5,  kNone, 4,  kNone,
+                                                8, kNone, 7, kNone, 11, kNone, 10, kNone};
+// Brings the bytes of what Interleave makes into the order of its arguments.
+alignas(16) constexpr uint8_t kInOrder[16] = {0, 4, 8, 12, 2, 6, 10, 14, 1, 5, 9, 13, 3, 7, 11, 15};
+
+// 19595 R + 38470 G + 7471 B + 32768 of each pixel; the gray level is the third byte. As products have signs, green is
+// taken twice with half its weight.
+HWY_INLINE Pixels WeighedSums(Bytes pixels) {
+  const auto pair = [](int32_t first, int32_t second)
+                        HWY_ATTR { return BitCast(kShorts, Set(kSums, first | second << 16)); };
+  const auto redGreen = BitCast(kShorts, TableLookupBytesOr0(pixels, LoadDup128(kBytes, kRedGreen)));
+  const auto blueGreen = BitCast(kShorts, TableLookupBytesOr0(pixels, LoadDup128(kBytes, kBlueGreen)));
+  auto odd = Zero(kSums);
+  auto even = ReorderWidenMulAccumulate(kSums, redGreen, pair(19595, 19235), Set(kSums, 32768), odd);
+  even = ReorderWidenMulAccumulate(kSums, blueGreen, pair(7471, 19235), even, odd);
+  return BitCast(kPixels, RearrangeToOddPlusEven(even, odd));
+}
+
+// The third bytes of all lanes, first those of the first lanes.
+HWY_INLINE Bytes Interleave(Pixels a, Pixels b, Pixels c, Pixels d) {
+  const auto ab = OddEven(BitCast(kWords, b), BitCast(kWords, hn::ShiftRight<16>(a)));
+  const auto cd = OddEven(BitCast(kWords, d), BitCast(kWords, hn::ShiftRight<16>(c)));
+  return BitCast(kBytes, Or(ab, hn::ShiftLeft<8>(cd)));
 }
 
 // Writes as many gray levels as whole vectors hold and returns their number.
-size_t GrayVectors(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t width, const uint16_t* weights) {
-  const hn::ScalableTag<uint8_t> d8;
-  const hn::Repartition<uint16_t, decltype(d8)> d16;
-  const size_t lanes = hn::Lanes(d8);
-  const auto lowByte = Set(d16, 0xFF);
+size_t GrayVectors(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t width) {
+  // A vector has room for `lanes` pixels of four bytes each, and what is loaded holds a third more of three.
+  const size_t lanes = hn::Lanes(kPixels);
+  const size_t blocks = lanes / 4;
+  HWY_ALIGN int32_t first[hn::MaxLanes(kPixels)];
+  HWY_ALIGN int32_t last[hn::MaxLanes(kPixels)];
+  HWY_ALIGN int32_t inOrder[hn::MaxLanes(kPixels)];
+  for (size_t i = 0; i < lanes; ++i) {
+    // Four pixels to each block.
+    first[i] = static_cast<int32_t>(i - i / 4);
+    last[i] = static_cast<int32_t>(i - i / 4 + blocks);
+    inOrder[i] = static_cast<int32_t>(i % blocks * 4 + i / blocks);
+  }
+  const auto firstLanes = SetTableIndices(kPixels, first);
+  const auto lastLanes = SetTableIndices(kPixels, last);
+  const auto lanesInOrder = SetTableIndices(kPixels, inOrder);
+  const auto sums = [](const uint8_t* bytes, auto indices) HWY_ATTR {
+    return WeighedSums(BitCast(kBytes, TableLookupLanes(BitCast(kPixels, LoadU(kBytes, bytes)), indices)));
+  };
 
   size_t x = 0;
-  for (; x + lanes <= width; x += lanes) {
-    auto red = Zero(d8);
-    auto green = Zero(d8);
-    auto blue = Zero(d8);
-    hn::LoadInterleaved3(d8, rgb + 3 * x, red, green, blue);
-    const auto red16 = BitCast(d16, red);
-    const auto green16 = BitCast(d16, green);
-    const auto blue16 = BitCast(d16, blue);
-    // Even and odd bytes apart instead of widening the halves: no byte has to change its place, neither now nor when
-    // the results come together again.
-    const auto even = GrayLanes(And(red16, lowByte), And(green16, lowByte), And(blue16, lowByte), weights);
-    const auto odd =
-        GrayLanes(hn::ShiftRight<8>(red16), hn::ShiftRight<8>(green16), hn::ShiftRight<8>(blue16), weights);
-    const auto result = OddEven(BitCast(d8, odd), BitCast(d8, hn::ShiftRight<8>(even)));
-    StoreU(result, d8, gray + x);
+  for (; x + 4 * lanes <= width; x += 4 * lanes) {
+    const uint8_t* const bytes = rgb + 3 * x;
+    // The last load ends where its pixels end, as nothing may follow them.
+    const auto mixed = Interleave(sums(bytes, firstLanes), sums(bytes + 3 * lanes, firstLanes),
+                                  sums(bytes + 6 * lanes, firstLanes), sums(bytes + 8 * lanes, lastLanes));
+    const auto ordered = BitCast(kPixels, TableLookupBytes(mixed, LoadDup128(kBytes, kInOrder)));
+    StoreU(BitCast(kBytes, TableLookupLanes(ordered, lanesInOrder)), kBytes, gray + x);
   }
   return x;
 }
@@ -64,14 +90,14 @@ size_t GrayVectors(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, 
 #else
 
 // Lanes of one element cannot be shuffled: without vectors the plain loop does it all.
-size_t GrayVectors(const uint8_t*, uint8_t*, size_t, const uint16_t*) {
+size_t GrayVectors(const uint8_t*, uint8_t*, size_t) {
   return 0;
 }
 
 #endif
 
-void GrayRow(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t width, const uint16_t* weights) {
-  for (size_t x = GrayVectors(rgb, gray, width, weights); x < width; ++x) {
+void GrayRow(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t width) {
+  for (size_t x = GrayVectors(rgb, gray, width); x < width; ++x) {
     const uint8_t* pixel = rgb + 3 * x;
     gray[x] = static_cast<uint8_t>((19595u * pixel[0] + 38470u * pixel[1] + 7471u * pixel[2] + 32768u) >> 16);
   }
@@ -79,11 +105,10 @@ void GrayRow(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t
 
 }  // namespace
 
-void GrayPlane(const uint8_t* rgb, int rgbStride, uint8_t* gray, int grayStride, int width, int height,
-               const uint16_t* weights) {
+void GrayPlane(const uint8_t* rgb, int rgbStride, uint8_t* gray, int grayStride, int width, int height) {
   for (int y = 0; y < height; ++y) {
     GrayRow(rgb + static_cast<ptrdiff_t>(y) * rgbStride, gray + static_cast<ptrdiff_t>(y) * grayStride,
-            static_cast<size_t>(width), weights);
+            static_cast<size_t>(width));
   }
 }
 
@@ -94,17 +119,13 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kernels {
 
-// The upper bytes of the weights 19595, 38470 and 7471, then the lower ones. They come as an argument, because a
-// compiler that knows them makes several shifts and additions of each product, which is half as fast.
-constexpr std::uint16_t kWeightBytes[6] = {76, 150, 29, 139, 70, 47};
-
 HWY_EXPORT(GrayPlane);
 
 void GrayPlane(const unsigned char* rgb, int rgbStride, unsigned char* gray, int grayStride, int width, int height) {
   if (width < 1 || height < 1) {
     return;
   }
-  HWY_DYNAMIC_DISPATCH(GrayPlane)(rgb, rgbStride, gray, grayStride, width, height, kWeightBytes);
+  HWY_DYNAMIC_DISPATCH(GrayPlane)(rgb, rgbStride, gray, grayStride, width, height);
 }
 
 }  // namespace kernels
