@@ -17,6 +17,9 @@ bool Decode(const char* file, bool isFromMemory) {
     return !cv::imread(file).empty();
   }
   std::ifstream stream(file, std::ios::binary | std::ios::ate);
+  if (!stream) {
+    return false;
+  }
   std::vector<char> bytes(static_cast<std::size_t>(stream.tellg()));
   stream.seekg(0).read(bytes.data(), std::ssize(bytes));
   return !cv::imdecode(bytes, cv::IMREAD_COLOR).empty();
