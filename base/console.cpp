@@ -74,21 +74,31 @@ extern "C" void OnInterrupt(int signal) {
 
 }  // namespace
 
-std::FILE* TakeStandardOutput() {
+std::FILE* TakeStandardOutput(bool verbose) {
   std::fflush(stdout);
 #ifdef _WIN32
   const int own = _dup(_fileno(stdout));
-  if (own < 0 || _dup2(_fileno(stderr), _fileno(stdout)) < 0) {
+  const int other = verbose ? _fileno(stderr) : _open("NUL", _O_WRONLY);
+  if (own < 0 || other < 0 || _dup2(other, _fileno(stdout)) < 0) {
     return nullptr;
   }
   _setmode(own, _O_BINARY);
   return _fdopen(own, "wb");
 #else
   const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
-  if (own < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
+  const int other = verbose ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (own < 0 || other < 0 || dup2(other, STDOUT_FILENO) < 0) {
     return nullptr;
   }
   return fdopen(own, "wb");
+#endif
+}
+
+bool IsTerminal(std::FILE* stream) {
+#ifdef _WIN32
+  return _isatty(_fileno(stream)) != 0;
+#else
+  return isatty(fileno(stream)) != 0;
 #endif
 }
 

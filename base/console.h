@@ -7,9 +7,12 @@
 /// and Ctrl-C as a wish that it can grant between two commands.
 namespace base {
 
-/// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on.
-/// The stream stays open until the program ends. Null if the platform refuses.
-std::FILE* TakeStandardOutput();
+/// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on if
+/// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
+std::FILE* TakeStandardOutput(bool verbose);
+
+/// True if the stream is a terminal, before somebody's eyes.
+bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
 /// only sets what Interrupted() tells; a second one ends the program at once.

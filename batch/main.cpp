@@ -1,5 +1,5 @@
-// tessimar-batch: the workbench without a screen, for servers, scripts and tests. The same window and engine run on the
-// toolkit's offscreen platform; the window is never shown.
+// tessimar-batch: the workbench without a screen, for servers, scripts and tests. The same engine runs with a stream of
+// text in place of the window; dialogs are made on the toolkit's offscreen platform.
 
 #include <cstdio>
 #include <exception>
@@ -15,12 +15,11 @@
 #include "base/native-path.h"
 #include "base/text.h"
 #include "batch/options.h"
-#include "batch/output-tap.h"
 #include "batch/picture-saver.h"
+#include "batch/stream-view.h"
 #include "batch/tables.h"
 #include "engine/ctrl-main.h"
 #include "gui/dialog-runner.h"
-#include "gui/main-window.h"
 
 namespace {
 
@@ -55,9 +54,8 @@ void ForgetScreen() {
 }
 
 /// Runs the lines and writes what was asked for.
-int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap) {
-  MainWindow window;
-  TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
+int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& view) {
+  TCtrlMain controller(view);
   if (options.seed) {
     controller.SetSeed(*options.seed);
   }
@@ -65,7 +63,7 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   const TDialogRunnerScope scope(
       options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
   std::string line;
-  while (!tap.HasFailed() && reader.Next(line)) {
+  while (!view.HasFailed() && reader.Next(line)) {
     controller.ExecuteCommand(line);
   }
   if (!options.variables.empty() && !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
@@ -81,7 +79,7 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   if (base::Interrupted()) {
     return kInterrupted;
   }
-  if (tap.HasFailed()) {
+  if (view.HasFailed()) {
     return kNobodyReads;
   }
   return controller.GetFailedLines() == 0 ? kSucceeded : kLineFailed;
@@ -112,7 +110,7 @@ int Run(int argc, char** argv) {
     return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
   }
   qInstallMessageHandler(ReportErrors);
-  std::FILE* output = base::TakeStandardOutput();
+  std::FILE* output = base::TakeStandardOutput(options->verbose);
   if (output == nullptr) {
     return Refuse("Standard output cannot be used");
   }
@@ -122,8 +120,8 @@ int Run(int argc, char** argv) {
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
-  TOutputTap tap(output);
-  return RunLines(*options, *reader, tap);
+  TStreamView view(output);
+  return RunLines(*options, *reader, view);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 const char* const kUsage =
     R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [--seed N]
-                      [SCRIPT]
+                      [--verbose] [SCRIPT]
 
 Runs each line of SCRIPT, or of standard input when SCRIPT is - or left out, as if
 it were typed into the command line of the workbench, and prints what the output
@@ -17,7 +17,8 @@ pane would show.
   --variables FILE  write the variables at the end: name, type, description
   --rankings DIR    write each ranking at the end to DIR/NAME.tsv
   --seed N          draw the same lots in every run (neural networks, the map)
-  --help            print this text
+  --verbose         show on standard error what the training libraries print
+  -h, --help        print this text
   --version         print the version
 
 Exit status: 0 if every line succeeded, 1 if a line failed, 2 for wrong usage or
@@ -32,14 +33,14 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   }
   QCommandLineParser parser;
   parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"seed", "", "N"}});
-  parser.addOptions({QCommandLineOption("help"), QCommandLineOption("version")});
+  parser.addOptions({{{"h", "help"}, ""}, QCommandLineOption("version"), QCommandLineOption("verbose")});
   if (!parser.parse(arguments)) {
     reason = FromQString(parser.errorText());
     return std::nullopt;
   }
-  for (const QString& name : parser.optionNames()) {
-    if (parser.values(name).contains(QString()) && name != "help" && name != "version") {
-      reason = "The value of '--" + FromQString(name) + "' is empty.";
+  for (const char* name : {"pictures", "variables", "rankings", "seed"}) {
+    if (parser.values(name).contains(QString())) {
+      reason = std::string("The value of '--") + name + "' is empty.";
       return std::nullopt;
     }
   }
@@ -61,6 +62,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   options.variables = FromQString(parser.value("variables"));
   options.rankings = FromQString(parser.value("rankings"));
   options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
+  options.verbose = parser.isSet("verbose");
   options.help = parser.isSet("help");
   options.version = parser.isSet("version");
   return options;

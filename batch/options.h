@@ -16,6 +16,8 @@ struct TOptions {
   std::string script;
   /// What makes everything drawn by lot repeatable; nothing: the clock decides.
   std::optional<std::uint32_t> seed;
+  /// What the training libraries print goes to standard error.
+  bool verbose = false;
   bool help = false;
   bool version = false;
 };

@@ -15,27 +15,6 @@
 
 namespace {
 
-/// Keeps a field in its column and its line.
-std::string Escape(std::string_view field) {
-  std::string escaped;
-  for (const char character : field) {
-    switch (character) {
-      case '\t':
-        escaped += "\\t";
-        break;
-      case '\n':
-        escaped += "\\n";
-        break;
-      case '\\':
-        escaped += "\\\\";
-        break;
-      default:
-        escaped += character;
-    }
-  }
-  return escaped;
-}
-
 /// A variable's name as a file name: variables may be called anything, "../a" included.
 std::string EncodeForFileName(std::string_view name) {
   constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789_-";
@@ -58,20 +37,20 @@ std::string FormatTags(const TVarImage& image) {
       tags.push_back(tag);
     }
   }
-  return Escape(base::Join(tags, ","));
+  return base::EscapeField(base::Join(tags, ","));
 }
 
 std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varList) {
   std::string reason;
   // Without its database a ranking still has its numbers; only what the database knows of its images is missing.
   const TVarDatabase* database = index.FindDatabase(varList, reason);
-  std::string table = "rank\timageIndex\tdistance\tfile name\ttags\n";
+  std::string table = "rank\timageIndex\tdistance\tfile\ttags\n";
   int rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
       const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
-      table += Escape(image.GetFilename()) + "\t" + FormatTags(image) + "\n";
+      table += base::EscapeField(image.GetFilename()) + "\t" + FormatTags(image) + "\n";
     } else {
       table += "\t\n";
     }
@@ -82,10 +61,10 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
 }  // namespace
 
 std::string FormatVariables(const TVarList& varList) {
-  std::string table;
+  std::string table = "name\ttype\tdescription\n";
   for (const auto& variable : varList.GetVariables()) {
-    table +=
-        Escape(variable->GetName()) + '\t' + variable->GetType() + '\t' + Escape(variable->GetDescription()) + '\n';
+    table += base::EscapeField(variable->GetName()) + '\t' + variable->GetType() + '\t' +
+             base::EscapeField(variable->GetDescription()) + '\n';
   }
   return table;
 }

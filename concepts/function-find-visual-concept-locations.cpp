@@ -30,21 +30,29 @@ bool TFunctionFindVisualConceptLocations::Execute(const std::vector<std::string>
     Print("Second parameter is not of type 'visualconcept'");
     return false;
   }
+  if (tag.empty()) {
+    Print("Tag is empty");
+    return false;
+  }
   const auto classifier = visualConcept->LockClassifier();
   if (!classifier) {
     Print("Concept has no classifier");
     return false;
   }
   int skipped = 0;
+  std::size_t done = 0;
+  std::size_t total = 0;
   if (image != nullptr) {
     skipped = visualConcept->Locate(*classifier, tag, *image);
   } else {
-    for (const auto& each : database->GetImages()) {
-      skipped += visualConcept->Locate(*classifier, tag, *each);
+    const auto& images = database->GetImages();
+    total = images.size();
+    for (; done < total && ReportProgress(done, total); ++done) {
+      skipped += visualConcept->Locate(*classifier, tag, *images[done]);
     }
   }
   if (skipped > 0) {
     Print(FormatString("%d segments without usable features skipped", skipped));
   }
-  return true;
+  return done == total || Interrupted(done, total);
 }

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
-
 #include "base/format-string.h"
 #include "classifiers/classifier-list.h"
 #include "classifiers/classifier.h"
@@ -31,18 +29,16 @@ bool HoldsOtherLengths(const TFeatureVectorList& examples, std::uint32_t length)
                      [length](const auto* example) { return example->GetLength() != length; });
 }
 
-/// Hands the combined vector of every usable segment to `add`. Returns how many segments were left out.
+/// Hands the combined vector of every usable segment of the image to `add`. Returns how many segments were left out.
 template <typename TAdd>
-int AddExamples(const TVarVisualConcept& visualConcept, const TVarDatabase& database, const TAdd& add) {
+int AddExamples(const TVarVisualConcept& visualConcept, const TVarImage& image, const TAdd& add) {
   int skipped = 0;
   TFeatureVector combined;
-  for (const auto& image : database.GetImages()) {
-    for (const auto& segment : image->GetSegments()) {
-      if (visualConcept.Combine(*segment, combined)) {
-        add(&combined);
-      } else {
-        ++skipped;
-      }
+  for (const auto& segment : image.GetSegments()) {
+    if (visualConcept.Combine(*segment, combined)) {
+      add(&combined);
+    } else {
+      ++skipped;
     }
   }
   return skipped;
@@ -95,8 +91,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   if (!CheckExamples(visualConcept, classifier, *positive, *negative)) {
     return false;
   }
-  Train(visualConcept, classifier, *positive, *negative);
-  return true;
+  return Train(visualConcept, classifier, *positive, *negative);
 }
 
 bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
@@ -124,6 +119,7 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
   if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetDimension()) ||
       HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetDimension())) {
     Print("Classifier holds examples of another length");
+    Print("createclassifier makes it new");
     return false;
   }
   if (!HasUsableSegment(visualConcept, positive)) {
@@ -137,16 +133,38 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
   return true;
 }
 
-void TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, TClassifier& classifier,
+bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, TClassifier& classifier,
                                         const TVarDatabase& positive, const TVarDatabase& negative) const {
+  const bool hasFeatures = !visualConcept.GetFeatures().empty();
+  if (!hasFeatures) {
+    Print("No features in common: no example holds a number");
+  }
   // One vector serves every example.
   classifier.SetCopyExamples(true);
-  int skipped = AddExamples(visualConcept, positive, [&](auto* example) { classifier.AddPositiveExample(example); });
-  skipped += AddExamples(visualConcept, negative, [&](auto* example) { classifier.AddNegativeExample(example); });
+  const std::size_t positives = positive.GetImages().size();
+  const std::size_t total = positives + negative.GetImages().size();
+  int skipped = 0;
+  std::size_t done = 0;
+  for (; done < total && ReportProgress(done, total); ++done) {
+    if (done < positives) {
+      skipped += AddExamples(visualConcept, *positive.GetImages()[done],
+                             [&](auto* example) { classifier.AddPositiveExample(example); });
+    } else {
+      skipped += AddExamples(visualConcept, *negative.GetImages()[done - positives],
+                             [&](auto* example) { classifier.AddNegativeExample(example); });
+    }
+  }
   if (skipped > 0) {
     Print(FormatString("%d segments without usable features skipped", skipped));
   }
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  if (done < total) {
+    return Interrupted(done, total);
+  }
+  ProcessEvents();
   classifierList->PrepareTraining(classifier);
   classifier.Train();
+  if (const auto error = classifier.GetTrainingError(); error && hasFeatures) {
+    Print(FormatString("Mean square error: %.6f", *error));
+  }
+  return true;
 }

@@ -31,6 +31,10 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
     Print("Second variable is not of type 'visualconcept'");
     return false;
   }
+  if (tag.empty()) {
+    Print("Tag is empty");
+    return false;
+  }
   const auto classifier = visualConcept->LockClassifier();
   if (!classifier) {
     Print("Concept has no classifier");
@@ -38,14 +42,17 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
   }
   int skipped = 0;
   int tagged = 0;
-  for (const auto& image : database->GetImages()) {
-    skipped += visualConcept->Locate(*classifier, tag, *image);
-    const bool isFound = std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
+  const auto& images = database->GetImages();
+  std::size_t done = 0;
+  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
+    TVarImage& image = *images[done];
+    skipped += visualConcept->Locate(*classifier, tag, image);
+    const bool isFound = std::any_of(image.GetSegments().begin(), image.GetSegments().end(),
                                      [](const auto& segment) { return !segment->GetLabel().empty(); });
     if (isFound) {
       ++tagged;
-      if (!image->HasTag(tag)) {
-        image->GetTags().push_back(tag);
+      if (!image.HasTag(tag)) {
+        image.GetTags().push_back(tag);
       }
     }
   }
@@ -53,5 +60,5 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
     Print(FormatString("%d segments without usable features skipped", skipped));
   }
   Print(FormatString("%d images tagged", tagged));
-  return true;
+  return done == images.size() || Interrupted(done, images.size());
 }

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
-
 #include "base/console.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
+#include "engine/work.h"
 
 namespace {
 
@@ -38,10 +37,6 @@ TFunctionExecuteScript::TFunctionExecuteScript() {
 
 bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
   const std::string filename = StripQuotes(params[0]);
-  if (!base::IsRegularFile(filename)) {
-    Print("File not found");
-    return false;
-  }
   const std::string identity = base::FileIdentity(filename);
   if (std::find(running.begin(), running.end(), identity) != running.end()) {
     Print("Script is already running");
@@ -52,14 +47,17 @@ bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
     return false;
   }
   TCommandHistory script;
-  script.Load(filename);
+  if (!LoadLines(filename, script)) {
+    return false;
+  }
   const TListScope scope(running, identity);
-  for (const std::string& line : script.entries) {
-    if (base::Interrupted()) {
-      break;
+  for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
+    if (work != nullptr && work->IsInterrupted()) {
+      Print("Script interrupted");
+      return false;
     }
-    command(line);
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    command(script.entries[i]);
+    ProcessEvents();
   }
   return true;
 }

@@ -3,7 +3,10 @@
 #include <utility>
 
 #include "base/format-string.h"
+#include "base/native-path.h"
+#include "engine/command-history.h"
 #include "engine/var.h"
+#include "engine/work.h"
 
 void TFunction::ShowHelp() const {
   if (help.empty()) {
@@ -94,5 +97,45 @@ void TFunction::SetHelp(std::vector<std::string> lines) {
 void TFunction::Print(const std::string& line) const {
   if (output) {
     output(line);
+  }
+}
+
+bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const {
+  if (!base::IsRegularFile(path)) {
+    Print("File not found");
+    return false;
+  }
+  if (!lines.Load(path)) {
+    Print("File cannot be read");
+    return false;
+  }
+  if (lines.HasBareLineFeed()) {
+    Print(FormatString("File '%s' has line ends without carriage return: the last character of such a line is lost",
+                       path.c_str()));
+  }
+  if (lines.HasOpenLastLine()) {
+    Print(FormatString("The last line of '%s' has no line end and is not read", path.c_str()));
+  }
+  return true;
+}
+
+bool TFunction::ReportProgress(std::size_t done, std::size_t total) const {
+  return work == nullptr || work->Continue(name, done, total);
+}
+
+bool TFunction::Interrupted(std::size_t done, std::size_t total) const {
+  Print(FormatString("Interrupted after %d of %d images", static_cast<int>(done), static_cast<int>(total)));
+  return false;
+}
+
+void TFunction::ProcessEvents() const {
+  if (work != nullptr) {
+    work->ProcessEvents();
+  }
+}
+
+void TFunction::Pause(int milliseconds) const {
+  if (work != nullptr) {
+    work->Pause(milliseconds);
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,8 +10,10 @@
 #include "engine/var-list.h"
 
 class TClassifierList;
+class TCommandHistory;
 class TFeatureList;
 class TVar;
+class TWork;
 
 /// Base of every command of the language. A command says in its constructor what it is called, what it returns, which
 /// parameters it takes and what its help says, and overrides Execute or ExecuteWithReturn. The objects live as long as
@@ -50,6 +53,9 @@ class TFunction {
   void SetFeatureList(const TFeatureList* list) { featureList = list; }
   void SetClassifierList(const TClassifierList* list) { classifierList = list; }
 
+  /// Whom the command tells how far it is; without one nobody watches and nobody interrupts.
+  void SetWork(TWork* newWork) { work = newWork; }
+
   void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }
   void SetCommand(const boost::function<void(std::string)>& newCommand) { command = newCommand; }
 
@@ -80,9 +86,27 @@ class TFunction {
   /// Prints one line of output.
   void Print(const std::string& line) const;
 
+  /// Reads a text file that the user named into lines. False if there is none; the reason has been printed, and so has
+  /// what the reader loses of the file.
+  bool LoadLines(const std::string& path, TCommandHistory& lines) const;
+
+  /// To be called before each of `total` images, when `done` are through: lets the window draw itself and count on.
+  /// False if the user wants the command to end; the command then returns Interrupted().
+  bool ReportProgress(std::size_t done, std::size_t total) const;
+
+  /// Says behind how many images the command ended. Always false, the result of a command that failed.
+  bool Interrupted(std::size_t done, std::size_t total) const;
+
+  /// Lets the window draw itself now.
+  void ProcessEvents() const;
+
+  /// Waits, where there is somebody to watch.
+  void Pause(int milliseconds) const;
+
   TVarList* varList = nullptr;
   const TFeatureList* featureList = nullptr;
   const TClassifierList* classifierList = nullptr;
+  TWork* work = nullptr;
   std::string name;
   bool returnsValue = false;
   std::string returnType;

@@ -6,6 +6,7 @@
 #include "base/memory.h"
 #include "base/text.h"
 #include "engine/ctrl-main.h"
+#include "engine/window-view.h"
 #include "gui/main-window.h"
 
 namespace {
@@ -27,7 +28,8 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   base::UseClassicNumbers();
   MainWindow window;
-  TCtrlMain controller(&window);
+  TWindowView view(window);
+  const TCtrlMain controller(view);
   window.show();
   return QApplication::exec();
 }

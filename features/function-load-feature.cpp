@@ -1,9 +1,9 @@
 #include "features/function-load-feature.h"
 
-#include <QCoreApplication>
-
 #include "base/format-string.h"
+#include "base/native-path.h"
 #include "features/feature-list.h"
+#include "features/feature-sources.h"
 #include "features/feature-store.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -35,28 +35,49 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   Print("Loading features..");
-  base::TFileReader reader;
-  for (const auto& image : database->GetImages()) {
-    LoadImage(reader, featureName, *image);
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  const TFeatureSources sources(featureName);
+  TStoredFeatureReader reader(featureName);
+  const auto& images = database->GetImages();
+  int fromOthers = 0;
+  int missing = 0;
+  std::size_t done = 0;
+  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
+    TVarImage& image = *images[done];
+    const base::TReadOutcome outcome = LoadImage(reader, featureName, image);
+    if (outcome == base::TReadOutcome::kAbsent) {
+      ++missing;
+    } else if (outcome == base::TReadOutcome::kRead &&
+               sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename())) {
+      ++fromOthers;
+    }
+    ProcessEvents();
+  }
+  if (fromOthers > 0) {
+    Print(FormatString("%d stored features come from other pictures", fromOthers));
+  }
+  if (missing > 0) {
+    Print(FormatString("%d images without a stored feature", missing));
+  }
+  if (done < images.size()) {
+    return Interrupted(done, images.size());
   }
   Print("Done");
   return true;
 }
 
-void TFunctionLoadFeature::LoadImage(base::TFileReader& reader, const std::string& featureName,
-                                     TVarImage& image) const {
-  const std::string path = StoredFeaturePath(featureName, image.GetFilename());
+base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader, const std::string& featureName,
+                                                   TVarImage& image) const {
   TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
   TFeatureVector* known = features.Find(featureName);
   auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
   if (added) {
     added->SetName(featureName);
   }
-  const base::TReadOutcome outcome = LoadStoredFeature(reader, path, added ? *added : *known);
+  const base::TReadOutcome outcome = reader.Read(image.GetFilename(), added ? *added : *known);
   if (outcome == base::TReadOutcome::kTooLarge) {
-    Print(FormatString("File '%s' is too large", path.c_str()));
+    Print(FormatString("File '%s' is too large", reader.GetPath().c_str()));
   } else if (outcome == base::TReadOutcome::kRead && added) {
     features.Add(added.release());
   }
+  return outcome;
 }

@@ -40,8 +40,10 @@ bool TFunctionRemoveFeature::Execute(const std::vector<std::string>& params) {
     Print("No images in database");
     return false;
   }
-  for (const auto& image : database->GetImages()) {
-    RemoveFeature(*image, featureName);
+  const auto& images = database->GetImages();
+  std::size_t done = 0;
+  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
+    RemoveFeature(*images[done], featureName);
   }
-  return true;
+  return done == images.size() || Interrupted(done, images.size());
 }

@@ -1,6 +1,8 @@
 #include "features/function-save-feature.h"
 
 #include "base/format-string.h"
+#include "base/native-path.h"
+#include "features/feature-sources.h"
 #include "features/feature-store.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -31,21 +33,35 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     Print("Feature not found in database");
     return false;
   }
+  TFeatureSources sources(featureName);
   int skipped = 0;
-  for (const auto& image : database->GetImages()) {
-    const TFeatureVector* vector = image->GetImageSegment().GetFeatures().Find(featureName);
+  const auto& images = database->GetImages();
+  std::string failedFile;
+  std::size_t done = 0;
+  for (; done < images.size() && failedFile.empty() && ReportProgress(done, images.size()); ++done) {
+    const TVarImage& image = *images[done];
+    const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
     if (vector == nullptr) {
       ++skipped;
       continue;
     }
-    const std::string path = StoredFeaturePath(featureName, image->GetFilename());
-    if (!SaveStoredFeature(path, *vector)) {
-      Print(FormatString("File '%s' cannot be written", path.c_str()));
-      return false;
+    const std::string path = StoredFeaturePath(featureName, image.GetFilename());
+    if (SaveStoredFeature(path, *vector)) {
+      sources.Note(base::FileNameOf(path), image.GetFilename());
+    } else {
+      failedFile = path;
     }
+  }
+  // Whatever ended the loop, what was saved so far has its sources.
+  if (!sources.Save() && failedFile.empty()) {
+    failedFile = sources.GetPath();
+  }
+  if (!failedFile.empty()) {
+    Print(FormatString("File '%s' cannot be written", failedFile.c_str()));
+    return false;
   }
   if (skipped > 0) {
     Print(FormatString("%d images without the feature skipped", skipped));
   }
-  return true;
+  return done == images.size() || Interrupted(done, images.size());
 }

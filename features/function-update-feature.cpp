@@ -2,13 +2,12 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
-
 #include "base/format-string.h"
 #include "features/feature-list.h"
 #include "images/crop.h"
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -70,29 +69,40 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
     Print("Feature not found");
     return false;
   }
-  return image != nullptr ? ProcessImage(*feature, *image) : ProcessDatabase(*feature, *database);
+  if (image != nullptr) {
+    TPictureReport report(output);
+    return ProcessImage(*feature, *image, report);
+  }
+  return ProcessDatabase(*feature, *database);
 }
 
 bool TFunctionUpdateFeature::ProcessDatabase(const TFeature& feature, const TVarDatabase& database) const {
   Print("Processing.. this could take some time");
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-  int count = 0;
-  for (const auto& image : database.GetImages()) {
-    if (!ProcessImage(feature, *image)) {
+  ProcessEvents();
+  TPictureReport report(output);
+  const auto& images = database.GetImages();
+  std::size_t done = 0;
+  while (done < images.size() && ReportProgress(done, images.size())) {
+    if (!ProcessImage(feature, *images[done], report)) {
+      report.PrintRest();
       return false;
     }
-    if (++count % 100 == 0) {
-      QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-      Print(FormatString("%d images processed", count));
+    if (++done % 100 == 0) {
+      ProcessEvents();
+      Print(FormatString("%d images processed", static_cast<int>(done)));
     }
+  }
+  report.PrintRest();
+  if (done < images.size()) {
+    return Interrupted(done, images.size());
   }
   Print("Processing done");
   return true;
 }
 
-bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image) const {
+bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const {
   TImageRGB color;
-  color.LoadFromFile(image.GetFilename());
+  report.Load(image.GetFilename(), color);
   TImageGray gray;
   if (feature.NeedsGrayscale()) {
     color.ToGray(gray);

@@ -10,6 +10,7 @@ class TFeature;
 class TImageGray;
 class TImageRGB;
 class TImageSegment;
+class TPictureReport;
 class TVarDatabase;
 class TVarImage;
 
@@ -23,5 +24,5 @@ class TFunctionUpdateFeature : public TFunction {
  private:
   bool ProcessDatabase(const TFeature& feature, const TVarDatabase& database) const;
   /// Decodes the file once for all segments. A file that cannot be read acts as a picture of 0 x 0.
-  bool ProcessImage(const TFeature& feature, TVarImage& image) const;
+  bool ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const;
 };

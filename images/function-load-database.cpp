@@ -1,7 +1,5 @@
 #include "images/function-load-database.h"
 
-#include <QCoreApplication>
-
 #include "base/native-path.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -34,7 +32,7 @@ bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<
     return false;
   }
   Print("Scanning..");
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  ProcessEvents();
   database.SetLocation(path);
   if (!database.ScanDirectory()) {
     Print("Directory cannot be read");

@@ -24,6 +24,23 @@ struct TMemoryCloser {
   void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
 };
 
+/// Listens to what the library's decoders report during its own lifetime.
+class TDecoderMessages {
+ public:
+  TDecoderMessages() {
+    anyCame = false;
+    FreeImage_SetOutputMessage([](FREE_IMAGE_FORMAT, const char*) { anyCame = true; });
+  }
+  ~TDecoderMessages() { FreeImage_SetOutputMessage(nullptr); }
+  TDecoderMessages(const TDecoderMessages&) = delete;
+  TDecoderMessages& operator=(const TDecoderMessages&) = delete;
+
+  bool AnyCame() const { return anyCame; }
+
+ private:
+  static inline bool anyCame = false;
+};
+
 /// A bitmap of FIT_RGBAF without its alpha. The library's own conversion cuts everything brighter than 1.
 TBitmap DropAlpha(FIBITMAP* bitmap) {
   const unsigned width = FreeImage_GetWidth(bitmap);
@@ -97,7 +114,9 @@ bool TImageRGB::LoadFromFile(const std::string& path) {
   if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
     return false;
   }
+  const TDecoderMessages messages;
   const TBitmap bitmap(FreeImage_Load(format, nativePath.c_str(), 0));
+  isDamaged = messages.AnyCame();
   return bitmap && CopyFromBitmap(bitmap.get());
 }
 

@@ -27,6 +27,10 @@ class TImageRGB : public TPixelBuffer {
   /// the buffer as it was, if there is no such file or it cannot be decoded.
   bool LoadFromFile(const std::string& path);
 
+  /// True if the decoder reported damage in the file that LoadFromFile read last: a JPEG that was cut off, for one.
+  /// What could be decoded is in the buffer.
+  bool IsDamaged() const { return isDamaged; }
+
   /// Decodes an image file held in memory. Nothing changes if it cannot be decoded.
   void LoadFromMemory(const unsigned char* data, std::size_t size);
 
@@ -44,4 +48,7 @@ class TImageRGB : public TPixelBuffer {
   /// Fills `destination` with a cubic resample of the whole picture, antialiased when shrinking. An empty picture gives
   /// zeroes.
   void ScaleTo(TImageRGB& destination, int width, int height) const;
+
+ private:
+  bool isDamaged = false;
 };

@@ -6,6 +6,7 @@
 
 #include "base/file.h"
 #include "base/format-string.h"
+#include "base/native-path.h"
 #include "base/run-program.h"
 #include "gui/dialog-runner.h"
 #include "gui/image-display.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr const char* kCurveFile = "recallprecision.txt";
 constexpr const char* kScriptFile = "recallprecision.plt";
 constexpr const char* kChartFile = "recallprecision.png";
+constexpr int kSettlingTime = 500;
 
 TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& index, const std::string& tag) {
   std::vector<bool> carriesTag;
@@ -34,17 +36,6 @@ TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& 
     relevance.push_back(carriesTag[static_cast<std::size_t>(entry.imageIndex)]);
   }
   return MeasureRanking(relevance, static_cast<int>(std::count(carriesTag.begin(), carriesTag.end(), true)));
-}
-
-void DrawAndShowChart() {
-  base::Pause(500);
-  base::RunGnuplot(kScriptFile);
-  base::Pause(500);
-  TImageRGB chart;
-  chart.LoadFromFile(kChartFile);
-  TImageDisplay dialog;
-  dialog.SetImage(ToQImage(chart));
-  RunDialog(dialog);
 }
 
 }  // namespace
@@ -73,17 +64,40 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
     Print(reason);
     return false;
   }
+  const auto& images = database->GetImages();
+  const bool hasCarrier =
+      std::any_of(images.begin(), images.end(), [&](const auto& image) { return image->HasTag(tag); });
+  if (!hasCarrier) {
+    Print(FormatString("No image carries the tag '%s'", tag.c_str()));
+  }
   const TRecallPrecision result = Measure(*database, *index, tag);
   Print(FormatString("MAP: %.08f", result.map));
   if (!Write(kCurveFile, result.curve) || !Write(kScriptFile, FormatPlotScript(tag))) {
     return false;
   }
+  // Whatever happens from here on, no chart of an earlier evaluation is taken for one of this.
+  const bool isRemoved = base::RemoveFile(kChartFile);
   if (!IsSafePlotTitle(tag)) {
     Print("Tag cannot be drawn");
-    return true;
+  } else if (hasCarrier) {
+    DrawAndShowChart(isRemoved);
   }
-  DrawAndShowChart();
   return true;
+}
+
+void TFunctionEvaluateIndex::DrawAndShowChart(bool isRemoved) const {
+  // The file system of a slow disk or share may show the script, and then the chart, a moment late.
+  Pause(kSettlingTime);
+  base::RunGnuplot(kScriptFile);
+  Pause(kSettlingTime);
+  TImageRGB chart;
+  if (!isRemoved || !chart.LoadFromFile(kChartFile)) {
+    Print(FormatString("Chart '%s' was not drawn: is gnuplot installed?", kChartFile));
+    return;
+  }
+  TImageDisplay dialog;
+  dialog.SetImage(ToQImage(chart));
+  RunDialog(dialog);
 }
 
 bool TFunctionEvaluateIndex::Write(const char* filename, const std::string& bytes) const {

@@ -15,4 +15,7 @@ class TFunctionEvaluateIndex : public TFunction {
  private:
   /// Replaces a file; prints a line if that fails.
   bool Write(const char* filename, const std::string& bytes) const;
+  /// Has gnuplot draw the chart and shows it; prints a line if there is none. `isRemoved` tells that none of an earlier
+  /// evaluation stands in its place.
+  void DrawAndShowChart(bool isRemoved) const;
 };

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "base/format-string.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
 #include "images/var-database.h"
@@ -26,20 +27,27 @@ bool TFunctionLoadMirFlickrTags::Execute(const std::vector<std::string>& params)
     Print("First parameter is not of type 'database'");
     return false;
   }
-  if (!base::IsRegularFile(path)) {
-    Print("File not found");
+  TCommandHistory annotations;
+  if (!LoadLines(path, annotations)) {
     return false;
   }
   const std::string_view filename = base::FileNameOf(path);
   const std::string tag(filename.substr(0, filename.find('.')));
-  TCommandHistory annotations;
-  annotations.Load(path);
+  int strays = 0;
   for (const std::string& line : annotations.entries) {
-    // A number beyond all bounds comes back as the largest there is.
+    // A number beyond all bounds comes back as the largest there is, and a text that is none as 0.
     const long long number = std::strtoll(line.c_str(), nullptr, 10);
     if (number >= 1 && static_cast<unsigned long long>(number) <= database->GetImages().size()) {
       database->GetImages()[static_cast<std::size_t>(number) - 1]->GetTags().push_back(tag);
+    } else {
+      ++strays;
     }
+  }
+  if (strays > 0) {
+    Print(FormatString("%d lines name no image", strays));
+  }
+  if (static_cast<std::size_t>(strays) == annotations.entries.size()) {
+    Print("No image was tagged");
   }
   return true;
 }

@@ -1,10 +1,21 @@
 #include "retrieval/function-search-image.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
 #include "base/text.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "retrieval/feature-distance.h"
 #include "retrieval/var-database-index.h"
+
+namespace {
+
+/// How many images are compared between two looks at the window: some milliseconds' worth.
+constexpr std::size_t kImagesAtATime = 32768;
+
+}  // namespace
 
 TFunctionSearchImage::TFunctionSearchImage() {
   name = "searchimage";
@@ -44,17 +55,29 @@ bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<s
     Print("No features found to compare images with");
     return false;
   }
-  std::vector<const TFeatureVectorList*> lists;
-  lists.reserve(database->GetImages().size());
-  for (const auto& image : database->GetImages()) {
-    lists.push_back(&image->GetImageSegment().GetFeatures());
-  }
   index.ClearEntries();
   index.SetDatabaseName(database->GetName());
+  index.SetDatabaseFingerprint(database->GetFingerprint());
   index.SetImageName(query->GetFilename());
-  std::int32_t imageIndex = 0;
-  for (const double distance : GetDistances(query->GetImageSegment().GetFeatures(), featureNames, lists)) {
-    index.AddEntry(imageIndex++, distance);
+  const auto& images = database->GetImages();
+  std::vector<const TFeatureVectorList*> lists;
+  bool anyCompares = false;
+  std::size_t done = 0;
+  while (done < images.size() && ReportProgress(done, images.size())) {
+    lists.clear();
+    for (std::size_t i = done; i < std::min(done + kImagesAtATime, images.size()); ++i) {
+      lists.push_back(&images[i]->GetImageSegment().GetFeatures());
+    }
+    for (const double distance : GetDistances(query->GetImageSegment().GetFeatures(), featureNames, lists)) {
+      index.AddEntry(static_cast<std::int32_t>(done++), distance);
+      anyCompares = anyCompares || std::isfinite(distance);
+    }
+  }
+  if (done < images.size()) {
+    return Interrupted(done, images.size());
+  }
+  if (!anyCompares) {
+    Print("No image can be compared");
   }
   index.SortEntries();
   return true;

@@ -36,10 +36,15 @@ bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<st
   }
   index.ClearEntries();
   index.SetDatabaseName(database->GetName());
+  index.SetDatabaseFingerprint(database->GetFingerprint());
   index.SetImageName("");
-  std::int32_t imageIndex = 0;
-  for (const auto& image : database->GetImages()) {
-    index.AddEntry(imageIndex++, image->HasTag(tag) ? 0.0 : 1.0);
+  const auto& images = database->GetImages();
+  std::size_t done = 0;
+  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
+    index.AddEntry(static_cast<std::int32_t>(done), images[done]->HasTag(tag) ? 0.0 : 1.0);
+  }
+  if (done < images.size()) {
+    return Interrupted(done, images.size());
   }
   index.SortEntries();
   return true;

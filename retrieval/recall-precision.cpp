@@ -116,7 +116,8 @@ std::string FormatPlotScript(const std::string& tag) {
 }
 
 bool IsSafePlotTitle(const std::string& tag) {
-  return std::none_of(tag.begin(), tag.end(), [](char character) {
+  // A backslash at the end would hide the quote that closes the title.
+  return !tag.ends_with('\\') && std::none_of(tag.begin(), tag.end(), [](char character) {
     return character == '"' || character == '`' || static_cast<unsigned char>(character) < ' ' || character == '\x7f';
   });
 }

@@ -19,7 +19,7 @@ TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevant
 std::string FormatPlotScript(const std::string& tag);
 
 /// False for a tag that gnuplot would read as part of its own language: one with a double quote, a back quote or a
-/// control character. A script with such a tag must not be run.
+/// control character, or with a backslash at its end. A script with such a tag must not be run.
 bool IsSafePlotTitle(const std::string& tag);
 
 /// Writes a number from 0 to 1 as printf's "%.08f" does, a NaN as "nan", without a zero behind it. `text` has room for

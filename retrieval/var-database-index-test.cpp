@@ -36,6 +36,7 @@ class TVarDatabaseIndexTest : public testing::Test {
     database->SetName("db");
     database->SetLocation("pics");
     database->ScanDirectory();
+    fingerprint = database->GetFingerprint();
     store.Add(std::move(database));
     auto image = std::make_unique<TVarImage>();
     image->SetName("q");
@@ -46,6 +47,7 @@ class TVarDatabaseIndexTest : public testing::Test {
   std::string Found(const std::string& databaseName, const std::vector<int>& imageNumbers) const {
     TVarDatabaseIndex index;
     index.SetDatabaseName(databaseName);
+    index.SetDatabaseFingerprint(fingerprint);
     for (const int number : imageNumbers) {
       index.AddEntry(number, 0.0);
     }
@@ -58,6 +60,7 @@ class TVarDatabaseIndexTest : public testing::Test {
   }
 
   const TScratchDirectory scratch;
+  std::uint64_t fingerprint = 0;
   TVarList store;
 };
 
@@ -136,11 +139,14 @@ TEST_F(TVarDatabaseIndexTest, TheDatabaseMustStandInTheStoreAndFit) {
   EXPECT_EQ(Found("db", {0, 1, 2, 0}), mismatch);
   EXPECT_EQ(Found("db", {0, 1, 3}), mismatch);
   EXPECT_EQ(Found("db", {-1, 0, 1}), mismatch);
+  ++fingerprint;
+  EXPECT_EQ(Found("db", {2, 0, 1}), mismatch);
 }
 
 TEST_F(TVarDatabaseIndexTest, TheTopFilenamesFollowTheRanking) {
   TVarDatabaseIndex index;
   index.SetDatabaseName("db");
+  index.SetDatabaseFingerprint(fingerprint);
   index.AddEntry(0, 3.0);
   index.AddEntry(1, 1.0);
   index.AddEntry(2, 2.0);

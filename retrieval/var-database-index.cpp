@@ -35,6 +35,7 @@ void TVarDatabaseIndex::Assign(const TVar* source) {
     return;
   }
   databaseName = index->databaseName;
+  databaseFingerprint = index->databaseFingerprint;
   imageName = index->imageName;
   entries = index->entries;
 }
@@ -79,7 +80,8 @@ const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std
     return nullptr;
   }
   const std::size_t imageCount = database->GetImages().size();
-  const bool fits = entries.size() == imageCount && std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
+  const bool fits = databaseFingerprint == database->GetFingerprint() && entries.size() == imageCount &&
+                    std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
                       return entry.imageIndex >= 0 && static_cast<std::size_t>(entry.imageIndex) < imageCount;
                     });
   if (!fits) {

@@ -18,8 +18,8 @@ struct TDatabaseIndexEntry {
   double distance;
 };
 
-/// A ranking, of type "databaseindex", best match first. It knows its database only by the name of that variable and is
-/// of use only as long as a database with the same images stands under it.
+/// A ranking, of type "databaseindex", best match first. It knows its database by the name of that variable, and by the
+/// fingerprint of what was searched: it is of use only as long as that stands under the name.
 class TVarDatabaseIndex : public TVar {
  public:
   TVarDatabaseIndex();
@@ -37,12 +37,14 @@ class TVarDatabaseIndex : public TVar {
 
   const std::string& GetDatabaseName() const { return databaseName; }
   void SetDatabaseName(const std::string& name) { databaseName = name; }
+  /// The fingerprint of what was searched (TVarDatabase::GetFingerprint).
+  void SetDatabaseFingerprint(std::uint64_t fingerprint) { databaseFingerprint = fingerprint; }
   /// The file name of the query; empty if there was none.
   const std::string& GetImageName() const { return imageName; }
   void SetImageName(const std::string& name) { imageName = name; }
 
-  /// The database of the ranking, if it stands in the store and every entry fits its images. Otherwise null, and the
-  /// reason as a line of output.
+  /// The database of the ranking, if it stands in the store has the location and the images that were searched,
+  /// and every entry fits them. Otherwise null, and the reason as a line of output.
   const TVarDatabase* FindDatabase(const TVarList& varList, std::string& reason) const;
 
   /// The file names of the first results, at most `count`. Nothing, and the reason as a line of output, where there is
@@ -52,6 +54,7 @@ class TVarDatabaseIndex : public TVar {
 
  private:
   std::string databaseName;
+  std::uint64_t databaseFingerprint = 0;
   std::string imageName;
   std::vector<TDatabaseIndexEntry> entries;
 };

@@ -1,6 +1,7 @@
 #include "segmentation/function-segment-image.h"
 
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "segmentation/interest-points-sift.h"
@@ -22,9 +23,9 @@ void SegmentSift(TVarImage& image, const TImageRGB& picture) {
   }
 }
 
-void SegmentImage(TVarImage& image, const std::string& method) {
+void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& report) {
   TImageRGB picture;
-  picture.LoadFromFile(image.GetFilename());
+  report.Load(image.GetFilename(), picture);
   if (method == kGridMethod) {
     SegmentGrid(image, picture);
   } else {
@@ -58,13 +59,20 @@ bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
     Print("Unknown segmentation method");
     return false;
   }
+  TPictureReport report(output);
   if (image != nullptr) {
-    SegmentImage(*image, method);
+    SegmentImage(*image, method, report);
     return true;
   }
   Print("Processing.. this could take some time");
-  for (const auto& each : database->GetImages()) {
-    SegmentImage(*each, method);
+  const auto& images = database->GetImages();
+  std::size_t done = 0;
+  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
+    SegmentImage(*images[done], method, report);
+  }
+  report.PrintRest();
+  if (done < images.size()) {
+    return Interrupted(done, images.size());
   }
   Print("Processing done");
   return true;

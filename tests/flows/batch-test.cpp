@@ -133,6 +133,7 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
   EXPECT_EQ(QImage("out/p/002.png").size(), QSize(687, 621));
   EXPECT_FALSE(std::filesystem::exists("out/p/003.png"));
   EXPECT_EQ(FileBytes("v.tsv"),
+            "name\ttype\tdescription\n"
             "q\timage\tFilename: \"q.png\", features: hsv\n"
             "db\tdatabase\tLocation: \"photos/\", number of images: 2, features: hsv\n"
             "index\tdatabaseindex\tDatabase index\n"
@@ -140,7 +141,7 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
             "tab\"\\t\"\tdatabaseindex\tDatabase index\n");
   // Green of value 250 and of 255 share a bin, red lies in another: 1 + 1.
   const std::string ranking =
-      "rank\timageIndex\tdistance\tfile name\ttags\n"
+      "rank\timageIndex\tdistance\tfile\ttags\n"
       "1\t1\t0\tphotos/im2.jpg\ttree,green\n2\t0\t2\tphotos/im1.jpg\ttree\n";
   EXPECT_EQ(FileBytes("out/r/index.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/%2E%2E%2Findex%5C.tsv"), ranking);

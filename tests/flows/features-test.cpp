@@ -72,13 +72,13 @@ TEST(TFunctionUpdateFeature, APluginWithAnInvalidLengthFailsTheCommandAndLeavesN
     std::filesystem::copy_file(std::filesystem::path(PLUGIN_FIXTURES) / fixture, "FeatureFixture.so");
     MakePicture("db/a.jpg", 4, 4, qRgb(255, 0, 0));
     MainWindow window;
-    std::string output;
-    TCtrlMain controller(&window, [&](const std::string& text) { output += text; });
-    EXPECT_EQ(output, "") << fixture;
+    TRecordingView view(window);
+    TCtrlMain controller(view);
+    EXPECT_EQ(view.output, "") << fixture;
     controller.ExecuteCommand("db=loaddatabase(\"db\")");
-    output.clear();
+    view.output.clear();
     controller.ExecuteCommand("updatefeature(db,\"fixture\")");
-    EXPECT_EQ(output,
+    EXPECT_EQ(view.output,
               "> updatefeature(db,\"fixture\")\n  Processing.. this could take some time\n"
               "  Feature 'fixture' has an invalid length\n  Function failed\n");
     const auto& database = dynamic_cast<const TVarDatabase&>(*controller.GetVarList().Find("db"));

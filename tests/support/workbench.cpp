@@ -10,10 +10,10 @@
 #include "gui/eight-bit-text.h"
 
 TWorkbench::TWorkbench()
-    : scope([this](QDialog& dialog) { dialogs.push_back(dialog.grab().toImage()); }),
-      controller(&window, [this](const std::string& text) { output += text; }) {}
+    : view(window), scope([this](QDialog& dialog) { dialogs.push_back(dialog.grab().toImage()); }), controller(view) {}
 
 std::string TWorkbench::Run(const std::string& line) {
+  const std::string& output = view.output;
   const std::size_t start = output.size() + line.size() + 3;
   controller.ExecuteCommand(line);
   std::string answer;
