@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include <QApplication>
 #include <boost/bind/bind.hpp>
@@ -55,7 +56,7 @@ void ForgetScreen() {
 }
 
 /// Runs the lines and writes what was asked for.
-int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap) {
+int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap, base::TNamedOutput* variables) {
   MainWindow window;
   TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
   if (options.seed) {
@@ -68,7 +69,7 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   while (!tap.HasFailed() && reader.Next(line)) {
     controller.ExecuteCommand(line);
   }
-  if (!options.variables.empty() && !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
+  if (variables != nullptr && !variables->Write(FormatVariables(controller.GetVarList()))) {
     return Refuse(FormatString("File '%s' cannot be written", options.variables.c_str()));
   }
   std::string failedFile = saver.GetFailedFile();
@@ -108,7 +109,8 @@ int Run(int argc, char** argv) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
     }
   }
-  if (!options->variables.empty() && !base::WriteFile(options->variables, {})) {
+  std::optional<base::TNamedOutput> variables;
+  if (!options->variables.empty() && !variables.emplace(options->variables).IsOpen()) {
     return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
   }
   qInstallMessageHandler(ReportErrors);
@@ -123,7 +125,7 @@ int Run(int argc, char** argv) {
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
   TOutputTap tap(output);
-  return RunLines(*options, *reader, tap);
+  return RunLines(*options, *reader, tap, variables ? &*variables : nullptr);
 }
 
 }  // namespace

@@ -87,7 +87,7 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
 }
 
 bool TFunctionEvaluateIndex::Write(const char* filename, const std::string& bytes) const {
-  if (base::WriteFile(filename, bytes)) {
+  if (base::ReplaceFile(filename, bytes.data(), bytes.size())) {
     return true;
   }
   Print(FormatString("File '%s' cannot be written", filename));

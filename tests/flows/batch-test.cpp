@@ -5,7 +5,10 @@
 
 #include <QImage>
 #include <QProcess>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/support/workbench.h"
 
@@ -207,6 +210,78 @@ TEST_F(TBatch, AClosedPipeEndsTheRunAndKeepsTheHistory) {
   EXPECT_EQ(outcome.output, "> help\n");
   EXPECT_EQ(FileBytes("status"), "141\n");
   EXPECT_TRUE(FileBytes("CommandHistory.txt").starts_with("help\r\n"));
+}
+
+/// A named pipe that nobody else has open.
+void MakePipe(const char* name) {
+  std::filesystem::remove(name);
+  ASSERT_EQ(mkfifo(name, 0600), 0);
+}
+
+TEST_F(TBatch, NamedPipesInTheProgramsPlacesAreRefusedAndNotWaitedFor) {
+  MakePipe("CommandHistory.txt");
+  EXPECT_EQ(Run({}, "reset()\n").status, 0) << "at the start and at the end";
+  EXPECT_TRUE(std::filesystem::is_fifo("CommandHistory.txt"));
+  const std::string evaluation = std::string(kSearch) + "evaluateindex(index, \"x\")\n";
+  for (const std::string name : {"recallprecision.txt", "recallprecision.plt"}) {
+    MakePipe(name.c_str());
+    const TOutcome outcome = Run({}, evaluation);
+    EXPECT_EQ(outcome.status, 1) << name;
+    EXPECT_TRUE(outcome.output.ends_with("  File '" + name + "' cannot be written\n  Function failed\n"))
+        << outcome.output;
+    EXPECT_TRUE(std::filesystem::is_fifo(name));
+    std::filesystem::remove(name);
+  }
+  // Also one with a reader is no place for a file of the program's own.
+  MakePipe("out.tsv");
+  const int reader = open("out.tsv", O_RDONLY | O_NONBLOCK);
+  std::filesystem::create_directory("tables");
+  std::filesystem::rename("out.tsv", "tables/index.tsv");
+  EXPECT_EQ(Run({"--rankings", "tables"}, kSearch).status, 2);
+  char byte = 0;
+  EXPECT_EQ(read(reader, &byte, 1), 0) << "nothing came";
+  close(reader);
+}
+
+TEST_F(TBatch, APipeThatTakesTheHistorysPlaceLaterIsNotWaitedForEither) {
+  process.setArguments({});
+  process.start();
+  process.write("reset()\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  MakePipe("CommandHistory.txt");
+  process.closeWriteChannel();
+  EXPECT_EQ(Finish().status, 0);
+  EXPECT_TRUE(std::filesystem::is_fifo("CommandHistory.txt"));
+}
+
+TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
+  const std::string image = "q = loadimage(\"q.png\")\n";
+  const std::string rows = "q\timage\tFilename: \"q.png\", no features\n";
+  EXPECT_TRUE(Run({"--variables", "/dev/stdout"}, image).output.ends_with(rows));
+  // The same file under another name: neither the printed lines nor the table are lost.
+  process.setStandardOutputFile("out.txt");
+  EXPECT_EQ(Run({"--variables", "out.txt"}, image).status, 0);
+  EXPECT_EQ(FileBytes("out.txt"), "> q = loadimage(\"q.png\")\n" + rows);
+  process.setStandardOutputFile(QString());
+  EXPECT_EQ(Run({"--variables", "/dev/null"}, image).status, 0);
+  MakePipe("pipe");
+  EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 2) << "nobody reads";
+  const int reader = open("pipe", O_RDONLY | O_NONBLOCK);
+  EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 0);
+  std::string got(100, ' ');
+  got.resize(static_cast<std::size_t>(std::max<ssize_t>(read(reader, got.data(), got.size()), 0)));
+  EXPECT_EQ(got, rows);
+  close(reader);
+  // The table of an earlier run stays until this one has its own.
+  MakeFile("v.tsv", "earlier");
+  process.setArguments({"--variables", "v.tsv"});
+  process.start();
+  process.write(image.data());
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  EXPECT_EQ(FileBytes("v.tsv"), "earlier");
+  process.closeWriteChannel();
+  Finish();
+  EXPECT_EQ(FileBytes("v.tsv"), rows);
 }
 
 TEST_F(TBatch, TheWorkbenchWithoutADisplaySaysSoAndEndsPlainly) {
