@@ -7,6 +7,7 @@
 #include <QProcess>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -170,14 +171,74 @@ TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
   }
 }
 
-TEST_F(TBatch, CtrlCEndsTheRunAndKeepsTheHistory) {
+/// A named pipe that nobody else has open.
+void MakePipe(const char* name) {
+  std::filesystem::remove(name);
+  ASSERT_EQ(mkfifo(name, 0600), 0);
+}
+
+constexpr const char* kEnds = "Ends after the command under way; once more ends at once\n";
+
+TEST_F(TBatch, ASignalToEndKeepsTheHistoryAndWritesTheTables) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::filesystem::remove("CommandHistory.txt");
+    std::filesystem::remove("v.tsv");
+    process.setArguments({"--variables", "v.tsv"});
+    process.start();
+    process.write("db = loaddatabase(\"photos\")\n");
+    ASSERT_TRUE(process.waitForReadyRead(30000));
+    kill(static_cast<pid_t>(process.processId()), signal);
+    const TOutcome outcome = Finish();
+    EXPECT_EQ(outcome.status, 130) << signal;
+    EXPECT_EQ(outcome.errors, kEnds);
+    EXPECT_EQ(FileBytes("CommandHistory.txt"), "db = loaddatabase(\"photos\")\r\n");
+    EXPECT_TRUE(FileBytes("v.tsv").starts_with("db\tdatabase\t")) << FileBytes("v.tsv");
+  }
+}
+
+TEST_F(TBatch, ASecondSignalEndsAtOnceWhicheverItIs) {
+  MakePipe("full");
+  const int reader = open("full", O_RDONLY | O_NONBLOCK);
+  // A command that does not end: its output goes where nobody takes it.
+  std::string lines;
+  for (int i = 0; i < 5000; ++i) {
+    lines += "help\r\n";
+  }
+  MakeFile("s.txt", lines);
+  process.setStandardOutputFile("full");
   process.setArguments({});
+  process.start();
+  process.write("executescript(\"s.txt\")\n");
+  process.waitForBytesWritten(30000);
+  for (int waiting = 0, before = -1; waiting == 0 || waiting > before; usleep(100000)) {
+    before = waiting;
+    ioctl(reader, FIONREAD, &waiting);
+  }
+  const auto number = static_cast<pid_t>(process.processId());
+  kill(number, SIGTERM);
+  process.setReadChannel(QProcess::StandardError);
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  kill(number, SIGINT);
+  ASSERT_TRUE(process.waitForFinished(30000));
+  EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
+  EXPECT_EQ(process.exitCode(), SIGINT);
+  EXPECT_EQ(process.readAllStandardError(), kEnds) << "said once";
+  close(reader);
+}
+
+TEST_F(TBatch, ASignalThatTheStarterIgnoresIsIgnored) {
+  process.setProgram("/bin/sh");
+  process.setArguments({"-c", "trap '' HUP; exec \"$0\"", QStringLiteral(BATCH_PROGRAM)});
   process.start();
   process.write("reset()\n");
   ASSERT_TRUE(process.waitForReadyRead(30000));
-  kill(static_cast<pid_t>(process.processId()), SIGINT);
-  EXPECT_EQ(Finish().status, 130);
-  EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset()\r\n");
+  kill(static_cast<pid_t>(process.processId()), SIGHUP);
+  process.write("reset()\n");
+  process.closeWriteChannel();
+  const TOutcome outcome = Finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, "> reset()\n> reset()\n");
+  EXPECT_EQ(outcome.errors, "");
 }
 
 TEST_F(TBatch, CtrlCEndsAScriptInsideAScriptAfterTheLineUnderWay) {
@@ -210,12 +271,6 @@ TEST_F(TBatch, AClosedPipeEndsTheRunAndKeepsTheHistory) {
   EXPECT_EQ(outcome.output, "> help\n");
   EXPECT_EQ(FileBytes("status"), "141\n");
   EXPECT_TRUE(FileBytes("CommandHistory.txt").starts_with("help\r\n"));
-}
-
-/// A named pipe that nobody else has open.
-void MakePipe(const char* name) {
-  std::filesystem::remove(name);
-  ASSERT_EQ(mkfifo(name, 0600), 0);
 }
 
 TEST_F(TBatch, NamedPipesInTheProgramsPlacesAreRefusedAndNotWaitedFor) {
