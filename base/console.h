@@ -4,7 +4,7 @@
 #include <string>
 
 /// What a program without a window needs of its terminal: standard output for its own lines only, lines as they arrive,
-/// and Ctrl-C as a wish that it can grant between two commands.
+/// and Ctrl-C as a wish that it can grant between two commands. SIGTERM and SIGHUP count as Ctrl-C.
 namespace base {
 
 /// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on if
@@ -15,7 +15,8 @@ std::FILE* TakeStandardOutput(bool verbose);
 bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
-/// only sets what Interrupted() tells; a second one ends the program at once.
+/// only sets what Interrupted() tells and says so on standard error; a second one ends the program at once. Signals
+/// that the program was started to ignore stay ignored.
 void CatchSignals();
 
 /// True once Ctrl-C was pressed after CatchSignals(); always false in a program that did not call it.

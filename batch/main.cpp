@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include <QApplication>
 #include <boost/bind/bind.hpp>
@@ -54,7 +55,7 @@ void ForgetScreen() {
 }
 
 /// Runs the lines and writes what was asked for.
-int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& view) {
+int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& view, base::TNamedOutput* variables) {
   TCtrlMain controller(view);
   if (options.seed) {
     controller.SetSeed(*options.seed);
@@ -66,7 +67,7 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& vi
   while (!view.HasFailed() && reader.Next(line)) {
     controller.ExecuteCommand(line);
   }
-  if (!options.variables.empty() && !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
+  if (variables != nullptr && !variables->Write(FormatVariables(controller.GetVarList()))) {
     return Refuse(FormatString("File '%s' cannot be written", options.variables.c_str()));
   }
   std::string failedFile = saver.GetFailedFile();
@@ -106,7 +107,8 @@ int Run(int argc, char** argv) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
     }
   }
-  if (!options->variables.empty() && !base::WriteFile(options->variables, {})) {
+  std::optional<base::TNamedOutput> variables;
+  if (!options->variables.empty() && !variables.emplace(options->variables).IsOpen()) {
     return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
   }
   qInstallMessageHandler(ReportErrors);
@@ -121,7 +123,7 @@ int Run(int argc, char** argv) {
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
   TStreamView view(output);
-  return RunLines(*options, *reader, view);
+  return RunLines(*options, *reader, view, variables ? &*variables : nullptr);
 }
 
 }  // namespace

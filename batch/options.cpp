@@ -22,8 +22,9 @@ pane would show.
   --version         print the version
 
 Exit status: 0 if every line succeeded, 1 if a line failed, 2 for wrong usage or
-a file or directory that cannot be used, 130 after Ctrl-C, 141 if nobody reads
-the output any more.
+a file or directory that cannot be used, 130 after Ctrl-C (or SIGTERM or SIGHUP:
+the first one ends the run after the command under way, with tables and history),
+141 if nobody reads the output any more.
 )";
 
 std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {

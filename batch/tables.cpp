@@ -73,7 +73,8 @@ std::string WriteRankings(const TVarList& varList, const std::string& directory)
   for (const auto& variable : varList.GetVariables()) {
     if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
       std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
-      if (!base::WriteFile(file, FormatRanking(*index, varList))) {
+      const std::string table = FormatRanking(*index, varList);
+      if (!base::ReplaceFile(file, table.data(), table.size())) {
         return file;
       }
     }

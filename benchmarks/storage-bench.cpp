@@ -217,7 +217,7 @@ void BM_MeasureAndWrite(benchmark::State& state) {
   const std::vector<bool> relevance = Relevance();
   for (auto _ : state) {
     const TRecallPrecision result = MeasureRanking(relevance, kRankCount / 10);
-    base::WriteFile("recallprecision.txt", result.curve);
+    base::ReplaceFile("recallprecision.txt", result.curve.data(), result.curve.size());
   }
 }
 
@@ -225,7 +225,7 @@ void BM_MeasureAndWriteWriteAlone(benchmark::State& state) {
   EnterWorkDirectory();
   const TRecallPrecision result = MeasureRanking(Relevance(), kRankCount / 10);
   for (auto _ : state) {
-    base::WriteFile("recallprecision.txt", result.curve);
+    base::ReplaceFile("recallprecision.txt", result.curve.data(), result.curve.size());
   }
 }
 

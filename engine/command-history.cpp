@@ -22,5 +22,5 @@ void TCommandHistory::Save(const std::string& filename) const {
   for (const std::string& entry : entries) {
     text += entry + "\r\n";
   }
-  base::WriteFile(filename, text);
+  base::ReplaceFile(filename, text.data(), text.size());
 }

@@ -101,7 +101,7 @@ void TFunctionEvaluateIndex::DrawAndShowChart(bool isRemoved) const {
 }
 
 bool TFunctionEvaluateIndex::Write(const char* filename, const std::string& bytes) const {
-  if (base::WriteFile(filename, bytes)) {
+  if (base::ReplaceFile(filename, bytes.data(), bytes.size())) {
     return true;
   }
   Print(FormatString("File '%s' cannot be written", filename));

@@ -5,7 +5,11 @@
 
 #include <QImage>
 #include <QProcess>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/support/workbench.h"
 
@@ -168,14 +172,74 @@ TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
   }
 }
 
-TEST_F(TBatch, CtrlCEndsTheRunAndKeepsTheHistory) {
+/// A named pipe that nobody else has open.
+void MakePipe(const char* name) {
+  std::filesystem::remove(name);
+  ASSERT_EQ(mkfifo(name, 0600), 0);
+}
+
+constexpr const char* kEnds = "Ends after the command under way; once more ends at once\n";
+
+TEST_F(TBatch, ASignalToEndKeepsTheHistoryAndWritesTheTables) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::filesystem::remove("CommandHistory.txt");
+    std::filesystem::remove("v.tsv");
+    process.setArguments({"--variables", "v.tsv"});
+    process.start();
+    process.write("db = loaddatabase(\"photos\")\n");
+    ASSERT_TRUE(process.waitForReadyRead(30000));
+    kill(static_cast<pid_t>(process.processId()), signal);
+    const TOutcome outcome = Finish();
+    EXPECT_EQ(outcome.status, 130) << signal;
+    EXPECT_EQ(outcome.errors, kEnds);
+    EXPECT_EQ(FileBytes("CommandHistory.txt"), "db = loaddatabase(\"photos\")\r\n");
+    EXPECT_TRUE(FileBytes("v.tsv").starts_with("db\tdatabase\t")) << FileBytes("v.tsv");
+  }
+}
+
+TEST_F(TBatch, ASecondSignalEndsAtOnceWhicheverItIs) {
+  MakePipe("full");
+  const int reader = open("full", O_RDONLY | O_NONBLOCK);
+  // A command that does not end: its output goes where nobody takes it.
+  std::string lines;
+  for (int i = 0; i < 5000; ++i) {
+    lines += "help\r\n";
+  }
+  MakeFile("s.txt", lines);
+  process.setStandardOutputFile("full");
   process.setArguments({});
+  process.start();
+  process.write("executescript(\"s.txt\")\n");
+  process.waitForBytesWritten(30000);
+  for (int waiting = 0, before = -1; waiting == 0 || waiting > before; usleep(100000)) {
+    before = waiting;
+    ioctl(reader, FIONREAD, &waiting);
+  }
+  const auto number = static_cast<pid_t>(process.processId());
+  kill(number, SIGTERM);
+  process.setReadChannel(QProcess::StandardError);
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  kill(number, SIGINT);
+  ASSERT_TRUE(process.waitForFinished(30000));
+  EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
+  EXPECT_EQ(process.exitCode(), SIGINT);
+  EXPECT_EQ(process.readAllStandardError(), kEnds) << "said once";
+  close(reader);
+}
+
+TEST_F(TBatch, ASignalThatTheStarterIgnoresIsIgnored) {
+  process.setProgram("/bin/sh");
+  process.setArguments({"-c", "trap '' HUP; exec \"$0\"", QStringLiteral(BATCH_PROGRAM)});
   process.start();
   process.write("reset()\n");
   ASSERT_TRUE(process.waitForReadyRead(30000));
-  kill(static_cast<pid_t>(process.processId()), SIGINT);
-  EXPECT_EQ(Finish().status, 130);
-  EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset()\r\n");
+  kill(static_cast<pid_t>(process.processId()), SIGHUP);
+  process.write("reset()\n");
+  process.closeWriteChannel();
+  const TOutcome outcome = Finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, "> reset()\n> reset()\n");
+  EXPECT_EQ(outcome.errors, "");
 }
 
 TEST_F(TBatch, CtrlCEndsAScriptInsideAScriptAfterTheLineUnderWay) {
@@ -208,6 +272,72 @@ TEST_F(TBatch, AClosedPipeEndsTheRunAndKeepsTheHistory) {
   EXPECT_EQ(outcome.output, "> help\n");
   EXPECT_EQ(FileBytes("status"), "141\n");
   EXPECT_TRUE(FileBytes("CommandHistory.txt").starts_with("help\r\n"));
+}
+
+TEST_F(TBatch, NamedPipesInTheProgramsPlacesAreRefusedAndNotWaitedFor) {
+  MakePipe("CommandHistory.txt");
+  EXPECT_EQ(Run({}, "reset()\n").status, 0) << "at the start and at the end";
+  EXPECT_TRUE(std::filesystem::is_fifo("CommandHistory.txt"));
+  const std::string evaluation = std::string(kSearch) + "evaluateindex(index, \"x\")\n";
+  for (const std::string name : {"recallprecision.txt", "recallprecision.plt"}) {
+    MakePipe(name.c_str());
+    const TOutcome outcome = Run({}, evaluation);
+    EXPECT_EQ(outcome.status, 1) << name;
+    EXPECT_TRUE(outcome.output.ends_with("  File '" + name + "' cannot be written\n  Function failed\n"))
+        << outcome.output;
+    EXPECT_TRUE(std::filesystem::is_fifo(name));
+    std::filesystem::remove(name);
+  }
+  // Also one with a reader is no place for a file of the program's own.
+  MakePipe("out.tsv");
+  const int reader = open("out.tsv", O_RDONLY | O_NONBLOCK);
+  std::filesystem::create_directory("tables");
+  std::filesystem::rename("out.tsv", "tables/index.tsv");
+  EXPECT_EQ(Run({"--rankings", "tables"}, kSearch).status, 2);
+  char byte = 0;
+  EXPECT_EQ(read(reader, &byte, 1), 0) << "nothing came";
+  close(reader);
+}
+
+TEST_F(TBatch, APipeThatTakesTheHistorysPlaceLaterIsNotWaitedForEither) {
+  process.setArguments({});
+  process.start();
+  process.write("reset()\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  MakePipe("CommandHistory.txt");
+  process.closeWriteChannel();
+  EXPECT_EQ(Finish().status, 0);
+  EXPECT_TRUE(std::filesystem::is_fifo("CommandHistory.txt"));
+}
+
+TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
+  const std::string image = "q = loadimage(\"q.png\")\n";
+  const std::string rows = "q\timage\tFilename: \"q.png\", no features\n";
+  EXPECT_TRUE(Run({"--variables", "/dev/stdout"}, image).output.ends_with(rows));
+  // The same file under another name: neither the printed lines nor the table are lost.
+  process.setStandardOutputFile("out.txt");
+  EXPECT_EQ(Run({"--variables", "out.txt"}, image).status, 0);
+  EXPECT_EQ(FileBytes("out.txt"), "> q = loadimage(\"q.png\")\n" + rows);
+  process.setStandardOutputFile(QString());
+  EXPECT_EQ(Run({"--variables", "/dev/null"}, image).status, 0);
+  MakePipe("pipe");
+  EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 2) << "nobody reads";
+  const int reader = open("pipe", O_RDONLY | O_NONBLOCK);
+  EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 0);
+  std::string got(100, ' ');
+  got.resize(static_cast<std::size_t>(std::max<ssize_t>(read(reader, got.data(), got.size()), 0)));
+  EXPECT_EQ(got, rows);
+  close(reader);
+  // The table of an earlier run stays until this one has its own.
+  MakeFile("v.tsv", "earlier");
+  process.setArguments({"--variables", "v.tsv"});
+  process.start();
+  process.write(image.data());
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  EXPECT_EQ(FileBytes("v.tsv"), "earlier");
+  process.closeWriteChannel();
+  Finish();
+  EXPECT_EQ(FileBytes("v.tsv"), rows);
 }
 
 TEST_F(TBatch, TheWorkbenchWithoutADisplaySaysSoAndEndsPlainly) {
