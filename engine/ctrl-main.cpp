@@ -5,6 +5,7 @@
 #include <exception>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <boost/bind/bind.hpp>
 
@@ -175,12 +176,14 @@ void TCtrlMain::SetSeed(std::uint32_t seed) {
 }
 
 void TCtrlMain::UpdateVariables() {
-  window->ClearVariables();
+  std::vector<TVariableRow> rows;
+  rows.reserve(varList->GetVariables().size());
   for (const auto& variable : varList->GetVariables()) {
     const auto* image = dynamic_cast<const TVarImage*>(variable.get());
-    window->AddVariable(variable->GetName(), variable->GetType(), variable->GetDescription(),
-                        image != nullptr ? image->GetFilename() : std::string());
+    rows.push_back({variable->GetName(), variable->GetType(), variable->GetDescription(),
+                    image != nullptr ? image->GetFilename() : std::string()});
   }
+  window->SetVariables(rows);
 }
 
 TCtrlMain::THelpRequest TCtrlMain::ProcessHelp(const std::string& line) {
