@@ -1,5 +1,7 @@
 #include "gui/main-window.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 #include <QCloseEvent>
@@ -7,6 +9,7 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMimeData>
@@ -20,6 +23,18 @@
 #include "gui/eight-bit-text.h"
 #include "gui/tool-tip.h"
 #include "ui_main-window.h"
+
+/// Outside of every namespace, as the toolkit asks for.
+static QIcon MakeIcon() {
+  // The linker leaves out what nobody mentions in a static library.
+  Q_INIT_RESOURCE(icons);
+  QIcon icon;
+  for (const char* file :
+       {":/icons/tessimar-16.png", ":/icons/tessimar-32.png", ":/icons/tessimar-48.png", ":/icons/tessimar-256.png"}) {
+    icon.addFile(file);
+  }
+  return icon;
+}
 
 namespace {
 
@@ -53,6 +68,7 @@ MainWindow::MainWindow(QWidget* parent)
   ui->setupUi(this);
   ui->leCommand->installEventFilter(this);
   setWindowTitle(kTitle);
+  setWindowIcon(MakeIcon());
   const QSize available = QGuiApplication::screens().first()->availableGeometry().size();
   const QSize frame = frameGeometry().size();
   move((available.width() - frame.width()) / 2, (available.height() - frame.height()) / 2);
@@ -61,6 +77,13 @@ MainWindow::MainWindow(QWidget* parent)
   ui->twVariables->setColumnWidth(2, 750);
   ui->leCommand->setFocus(Qt::OtherFocusReason);
   ui->splitter->setSizes({260, 260, 50});
+  ui->splitter->setStretchFactor(0, 1);
+  ui->splitter->setStretchFactor(1, 1);
+  ui->splitter->setCollapsible(2, false);
+  setMinimumSize(480, 340);
+  for (QGroupBox* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
+    box->setToolTip(box->title());
+  }
   // A file dropped anywhere is the window's. The text widgets would take its address as text; without accepting drops
   // they let it pass to here.
   setAcceptDrops(true);
@@ -223,7 +246,60 @@ void MainWindow::Interrupt() {
   }
 }
 
+void MainWindow::FollowPanes() {
+  const auto follow = [this](QWidget* widget) {
+    QWidget* parent = widget->parentWidget();
+    const QRect place = widget->geometry();
+    followers.push_back({widget, QMargins(place.left(), place.top(), parent->width() - place.left() - place.width(),
+                                          parent->height() - place.top() - place.height())});
+    parent->installEventFilter(this);
+  };
+  for (QWidget* widget :
+       std::initializer_list<QWidget*>{ui->splitter, ui->twVariables, ui->pteInfo, ui->leCommand, ui->twFeatures,
+                                       ui->twClassifiers, ui->twSegmentationMethods}) {
+    follow(widget);
+  }
+  // One line needs no more than it has.
+  ui->gbCommand->setFixedHeight(ui->gbCommand->height());
+}
+
+void MainWindow::ArrangeChildrenOf(const QWidget* parent) {
+  for (const auto& [widget, margins] : followers) {
+    if (widget->parentWidget() != parent) {
+      continue;
+    }
+    const int widthBefore = widget->width();
+    widget->setGeometry(parent->rect().marginsRemoved(margins));
+    if (widget == ui->twVariables) {
+      constexpr int kDescription = 2;
+      const int width = ui->twVariables->columnWidth(kDescription) + widget->width() - widthBefore;
+      ui->twVariables->setColumnWidth(kDescription, std::max(width, 100));
+    }
+  }
+  if (parent == ui->centralWidget) {
+    ArrangeSideTables();
+  }
+}
+
+/// The three boxes stay at the right edge and share what height there is.
+void MainWindow::ArrangeSideTables() {
+  constexpr QSize kForm(1182, 568);
+  const int wider = ui->centralWidget->width() - kForm.width();
+  const int higher = ui->centralWidget->height() - kForm.height();
+  int index = 0;
+  for (QWidget* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
+    const int above = higher * index / 3;
+    const int including = higher * (index + 1) / 3;
+    box->setGeometry(1040 + wider, 10 + 170 * index + above, 131, 161 + including - above);
+    ++index;
+  }
+}
+
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::Resize && watched != ui->leCommand) {
+    ArrangeChildrenOf(static_cast<QWidget*>(watched));
+    return false;
+  }
   if (watched != ui->leCommand) {
     return QMainWindow::eventFilter(watched, event);
   }
@@ -277,6 +353,9 @@ void MainWindow::showEvent(QShowEvent* event) {
   // Not where the user brings back a minimised window.
   if (!event->spontaneous()) {
     isClosing = false;
+  }
+  if (followers.empty()) {
+    FollowPanes();
   }
   QMainWindow::showEvent(event);
 }

@@ -85,13 +85,25 @@ class MainWindow : public QMainWindow {
   void on_leCommand_linesPasted(const QString& text);
 
  private:
+  /// A widget that keeps its distance from the edges of its parent.
+  struct TFollower {
+    QWidget* widget;
+    QMargins margins;
+  };
+
   /// True if the event was one of the keys that belong to the window.
   bool HandleCommandKey(int key);
+  /// Has the contents follow their panes from now on.
+  void FollowPanes();
+  void ArrangeChildrenOf(const QWidget* parent);
+  void ArrangeSideTables();
   void RunHelp();
   void Interrupt();
   void TakeOffer(const std::string& line);
 
   std::unique_ptr<Ui::MainWindow> ui;
+  /// Empty until the window was shown: at the size of the form, its own geometry holds.
+  std::vector<TFollower> followers;
   TWorkInput workInput;
   TCommandOfferScope offerScope;
   /// A command that was offered while another ran.
