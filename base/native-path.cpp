@@ -9,7 +9,6 @@
 #include <utility>
 
 #include <boost/filesystem.hpp>
-#include <sys/stat.h>
 #ifndef _WIN32
 #include <dirent.h>
 #endif
@@ -263,24 +262,6 @@ std::string FileIdentity(const std::string& path) {
   boost::system::error_code error;
   const filesystem::path canonical = filesystem::canonical(ToPath(nativePath), error);
   return error ? nativePath : canonical.string();
-}
-
-std::optional<TFileStamp> GetFileStamp(const std::string& path) {
-#ifdef _WIN32
-  struct _stat64 status;
-  if (_stat64(path.c_str(), &status) != 0) {
-    return std::nullopt;
-  }
-  return TFileStamp{static_cast<std::uint64_t>(status.st_size), status.st_mtime, 0};
-#else
-  struct stat status;
-  // Most paths are spelt as the file is, and a collection asks once an image.
-  if (stat(path.c_str(), &status) != 0 && stat(NativePath(path).c_str(), &status) != 0) {
-    return std::nullopt;
-  }
-  return TFileStamp{static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec,
-                    static_cast<std::int32_t>(status.st_mtim.tv_nsec)};
-#endif
 }
 
 bool RemoveFile(const std::string& path) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,17 +37,6 @@ bool IsDirectory(const std::string& path);
 
 /// The same text for every way to write the path of an existing file: absolute, without links and detours.
 std::string FileIdentity(const std::string& path);
-
-/// What tells one state of a file from another: its size in bytes, and the time of its last change since 1970 as
-/// finely as the file system keeps it.
-struct TFileStamp {
-  std::uint64_t size;
-  std::int64_t seconds;
-  std::int32_t nanoseconds;
-};
-
-/// The stamp of a file; nothing if there is none.
-std::optional<TFileStamp> GetFileStamp(const std::string& path);
 
 /// Removes the file of exactly this name. True if none stands there afterwards.
 bool RemoveFile(const std::string& path);

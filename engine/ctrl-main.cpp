@@ -139,7 +139,9 @@ void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
   view.BeginWork();
   const TAtEnd atEnd([this] {
     --depth;
-    view.ShowWork(std::string());
+    if (std::exchange(showsWork, false)) {
+      view.ShowWork(std::string());
+    }
     view.EndWork();
   });
   const auto runs = [&] {
@@ -222,7 +224,7 @@ bool TCtrlMain::Continue(const std::string& command, std::size_t done, std::size
   const auto now = std::chrono::steady_clock::now();
   if (now - lastDrawn >= kDrawInterval) {
     view.ShowWork(command + ", " + GroupThousands(done) + " of " + GroupThousands(total));
-    view.ProcessEvents();
+    showsWork = true;
     lastDrawn = std::chrono::steady_clock::now();
   }
   return !isInterrupted;

@@ -106,6 +106,7 @@ class TCtrlMain : private TViewListener, private TWork {
   /// Set while RunFromView runs lines; what arrives meanwhile waits in pendingLines.
   bool isRunning = false;
   std::deque<TPendingLine> pendingLines;
+  bool showsWork = false;
   /// When the view last drew the work under way.
   std::chrono::steady_clock::time_point lastDrawn;
 };

@@ -59,7 +59,7 @@ class TView {
   /// True once the user has closed the view while work is under way: no further line shall begin.
   virtual bool IsClosing() const = 0;
 
-  /// What is under way, as "segmentimage, 1,200 of 25,000"; empty when it is over.
+  /// Shows what is under way, as "segmentimage, 1,200 of 25,000", and draws what has changed; empty when it is over.
   virtual void ShowWork(const std::string& text) = 0;
 
   /// Draws what has changed and delivers what has arrived meanwhile.

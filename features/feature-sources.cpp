@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/file-stamp.h"
 #include "base/file.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -15,7 +16,7 @@ constexpr std::string_view kUnknown = "-\t-";
 
 /// Size and time of change of a picture; empty if there is none.
 std::string StampOf(const std::string& picture) {
-  const auto stamp = base::GetFileStamp(picture);
+  const auto stamp = base::StampFile(picture);
   return stamp ? FormatString("%llu\t%lld.%09ld", static_cast<unsigned long long>(stamp->size),
                               static_cast<long long>(stamp->seconds), static_cast<long>(stamp->nanoseconds))
                : std::string();

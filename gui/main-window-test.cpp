@@ -52,9 +52,13 @@ class TMainWindowTest : public testing::Test {
     return drop.isAccepted();
   }
 
-  QLabel* Cell(const char* table, int row, int column) {
-    return dynamic_cast<QLabel*>(Find<QTableWidget>(table)->cellWidget(row, column));
+  QLabel* SideCell(const char* table, int row) {
+    return dynamic_cast<QLabel*>(Find<QTableWidget>(table)->cellWidget(row, 0));
   }
+
+  QString CellText(int row, int column) { return Find<TVariablesTable>("twVariables")->item(row, column)->text(); }
+
+  QPixmap Thumbnail(int row) { return Find<TVariablesTable>("twVariables")->GetThumbnail(row, 1); }
 
   TScratchDirectory directory;
   MainWindow window;
@@ -103,30 +107,29 @@ TEST_F(TMainWindowTest, SideTablesGetOneRowAName) {
   window.AddClassifier("svm");
   window.AddSegmentationMethod("grid");
   EXPECT_EQ(Find<QTableWidget>("twFeatures")->rowCount(), 2);
-  EXPECT_EQ(Cell("twFeatures", 0, 0)->text(), "hsv");
-  EXPECT_EQ(Cell("twFeatures", 0, 0)->indent(), 5);
-  EXPECT_EQ(Cell("twFeatures", 1, 0)->textFormat(), Qt::PlainText);
-  EXPECT_EQ(Cell("twClassifiers", 0, 0)->text(), "svm");
-  EXPECT_EQ(Cell("twSegmentationMethods", 0, 0)->text(), "grid");
+  EXPECT_EQ(SideCell("twFeatures", 0)->text(), "hsv");
+  EXPECT_EQ(SideCell("twFeatures", 0)->indent(), 5);
+  EXPECT_EQ(SideCell("twFeatures", 1)->textFormat(), Qt::PlainText);
+  EXPECT_EQ(SideCell("twClassifiers", 0)->text(), "svm");
+  EXPECT_EQ(SideCell("twSegmentationMethods", 0)->text(), "grid");
 }
 
 TEST_F(TMainWindowTest, AnImageShowsAThumbnailInPlaceOfItsType) {
   QImage picture(400, 300, QImage::Format_RGB888);
   picture.fill(Qt::red);
   ASSERT_TRUE(picture.save("Red \u00c4.png"));
-  window.AddVariable("a", "image", "first", "red \u00c4.png");
-  window.AddVariable("b", "image", "second", "gone.jpg");
-  window.AddVariable("c", "database", "third", "");
-  EXPECT_EQ(Cell("twVariables", 0, 0)->text(), "a");
-  EXPECT_EQ(Cell("twVariables", 0, 0)->font().family(), "Courier");
-  EXPECT_EQ(Cell("twVariables", 0, 0)->indent(), 5);
-  const QPixmap thumbnail = Cell("twVariables", 0, 1)->pixmap();
+  window.SetVariables({{"a", "image", "first", "red \u00c4.png"},
+                       {"b", "image", "second", "gone.jpg"},
+                       {"c", "database", "third", ""}});
+  EXPECT_EQ(CellText(0, 0), "a");
+  EXPECT_EQ(CellText(0, 1), "");
+  const QPixmap thumbnail = Thumbnail(0);
   EXPECT_EQ(thumbnail.size(), QSize(40, 30));
   EXPECT_EQ(thumbnail.toImage().pixelColor(20, 15), QColor(Qt::red));
-  EXPECT_TRUE(Cell("twVariables", 1, 1)->pixmap().isNull());
-  EXPECT_EQ(Cell("twVariables", 2, 1)->text(), "database");
-  EXPECT_EQ(Cell("twVariables", 2, 2)->text(), "third");
-  window.ClearVariables();
+  EXPECT_TRUE(Thumbnail(1).isNull());
+  EXPECT_EQ(CellText(2, 1), "database");
+  EXPECT_EQ(CellText(2, 2), "third");
+  window.SetVariables({});
   EXPECT_EQ(Find<QTableWidget>("twVariables")->rowCount(), 0);
 }
 
@@ -139,8 +142,8 @@ TEST_F(TMainWindowTest, AThumbnailOfALargePhotographShowsTheWholeOfIt) {
     }
   }
   ASSERT_TRUE(picture.save("large.jpg", nullptr, 95));
-  window.AddVariable("a", "image", "", "large.jpg");
-  const QImage thumbnail = Cell("twVariables", 0, 1)->pixmap().toImage();
+  window.SetVariables({{"a", "image", "", "large.jpg"}});
+  const QImage thumbnail = Thumbnail(0).toImage();
   ASSERT_EQ(thumbnail.size(), QSize(40, 30));
   EXPECT_GT(thumbnail.pixelColor(2, 27).lightness(), 245);
   EXPECT_LT(thumbnail.pixelColor(37, 27).lightness(), 10);

@@ -4,7 +4,6 @@
 
 #include <QBuffer>
 #include <QDialog>
-#include <QLabel>
 #include <QTableWidget>
 
 #include "gui/eight-bit-text.h"
@@ -30,7 +29,7 @@ std::vector<std::string> TWorkbench::GetColumn(int column) const {
   std::vector<std::string> texts;
   texts.reserve(static_cast<std::size_t>(table->rowCount()));
   for (int row = 0; row < table->rowCount(); ++row) {
-    texts.push_back(FromQString(dynamic_cast<QLabel*>(table->cellWidget(row, column))->text()));
+    texts.push_back(FromQString(table->item(row, column)->text()));
   }
   return texts;
 }
