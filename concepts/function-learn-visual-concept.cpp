@@ -1,8 +1,11 @@
 #include "concepts/function-learn-visual-concept.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 #include "base/format-string.h"
+#include "base/text.h"
 #include "classifiers/classifier-list.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
@@ -46,40 +49,26 @@ int AddExamples(const TVarVisualConcept& visualConcept, const TVarImage& image, 
 
 }  // namespace
 
-TFunctionLearnVisualConcept::TFunctionLearnVisualConcept() {
-  name = "learnvisualconcept";
-  returnsValue = true;
-  returnType = "visualconcept";
-  SetParameters({"variable", "variable", "variable"});
-  SetHelp({"Name:        LearnVisualConcept",                                                  //
-           "Description: Learns a visual concept from two 'database' variables, with",         //
-           "             positive and negative examples, and applying a classifier to them",   //
-           "Syntax:      concept = learnvisualconcept(db_positive, db_negative, classifier)",  //
-           "Returns:     'visualconcept'",                                                     //
-           "Parameters:  1 - 'database'",                                                      //
-           "             2 - 'database'",                                                      //
-           "             3 - 'classifier'"});
-}
-
-std::unique_ptr<TVar> TFunctionLearnVisualConcept::CreateReturnVariable() const {
-  return std::make_unique<TVarVisualConcept>();
-}
+TFunctionLearnVisualConcept::TFunctionLearnVisualConcept()
+    : TFunction({.name = "learnvisualconcept",
+                 .kinds = {"variable", "variable", "variable"},
+                 .returns = Returns<TVarVisualConcept>(),
+                 .help = R"(
+Name:        LearnVisualConcept
+Description: Learns a visual concept from two 'database' variables, with
+             positive and negative examples, and applying a classifier to them
+Syntax:      concept = learnvisualconcept(db_positive, db_negative, classifier)
+Returns:     'visualconcept'
+Parameters:  1 - 'database'
+             2 - 'database'
+             3 - 'classifier')"}) {}
 
 bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& visualConcept = dynamic_cast<TVarVisualConcept&>(variable);
-  const auto* positive = FindVariable<TVarDatabase>(params[0]);
-  const auto* negative = FindVariable<TVarDatabase>(params[1]);
-  const auto* classifierVariable = FindVariable<TVarClassifier>(params[2]);
-  if (positive == nullptr) {
-    Print("First parameter is not of type 'database'");
-    return false;
-  }
-  if (negative == nullptr) {
-    Print("Second parameter is not of type 'database'");
-    return false;
-  }
-  if (classifierVariable == nullptr || classifierVariable->GetClassifier() == nullptr) {
-    Print("Third parameter is not of type 'classifier'");
+  const auto* positive = Require<TVarDatabase>(params, 1);
+  const auto* negative = positive == nullptr ? nullptr : Require<TVarDatabase>(params, 2);
+  const auto* classifierVariable = negative == nullptr ? nullptr : Require<TVarClassifier>(params, 3);
+  if (classifierVariable == nullptr) {
     return false;
   }
   if (!CheckSegmented(*positive, *negative)) {
@@ -95,21 +84,19 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
 }
 
 bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
-  if (positive.GetImages().empty()) {
-    Print("First database does not contain images");
-    return false;
+  const std::array<std::pair<const char*, const TVarDatabase*>, 2> databases = {
+      {{"First", &positive}, {"Second", &negative}}};
+  for (const auto& [ordinal, database] : databases) {
+    if (database->GetImages().empty()) {
+      Print(FormatString("%s database does not contain images", ordinal));
+      return false;
+    }
   }
-  if (negative.GetImages().empty()) {
-    Print("Second database does not contain images");
-    return false;
-  }
-  if (positive.GetImages().front()->GetSegments().empty()) {
-    Print("Images in first database are not segmented");
-    return false;
-  }
-  if (negative.GetImages().front()->GetSegments().empty()) {
-    Print("Images in second database are not segmented");
-    return false;
+  for (const auto& [ordinal, database] : databases) {
+    if (database->GetImages().front()->GetSegments().empty()) {
+      Print(FormatString("Images in %s database are not segmented", base::FoldCase(ordinal).c_str()));
+      return false;
+    }
   }
   return true;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,7 +14,6 @@ class TVarVisualConcept;
 class TFunctionLearnVisualConcept : public TFunction {
  public:
   TFunctionLearnVisualConcept();
-  std::unique_ptr<TVar> CreateReturnVariable() const override;
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
 
  private:

@@ -7,17 +7,15 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionUpdateVisualConceptTags::TFunctionUpdateVisualConceptTags() {
-  name = "updatevisualconcepttags";
-  SetParameters({"variable", "variable", "string"});
-  SetHelp({"Name:        UpdateVisualConceptTags",                                       //
-           "Description: Adds tags to 'database' if a 'concept' is found in the image",  //
-           "Syntax:      updatevisualconcepttags(db, concept, \"tree\")",                //
-           "Returns:     nothing",                                                       //
-           "Parameters:  1 - 'database'",                                                //
-           "             2 - 'visualconcept'",                                           //
-           "             3 - tag"});
-}
+TFunctionUpdateVisualConceptTags::TFunctionUpdateVisualConceptTags()
+    : TConceptCommand({.name = "updatevisualconcepttags", .kinds = {"variable", "variable", "string"}, .help = R"(
+Name:        UpdateVisualConceptTags
+Description: Adds tags to 'database' if a 'concept' is found in the image
+Syntax:      updatevisualconcepttags(db, concept, "tree")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - 'visualconcept'
+             3 - tag)"}) {}
 
 bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& params) {
   const auto* database = FindVariable<TVarDatabase>(params[0]);
@@ -31,22 +29,8 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
     Print("Second variable is not of type 'visualconcept'");
     return false;
   }
-  if (tag.empty()) {
-    Print("Tag is empty");
-    return false;
-  }
-  const auto classifier = visualConcept->LockClassifier();
-  if (!classifier) {
-    Print("Concept has no classifier");
-    return false;
-  }
-  int skipped = 0;
   int tagged = 0;
-  const auto& images = database->GetImages();
-  std::size_t done = 0;
-  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
-    TVarImage& image = *images[done];
-    skipped += visualConcept->Locate(*classifier, tag, image);
+  const auto visit = [&](TVarImage& image) {
     const bool isFound = std::any_of(image.GetSegments().begin(), image.GetSegments().end(),
                                      [](const auto& segment) { return !segment->GetLabel().empty(); });
     if (isFound) {
@@ -55,10 +39,10 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
         image.GetTags().push_back(tag);
       }
     }
-  }
-  if (skipped > 0) {
-    Print(FormatString("%d segments without usable features skipped", skipped));
+  };
+  if (!Locate(TImageSelection(*database), *visualConcept, tag, visit)) {
+    return false;
   }
   Print(FormatString("%d images tagged", tagged));
-  return done == images.size() || Interrupted(done, images.size());
+  return true;
 }

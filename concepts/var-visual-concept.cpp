@@ -8,7 +8,7 @@
 #include "images/var-image.h"
 #include "segmentation/image-segment.h"
 
-TVarVisualConcept::TVarVisualConcept() : TVar("visualconcept") {}
+TVarVisualConcept::TVarVisualConcept() : TVar(kTypeName) {}
 
 std::unique_ptr<TVar> TVarVisualConcept::CreateNew() const {
   return std::make_unique<TVarVisualConcept>();

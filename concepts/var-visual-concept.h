@@ -24,6 +24,8 @@ struct TConceptFeature {
 /// to its own variable; the concept only watches it, and all concepts that were learned with it share its state.
 class TVarVisualConcept : public TVar {
  public:
+  static constexpr const char* kTypeName = "visualconcept";
+
   TVarVisualConcept();
 
   std::unique_ptr<TVar> CreateNew() const override;

@@ -25,15 +25,13 @@ class TListScope {
 
 }  // namespace
 
-TFunctionExecuteScript::TFunctionExecuteScript() {
-  name = "executescript";
-  SetParameters({"string"});
-  SetHelp({"Name:        ExecuteScript",                              //
-           "Description: Executes a series of commands from a file",  //
-           "Syntax:      ExecuteScript(\"C:\\File.txt\")",            //
-           "Returns:     nothing",                                    //
-           "Parameters:  1 - script file"});
-}
+TFunctionExecuteScript::TFunctionExecuteScript()
+    : TFunction({.name = "executescript", .kinds = {"string"}, .help = R"(
+Name:        ExecuteScript
+Description: Executes a series of commands from a file
+Syntax:      ExecuteScript("C:\File.txt")
+Returns:     nothing
+Parameters:  1 - script file)"}) {}
 
 bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
   const std::string filename = StripQuotes(params[0]);

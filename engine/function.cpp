@@ -1,6 +1,7 @@
 #include "engine/function.h"
 
-#include <utility>
+#include <array>
+#include <sstream>
 
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -8,21 +9,34 @@
 #include "engine/var.h"
 #include "engine/work.h"
 
+TFunction::TFunction(const TCommandFacts& facts)
+    : name(facts.name),
+      returnsValue(facts.returns.create != nullptr),
+      returnType(facts.returns.type),
+      minParameters(static_cast<int>(facts.kinds.size()) - facts.optional),
+      maxParameters(static_cast<int>(facts.kinds.size())),
+      kinds(facts.kinds),
+      takesAnything(facts.takesAnything),
+      createReturn(facts.returns.create),
+      help(facts.help) {}
+
 void TFunction::ShowHelp() const {
-  if (help.empty()) {
+  std::istringstream lines(help);
+  std::string line;
+  if (!std::getline(lines, line)) {
     Print("No help available for this function");
   }
-  for (const std::string& line : help) {
+  while (std::getline(lines, line)) {
     Print(line);
   }
 }
 
 std::unique_ptr<TVar> TFunction::CreateReturnVariable() const {
-  return nullptr;
+  return createReturn == nullptr ? nullptr : createReturn();
 }
 
 bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
-  if (!checksParameters) {
+  if (takesAnything) {
     return true;
   }
   if (!CheckParameterCount(static_cast<int>(params.size()))) {
@@ -83,15 +97,9 @@ std::string TFunction::StripQuotes(const std::string& parameter) {
   return parameter.size() < 2 ? std::string() : parameter.substr(1, parameter.size() - 2);
 }
 
-void TFunction::SetParameters(std::vector<std::string> newKinds, int optional) {
-  checksParameters = true;
-  kinds = std::move(newKinds);
-  maxParameters = static_cast<int>(kinds.size());
-  minParameters = maxParameters - optional;
-}
-
-void TFunction::SetHelp(std::vector<std::string> lines) {
-  help = std::move(lines);
+void TFunction::PrintWrongType(int position, const std::string& quotedType) const {
+  constexpr std::array<const char*, 3> kOrdinals = {"First", "Second", "Third"};
+  Print(std::string(kOrdinals.at(static_cast<std::size_t>(position) - 1)) + " parameter is not of type " + quotedType);
 }
 
 void TFunction::Print(const std::string& line) const {

@@ -15,8 +15,33 @@ class TFeatureList;
 class TVar;
 class TWork;
 
-/// Base of every command of the language. A command says in its constructor what it is called, what it returns, which
-/// parameters it takes and what its help says, and overrides Execute or ExecuteWithReturn. The objects live as long as
+/// The variable that a command fills: its type name, and how a new one is made. Empty for a command that fills none.
+struct TReturn {
+  std::string type = {};
+  std::unique_ptr<TVar> (*create)() = nullptr;
+};
+
+template <typename TVariable>
+TReturn Returns() {
+  return {TVariable::kTypeName, []() -> std::unique_ptr<TVar> { return std::make_unique<TVariable>(); }};
+}
+
+/// What the language knows of a command.
+struct TCommandFacts {
+  std::string name = {};
+  /// The kinds of the parameters: "variable", "string" or "boolean".
+  std::vector<std::string> kinds = {};
+  /// How many of them, the last, may be left out.
+  int optional = 0;
+  /// True for a command that accepts any parameters.
+  bool takesAnything = false;
+  TReturn returns = {};
+  /// The lines of the help text, each behind a line feed.
+  const char* help = "";
+};
+
+/// Base of every command of the language. A command gives its facts to the base and overrides Execute or
+/// ExecuteWithReturn. The objects live as long as
 /// the list of commands and are used for every call.
 ///
 /// Parameters arrive as the parser left them, double quotes included. A command that fails prints its reason through
@@ -33,8 +58,7 @@ class TFunction {
   /// A new empty variable of the return type; null for a command that returns nothing.
   virtual std::unique_ptr<TVar> CreateReturnVariable() const;
 
-  /// Tests number and kinds of the parameters and prints one line for each fault found. A command that declared no
-  /// parameters accepts any.
+  /// Tests number and kinds of the parameters and prints one line for each fault found.
   virtual bool CheckParameters(const std::vector<std::string>& params) const;
 
   /// Runs a command that returns nothing.
@@ -70,18 +94,27 @@ class TFunction {
   static std::string StripQuotes(const std::string& parameter);
 
  protected:
-  TFunction() = default;
-
-  /// Declares the parameters by their kinds. The last `optional` of them may be left out.
-  void SetParameters(std::vector<std::string> newKinds, int optional = 0);
-
-  void SetHelp(std::vector<std::string> lines);
+  explicit TFunction(const TCommandFacts& facts);
 
   /// The variable of that name as a `TVariable`; null if there is none or it is of another class.
   template <typename TVariable>
   TVariable* FindVariable(const std::string& variableName) const {
     return dynamic_cast<TVariable*>(varList->Find(variableName));
   }
+
+  /// The parameter at `position` (from 1 to 3) as a `TVariable`. Null if it is none, and the line that says so has been
+  /// printed: "First parameter is not of type 'database'".
+  template <typename TVariable>
+  TVariable* Require(const std::vector<std::string>& params, int position) const {
+    auto* variable = FindVariable<TVariable>(params[static_cast<std::size_t>(position) - 1]);
+    if (variable == nullptr) {
+      PrintWrongType(position, std::string("'") + TVariable::kTypeName + "'");
+    }
+    return variable;
+  }
+
+  /// Says that the parameter at `position` is not of the type, which stands in quotes.
+  void PrintWrongType(int position, const std::string& quotedType) const;
 
   /// Prints one line of output.
   void Print(const std::string& line) const;
@@ -108,16 +141,17 @@ class TFunction {
   const TClassifierList* classifierList = nullptr;
   TWork* work = nullptr;
   std::string name;
-  bool returnsValue = false;
+  bool returnsValue;
   std::string returnType;
-  int minParameters = 0;
-  int maxParameters = 0;
+  int minParameters;
+  int maxParameters;
   boost::function<void(std::string)> output;
   /// Runs a command line like a typed one.
   boost::function<void(std::string)> command;
 
  private:
-  bool checksParameters = false;
   std::vector<std::string> kinds;
-  std::vector<std::string> help;
+  bool takesAnything;
+  std::unique_ptr<TVar> (*createReturn)();
+  const char* help;
 };

@@ -8,22 +8,19 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionLoadFeature::TFunctionLoadFeature() {
-  name = "loadfeature";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        LoadFeature",                                          //
-           "Description: Loads a feature for a 'database' from local storage",  //
-           "Syntax:      loadfeature(database, \"lbp\")",                       //
-           "Returns:     nothing",                                              //
-           "Parameters:  1 - 'database'",                                       //
-           "             2 - string"});
-}
+TFunctionLoadFeature::TFunctionLoadFeature()
+    : TImageCommand({.name = "loadfeature", .kinds = {"variable", "string"}, .help = R"(
+Name:        LoadFeature
+Description: Loads a feature for a 'database' from local storage
+Syntax:      loadfeature(database, "lbp")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - string)"}) {}
 
 bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* database = Require<TVarDatabase>(params, 1);
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
     return false;
   }
   if (database->GetImages().empty()) {
@@ -37,29 +34,28 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
   Print("Loading features..");
   const TFeatureSources sources(featureName);
   TStoredFeatureReader reader(featureName);
-  const auto& images = database->GetImages();
   int fromOthers = 0;
   int missing = 0;
-  std::size_t done = 0;
-  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
-    TVarImage& image = *images[done];
+  const auto step = [&](TVarImage& image) {
     const base::TReadOutcome outcome = LoadImage(reader, featureName, image);
-    if (outcome == base::TReadOutcome::kAbsent) {
+    if (outcome == base::TReadOutcome::kRead) {
+      fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
+    } else if (outcome != base::TReadOutcome::kTooLarge) {
       ++missing;
-    } else if (outcome == base::TReadOutcome::kRead &&
-               sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename())) {
-      ++fromOthers;
     }
     ProcessEvents();
-  }
-  if (fromOthers > 0) {
-    Print(FormatString("%d stored features come from other pictures", fromOthers));
-  }
-  if (missing > 0) {
-    Print(FormatString("%d images without a stored feature", missing));
-  }
-  if (done < images.size()) {
-    return Interrupted(done, images.size());
+    return true;
+  };
+  const auto atEnd = [&] {
+    if (fromOthers > 0) {
+      Print(FormatString("%d stored features come from other pictures", fromOthers));
+    }
+    if (missing > 0) {
+      Print(FormatString("%d images without a stored feature", missing));
+    }
+  };
+  if (!ForEachImage(TImageSelection(*database), step, atEnd)) {
+    return false;
   }
   Print("Done");
   return true;

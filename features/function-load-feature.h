@@ -4,14 +4,14 @@
 #include <vector>
 
 #include "base/file.h"
-#include "engine/function.h"
+#include "images/image-command.h"
 
 class TStoredFeatureReader;
 class TVarImage;
 
 /// loadfeature: reads one feature of the running system for all images of a database from "FeatureStorage". Images
 /// without a file there stay as they are, and are counted; so are vectors that are known to come from other pictures.
-class TFunctionLoadFeature : public TFunction {
+class TFunctionLoadFeature : public TImageCommand {
  public:
   TFunctionLoadFeature();
   bool Execute(const std::vector<std::string>& params) override;

@@ -7,22 +7,19 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionSaveFeature::TFunctionSaveFeature() {
-  name = "savefeature";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        SaveFeature",                                         //
-           "Description: Saves a feature from a 'database' in local storage",  //
-           "Syntax:      savefeature(database, \"lbp\")",                      //
-           "Returns:     nothing",                                             //
-           "Parameters:  1 - 'database'",                                      //
-           "             2 - string"});
-}
+TFunctionSaveFeature::TFunctionSaveFeature()
+    : TImageCommand({.name = "savefeature", .kinds = {"variable", "string"}, .help = R"(
+Name:        SaveFeature
+Description: Saves a feature from a 'database' in local storage
+Syntax:      savefeature(database, "lbp")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - string)"}) {}
 
 bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* database = Require<TVarDatabase>(params, 1);
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
     return false;
   }
   if (database->GetImages().empty()) {
@@ -35,33 +32,30 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
   }
   TFeatureSources sources(featureName);
   int skipped = 0;
-  const auto& images = database->GetImages();
-  std::string failedFile;
-  std::size_t done = 0;
-  for (; done < images.size() && failedFile.empty() && ReportProgress(done, images.size()); ++done) {
-    const TVarImage& image = *images[done];
+  const auto step = [&](const TVarImage& image) {
     const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
     if (vector == nullptr) {
       ++skipped;
-      continue;
+      return true;
     }
     const std::string path = StoredFeaturePath(featureName, image.GetFilename());
-    if (SaveStoredFeature(path, *vector)) {
-      sources.Note(base::FileNameOf(path), image.GetFilename());
-    } else {
-      failedFile = path;
+    if (!SaveStoredFeature(path, *vector)) {
+      return RefuseFile(path);
     }
-  }
+    sources.Note(base::FileNameOf(path), image.GetFilename());
+    return true;
+  };
+  const auto atEnd = [&] {
+    if (skipped > 0) {
+      Print(FormatString("%d images without the feature skipped", skipped));
+    }
+  };
+  const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);
   // Whatever ended the loop, what was saved so far has its sources.
-  if (!sources.Save() && failedFile.empty()) {
-    failedFile = sources.GetPath();
-  }
-  if (!failedFile.empty()) {
-    Print(FormatString("File '%s' cannot be written", failedFile.c_str()));
-    return false;
-  }
-  if (skipped > 0) {
-    Print(FormatString("%d images without the feature skipped", skipped));
-  }
-  return done == images.size() || Interrupted(done, images.size());
+  return (sources.Save() || RefuseFile(sources.GetPath())) && succeeded;
+}
+
+bool TFunctionSaveFeature::RefuseFile(const std::string& path) const {
+  Print(FormatString("File '%s' cannot be written", path.c_str()));
+  return false;
 }

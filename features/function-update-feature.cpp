@@ -43,60 +43,50 @@ bool ProcessSegment(const TFeature& feature, const TImageRGB& color, const TImag
 
 }  // namespace
 
-TFunctionUpdateFeature::TFunctionUpdateFeature() {
-  name = "updatefeature";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        UpdateFeature",                                                       //
-           "Description: Calculates a feature for an 'image' or a 'database' and stores the",  //
-           "             results in that variable. Feature arguments can be given as ",        //
-           "             parameters 3..n.",                                                    //
-           "Syntax:      updatefeature(a, \"lbp\")",                                           //
-           "Returns:     nothing",                                                             //
-           "Parameters:  1 - 'image' or 'database'",                                           //
-           "             2 - string",                                                          //
-           "             3..n - integer"});
-}
+TFunctionUpdateFeature::TFunctionUpdateFeature()
+    : TImageCommand({.name = "updatefeature", .kinds = {"variable", "string"}, .help = R"(
+Name:        UpdateFeature
+Description: Calculates a feature for an 'image' or a 'database' and stores the
+             results in that variable. Feature arguments can be given as 
+             parameters 3..n.
+Syntax:      updatefeature(a, "lbp")
+Returns:     nothing
+Parameters:  1 - 'image' or 'database'
+             2 - string
+             3..n - integer)"}) {}
 
 bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
-  auto* image = FindVariable<TVarImage>(params[0]);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto images = RequireImages(params);
   const TFeature* feature = featureList->Find(StripQuotes(params[1]));
-  if (image == nullptr && database == nullptr) {
-    Print("First parameter is not of type 'image' or 'database'");
+  if (!images) {
     return false;
   }
   if (feature == nullptr) {
     Print("Feature not found");
     return false;
   }
-  if (image != nullptr) {
-    TPictureReport report(output);
-    return ProcessImage(*feature, *image, report);
+  if (images->IsDatabase()) {
+    Print("Processing.. this could take some time");
+    ProcessEvents();
   }
-  return ProcessDatabase(*feature, *database);
-}
-
-bool TFunctionUpdateFeature::ProcessDatabase(const TFeature& feature, const TVarDatabase& database) const {
-  Print("Processing.. this could take some time");
-  ProcessEvents();
   TPictureReport report(output);
-  const auto& images = database.GetImages();
-  std::size_t done = 0;
-  while (done < images.size() && ReportProgress(done, images.size())) {
-    if (!ProcessImage(feature, *images[done], report)) {
-      report.PrintRest();
+  int count = 0;
+  const auto step = [&](TVarImage& image) {
+    if (!ProcessImage(*feature, image, report)) {
       return false;
     }
-    if (++done % 100 == 0) {
+    if (++count % 100 == 0) {
       ProcessEvents();
-      Print(FormatString("%d images processed", static_cast<int>(done)));
+      Print(FormatString("%d images processed", count));
     }
+    return true;
+  };
+  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
+    return false;
   }
-  report.PrintRest();
-  if (done < images.size()) {
-    return Interrupted(done, images.size());
+  if (images->IsDatabase()) {
+    Print("Processing done");
   }
-  Print("Processing done");
   return true;
 }
 

@@ -24,15 +24,13 @@ void DrawSegments(const TImageSegmentList& segments, QImage& canvas) {
 
 }  // namespace
 
-TFunctionDisplayImage::TFunctionDisplayImage() {
-  name = "displayimage";
-  SetParameters({"variable"});
-  SetHelp({"Name:        DisplayImage",                         //
-           "Description: Displays a variable of type 'image'",  //
-           "Syntax:      displayimage(a)",                      //
-           "Returns:     nothing",                              //
-           "Parameters:  1 - 'image'"});
-}
+TFunctionDisplayImage::TFunctionDisplayImage()
+    : TFunction({.name = "displayimage", .kinds = {"variable"}, .help = R"(
+Name:        DisplayImage
+Description: Displays a variable of type 'image'
+Syntax:      displayimage(a)
+Returns:     nothing
+Parameters:  1 - 'image')"}) {}
 
 bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
   const auto* image = FindVariable<TVarImage>(params[0]);

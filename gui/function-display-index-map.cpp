@@ -51,16 +51,14 @@ void DrawMap(const std::vector<std::string>& filenames, int count, TImageRGB& ca
 
 }  // namespace
 
-TFunctionDisplayIndexMap::TFunctionDisplayIndexMap() {
-  name = "displayindexmap";
-  SetParameters({"variable", "boolean"}, 1);
-  SetHelp({"Name:        DisplayIndexMap",                                            //
-           "Description: Displays the top results of a 'databaseindex' as a 2D map",  //
-           "Syntax:      displayindexmap(dbindex)",                                   //
-           "Returns:     nothing",                                                    //
-           "Parameters:  1 - 'databaseindex'",                                        //
-           "Parameters:  2 - bool (ShowQueryImage)"});
-}
+TFunctionDisplayIndexMap::TFunctionDisplayIndexMap()
+    : TFunction({.name = "displayindexmap", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+Name:        DisplayIndexMap
+Description: Displays the top results of a 'databaseindex' as a 2D map
+Syntax:      displayindexmap(dbindex)
+Returns:     nothing
+Parameters:  1 - 'databaseindex'
+Parameters:  2 - bool (ShowQueryImage))"}) {}
 
 bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
   const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);

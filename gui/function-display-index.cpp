@@ -9,16 +9,14 @@
 #include "images/tile.h"
 #include "retrieval/var-database-index.h"
 
-TFunctionDisplayIndex::TFunctionDisplayIndex() {
-  name = "displayindex";
-  SetParameters({"variable", "boolean"}, 1);
-  SetHelp({"Name:        DisplayIndex",                                                 //
-           "Description: Displays the top results of a 'databaseindex' as a 4x4 grid",  //
-           "Syntax:      displayindex(a)",                                              //
-           "Returns:     nothing",                                                      //
-           "Parameters:  1 - 'databaseindex'",                                          //
-           "Parameters:  2 - bool (ShowQueryImage)"});
-}
+TFunctionDisplayIndex::TFunctionDisplayIndex()
+    : TFunction({.name = "displayindex", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+Name:        DisplayIndex
+Description: Displays the top results of a 'databaseindex' as a 4x4 grid
+Syntax:      displayindex(a)
+Returns:     nothing
+Parameters:  1 - 'databaseindex'
+Parameters:  2 - bool (ShowQueryImage))"}) {}
 
 bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
   const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);

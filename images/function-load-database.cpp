@@ -4,21 +4,13 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionLoadDatabase::TFunctionLoadDatabase() {
-  name = "loaddatabase";
-  returnsValue = true;
-  returnType = "database";
-  SetParameters({"string"});
-  SetHelp({"Name:        LoadDatabase",                                              //
-           "Description: Loads a directory with images into a 'database' variable",  //
-           "Syntax:      a = loaddatabase(\"C:\\Directory\")",                       //
-           "Returns:     'database'",                                                //
-           "Parameters:  1 - string"});
-}
-
-std::unique_ptr<TVar> TFunctionLoadDatabase::CreateReturnVariable() const {
-  return std::make_unique<TVarDatabase>();
-}
+TFunctionLoadDatabase::TFunctionLoadDatabase()
+    : TFunction({.name = "loaddatabase", .kinds = {"string"}, .returns = Returns<TVarDatabase>(), .help = R"(
+Name:        LoadDatabase
+Description: Loads a directory with images into a 'database' variable
+Syntax:      a = loaddatabase("C:\Directory")
+Returns:     'database'
+Parameters:  1 - string)"}) {}
 
 bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& database = dynamic_cast<TVarDatabase&>(variable);

@@ -24,7 +24,7 @@ bool IsNamedLikePicture(const std::string& name) {
 
 }  // namespace
 
-TVarDatabase::TVarDatabase() : TVar("database") {}
+TVarDatabase::TVarDatabase() : TVar(kTypeName) {}
 
 TVarDatabase::~TVarDatabase() = default;
 

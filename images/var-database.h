@@ -15,6 +15,8 @@ class TVarImage;
 /// and annotations. The database owns its images.
 class TVarDatabase : public TVar {
  public:
+  static constexpr const char* kTypeName = "database";
+
   TVarDatabase();
   ~TVarDatabase() override;
 

@@ -5,7 +5,7 @@
 #include "base/format-string.h"
 #include "base/text.h"
 
-TVarImage::TVarImage() : TVar("image") {}
+TVarImage::TVarImage() : TVar(kTypeName) {}
 
 std::unique_ptr<TVar> TVarImage::CreateNew() const {
   return std::make_unique<TVarImage>();

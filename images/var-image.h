@@ -12,6 +12,8 @@
 /// database.
 class TVarImage : public TVar {
  public:
+  static constexpr const char* kTypeName = "image";
+
   TVarImage();
 
   std::unique_ptr<TVar> CreateNew() const override;

@@ -40,22 +40,19 @@ TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& 
 
 }  // namespace
 
-TFunctionEvaluateIndex::TFunctionEvaluateIndex() {
-  name = "evaluateindex";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        EvaluateIndex",                                                     //
-           "Description: Evaluates ground truth data for a given tag in a 'databaseindex'",  //
-           "Syntax:      EvaluateIndex(db, \"tree\")",                                       //
-           "Returns:     nothing",                                                           //
-           "Parameters:  1 - 'databaseindex'",                                               //
-           "             2 - string"});
-}
+TFunctionEvaluateIndex::TFunctionEvaluateIndex()
+    : TFunction({.name = "evaluateindex", .kinds = {"variable", "string"}, .help = R"(
+Name:        EvaluateIndex
+Description: Evaluates ground truth data for a given tag in a 'databaseindex'
+Syntax:      EvaluateIndex(db, "tree")
+Returns:     nothing
+Parameters:  1 - 'databaseindex'
+             2 - string)"}) {}
 
 bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
-  const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);
+  const auto* index = Require<TVarDatabaseIndex>(params, 1);
   const std::string tag = StripQuotes(params[1]);
   if (index == nullptr) {
-    Print("First parameter is not of type 'databaseindex'");
     return false;
   }
   std::string reason;

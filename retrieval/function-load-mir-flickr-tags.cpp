@@ -9,22 +9,19 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionLoadMirFlickrTags::TFunctionLoadMirFlickrTags() {
-  name = "loadmirflickrtags";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        LoadMirFlickrTags",                                                         //
-           "Description: Reads ground truth data for a 'database' that contains MIR-Flickr images",  //
-           "Syntax:      LoadMirFlickrTags(db, \"C:\\MIR-Flickr\\tree.txt\")",                       //
-           "Returns:     nothing",                                                                   //
-           "Parameters:  1 - 'database'",                                                            //
-           "             2 - string"});
-}
+TFunctionLoadMirFlickrTags::TFunctionLoadMirFlickrTags()
+    : TFunction({.name = "loadmirflickrtags", .kinds = {"variable", "string"}, .help = R"(
+Name:        LoadMirFlickrTags
+Description: Reads ground truth data for a 'database' that contains MIR-Flickr images
+Syntax:      LoadMirFlickrTags(db, "C:\MIR-Flickr\tree.txt")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - string)"}) {}
 
 bool TFunctionLoadMirFlickrTags::Execute(const std::vector<std::string>& params) {
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* database = Require<TVarDatabase>(params, 1);
   const std::string path = StripQuotes(params[1]);
   if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
     return false;
   }
   TCommandHistory annotations;

@@ -17,34 +17,24 @@ constexpr std::size_t kImagesAtATime = 32768;
 
 }  // namespace
 
-TFunctionSearchImage::TFunctionSearchImage() {
-  name = "searchimage";
-  returnsValue = true;
-  returnType = "databaseindex";
-  SetParameters({"variable", "variable"});
-  SetHelp({"Name:        SearchImage",                                                      //
-           "Description: Searches for an 'image' in a 'database' and stores the results",   //
-           "             in an index variable, with the first image being the best match",  //
-           "Syntax:      index = searchimage(database, image)",                             //
-           "Returns:     'databaseindex'",                                                  //
-           "Parameters:  1 - 'database'",                                                   //
-           "             2 - 'image'"});
-}
-
-std::unique_ptr<TVar> TFunctionSearchImage::CreateReturnVariable() const {
-  return std::make_unique<TVarDatabaseIndex>();
-}
+TFunctionSearchImage::TFunctionSearchImage()
+    : TFunction({.name = "searchimage",
+                 .kinds = {"variable", "variable"},
+                 .returns = Returns<TVarDatabaseIndex>(),
+                 .help = R"(
+Name:        SearchImage
+Description: Searches for an 'image' in a 'database' and stores the results
+             in an index variable, with the first image being the best match
+Syntax:      index = searchimage(database, image)
+Returns:     'databaseindex'
+Parameters:  1 - 'database'
+             2 - 'image')"}) {}
 
 bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& index = dynamic_cast<TVarDatabaseIndex&>(variable);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
-  const auto* query = FindVariable<TVarImage>(params[1]);
-  if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
-    return false;
-  }
+  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* query = database == nullptr ? nullptr : Require<TVarImage>(params, 2);
   if (query == nullptr) {
-    Print("Second parameter is not of type 'image'");
     return false;
   }
   if (database->GetImages().empty()) {

@@ -23,7 +23,7 @@ std::uint64_t SortKey(double distance) {
 
 }  // namespace
 
-TVarDatabaseIndex::TVarDatabaseIndex() : TVar("databaseindex") {}
+TVarDatabaseIndex::TVarDatabaseIndex() : TVar(kTypeName) {}
 
 std::unique_ptr<TVar> TVarDatabaseIndex::CreateNew() const {
   return std::make_unique<TVarDatabaseIndex>();

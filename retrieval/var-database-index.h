@@ -22,6 +22,8 @@ struct TDatabaseIndexEntry {
 /// fingerprint of what was searched: it is of use only as long as that stands under the name.
 class TVarDatabaseIndex : public TVar {
  public:
+  static constexpr const char* kTypeName = "databaseindex";
+
   TVarDatabaseIndex();
 
   std::unique_ptr<TVar> CreateNew() const override;

@@ -35,45 +35,39 @@ void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& r
 
 }  // namespace
 
-TFunctionSegmentImage::TFunctionSegmentImage() {
-  name = "segmentimage";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        SegmentImage",                                                        //
-           "Description: Segments an 'image' or a images in a 'database' based on the given",  //
-           "             segmentation method.",                                                //
-           "Syntax:      SegmentImage(image, \"grid\")",                                       //
-           "Returns:     nothing",                                                             //
-           "Parameters:  1 - 'image' or 'database'",                                           //
-           "             2 - string"});
-}
+TFunctionSegmentImage::TFunctionSegmentImage()
+    : TImageCommand({.name = "segmentimage", .kinds = {"variable", "string"}, .help = R"(
+Name:        SegmentImage
+Description: Segments an 'image' or a images in a 'database' based on the given
+             segmentation method.
+Syntax:      SegmentImage(image, "grid")
+Returns:     nothing
+Parameters:  1 - 'image' or 'database'
+             2 - string)"}) {}
 
 bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
-  auto* image = FindVariable<TVarImage>(params[0]);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto images = RequireImages(params);
   const std::string method = StripQuotes(params[1]);
-  if (image == nullptr && database == nullptr) {
-    Print("First parameter is not of type 'image' or 'database'");
+  if (!images) {
     return false;
   }
   if (method != kGridMethod && method != kSiftMethod) {
     Print("Unknown segmentation method");
     return false;
   }
+  if (images->IsDatabase()) {
+    Print("Processing.. this could take some time");
+  }
   TPictureReport report(output);
-  if (image != nullptr) {
-    SegmentImage(*image, method, report);
+  const auto step = [&](TVarImage& image) {
+    SegmentImage(image, method, report);
     return true;
+  };
+  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
+    return false;
   }
-  Print("Processing.. this could take some time");
-  const auto& images = database->GetImages();
-  std::size_t done = 0;
-  for (; done < images.size() && ReportProgress(done, images.size()); ++done) {
-    SegmentImage(*images[done], method, report);
+  if (images->IsDatabase()) {
+    Print("Processing done");
   }
-  report.PrintRest();
-  if (done < images.size()) {
-    return Interrupted(done, images.size());
-  }
-  Print("Processing done");
   return true;
 }
