@@ -13,6 +13,8 @@
 #include "images/image-rgb.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "retrieval/plot-script.h"
+#include "retrieval/recall-precision-text.h"
 #include "retrieval/recall-precision.h"
 #include "retrieval/var-database-index.h"
 
@@ -74,8 +76,8 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
     return false;
   }
   const TRecallPrecision result = Measure(*database, *index, tag);
-  Print(FormatString("MAP: %.08f", result.map));
-  if (!Write(kCurveFile, result.curve) || !Write(kScriptFile, FormatPlotScript(tag))) {
+  Print(FormatString("MAP: %.08f", result.averagePrecision));
+  if (!Write(kCurveFile, FormatCurve(result.curve)) || !Write(kScriptFile, FormatPlotScript(tag))) {
     return false;
   }
   if (!IsSafePlotTitle(tag)) {
