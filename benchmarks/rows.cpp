@@ -49,6 +49,8 @@ const std::vector<TRow>& Rows() {
       {"`searchimage`, 1,000,000 vectors of 256", {"BM_Search/1000000/1/256"}, {{"plain read", "BM_SearchPlainRead/1000000/1/256"}}, 1.6},
       {"`searchimage`, 100,000 images, both features", {"BM_Search/100000/2/256"}, {{"plain read", "BM_SearchPlainRead/100000/2/256"}}, 2},
       {"Memory of that database for each byte of its vectors", {"BM_Search/100000/2/256"}, {{"the vectors", "", 1}}, 1.1, kBytesForEachByte},
+      {"Ranking of 100,000 distances", {"BM_RankSort/100000"}, {{"stable sort", "BM_RankSortPlain/100000"}}, 1 / 3.0},
+      {"Ranking of 1,000,000 distances", {"BM_RankSort/1000000"}, {{"stable sort", "BM_RankSortPlain/1000000"}}, 1 / 3.0},
       // Detection
       {"Keypoints, 640x480", {"BM_SiftDetect/640/480"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/640/480"}}, 1 / 1.7},
       {"Keypoints, 1920x1080", {"BM_SiftDetect/1920/1080"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/1920/1080"}}, 1 / 1.7},

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <numbers>
 
 #include <QImage>
 
@@ -39,7 +40,7 @@ void DrawMap(const std::vector<std::string>& filenames, int count, TImageRGB& ca
   TImageRGB tile;
   int rank = count - 1;
   for (const std::string& filename : filenames) {
-    const double angle = (std::rand() % 360) * 3.141592653589793 / 180.0;
+    const double angle = (std::rand() % 360) * std::numbers::pi / 180.0;
     const int x = static_cast<int>(kCentre + std::cos(angle) * rank * kCentre / count);
     const int y = static_cast<int>(kCentre + std::sin(angle) * -rank * kCentre / count);
     if (LoadTile(filename, kTileWidth, tile)) {

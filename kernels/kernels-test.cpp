@@ -18,6 +18,7 @@
 #include "kernels/hsv-histogram.h"
 #include "kernels/l1-distance.h"
 #include "kernels/lbp-histogram.h"
+#include "kernels/rank-sort.h"
 #include "kernels/reference.h"
 #include "kernels/resize-cubic.h"
 #include "kernels/swap-red-blue.h"
@@ -488,6 +489,54 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
       EXPECT_EQ(distance, expectedDistance);
     }
   });
+}
+
+/// The positions of a ranking by these distances, in its order, from the kernel and from the plain sort.
+std::vector<int> SortedPositions(const std::vector<double>& distances) {
+  std::vector<kernels::TRankEntry> entries;
+  for (const double distance : distances) {
+    entries.push_back({static_cast<std::int32_t>(entries.size()), distance});
+  }
+  std::vector<kernels::TRankEntry> expected = entries;
+  kernels::RankSort(entries);
+  kernels::reference::RankSort(expected);
+  std::vector<int> positions;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    EXPECT_EQ(entries[i].imageIndex, expected[i].imageIndex) << i;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(entries[i].distance), std::bit_cast<std::uint64_t>(expected[i].distance));
+    positions.push_back(entries[i].imageIndex);
+  }
+  return positions;
+}
+
+TEST(RankSort, TellsEveryTwoDistancesApartButTheTwoZeros) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+  constexpr double kGreatest = std::numeric_limits<double>::max();
+  EXPECT_EQ(SortedPositions({1.5, 0.0, kInfinity, -0.0, std::nextafter(1.5, 2.0), kGreatest, 0.0, kLeast, 2.5, -1.0,
+                             std::nextafter(1.5, 1.0), -kInfinity, -1.5}),
+            (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
+  EXPECT_EQ(SortedPositions({3.0}), std::vector<int>{0});
+  EXPECT_EQ(SortedPositions({}), std::vector<int>());
+}
+
+TEST(RankSort, EqualsThePlainStableSort) {
+  std::mt19937_64 random(11);
+  // Few distances and many ties; those of a search; all bits there are but those of a NaN. Each number of passes.
+  for (const std::size_t count : {2, 255, 1000, 70000}) {
+    std::vector<double> ties(count);
+    std::vector<double> sums(count);
+    std::vector<double> bits(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      ties[i] = i % 50 == 0 ? std::numeric_limits<double>::infinity() : static_cast<double>(random() % 3);
+      sums[i] = 0x1p-53 * static_cast<double>(random() >> 11);
+      const double any = std::bit_cast<double>(random());
+      bits[i] = std::isnan(any) ? 0.0 : any;
+    }
+    for (const std::vector<double>& distances : {ties, sums, bits}) {
+      SortedPositions(distances);
+    }
+  }
 }
 
 }  // namespace

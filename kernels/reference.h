@@ -12,6 +12,7 @@
 
 #include "kernels/cubic-weights.h"
 #include "kernels/l1-distance.h"
+#include "kernels/rank-sort.h"
 
 namespace kernels::reference {
 
@@ -167,6 +168,11 @@ inline std::size_t FindNearestL1(const double* query, std::size_t length, const 
     }
   }
   return nearest;
+}
+
+inline void RankSort(std::vector<TRankEntry>& entries) {
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const TRankEntry& a, const TRankEntry& b) { return a.distance < b.distance; });
 }
 
 }  // namespace kernels::reference

@@ -14,6 +14,8 @@
 #include "images/image-rgb.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "retrieval/plot-script.h"
+#include "retrieval/recall-precision-text.h"
 #include "retrieval/recall-precision.h"
 #include "retrieval/var-database-index.h"
 
@@ -68,8 +70,8 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
     Print(FormatString("No image carries the tag '%s'", tag.c_str()));
   }
   const TRecallPrecision result = Measure(*database, *index, tag);
-  Print(FormatString("MAP: %.08f", result.map));
-  if (!Write(kCurveFile, result.curve) || !Write(kScriptFile, FormatPlotScript(tag))) {
+  Print(FormatString("MAP: %.08f", result.averagePrecision));
+  if (!Write(kCurveFile, FormatCurve(result.curve)) || !Write(kScriptFile, FormatPlotScript(tag))) {
     return false;
   }
   // Whatever happens from here on, no chart of an earlier evaluation is taken for one of this.

@@ -1,7 +1,5 @@
 #include "retrieval/var-database-index.h"
 
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,43 +63,6 @@ class TVarDatabaseIndexTest : public testing::Test {
 };
 
 }  // namespace
-
-TEST(TVarDatabaseIndex, SortingPutsTheSmallestFirstAndKeepsTheOrderOfTies) {
-  TVarDatabaseIndex index;
-  index.SortEntries();
-  EXPECT_TRUE(index.GetEntries().empty());
-  const double infinity = std::numeric_limits<double>::infinity();
-  // Enough ties for an unstable sort to show itself: image i has the distance i mod 3, each 50th is out of reach.
-  std::vector<std::vector<int>> classes(4);
-  for (int i = 0; i < 1000; ++i) {
-    const bool isOut = i % 50 == 0;
-    index.AddEntry(i, isOut ? infinity : i % 3);
-    classes[static_cast<std::size_t>(isOut ? 3 : i % 3)].push_back(i);
-  }
-  index.SortEntries();
-  std::vector<int> expected;
-  for (const std::vector<int>& images : classes) {
-    expected.insert(expected.end(), images.begin(), images.end());
-  }
-  EXPECT_EQ(Order(index), expected);
-  EXPECT_EQ(index.GetEntries().back().distance, infinity);
-}
-
-TEST(TVarDatabaseIndex, SortingTellsEveryTwoDistancesApartButTheTwoZeros) {
-  const double least = std::numeric_limits<double>::denorm_min();
-  const double greatest = std::numeric_limits<double>::max();
-  const double infinity = std::numeric_limits<double>::infinity();
-  TVarDatabaseIndex index;
-  int image = 0;
-  for (const double distance : {1.5, 0.0, infinity, -0.0, std::nextafter(1.5, 2.0), greatest, 0.0, least, 2.5, -1.0,
-                                std::nextafter(1.5, 1.0), -infinity, -1.5}) {
-    index.AddEntry(image++, distance);
-  }
-  index.SortEntries();
-  EXPECT_EQ(Order(index), (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
-  index.SortEntries();
-  EXPECT_EQ(Order(index), (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
-}
 
 TEST(TVarDatabaseIndex, AssignCopiesEntriesAndNames) {
   auto source = std::make_unique<TVarDatabaseIndex>();

@@ -8,15 +8,12 @@
 #include <vector>
 
 #include "engine/var.h"
+#include "kernels/rank-sort.h"
 
 class TVarDatabase;
 class TVarList;
 
-/// One row of a ranking: the position of an image in its database, and its distance from the query.
-struct TDatabaseIndexEntry {
-  std::int32_t imageIndex;
-  double distance;
-};
+using TDatabaseIndexEntry = kernels::TRankEntry;
 
 /// A ranking, of type "databaseindex", best match first. It knows its database by the name of that variable, and by the
 /// fingerprint of what was searched: it is of use only as long as that stands under the name.
@@ -34,7 +31,7 @@ class TVarDatabaseIndex : public TVar {
   void ClearEntries() { entries.clear(); }
   void AddEntry(std::int32_t imageIndex, double distance) { entries.push_back({imageIndex, distance}); }
   /// Sorts by distance, smallest first. Entries of equal distance keep their order.
-  void SortEntries();
+  void SortEntries() { kernels::RankSort(entries); }
   const std::vector<TDatabaseIndexEntry>& GetEntries() const { return entries; }
 
   const std::string& GetDatabaseName() const { return databaseName; }

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <numbers>
 
 #include <gtest/gtest.h>
 
@@ -131,7 +132,7 @@ TEST_F(TIndexDisplays, TheMapPutsWeakerResultsFurtherOutAndTheQueryOneStepBeyond
   std::srand(7);
   const QImage map = Show("displayindexmap(index)");
   const auto centre = [](int angle, double distance) {
-    const double radians = angle * 3.141592653589793 / 180.0;
+    const double radians = angle * std::numbers::pi / 180.0;
     return QPoint(10 + static_cast<int>(400 + std::cos(radians) * distance),
                   10 + static_cast<int>(400 - std::sin(radians) * distance));
   };
