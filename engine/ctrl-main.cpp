@@ -15,6 +15,7 @@
 #include "classifiers/classifier-list.h"
 #include "engine/command-history.h"
 #include "engine/command-parser.h"
+#include "engine/completion.h"
 #include "engine/function-list.h"
 #include "engine/function.h"
 #include "engine/parsed-command.h"
@@ -45,6 +46,9 @@ TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
   window->OnKeyUp = boost::bind(&TCtrlMain::PreviousCommand, this);
   window->OnKeyDown = boost::bind(&TCtrlMain::NextCommand, this);
   window->OnReturnPressed = boost::bind(&TCtrlMain::OnCommandEntered, this);
+  window->OnComplete = [this](const std::string& before) {
+    return CompleteCommand(before, *functionList, *varList, *featureList);
+  };
   const auto print = boost::bind(&TCtrlMain::PrintLine, this, boost::placeholders::_1);
   parser->SetOutput(print);
   varList->SetOutput(print);
@@ -77,6 +81,7 @@ TCtrlMain::~TCtrlMain() {
   window->OnKeyUp.clear();
   window->OnKeyDown.clear();
   window->OnReturnPressed.clear();
+  window->OnComplete.clear();
 }
 
 void TCtrlMain::AddOutput(const std::string& text) {
