@@ -8,6 +8,7 @@
 #include "base/format-string.h"
 #include "base/run-program.h"
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
@@ -36,14 +37,15 @@ TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& 
   return MeasureRanking(relevance, static_cast<int>(std::count(carriesTag.begin(), carriesTag.end(), true)));
 }
 
-void DrawAndShowChart() {
+void DrawAndShowChart(const TVarDatabaseIndex& index) {
   base::Pause(500);
   base::RunGnuplot(kScriptFile);
   base::Pause(500);
   TImageRGB chart;
   chart.LoadFromFile(kChartFile);
   TImageDisplay dialog;
-  dialog.SetImage(ToQImage(chart));
+  dialog.SetImage(ToQImage(chart), {{QRect(), kChartFile, kChartFile}});
+  dialog.setAccessibleName(ToQString(FormatString("Chart of '%s', file '%s'", index.GetName().c_str(), kChartFile)));
   RunDialog(dialog);
 }
 
@@ -82,7 +84,7 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
     Print("Tag cannot be drawn");
     return true;
   }
-  DrawAndShowChart();
+  DrawAndShowChart(*index);
   return true;
 }
 
