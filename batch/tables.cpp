@@ -1,13 +1,10 @@
 #include "batch/tables.h"
 
-#include <algorithm>
 #include <string_view>
-#include <vector>
 
 #include "base/file.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
-#include "base/text.h"
 #include "engine/var-list.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -29,17 +26,6 @@ std::string EncodeForFileName(std::string_view name) {
   return encoded;
 }
 
-/// The tags of an image, each once, in the order in which it got them.
-std::string FormatTags(const TVarImage& image) {
-  std::vector<std::string> tags;
-  for (const std::string& tag : image.GetTags()) {
-    if (std::find(tags.begin(), tags.end(), tag) == tags.end()) {
-      tags.push_back(tag);
-    }
-  }
-  return base::EscapeField(base::Join(tags, ","));
-}
-
 std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varList) {
   std::string reason;
   // Without its database a ranking still has its numbers; only what the database knows of its images is missing.
@@ -50,7 +36,7 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
       const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
-      table += base::EscapeField(image.GetFilename()) + "\t" + FormatTags(image) + "\n";
+      table += base::EscapeField(image.GetFilename()) + "\t" + base::EscapeField(image.JoinTags(",")) + "\n";
     } else {
       table += "\t\n";
     }

@@ -15,6 +15,7 @@
 #include "classifiers/classifier-list.h"
 #include "engine/command-history.h"
 #include "engine/command-parser.h"
+#include "engine/completion.h"
 #include "engine/function-list.h"
 #include "engine/function.h"
 #include "engine/parsed-command.h"
@@ -218,6 +219,10 @@ void TCtrlMain::NextCommand() {
 
 void TCtrlMain::Interrupt() {
   isInterrupted = depth > 0;
+}
+
+TCompletion TCtrlMain::Complete(const std::string& before) const {
+  return CompleteCommand(before, *functionList, *varList, *featureList);
 }
 
 bool TCtrlMain::Continue(const std::string& command, std::size_t done, std::size_t total) {

@@ -64,6 +64,7 @@ class TCtrlMain : private TViewListener, private TWork {
   void PreviousCommand() override;
   void NextCommand() override;
   void Interrupt() override;
+  TCompletion Complete(const std::string& before) const override;
 
   bool Continue(const std::string& command, std::size_t done, std::size_t total) override;
   void ProcessEvents() override;

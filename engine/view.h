@@ -1,8 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 class TVarList;
+
+/// What may stand in the command line in place of its bytes from `start` to the cursor.
+struct TCompletion {
+  std::size_t start = 0;
+  std::vector<std::string> candidates;
+};
 
 /// Who hears of what the user does in a view. The controller is the one.
 class TViewListener {
@@ -21,6 +29,8 @@ class TViewListener {
   virtual void NextCommand() = 0;
   /// The user wants the command under way to end.
   virtual void Interrupt() = 0;
+  /// What may stand in place of the end of the given text, which stands before the cursor of the command line.
+  virtual TCompletion Complete(const std::string& before) const = 0;
 };
 
 /// What the controller shows: its one way to the user. tessimar shows it in a window (TWindowView), tessimar-batch as a

@@ -29,6 +29,7 @@ void TWindowView::SetListener(TViewListener* listener) {
     window.OnReturnPressed.clear();
     window.OnFileDropped.clear();
     window.OnInterrupt.clear();
+    window.OnComplete.clear();
     return;
   }
   window.OnKeyUp = boost::bind(&TViewListener::PreviousCommand, listener);
@@ -36,6 +37,10 @@ void TWindowView::SetListener(TViewListener* listener) {
   window.OnReturnPressed = boost::bind(&TViewListener::OnCommandEntered, listener);
   window.OnFileDropped = boost::bind(&TViewListener::OnFileDropped, listener);
   window.OnInterrupt = boost::bind(&TViewListener::Interrupt, listener);
+  window.OnComplete = [listener](const std::string& before) -> TCandidates {
+    const auto [start, candidates] = listener->Complete(before);
+    return {start, candidates};
+  };
 }
 
 void TWindowView::AddFeature(const std::string& name) {

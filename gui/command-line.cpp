@@ -96,9 +96,12 @@ void TCommandLine::mouseReleaseEvent(QMouseEvent* event) {
 
 void TCommandLine::contextMenuEvent(QContextMenuEvent* event) {
   const std::unique_ptr<QMenu> menu(createStandardContextMenu());
-  if (auto* paste = menu->findChild<QAction*>("edit-paste")) {
-    paste->disconnect(SIGNAL(triggered(bool)));
-    connect(paste, &QAction::triggered, this, [this] { PasteFrom(QClipboard::Clipboard); });
+  for (QAction* action : menu->actions()) {
+    // Nothing else tells the toolkit's actions apart.
+    if (action->text().startsWith(QLineEdit::tr("&Paste"))) {
+      action->disconnect(SIGNAL(triggered(bool)));
+      connect(action, &QAction::triggered, this, [this] { PasteFrom(QClipboard::Clipboard); });
+    }
   }
   menu->exec(event->globalPos());
 }
@@ -115,7 +118,7 @@ void TCommandLine::PasteFrom(QClipboard::Mode mode) {
 void TCommandLine::Complete() {
   const QString before = text().left(cursorPosition());
   const std::string bytes = FromQString(before);
-  const TCompletion completion = OnComplete(bytes);
+  const TCandidates completion = OnComplete(bytes);
   start = ToQString(bytes.substr(0, completion.start)).size();
   QStringList texts;
   for (const std::string& candidate : completion.candidates) {

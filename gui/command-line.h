@@ -12,7 +12,7 @@ class QCompleter;
 class QStringListModel;
 
 /// What may stand in the command line in place of its bytes from `start` to the cursor.
-struct TCompletion {
+struct TCandidates {
   std::size_t start = 0;
   std::vector<std::string> candidates;
 };
@@ -25,7 +25,7 @@ class TCommandLine : public QLineEdit {
   explicit TCommandLine(QWidget* parent = nullptr);
 
   /// Asked for what may stand in place of the end of the text before the cursor. Without it Tab moves the focus.
-  boost::function<TCompletion(const std::string&)> OnComplete;
+  boost::function<TCandidates(const std::string&)> OnComplete;
 
   /// True while candidates are shown. Escape then takes them away and nothing else.
   bool ShowsCandidates() const;

@@ -3,7 +3,9 @@
 #include <QImage>
 #include <QPainter>
 
+#include "base/format-string.h"
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
@@ -20,6 +22,28 @@ void DrawSegments(const TImageSegmentList& segments, QImage& canvas) {
     painter.setPen(rect.GetLabel().empty() ? unlabelled : labelled);
     painter.drawRect(rect.GetX(), rect.GetY(), rect.GetWidth() - 1, rect.GetHeight() - 1);
   }
+}
+
+/// The picture as a whole, and its segments on top of it.
+std::vector<TPictureItem> DescribePicture(const TVarImage& image) {
+  std::string text = image.GetFilename();
+  if (!image.GetTags().empty()) {
+    text += "\nTags: " + image.JoinTags(", ");
+  }
+  std::vector<TPictureItem> items = {{QRect(), image.GetFilename(), text}};
+  for (const auto& segment : image.GetSegments()) {
+    const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
+    const QRect place(rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight());
+    if (place.isEmpty()) {
+      continue;
+    }
+    const std::string label = rect.GetLabel().empty() ? "No label" : "Label: " + rect.GetLabel();
+    items.push_back(
+        {place, image.GetFilename(),
+         text + "\n" + label +
+             FormatString("\nx %d, y %d, %d x %d pixels", place.x(), place.y(), place.width(), place.height())});
+  }
+  return items;
 }
 
 }  // namespace
@@ -45,7 +69,9 @@ bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
     DrawSegments(image->GetSegments(), canvas);
   }
   TImageDisplay dialog;
-  dialog.SetImage(canvas);
+  dialog.SetImage(canvas, DescribePicture(*image));
+  dialog.setAccessibleName(
+      ToQString(FormatString("Image '%s', file '%s'", params[0].c_str(), image->GetFilename().c_str())));
   RunDialog(dialog);
   return true;
 }

@@ -9,6 +9,7 @@
 #include <QImage>
 
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
@@ -34,20 +35,27 @@ void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
   }
 }
 
-/// Draws the files, the worst first, at distances from the middle that fall with the rank among `count` results. A
-/// query behind the best result lies one step beyond the middle.
-void DrawMap(const std::vector<std::string>& filenames, int count, TImageRGB& canvas) {
+/// Draws the results, the worst first, at distances from the middle that fall with the rank among `count` results. A
+/// query behind the best result lies one step beyond the middle. The canvas has `ratio` pixels for one of the screen's
+/// logical ones. Returns what lies where.
+std::vector<TPictureItem> DrawMap(const std::vector<TTopResult>& results, int count, qreal ratio, TImageRGB& canvas) {
   TImageRGB tile;
+  std::vector<TPictureItem> items;
   int rank = count - 1;
-  for (const std::string& filename : filenames) {
+  for (const auto& [filename, description] : results) {
     const double angle = (std::rand() % 360) * std::numbers::pi / 180.0;
-    const int x = static_cast<int>(kCentre + std::cos(angle) * rank * kCentre / count);
-    const int y = static_cast<int>(kCentre + std::sin(angle) * -rank * kCentre / count);
-    if (LoadTile(filename, kTileWidth, tile)) {
-      DrawTile(tile, x, y, canvas);
+    const double x = kCentre + std::cos(angle) * rank * kCentre / count;
+    const double y = kCentre + std::sin(angle) * -rank * kCentre / count;
+    if (LoadTile(filename, qRound(kTileWidth * ratio), tile)) {
+      DrawTile(tile, static_cast<int>(x * ratio), static_cast<int>(y * ratio), canvas);
+      const int height = qRound(tile.GetHeight() / ratio);
+      items.push_back(
+          {QRect(static_cast<int>(x) - kTileWidth / 2, static_cast<int>(y) - height / 2, kTileWidth, height), filename,
+           description});
     }
     --rank;
   }
+  return items;
 }
 
 }  // namespace
@@ -69,21 +77,26 @@ bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
   }
   const bool showsQuery = !index->GetImageName().empty() && (params.size() < 2 || params[1] == "true");
   std::string reason;
-  auto filenames = index->FindTopFilenames(*varList, kMaxTiles, reason);
-  if (!filenames) {
+  auto results = index->FindTop(*varList, kMaxTiles, reason);
+  if (!results) {
     Print(reason);
     return false;
   }
-  const int count = static_cast<int>(filenames->size());
-  std::reverse(filenames->begin(), filenames->end());
+  const int count = static_cast<int>(results->size());
+  std::reverse(results->begin(), results->end());
   if (showsQuery) {
-    filenames->push_back(index->GetImageName());
+    results->push_back({index->GetImageName(), "Query\n" + index->GetImageName()});
   }
-  TImageRGB canvas;
-  canvas.SetSize(kCanvasSize, kCanvasSize, true);
-  DrawMap(*filenames, count, canvas);
   TImageDisplay dialog;
-  dialog.SetImage(ToQImage(canvas));
+  dialog.setAccessibleName(ToQString(index->GetTitle()));
+  const qreal ratio = dialog.devicePixelRatioF();
+  const int canvasSize = qRound(kCanvasSize * ratio);
+  TImageRGB canvas;
+  canvas.SetSize(canvasSize, canvasSize, true);
+  const std::vector<TPictureItem> items = DrawMap(*results, count, ratio, canvas);
+  QImage picture = ToQImage(canvas);
+  picture.setDevicePixelRatio(ratio);
+  dialog.SetImage(picture, items);
   RunDialog(dialog);
   return true;
 }

@@ -3,6 +3,7 @@
 #include <QImage>
 
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/index-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
@@ -26,20 +27,27 @@ bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
   }
   const bool showsQuery = !index->GetImageName().empty() && (params.size() < 2 || params[1] == "true");
   std::string reason;
-  auto filenames = index->FindTopFilenames(*varList, TIndexDisplay::kTileCount - (showsQuery ? 1 : 0), reason);
-  if (!filenames) {
+  auto results = index->FindTop(*varList, TIndexDisplay::kTileCount - (showsQuery ? 1 : 0), reason);
+  if (!results) {
     Print(reason);
     return false;
   }
   if (showsQuery) {
-    filenames->insert(filenames->begin(), index->GetImageName());
+    results->insert(results->begin(), {index->GetImageName(), "Query\n" + index->GetImageName()});
   }
   TIndexDisplay dialog;
+  dialog.setAccessibleName(ToQString(index->GetTitle()));
+  const qreal ratio = dialog.devicePixelRatioF();
   TImageRGB tile;
-  for (std::size_t i = 0; i < filenames->size(); ++i) {
-    if (LoadTile((*filenames)[i], 160, tile)) {
-      dialog.SetImage(ToQImage(tile), static_cast<int>(i));
+  int position = 0;
+  for (const auto& [filename, description] : *results) {
+    QImage picture;
+    if (LoadTile(filename, qRound(160 * ratio), tile)) {
+      picture = ToQImage(tile);
+      picture.setDevicePixelRatio(ratio);
     }
+    dialog.SetImage(picture, position, {QRect(), filename, description});
+    ++position;
   }
   RunDialog(dialog);
   return true;

@@ -92,7 +92,7 @@ MainWindow::MainWindow(QWidget* parent)
   connect(ui->pteInfo, &QPlainTextEdit::cursorPositionChanged, this, [this] { outputEnd = QTextCursor(); });
   connect(ui->pteInfo, &QPlainTextEdit::selectionChanged, this, [this] { outputEnd = QTextCursor(); });
   ui->leCommand->OnComplete = [this](const std::string& before) {
-    return OnComplete ? OnComplete(before) : TCompletion();
+    return OnComplete ? OnComplete(before) : TCandidates();
   };
   workInput.OnInterrupt = [this] { Interrupt(); };
 }

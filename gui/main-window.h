@@ -37,7 +37,7 @@ class MainWindow : public QMainWindow {
   /// Fired when the work under way shall end, by Escape or because the window is to be closed.
   boost::function<void()> OnInterrupt;
   /// Asked by Tab for what may stand in place of the end of the given text, which stands before the cursor.
-  boost::function<TCompletion(const std::string&)> OnComplete;
+  boost::function<TCandidates(const std::string&)> OnComplete;
 
   /// Add one row to a side table.
   void AddFeature(const std::string& name);

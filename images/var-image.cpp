@@ -38,3 +38,13 @@ std::string TVarImage::GetDescription() const {
 bool TVarImage::HasTag(const std::string& tag) const {
   return std::find(tags.begin(), tags.end(), tag) != tags.end();
 }
+
+std::string TVarImage::JoinTags(std::string_view separator) const {
+  std::vector<std::string> different;
+  for (const std::string& tag : tags) {
+    if (std::find(different.begin(), different.end(), tag) == different.end()) {
+      different.push_back(tag);
+    }
+  }
+  return base::Join(different, separator);
+}

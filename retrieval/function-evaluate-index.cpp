@@ -9,6 +9,7 @@
 #include "base/native-path.h"
 #include "base/run-program.h"
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
@@ -79,12 +80,12 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
   if (!IsSafePlotTitle(tag)) {
     Print("Tag cannot be drawn");
   } else if (hasCarrier) {
-    DrawAndShowChart(isRemoved);
+    DrawAndShowChart(*index, isRemoved);
   }
   return true;
 }
 
-void TFunctionEvaluateIndex::DrawAndShowChart(bool isRemoved) const {
+void TFunctionEvaluateIndex::DrawAndShowChart(const TVarDatabaseIndex& index, bool isRemoved) const {
   // The file system of a slow disk or share may show the script, and then the chart, a moment late.
   Pause(kSettlingTime);
   base::RunGnuplot(kScriptFile);
@@ -95,7 +96,8 @@ void TFunctionEvaluateIndex::DrawAndShowChart(bool isRemoved) const {
     return;
   }
   TImageDisplay dialog;
-  dialog.SetImage(ToQImage(chart));
+  dialog.SetImage(ToQImage(chart), {{QRect(), kChartFile, kChartFile}});
+  dialog.setAccessibleName(ToQString(FormatString("Chart of '%s', file '%s'", index.GetName().c_str(), kChartFile)));
   RunDialog(dialog);
 }
 

@@ -52,7 +52,7 @@ class TVarDatabaseIndexTest : public testing::Test {
     std::string reason;
     std::string otherReason;
     const TVarDatabase* database = index.FindDatabase(store, reason);
-    EXPECT_EQ(index.FindTopFilenames(store, 2, otherReason).has_value(), database != nullptr);
+    EXPECT_EQ(index.FindTop(store, 2, otherReason).has_value(), database != nullptr);
     EXPECT_EQ(otherReason, reason);
     return database == nullptr ? reason : database == store.Find("db") ? "found" : "found another";
   }
@@ -104,20 +104,33 @@ TEST_F(TVarDatabaseIndexTest, TheDatabaseMustStandInTheStoreAndFit) {
   EXPECT_EQ(Found("db", {2, 0, 1}), mismatch);
 }
 
-TEST_F(TVarDatabaseIndexTest, TheTopFilenamesFollowTheRanking) {
+TEST_F(TVarDatabaseIndexTest, TheTopResultsFollowTheRanking) {
   TVarDatabaseIndex index;
   index.SetDatabaseName("db");
   index.SetDatabaseFingerprint(fingerprint);
   index.AddEntry(0, 3.0);
-  index.AddEntry(1, 1.0);
-  index.AddEntry(2, 2.0);
+  index.AddEntry(1, 0.12345678);
+  index.AddEntry(2, std::numeric_limits<double>::infinity());
   index.SortEntries();
+  auto& tagged = *dynamic_cast<TVarDatabase&>(*store.Find("db")).GetImages()[1];
+  tagged.GetTags() = {"tree", "sky", "tree"};
   std::string reason;
-  EXPECT_EQ(index.FindTopFilenames(store, 2, reason), (TLines{"pics/1.jpg", "pics/2.jpg"}));
-  EXPECT_EQ(index.FindTopFilenames(store, 36, reason), (TLines{"pics/1.jpg", "pics/2.jpg", "pics/0.jpg"}));
-  EXPECT_EQ(index.FindTopFilenames(store, 0, reason), TLines());
+  const auto descriptions = [&](std::size_t count) {
+    TLines lines;
+    const auto top = index.FindTop(store, count, reason);
+    for (const TTopResult& result : top.value()) {
+      EXPECT_NE(result.description.find(result.filename), std::string::npos);
+      lines.push_back(result.description);
+    }
+    return lines;
+  };
+  const TLines all = {"Rank 1\npics/1.jpg\nDistance 0.123457\nTags: tree, sky", "Rank 2\npics/0.jpg\nDistance 3",
+                      "Rank 3\npics/2.jpg\nDistance inf"};
+  EXPECT_EQ(descriptions(2), TLines(all.begin(), all.begin() + 2));
+  EXPECT_EQ(descriptions(36), all);
+  EXPECT_EQ(descriptions(0), TLines());
   EXPECT_EQ(reason, "");
   store.Remove("db");
-  EXPECT_EQ(index.FindTopFilenames(store, 2, reason), std::nullopt);
+  EXPECT_FALSE(index.FindTop(store, 2, reason).has_value());
   EXPECT_EQ(reason, "Database 'db' not found");
 }

@@ -15,6 +15,13 @@ class TVarList;
 
 using TDatabaseIndexEntry = kernels::TRankEntry;
 
+/// One of the first results of a ranking, as people are told of it.
+struct TTopResult {
+  std::string filename;
+  /// Lines with the rank, counted from 1, the file name, the distance to six digits and the tags.
+  std::string description;
+};
+
 /// A ranking, of type "databaseindex", best match first. It knows its database by the name of that variable, and by the
 /// fingerprint of what was searched: it is of use only as long as that stands under the name.
 class TVarDatabaseIndex : public TVar {
@@ -42,14 +49,17 @@ class TVarDatabaseIndex : public TVar {
   const std::string& GetImageName() const { return imageName; }
   void SetImageName(const std::string& name) { imageName = name; }
 
-  /// The database of the ranking, if it stands in the store has the location and the images that were searched,
+  /// What a window that shows the ranking is called for those who do not see it: the variable, and the query or else
+  /// the database.
+  std::string GetTitle() const;
+
+  /// The database of the ranking, if it stands in the store, has the location and the images that were searched,
   /// and every entry fits them. Otherwise null, and the reason as a line of output.
   const TVarDatabase* FindDatabase(const TVarList& varList, std::string& reason) const;
 
-  /// The file names of the first results, at most `count`. Nothing, and the reason as a line of output, where there is
-  /// no database of the ranking.
-  std::optional<std::vector<std::string>> FindTopFilenames(const TVarList& varList, std::size_t count,
-                                                           std::string& reason) const;
+  /// The first results, at most `count`. Nothing, and the reason as a line of output, where there is no database of the
+  /// ranking.
+  std::optional<std::vector<TTopResult>> FindTop(const TVarList& varList, std::size_t count, std::string& reason) const;
 
  private:
   std::string databaseName;
