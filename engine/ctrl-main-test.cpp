@@ -136,7 +136,8 @@ TEST(TCtrlMain, TheVariablesTableFollowsTheStore) {
   EXPECT_EQ(workbench.GetColumn(0), (TTexts{"b", "a"})) << "a replaced variable moves to the end";
   EXPECT_EQ(workbench.Run("b = loadimage(\"a.jpg\")"),
             "Destination variable already exists but has a different type, replacing it\n");
-  EXPECT_EQ(workbench.Run("b = loadimage(\"none.jpg\")"), "File does not exist\nFunction failed\n");
+  EXPECT_EQ(workbench.Run("b = loadimage(\"none.jpg\")"),
+            "File does not exist\nFunction failed\nVariable 'b' was removed\n");
   EXPECT_EQ(workbench.GetColumn(0), (TTexts{"a"})) << "a failed command takes its destination with it";
   workbench.Run("reset(1,2)");
   EXPECT_EQ(workbench.GetColumn(0), TTexts{});

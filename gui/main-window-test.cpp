@@ -586,7 +586,7 @@ TEST_F(TMainWindowTest, ADroppedFileRunsTheGeneratedLineWhereverItFalls) {
     }
     for (const auto& [url, line] : cases) {
       std::string seen;
-      window.OnReturnPressed = [&] { seen = window.GetCommandText(); };
+      window.OnFileDropped = [&] { seen = window.GetCommandText(); };
       QMimeData data;
       data.setUrls({QUrl(url), QUrl("file:///second.jpg")});
       data.setText("as file managers do");
@@ -599,6 +599,7 @@ TEST_F(TMainWindowTest, ADroppedFileRunsTheGeneratedLineWhereverItFalls) {
 TEST_F(TMainWindowTest, OtherDropsRunNothing) {
   bool fired = false;
   window.OnReturnPressed = [&] { fired = true; };
+  window.OnFileDropped = [&] { fired = true; };
   window.SetCommandText("kept");
   QMimeData text;
   text.setText("tessimar/feature");

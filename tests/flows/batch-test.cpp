@@ -178,6 +178,8 @@ void MakePipe(const char* name) {
   ASSERT_EQ(mkfifo(name, 0600), 0);
 }
 
+const std::string kVariablesHeader = "name\ttype\tdescription\n";
+
 constexpr const char* kEnds = "Ends after the command under way; once more ends at once\n";
 
 TEST_F(TBatch, ASignalToEndKeepsTheHistoryAndWritesTheTables) {
@@ -193,7 +195,7 @@ TEST_F(TBatch, ASignalToEndKeepsTheHistoryAndWritesTheTables) {
     EXPECT_EQ(outcome.status, 130) << signal;
     EXPECT_EQ(outcome.errors, kEnds);
     EXPECT_EQ(FileBytes("CommandHistory.txt"), "db = loaddatabase(\"photos\")\r\n");
-    EXPECT_TRUE(FileBytes("v.tsv").starts_with("db\tdatabase\t")) << FileBytes("v.tsv");
+    EXPECT_TRUE(FileBytes("v.tsv").starts_with(kVariablesHeader + "db\tdatabase\t")) << FileBytes("v.tsv");
   }
 }
 
@@ -312,7 +314,7 @@ TEST_F(TBatch, APipeThatTakesTheHistorysPlaceLaterIsNotWaitedForEither) {
 
 TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
   const std::string image = "q = loadimage(\"q.png\")\n";
-  const std::string rows = "q\timage\tFilename: \"q.png\", no features\n";
+  const std::string rows = kVariablesHeader + "q\timage\tFilename: \"q.png\", no features\n";
   EXPECT_TRUE(Run({"--variables", "/dev/stdout"}, image).output.ends_with(rows));
   // The same file under another name: neither the printed lines nor the table are lost.
   process.setStandardOutputFile("out.txt");

@@ -55,17 +55,37 @@ class TEvaluation : public testing::Test {
 
 TEST_F(TEvaluation, AnnotationFilesTagByPosition) {
   std::filesystem::create_directory("tags");
-  const std::vector<std::pair<const char*, const char*>> files = {
-      {"Tree.txt", "1\r\n3\r\n"}, {"a.b.txt", "4\r\n"},
-      {"empty.txt", ""},          {"odd.txt", "0\r\n-1\r\n5\r\n99999999999999999999\r\nx\r\n\r\n 2x\r\n"},
-      {"last.txt", "1\r\n2"},     {"unix.txt", "10\n20\n"}};
-  for (const auto& [name, text] : files) {
+  struct TAnnotations {
+    const char* name;
+    std::string text;
+    std::string answer;
+  };
+  const std::string none = "No image was tagged\n";
+  const std::vector<TAnnotations> files = {
+      {"Tree.txt", "1\r\n3\r\n", ""},
+      {"a.b.txt", "4\r\n", ""},
+      {"empty.txt", "", none},
+      {"far.txt", "5\r\n6\r\n", "2 lines name no image\n" + none},
+      {"odd.txt", "0\r\n-1\r\n5\r\n99999999999999999999\r\nx\r\n\r\n 2x\r\n", "6 lines name no image\n"},
+      {"last.txt", "1\r\n2", "The last line of 'tags\\last.txt' has no line end and is not read\n"},
+      {"unix.txt", "10\n20\n",
+       "File 'tags\\unix.txt' has line ends without carriage return: the last character of such a line is lost\n"},
+      {"both.txt", "\n9",
+       "File 'tags\\both.txt' has line ends without carriage return: the last character of such a line is lost\n"
+       "The last line of 'tags\\both.txt' has no line end and is not read\n1 lines name no image\n" +
+           none},
+      {"zero.txt",
+       std::string("1\r\n\0"
+                   "2\n3",
+                   8),
+       ""}};
+  for (const auto& [name, text, answer] : files) {
     MakeFile(std::string("tags/") + name, text);
-    EXPECT_EQ(workbench.Run(std::string("loadmirflickrtags(db, \"tags\\") + name + "\")"), "") << name;
+    EXPECT_EQ(workbench.Run(std::string("loadmirflickrtags(db, \"tags\\") + name + "\")"), answer) << name;
   }
-  EXPECT_EQ(Tags(), "tree last unix |odd unix |tree |a |");
-  workbench.Run("LoadMirFlickrTags(db, \"TAGS/tree.TXT\")");
-  EXPECT_EQ(Tags(), "tree last unix tree |odd unix |tree tree |a |");
+  EXPECT_EQ(Tags(), "tree last unix zero |odd unix |tree |a |");
+  EXPECT_EQ(workbench.Run("LoadMirFlickrTags(db, \"TAGS/tree.TXT\")"), "") << "tagged before is tagged";
+  EXPECT_EQ(Tags(), "tree last unix zero tree |odd unix |tree tree |a |");
   EXPECT_EQ(workbench.Run("loadmirflickrtags(db, \"none.txt\")"), "File not found\nFunction failed\n");
   EXPECT_EQ(workbench.Run("loadmirflickrtags(db, \"tags\")"), "File not found\nFunction failed\n");
   workbench.Run("q = loadimage(\"query.png\")");
@@ -101,10 +121,16 @@ TEST_F(TEvaluation, WritesTheCurveAndShowsTheChartOfGnuplot) {
 
 TEST_F(TEvaluation, ATagThatGnuplotWouldRunIsNotDrawn) {
   Search();
-  for (const char* tag : {"`touch ran`", "\"; system \"touch ran"}) {
-    EXPECT_EQ(workbench.Run(std::string("evaluateindex(index, \"") + tag + "\")"),
-              "MAP: 0.00000000\nTag cannot be drawn\n");
+  const std::vector<std::pair<std::string, std::string>> tags = {
+      {"tree\\", "tree\\"}, {"`touch ran`", "`touch ran`"}, {"\"; system \"touch ran", "\";system\"touch ran"}};
+  for (const auto& [typed, tag] : tags) {
+    EXPECT_EQ(workbench.Run("evaluateindex(index, \"" + typed + "\")"),
+              "No image carries the tag '" + tag + "'\nMAP: 0.00000000\nTag cannot be drawn\n");
   }
+  MakeFile("`touch ran`.txt", "1\r\n");
+  workbench.Run("loadmirflickrtags(db, \"`touch ran`.txt\")");
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"`touch ran`\")"), "MAP: 0.25000000\nTag cannot be drawn\n");
+  workbench.Run("evaluateindex(index, \"\"; system \"touch ran\")");
   EXPECT_TRUE(FileBytes("recallprecision.txt").starts_with("nan 0.00000000\r\n"));
   EXPECT_NE(FileBytes("recallprecision.plt").find("title \"\";system\"touch ran\" with"), std::string::npos);
   EXPECT_TRUE(workbench.dialogs.empty());
@@ -128,11 +154,13 @@ TEST_F(TEvaluation, AFileThatCannotBeWrittenFailsAfterMap) {
   Search();
   std::filesystem::create_directory("recallprecision.plt");
   EXPECT_EQ(workbench.Run("evaluateindex(index, \"x\")"),
-            "MAP: 0.00000000\nFile 'recallprecision.plt' cannot be written\nFunction failed\n");
+            "No image carries the tag 'x'\nMAP: 0.00000000\n"
+            "File 'recallprecision.plt' cannot be written\nFunction failed\n");
   std::filesystem::remove("recallprecision.txt");
   std::filesystem::create_directory("recallprecision.txt");
   EXPECT_EQ(workbench.Run("evaluateindex(index, \"x\")"),
-            "MAP: 0.00000000\nFile 'recallprecision.txt' cannot be written\nFunction failed\n");
+            "No image carries the tag 'x'\nMAP: 0.00000000\n"
+            "File 'recallprecision.txt' cannot be written\nFunction failed\n");
 }
 
 TEST_F(TEvaluation, SearchTagsPutsCarriersFirst) {
@@ -183,7 +211,8 @@ TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
   MakeFile("FeatureStorage/hsv-im4.dat", "");
   std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", 8 * ((1 << 24) + 1));
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
-            "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\nDone\n");
+            "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
+            "1 images without a stored feature\nDone\n");
   std::string lengths;
   for (const auto& image : Database().GetImages()) {
     lengths += std::to_string(image->GetImageSegment().GetFeatures().Find("hsv")->GetLength()) + ' ';
@@ -208,7 +237,7 @@ TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
   MakeFile("FeatureStorage", "a file");
   EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"),
             "File 'FeatureStorage/hsv-im1.dat' cannot be written\nFunction failed\n");
-  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), "Loading features..\nDone\n");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), "Loading features..\n4 images without a stored feature\nDone\n");
   for (const char* command : {"savefeature", "loadfeature"}) {
     workbench.Run("q = loadimage(\"query.png\")");
     EXPECT_EQ(workbench.Run(std::string(command) + "(q, \"hsv\")"),
