@@ -169,4 +169,25 @@ inline std::size_t FindNearestL1(const double* query, std::size_t length, const 
   return nearest;
 }
 
+// `rows` in one block, one behind the other.
+inline void DotProducts(const double* query, std::size_t length, const double* rows, std::size_t count, double* sums) {
+  for (std::size_t row = 0; row < count; ++row) {
+    sums[row] = 0.0;
+    for (std::size_t i = 0; i < length; ++i) {
+      sums[row] += query[i] * rows[row * length + i];
+    }
+  }
+}
+
+inline void SquaredDistances(const double* query, std::size_t length, const double* rows, std::size_t count,
+                             double* sums) {
+  for (std::size_t row = 0; row < count; ++row) {
+    sums[row] = 0.0;
+    for (std::size_t i = 0; i < length; ++i) {
+      const double difference = query[i] - rows[row * length + i];
+      sums[row] += difference * difference;
+    }
+  }
+}
+
 }  // namespace kernels::reference
