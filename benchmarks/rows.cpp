@@ -5,7 +5,6 @@
 namespace {
 
 const TFigure kPerPixel = {"perPixel", TUnit::kSeconds};
-const TFigure kPerNumber = {"perNumber", TUnit::kSeconds};
 const TFigure kPerPicture = {"perPicture", TUnit::kSeconds};
 const TFigure kPerQuery = {"perQuery", TUnit::kSeconds};
 const TFigure kChildTime = {"processorTime", TUnit::kSeconds};
@@ -71,13 +70,12 @@ const std::vector<TRow>& Rows() {
       {"Scale space, a pixel of the dearest of the three sizes", {"BM_SiftPyramid/640/480", "BM_SiftPyramid/1920/1080", "BM_SiftPyramid/4000/3000"}, {{"640x480", "BM_SiftPyramid/640/480"}, {"1920x1080", "BM_SiftPyramid/1920/1080"}, {"4000x3000", "BM_SiftPyramid/4000/3000"}}, 1.3, kPerPixel},
       {"Keypoints, a pixel of the dearest of the three sizes", {"BM_SiftDetect/640/480", "BM_SiftDetect/1920/1080", "BM_SiftDetect/4000/3000"}, {{"640x480", "BM_SiftDetect/640/480"}, {"1920x1080", "BM_SiftDetect/1920/1080"}, {"4000x3000", "BM_SiftDetect/4000/3000"}}, 1.3, kPerPixel},
       // Classifiers
-      {"\"nearest\", a query over 10,000 histograms of 256", {"BM_NearestHistograms"}, {{"OpenCV", "BM_NearestHistogramsOpenCv"}, {"FAISS", "BM_NearestHistogramsFaiss"}}, 1 / 3.5, kPerQuery},
-      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"plain read", "BM_NearestPlainRead/10000"}}, 1.5},
-      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"OpenCV", "BM_NearestOpenCv/10000"}}},
-      {"\"nearest\", each number of 10,000 random rows, double against float", {"BM_Nearest/10000"}, {{"FAISS", "BM_NearestFaiss/10000"}}, 1, kPerNumber},
-      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"plain read", "BM_NearestPlainRead/20000"}}, 1.5},
-      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"OpenCV", "BM_NearestOpenCv/20000"}}},
-      {"\"nearest\", each number of 20,000 random rows, double against float", {"BM_Nearest/20000"}, {{"FAISS", "BM_NearestFaiss/20000"}}, 1, kPerNumber},
+      {"\"nearest\", a query over 10,000 histograms of 256", {"BM_NearestHistograms"}, {{"OpenCV", "BM_NearestHistogramsOpenCv"}, {"FAISS", "BM_NearestHistogramsFaiss"}}, 0.12, kPerQuery},
+      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"OpenCV", "BM_NearestOpenCv/10000"}, {"FAISS", "BM_NearestFaiss/10000"}}, 0.4},
+      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"OpenCV", "BM_NearestOpenCv/20000"}, {"FAISS", "BM_NearestFaiss/20000"}}, 0.4},
+      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"plain read", "BM_NearestPlainRead/20000"}}},
+      {"\"nearest\", the first question to 10,000 histograms of 256", {"BM_NearestFirstQuestion"}, {{"a comparison with all of them", "BM_NearestCompareAll"}}},
+      {"\"nearest\", memory of the compact form for each byte of 10,000 histograms", {"BM_NearestFirstQuestion"}, {{"the histograms", "", 1}}, 0.35, kBytesForEachByte},
       {"`findvisualconceptlocations` \"svm\", 640 rows of 256", {"BM_SvmLocate/256"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/256"}}, 0.25},
       {"`findvisualconceptlocations` \"svm\", 640 rows of 512", {"BM_SvmLocate/512"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/512"}}, 0.25},
       {"`learnvisualconcept` \"svm\", 1,280 rows of 256", {"BM_SvmLearn/256"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/256"}}, 1.05},

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include "kernels/byte-distance.h"
 #include "kernels/gray-plane.h"
 #include "kernels/hsv-histogram.h"
 #include "kernels/l1-distance.h"
@@ -487,6 +488,28 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
       EXPECT_EQ(kernels::FindNearestL1(query.data(), length, candidates.data(), candidates.size(), distance),
                 candidates.size());
       EXPECT_EQ(distance, expectedDistance);
+    }
+  });
+}
+
+TEST(ByteDistances, EqualThePlainLoopOnEachTarget) {
+  OnEachTarget([] {
+    for (const std::size_t length : {64, 128, 256, 1 << 18}) {
+      for (const std::size_t count : {0, 1, 7}) {
+        SCOPED_TRACE(testing::Message() << count << " rows of " << length);
+        const Bytes query = RunsOfBytes(length, 11);
+        Bytes rows = RandomBytes(count * length, 12);
+        if (count > 1) {
+          // The largest distance there is.
+          std::transform(query.begin(), query.end(), rows.begin(),
+                         [](unsigned char byte) { return static_cast<unsigned char>(byte < 128 ? 255 : 0); });
+        }
+        std::vector<std::uint32_t> expected(count);
+        std::vector<std::uint32_t> found(count);
+        kernels::reference::ByteDistances(query.data(), rows.data(), length, count, expected.data());
+        kernels::ByteDistances(query.data(), rows.data(), length, count, found.data());
+        EXPECT_EQ(found, expected);
+      }
     }
   });
 }

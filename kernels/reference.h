@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <vector>
 
@@ -167,6 +168,16 @@ inline std::size_t FindNearestL1(const double* query, std::size_t length, const 
     }
   }
   return nearest;
+}
+
+inline void ByteDistances(const std::uint8_t* query, const std::uint8_t* rows, std::size_t length, std::size_t count,
+                          std::uint32_t* distances) {
+  for (std::size_t row = 0; row < count; ++row) {
+    distances[row] = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+      distances[row] += static_cast<std::uint32_t>(std::abs(query[i] - rows[row * length + i]));
+    }
+  }
 }
 
 // `rows` in one block, one behind the other.
