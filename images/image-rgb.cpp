@@ -101,6 +101,24 @@ bool TImageRGB::LoadFromFile(const std::string& path) {
   return bitmap && CopyFromBitmap(bitmap.get());
 }
 
+std::pair<int, int> TImageRGB::JpegSize(const std::string& path) {
+  const std::string nativePath = base::NativePath(path);
+  if (!base::IsRegularFile(nativePath) || FreeImage_GetFileType(nativePath.c_str(), 0) != FIF_JPEG) {
+    return {0, 0};
+  }
+  const TBitmap header(FreeImage_Load(FIF_JPEG, nativePath.c_str(), FIF_LOAD_NOPIXELS));
+  return {static_cast<int>(FreeImage_GetWidth(header.get())), static_cast<int>(FreeImage_GetHeight(header.get()))};
+}
+
+bool TImageRGB::LoadReduced(const std::string& path, int divisor) {
+  const auto [width, height] = JpegSize(path);
+  // The library takes the longer side that is wanted, in the upper half of the flags, and decodes at the smallest part
+  // of the full size that is not below it.
+  const int side = std::max(width, height) / divisor;
+  const TBitmap bitmap(FreeImage_Load(FIF_JPEG, base::NativePath(path).c_str(), side << 16));
+  return bitmap && CopyFromBitmap(bitmap.get());
+}
+
 void TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size) {
   if (size > std::numeric_limits<DWORD>::max()) {
     return;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 #include "images/pixel-buffer.h"
 
@@ -26,6 +27,13 @@ class TImageRGB : public TPixelBuffer {
   /// Decodes an image file of any format that can be told from its contents, or failing that from its name. False, and
   /// the buffer as it was, if there is no such file or it cannot be decoded.
   bool LoadFromFile(const std::string& path);
+
+  /// The width and the height that a JPEG file gives its picture; 0 and 0 for a file that is no JPEG or cannot be read.
+  static std::pair<int, int> JpegSize(const std::string& path);
+
+  /// Decodes a JPEG file at the given part of its width and height, rounded up: 2, 4 or 8 for a half, a quarter or an
+  /// eighth. That leaves out most of the decoding, and the eye sees little difference. Fails as LoadFromFile does.
+  bool LoadReduced(const std::string& path, int divisor);
 
   /// Decodes an image file held in memory. Nothing changes if it cannot be decoded.
   void LoadFromMemory(const unsigned char* data, std::size_t size);
