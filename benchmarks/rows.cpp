@@ -10,6 +10,8 @@ const TFigure kPerQuery = {"perQuery", TUnit::kSeconds};
 const TFigure kChildTime = {"processorTime", TUnit::kSeconds};
 const TFigure kWallTime = {"wallTime", TUnit::kSeconds};
 const TFigure kPeakMemory = {"peakMemory", TUnit::kBytes};
+const TFigure kMean = {"mean", TUnit::kNumber};
+const TFigure kLargest = {"largest", TUnit::kNumber};
 const TFigure kBytesForEachByte = {"bytesForEachByte", TUnit::kNumber};
 
 std::vector<TPeer> Searches(const std::string& arguments) {
@@ -91,7 +93,18 @@ const std::vector<TRow>& Rows() {
       {"`LoadFromFile`, 4000x3000", {"BM_DecodeLoadFromFile/4000/3000"}, {{"FreeImage alone", "BM_DecodeLibraryAlone/4000/3000"}}, 1.15},
       {"`updatefeature` \"hsv\", 200 photographs of 640x480", {"BM_UpdateFeature/hsv"}, {{"decoding", "BM_PhotosDecodeAlone"}}, 1.35},
       {"`updatefeature` \"lbp\", 200 photographs of 640x480", {"BM_UpdateFeature/lbp"}, {{"decoding", "BM_PhotosDecodeAlone"}}, 1.25},
+      {"`updatefeature` \"hsv\" with 64 segments each, 200 photographs of 640x480", {"BM_UpdateFeatureGrid/hsv"}, {{"without segments", "BM_UpdateFeature/hsv"}}, 1.5},
+      {"`updatefeature` \"lbp\" with 64 segments each, 200 photographs of 640x480", {"BM_UpdateFeatureGrid/lbp"}, {{"without segments", "BM_UpdateFeature/lbp"}}, 1.5},
       {"`segmentimage` \"grid\", 200 photographs of 640x480", {"BM_SegmentGrid"}, {{"decoding", "BM_PhotosDecodeAlone"}}},
+      {"`segmentimage` \"sift\", 200 photographs of 640x480", {"BM_SegmentSift"}, {{"decoding and detecting", "BM_SegmentSiftDetectAlone"}}, 1.15},
+      {"`displayindex`, 16 photographs of 4000x3000", {"BM_DisplayIndex"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/16/160"}}, 0.3},
+      {"16 photographs of 4000x3000, libjpeg-turbo alone at a quarter", {"BM_DisplayIndexJpegTurbo/4"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/16/160"}}},
+      {"16 photographs of 4000x3000, libjpeg-turbo alone at an eighth", {"BM_DisplayIndexJpegTurbo/8"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/16/160"}}},
+      {"`displayindexmap`, 40 photographs of 4000x3000", {"BM_DisplayIndexMap"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/40/120"}}, 0.3},
+      {"Tiles of 160 of 4000x3000, mean difference in gray levels", {"BM_TileDifference/160"}, {{"limit", "", 1}}, 1, kMean},
+      {"Tiles of 160 of 4000x3000, largest difference in gray levels", {"BM_TileDifference/160"}, {{"limit", "", 16}}, 1, kLargest},
+      {"Tiles of 120 of 4000x3000, mean difference in gray levels", {"BM_TileDifference/120"}, {{"limit", "", 1}}, 1, kMean},
+      {"Tiles of 120 of 4000x3000, largest difference in gray levels", {"BM_TileDifference/120"}, {{"limit", "", 16}}, 1, kLargest},
       {"Tile of 4000x3000", {"BM_Tile"}, {{"`QImage`, RGB32", "BM_TileQt/RGB32"}, {"`QImage`, RGB888", "BM_TileQt/RGB888"}}, 1},
       {"Tile of 4000x3000", {"BM_Tile"}, {{"OpenCV, areas", "BM_TileOpenCv"}}},
       {"Tile of 4000x3000", {"BM_Tile"}, {{"FreeImage, cubic", "BM_TileFreeImage"}}},
