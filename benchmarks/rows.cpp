@@ -80,6 +80,11 @@ const std::vector<TRow>& Rows() {
       {"\"nearest\", memory of the compact form for each byte of 10,000 histograms", {"BM_NearestFirstQuestion"}, {{"the histograms", "", 1}}, 0.35, kBytesForEachByte},
       {"`findvisualconceptlocations` \"svm\", 640 rows of 256", {"BM_SvmLocate/256"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/256"}}, 0.25},
       {"`findvisualconceptlocations` \"svm\", 640 rows of 512", {"BM_SvmLocate/512"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/512"}}, 0.25},
+      {"`findvisualconceptlocations` \"neural\", 640 rows of 256", {"BM_NeuralLocate"}, {{"`fann_run`", "BM_NeuralLocateLibraryAlone"}}, 1.05},
+      {"`findvisualconceptlocations` \"nearest\", 1,000 images of 64 segments, both features", {"BM_LocateMany/nearest"}, {{"classifying alone", "BM_LocateManyClassifyAlone/nearest"}}},
+      {"`findvisualconceptlocations` \"neural\", 1,000 images of 64 segments, both features", {"BM_LocateMany/neural"}, {{"classifying alone", "BM_LocateManyClassifyAlone/neural"}}},
+      {"`findvisualconceptlocations` \"svm\", 1,000 images of 64 segments, both features", {"BM_LocateMany/svm"}, {{"classifying alone", "BM_LocateManyClassifyAlone/svm"}}},
+      {"Gathering those vectors", {"BM_Gather"}, {{"plain copy", "BM_GatherPlainCopy"}}, 1},
       {"`learnvisualconcept` \"svm\", 1,280 rows of 256", {"BM_SvmLearn/256"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/256"}}, 1.05},
       {"`learnvisualconcept` \"svm\", 1,280 rows of 512", {"BM_SvmLearn/512"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/512"}}, 1.05},
       // Pictures
