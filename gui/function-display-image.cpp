@@ -9,6 +9,7 @@
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/var-image.h"
 
 namespace {
@@ -62,8 +63,13 @@ bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
     Print("Parameter is not of type 'image'");
     return false;
   }
+  TPictureReport report(output);
+  if (!DialogsAreShown()) {
+    report.Check(image->GetFilename());
+    return true;
+  }
   TImageRGB picture;
-  picture.LoadFromFile(image->GetFilename());
+  report.Load(image->GetFilename(), picture);
   QImage canvas = ToQImage(picture);
   if (!canvas.isNull()) {
     DrawSegments(image->GetSegments(), canvas);

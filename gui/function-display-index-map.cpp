@@ -13,8 +13,8 @@
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/tile.h"
-#include "retrieval/var-database-index.h"
 
 namespace {
 
@@ -35,33 +35,49 @@ void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
   }
 }
 
-/// Draws the results, the worst first, at distances from the middle that fall with the rank among `count` results. A
-/// query behind the best result lies one step beyond the middle. The canvas has `ratio` pixels for one of the screen's
-/// logical ones. Returns what lies where.
-std::vector<TPictureItem> DrawMap(const std::vector<TTopResult>& results, int count, qreal ratio, TImageRGB& canvas) {
-  TImageRGB tile;
-  std::vector<TPictureItem> items;
-  int rank = count - 1;
-  for (const auto& [filename, description] : results) {
+/// A canvas of the map, with `ratio` pixels for one of the screen's logical ones, and what lies where on it.
+class TMapCanvas {
+ public:
+  TMapCanvas(int count, qreal ratio) : count(count), ratio(ratio) {
+    const int size = qRound(kCanvasSize * ratio);
+    canvas.SetSize(size, size, true);
+  }
+
+  /// Draws a result in a direction drawn by lot, at a distance from the middle that grows with its rank, from 0, among
+  /// all that are shown. The query, of rank -1, lies one step beyond the middle.
+  void Draw(const TTopResult& result, int rank, TPictureReport& report) {
     const double angle = (std::rand() % 360) * std::numbers::pi / 180.0;
     const double x = kCentre + std::cos(angle) * rank * kCentre / count;
     const double y = kCentre + std::sin(angle) * -rank * kCentre / count;
-    if (LoadTile(filename, qRound(kTileWidth * ratio), tile)) {
-      DrawTile(tile, static_cast<int>(x * ratio), static_cast<int>(y * ratio), canvas);
-      const int height = qRound(tile.GetHeight() / ratio);
-      items.push_back(
-          {QRect(static_cast<int>(x) - kTileWidth / 2, static_cast<int>(y) - height / 2, kTileWidth, height), filename,
-           description});
+    if (!LoadTile(result.filename, qRound(kTileWidth * ratio), tile, &report)) {
+      return;
     }
-    --rank;
+    DrawTile(tile, static_cast<int>(x * ratio), static_cast<int>(y * ratio), canvas);
+    const int height = qRound(tile.GetHeight() / ratio);
+    items.push_back({QRect(static_cast<int>(x) - kTileWidth / 2, static_cast<int>(y) - height / 2, kTileWidth, height),
+                     result.filename, result.description});
   }
-  return items;
-}
+
+  QImage GetPicture() const {
+    QImage picture = ToQImage(canvas);
+    picture.setDevicePixelRatio(ratio);
+    return picture;
+  }
+
+  const std::vector<TPictureItem>& GetItems() const { return items; }
+
+ private:
+  int count;
+  qreal ratio;
+  TImageRGB canvas;
+  TImageRGB tile;
+  std::vector<TPictureItem> items;
+};
 
 }  // namespace
 
 TFunctionDisplayIndexMap::TFunctionDisplayIndexMap()
-    : TFunction({.name = "displayindexmap", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+    : TIndexCommand({.name = "displayindexmap", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
 Name:        DisplayIndexMap
 Description: Displays the top results of a 'databaseindex' as a 2D map
 Syntax:      displayindexmap(dbindex)
@@ -70,33 +86,34 @@ Parameters:  1 - 'databaseindex'
 Parameters:  2 - bool (ShowQueryImage))"}) {}
 
 bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
-  const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);
-  if (index == nullptr) {
-    Print("Parameter is not of type 'databaseindex'");
+  auto top = RequireTop(params, kMaxTiles, false);
+  if (!top) {
     return false;
   }
-  const bool showsQuery = !index->GetImageName().empty() && (params.size() < 2 || params[1] == "true");
-  std::string reason;
-  auto results = index->FindTop(*varList, kMaxTiles, reason);
-  if (!results) {
-    Print(reason);
-    return false;
-  }
-  const int count = static_cast<int>(results->size());
-  std::reverse(results->begin(), results->end());
-  if (showsQuery) {
-    results->push_back({index->GetImageName(), "Query\n" + index->GetImageName()});
+  // The worst is drawn first, so that the best lie on top.
+  std::vector<TTopResult>& results = top->results;
+  const int count = static_cast<int>(results.size());
+  std::reverse(results.begin(), results.end());
+  if (top->query) {
+    results.push_back(*top->query);
   }
   TImageDisplay dialog;
-  dialog.setAccessibleName(ToQString(index->GetTitle()));
-  const qreal ratio = dialog.devicePixelRatioF();
-  const int canvasSize = qRound(kCanvasSize * ratio);
-  TImageRGB canvas;
-  canvas.SetSize(canvasSize, canvasSize, true);
-  const std::vector<TPictureItem> items = DrawMap(*results, count, ratio, canvas);
-  QImage picture = ToQImage(canvas);
-  picture.setDevicePixelRatio(ratio);
-  dialog.SetImage(picture, items);
+  dialog.setAccessibleName(ToQString(top->index->GetTitle()));
+  TMapCanvas map(count, dialog.devicePixelRatioF());
+  TPictureReport report(output);
+  std::size_t done = 0;
+  for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
+    if (DialogsAreShown()) {
+      map.Draw(results[done], count - 1 - static_cast<int>(done), report);
+    } else {
+      report.Check(results[done].filename);
+    }
+  }
+  report.PrintRest();
+  if (done < results.size()) {
+    return Interrupted(done, results.size());
+  }
+  dialog.SetImage(map.GetPicture(), map.GetItems());
   RunDialog(dialog);
   return true;
 }

@@ -7,11 +7,17 @@
 #include "gui/index-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/tile.h"
-#include "retrieval/var-database-index.h"
+
+namespace {
+
+constexpr int kTileWidth = 160;
+
+}  // namespace
 
 TFunctionDisplayIndex::TFunctionDisplayIndex()
-    : TFunction({.name = "displayindex", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+    : TIndexCommand({.name = "displayindex", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
 Name:        DisplayIndex
 Description: Displays the top results of a 'databaseindex' as a 4x4 grid
 Syntax:      displayindex(a)
@@ -20,34 +26,36 @@ Parameters:  1 - 'databaseindex'
 Parameters:  2 - bool (ShowQueryImage))"}) {}
 
 bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
-  const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);
-  if (index == nullptr) {
-    Print("Parameter is not of type 'databaseindex'");
+  auto top = RequireTop(params, TIndexDisplay::kTileCount, true);
+  if (!top) {
     return false;
   }
-  const bool showsQuery = !index->GetImageName().empty() && (params.size() < 2 || params[1] == "true");
-  std::string reason;
-  auto results = index->FindTop(*varList, TIndexDisplay::kTileCount - (showsQuery ? 1 : 0), reason);
-  if (!results) {
-    Print(reason);
-    return false;
-  }
-  if (showsQuery) {
-    results->insert(results->begin(), {index->GetImageName(), "Query\n" + index->GetImageName()});
+  std::vector<TTopResult>& results = top->results;
+  if (top->query) {
+    results.insert(results.begin(), *top->query);
   }
   TIndexDisplay dialog;
-  dialog.setAccessibleName(ToQString(index->GetTitle()));
+  dialog.setAccessibleName(ToQString(top->index->GetTitle()));
   const qreal ratio = dialog.devicePixelRatioF();
+  TPictureReport report(output);
   TImageRGB tile;
-  int position = 0;
-  for (const auto& [filename, description] : *results) {
+  std::size_t done = 0;
+  for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
+    const auto& [filename, description] = results[done];
+    if (!DialogsAreShown()) {
+      report.Check(filename);
+      continue;
+    }
     QImage picture;
-    if (LoadTile(filename, qRound(160 * ratio), tile)) {
+    if (LoadTile(filename, qRound(kTileWidth * ratio), tile, &report)) {
       picture = ToQImage(tile);
       picture.setDevicePixelRatio(ratio);
     }
-    dialog.SetImage(picture, position, {QRect(), filename, description});
-    ++position;
+    dialog.SetImage(picture, static_cast<int>(done), {QRect(), filename, description});
+  }
+  report.PrintRest();
+  if (done < results.size()) {
+    return Interrupted(done, results.size());
   }
   RunDialog(dialog);
   return true;

@@ -17,7 +17,6 @@
 
 #include "images/crop.h"
 #include "images/image-gray.h"
-#include "images/tile.h"
 #include "tests/support/scratch-directory.h"
 #include "tests/support/test-pictures.h"
 
@@ -461,30 +460,4 @@ TEST(CropImage, RectanglesAreClippedToThePicture) {
   TImageRGB crop;
   CropImage(TImageRGB(), 0, 0, 5, 5, crop);
   EXPECT_EQ(crop.GetWidth() + crop.GetHeight(), 0);
-}
-
-TEST(LoadTile, ProportionsAreKeptInWholeNumbers) {
-  const TScratchDirectory scratch;
-  // A picture, and the height of its tile.
-  constexpr int kCases[][3] = {{40, 30, 75}, {30, 40, 133}, {3, 2, 66}, {1, 1, 100}, {400, 1, 0}, {1, 327, 32700}};
-  for (const auto& [width, height, tileHeight] : kCases) {
-    MakePicture("a.jpg", width, height, [](int, int) { return kOlive; });
-    TImageRGB tile;
-    ASSERT_TRUE(LoadTile("a.jpg", 100, tile)) << width << " x " << height;
-    EXPECT_EQ(tile.GetWidth(), 100);
-    EXPECT_EQ(tile.GetHeight(), tileHeight);
-    EXPECT_EQ(Pixels(tile), TColours(std::size_t{100} * tileHeight, kOlive));
-  }
-}
-
-TEST(LoadTile, UnreadableAndEndlesslyHighPicturesGiveNone) {
-  const TScratchDirectory scratch;
-  MakePicture("high.ppm", 1, 328, [](int, int) { return kOlive; });
-  MakeFile("text.jpg", "words");
-  TImageRGB tile;
-  FillPattern(tile, 2, 2);
-  for (const char* path : {"high.ppm", "text.jpg", "absent.jpg"}) {
-    EXPECT_FALSE(LoadTile(path, 100, tile)) << path;
-    EXPECT_EQ(Pixels(tile), PatternPixels(2, 2)) << path;
-  }
 }

@@ -41,6 +41,25 @@ class TDecoderMessages {
   static inline bool anyCame = false;
 };
 
+/// The format of a regular file, by its contents, or failing that by its name. FIF_UNKNOWN if the library cannot read
+/// it. Nothing else is opened: a named pipe would wait for its other end.
+FREE_IMAGE_FORMAT FindFormat(const std::string& nativePath) {
+  if (!base::IsRegularFile(nativePath)) {
+    return FIF_UNKNOWN;
+  }
+  FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
+  if (format == FIF_UNKNOWN) {
+    format = FreeImage_GetFIFFromFilename(nativePath.c_str());
+  }
+  return FreeImage_FIFSupportsReading(format) == FALSE ? FIF_UNKNOWN : format;
+}
+
+/// The picture without its pixels, as far as the format can leave them out; null if it cannot be read.
+TBitmap ReadHeader(const std::string& path, FREE_IMAGE_FORMAT format) {
+  return TBitmap(format == FIF_UNKNOWN ? nullptr
+                                       : FreeImage_Load(format, base::NativePath(path).c_str(), FIF_LOAD_NOPIXELS));
+}
+
 /// A bitmap of FIT_RGBAF without its alpha. The library's own conversion cuts everything brighter than 1.
 TBitmap DropAlpha(FIBITMAP* bitmap) {
   const unsigned width = FreeImage_GetWidth(bitmap);
@@ -103,19 +122,32 @@ void TImageRGB::SetPixel(int x, int y, unsigned char red, unsigned char green, u
 
 bool TImageRGB::LoadFromFile(const std::string& path) {
   const std::string nativePath = base::NativePath(path);
-  // Opening a named pipe would wait for its other end.
-  if (!base::IsRegularFile(nativePath)) {
-    return false;
-  }
-  FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
+  return Decode(nativePath, FindFormat(nativePath), 0);
+}
+
+bool TImageRGB::IsReadable(const std::string& path) {
+  return ReadHeader(path, FindFormat(base::NativePath(path))) != nullptr;
+}
+
+std::pair<int, int> TImageRGB::JpegSize(const std::string& path) {
+  const TBitmap header = FindFormat(base::NativePath(path)) == FIF_JPEG ? ReadHeader(path, FIF_JPEG) : nullptr;
+  return {static_cast<int>(FreeImage_GetWidth(header.get())), static_cast<int>(FreeImage_GetHeight(header.get()))};
+}
+
+bool TImageRGB::LoadReduced(const std::string& path, int divisor) {
+  const auto [width, height] = JpegSize(path);
+  // The library takes the longer side that is wanted, in the upper half of the flags, and decodes at the smallest part
+  // of the full size that is not below it.
+  const int side = std::max(width, height) / divisor;
+  return Decode(base::NativePath(path), FIF_JPEG, side << 16);
+}
+
+bool TImageRGB::Decode(const std::string& nativePath, int format, int flags) {
   if (format == FIF_UNKNOWN) {
-    format = FreeImage_GetFIFFromFilename(nativePath.c_str());
-  }
-  if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
     return false;
   }
   const TDecoderMessages messages;
-  const TBitmap bitmap(FreeImage_Load(format, nativePath.c_str(), 0));
+  const TBitmap bitmap(FreeImage_Load(static_cast<FREE_IMAGE_FORMAT>(format), nativePath.c_str(), flags));
   isDamaged = messages.AnyCame();
   return bitmap && CopyFromBitmap(bitmap.get());
 }

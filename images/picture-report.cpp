@@ -17,25 +17,28 @@ int CountRest(const std::set<std::string>& files) {
 }  // namespace
 
 bool TPictureReport::Load(const std::string& filename, TImageRGB& picture) {
-  if (!picture.LoadFromFile(filename)) {
+  const bool isRead = picture.LoadFromFile(filename);
+  Note(filename, isRead, picture);
+  return isRead;
+}
+
+void TPictureReport::Note(const std::string& filename, bool isRead, const TImageRGB& picture) {
+  if (!isRead) {
     AddUnreadable(filename);
-    return false;
+  } else if (picture.IsDamaged() && damaged.insert(filename).second && damaged.size() <= kMostLines) {
+    print(FormatString("File '%s' is damaged", filename.c_str()));
   }
-  if (picture.IsDamaged()) {
-    AddDamaged(filename);
+}
+
+void TPictureReport::Check(const std::string& filename) {
+  if (!TImageRGB::IsReadable(filename)) {
+    AddUnreadable(filename);
   }
-  return true;
 }
 
 void TPictureReport::AddUnreadable(const std::string& filename) {
   if (unreadable.insert(filename).second && unreadable.size() <= kMostLines) {
     print(FormatString("File '%s' cannot be read", filename.c_str()));
-  }
-}
-
-void TPictureReport::AddDamaged(const std::string& filename) {
-  if (damaged.insert(filename).second && damaged.size() <= kMostLines) {
-    print(FormatString("File '%s' is damaged", filename.c_str()));
   }
 }
 

@@ -17,14 +17,18 @@ class TPictureReport {
   /// read.
   bool Load(const std::string& filename, TImageRGB& picture);
 
-  /// Tells of a file that cannot be read, for callers that load it in their own way.
-  void AddUnreadable(const std::string& filename);
-  void AddDamaged(const std::string& filename);
+  /// Tells what there is to tell of a file that the caller has loaded in its own way, or has failed to.
+  void Note(const std::string& filename, bool isRead, const TImageRGB& picture);
+
+  /// Tells if the file's beginning shows already that it cannot be read; nothing is decoded.
+  void Check(const std::string& filename);
 
   /// Prints how many more files of either kind there were; to be called once, before the command's last line.
   void PrintRest() const;
 
  private:
+  void AddUnreadable(const std::string& filename);
+
   boost::function<void(std::string)> print;
   std::set<std::string> unreadable;
   std::set<std::string> damaged;
