@@ -5,6 +5,7 @@
 #include "base/file.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
+#include "base/text.h"
 #include "engine/var-list.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
