@@ -14,11 +14,13 @@
 #include "base/memory.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "base/trial.h"
 #include "batch/options.h"
 #include "batch/output-tap.h"
 #include "batch/picture-saver.h"
 #include "batch/tables.h"
 #include "engine/ctrl-main.h"
+#include "features/plugin-doctor.h"
 #include "gui/dialog-runner.h"
 #include "gui/main-window.h"
 
@@ -57,7 +59,7 @@ void ForgetScreen() {
 /// Runs the lines and writes what was asked for.
 int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap) {
   MainWindow window;
-  TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
+  TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1), options.plugins);
   if (options.seed) {
     controller.SetSeed(*options.seed);
   }
@@ -87,6 +89,20 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   return controller.GetFailedLines() == 0 ? kSucceeded : kLineFailed;
 }
 
+int CheckOnePlugin(const std::string& fileName) {
+  if (!base::CanRunTrials()) {
+    return Refuse("Plug-ins cannot be checked on this system");
+  }
+  if (!base::IsRegularFile(fileName)) {
+    return Refuse(FormatString("Plug-in '%s' cannot be read", fileName.c_str()));
+  }
+  const bool isSound = CheckPlugin(base::NativePath(fileName), [](const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+  });
+  return isSound ? kSucceeded : kLineFailed;
+}
+
 int Run(int argc, char** argv) {
   std::string reason;
   const auto options = ParseOptions(argc, argv, reason);
@@ -96,6 +112,14 @@ int Run(int argc, char** argv) {
   if (options->help || options->version) {
     std::fputs(options->help ? kUsage : "tessimar-batch " TESSIMAR_VERSION "\n", stdout);
     return kSucceeded;
+  }
+  if (!options->checkedPlugin.empty()) {
+    return CheckOnePlugin(options->checkedPlugin);
+  }
+  for (const std::string& directory : options->plugins) {
+    if (!base::ListDirectory(directory)) {
+      return Refuse(FormatString("Directory '%s' cannot be read", directory.c_str()));
+    }
   }
   const auto reader = options->script.empty() ? std::make_unique<base::TLineReader>()
                                               : std::make_unique<base::TLineReader>(options->script);

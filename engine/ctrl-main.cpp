@@ -32,14 +32,15 @@ constexpr std::size_t kMaxHistory = 25;
 
 }  // namespace
 
-TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
+TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer,
+                     const std::vector<std::string>& pluginDirectories)
     : window(window),
       observer(observer),
       parser(std::make_unique<TCommandParser>()),
       history(std::make_unique<TCommandHistory>()),
       varList(std::make_unique<TVarList>()),
       functionList(std::make_unique<TFunctionList>()),
-      featureList(std::make_unique<TFeatureList>()),
+      featureList(std::make_unique<TFeatureList>(pluginDirectories)),
       classifierList(std::make_unique<TClassifierList>()) {
   window->OnKeyUp = boost::bind(&TCtrlMain::PreviousCommand, this);
   window->OnKeyDown = boost::bind(&TCtrlMain::NextCommand, this);

@@ -4,6 +4,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <boost/function.hpp>
 
@@ -25,8 +26,9 @@ class TCtrlMain {
   using TOutputObserver = boost::function<void(const std::string&)>;
 
   /// Builds the engine around a window that outlives it, reads the command history of the working directory and makes
-  /// the directory "FeatureStorage" there.
-  explicit TCtrlMain(MainWindow* window, const TOutputObserver& observer = TOutputObserver());
+  /// the directory "FeatureStorage" there. Feature plug-ins come from there and from `pluginDirectories`.
+  explicit TCtrlMain(MainWindow* window, const TOutputObserver& observer = TOutputObserver(),
+                     const std::vector<std::string>& pluginDirectories = {});
   /// Writes the command history.
   ~TCtrlMain();
   TCtrlMain(const TCtrlMain&) = delete;
