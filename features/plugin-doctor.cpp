@@ -105,7 +105,8 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   }
   const int bytesPerPixel = isColor ? 3 : 1;
   // As in the workbench, where rows begin at multiples of 4.
-  const int stride = (picture.width * bytesPerPixel + 3) & ~3;
+  const std::ptrdiff_t rowSize = static_cast<std::ptrdiff_t>(picture.width) * bytesPerPixel;
+  const auto stride = static_cast<std::int32_t>((rowSize + 3) & ~std::ptrdiff_t{3});
   base::TGuardedBlock pixels(static_cast<std::size_t>(stride) * static_cast<std::size_t>(picture.height),
                              surroundings.flush, "the pixels");
   const base::TGuardedBlock elements(static_cast<std::size_t>(length) * sizeof(double), surroundings.flush,
@@ -116,7 +117,7 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   std::uint64_t state = 0x9e3779b97f4a7c15;
   for (int y = 0; y < picture.height; ++y) {
     unsigned char* row = pixels.GetBytes() + static_cast<std::ptrdiff_t>(y) * stride;
-    std::fill(row + picture.width * bytesPerPixel, row + stride, surroundings.padding);
+    std::fill(row + rowSize, row + stride, surroundings.padding);
     FillRow(picture, y, bytesPerPixel, state, row);
   }
   pixels.MakeReadOnly();

@@ -67,7 +67,7 @@ std::optional<TPluginExports> LoadPluginExports(const std::string& fileName, std
 
 std::string AskPlugin(const TPluginExports& exports, std::string& name, bool& needsGrayscale, bool& needsColor) {
   if (exports.getRefusal != nullptr) {
-    const std::string refusal = PluginText(exports.getRefusal());
+    std::string refusal = PluginText(exports.getRefusal());
     if (!refusal.empty()) {
       return refusal;
     }

@@ -61,7 +61,10 @@ std::vector<float> PictureToTensor(const unsigned char* pixels, std::int32_t wid
   double resizedHeight = settings.height;
   if (settings.fit == TEmbeddingSettings::TFit::kCrop) {
     const std::int64_t shorter = std::min(width, height);
-    const auto resize = [&](std::int64_t side) { return static_cast<double>(settings.shorterSide * side / shorter); };
+    const auto resize = [&](std::int64_t side) {
+      const std::int64_t whole = settings.shorterSide * side / shorter;
+      return static_cast<double>(whole);
+    };
     resizedWidth = resize(width);
     resizedHeight = resize(height);
   }

@@ -66,11 +66,8 @@ TEST_F(TKit, TheTemplateBuildsAgainstAnInstalledTreeAndRuns) {
 
 TEST_F(TKit, TheTemplateBuildsWithPkgConfigAlone) {
   ASSERT_EQ(Run("pkg-config", {"--cflags", "tessimar"}), 0) << errors;
-  ASSERT_EQ(
-      Run("/bin/sh",
-          {"-c", "eval \"$0\" -shared -fPIC $(pkg-config --cflags tessimar) -o FeatureMine.so mine/*.c", C_COMPILER}),
-      0)
-      << errors;
+  const char* const build = "eval \"$0\" -shared -fPIC $(pkg-config --cflags tessimar) -o FeatureMine.so mine/*.c";
+  ASSERT_EQ(Run("/bin/sh", {"-c", build, C_COMPILER}), 0) << errors;
   EXPECT_EQ(RunBatch({"--check-plugin", "FeatureMine.so"}), 0) << output << errors;
 }
 
