@@ -65,15 +65,18 @@ std::string PluginLoadPath(const std::string& fileName) {
 
 std::string WhyNoPlugin(const std::string& fileName) {
   boost::system::error_code error;
-  if (!boost::filesystem::is_regular_file(fileName, error)) {
-    return {};
+  const auto status = boost::filesystem::status(fileName, error);
+  if (!boost::filesystem::is_regular_file(status)) {
+    // The loader would wait for the other end of a pipe.
+    return boost::filesystem::exists(status) ? "it is no library" : "";
   }
   std::ifstream file(fileName, std::ios::binary);
   THeader header;
   if (!file) {
     return {};
   }
-  if (!ReadRecord(file, header) || !std::equal(header.e_ident, header.e_ident + SELFMAG, ELFMAG)) {
+  if (!ReadRecord(file, header) || !std::equal(header.e_ident, header.e_ident + SELFMAG, ELFMAG) ||
+      header.e_type != ET_DYN) {
     return "it is no library";
   }
   std::ifstream program("/proc/self/exe", std::ios::binary);

@@ -48,7 +48,8 @@ TMemoryInUse MemoryInUse() {
 #include <malloc.h>
 #endif
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+// Not every compiler brings sanitizer/allocator_interface.h with it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace base {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "features/feature-list.h"
 #include "images/feature-vector.h"
@@ -240,11 +241,13 @@ TEST_F(TPluginTest, WhatIsNoLibraryIsNamedAndTheOthersLoad) {
   MakeFile("FeatureEmpty.so", "");
   filesystem::create_directory("FeatureDir.so");
   filesystem::create_symlink("nowhere", "FeatureDead.so");
+  ASSERT_EQ(mkfifo("FeaturePipe.so", 0600), 0) << "which nobody must wait for";
   CopyFixture("plain", "FeatureGood.so");
   const TFeatureList list;
   EXPECT_EQ(Names(list), (TLines{"hsv", "lbp", "fixture"}));
-  ASSERT_EQ(list.GetRefusals().size(), 4u);
-  for (const std::string file : {"FeatureText.so", "FeatureEmpty.so", "FeatureDir.so", "FeatureDead.so"}) {
+  ASSERT_EQ(list.GetRefusals().size(), 5u);
+  for (const std::string file :
+       {"FeatureText.so", "FeatureEmpty.so", "FeatureDir.so", "FeatureDead.so", "FeaturePipe.so"}) {
     EXPECT_EQ(std::count_if(list.GetRefusals().begin(), list.GetRefusals().end(),
                             [&file](const std::string& line) {
                               const std::string start = "Plug-in '" + file + "' was left out: ";

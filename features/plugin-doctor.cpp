@@ -122,14 +122,16 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   }
   pixels.MakeReadOnly();
   answer.assign(static_cast<std::size_t>(length), surroundings.element);
-  std::memcpy(elements.GetBytes(), answer.data(), answer.size() * sizeof(double));
+  auto* const answerBytes = reinterpret_cast<unsigned char*>(answer.data());
+  const std::size_t answerSize = answer.size() * sizeof(double);
+  std::copy_n(answerBytes, answerSize, elements.GetBytes());
   const auto process = isColor ? exports.processColor : exports.processGrayscale;
   const auto start = TClock::now();
   process(pixels.GetBytes(), picture.width, picture.height, stride, reinterpret_cast<double*>(elements.GetBytes()));
   if (time != nullptr) {
     *time = TClock::now() - start;
   }
-  std::memcpy(answer.data(), elements.GetBytes(), answer.size() * sizeof(double));
+  std::copy_n(elements.GetBytes(), answerSize, answerBytes);
   return std::nullopt;
 }
 
@@ -402,14 +404,15 @@ class TCheckup {
           history.reserve(kLeakCalls);
           const auto end = TClock::now() + kLeakTime;
           while (history.size() < kLeakCalls && TClock::now() < end) {
-            TAnswer answer;
-            if (Ask(exports, isColor, kPictures[kNoisePicture], kFirst, answer)) {
-              return;
+            {
+              TAnswer answer;
+              if (Ask(exports, isColor, kPictures[kNoisePicture], kFirst, answer)) {
+                return;
+              }
+              if (history.empty() && Digest(answer) != *digests[kNoisePicture]) {
+                tell("differs another process gets another answer");
+              }
             }
-            if (history.empty() && Digest(answer) != *digests[kNoisePicture]) {
-              tell("differs another process gets another answer");
-            }
-            answer = {};
             tell("call");
             history.push_back(base::MemoryInUse());
           }
