@@ -64,7 +64,7 @@ TEST_F(TPluginDoctor, TellsWhatASoundPluginIs) {
   ASSERT_EQ(report.lines.size(), 12u) << base::Join(report.lines, "\n");
   EXPECT_EQ(report.lines[0], "ok     exports all seven functions");
   EXPECT_EQ(report.lines[1], "ok     calls itself \"meancolor\": The mean colour of a picture");
-  EXPECT_EQ(report.lines[2], "ok     works on colour and gives 3 numbers");
+  EXPECT_EQ(report.lines[2], "ok     works on colour, its vector has length 3");
   EXPECT_EQ(report.lines[9], "ok     loses no memory in 1000 calls");
   EXPECT_TRUE(report.lines[10].ends_with(" ms for a megapixel")) << report.lines[10];
   EXPECT_EQ(report.lines[11], "FeatureMeanColor.so is sound");

@@ -346,7 +346,8 @@ class TCheckup {
     } else {
       PrintGood("calls itself \"" + name + "\"" + (description.empty() ? "" : ": " + description));
     }
-    PrintGood(FormatString("works on %s and gives %s numbers", isColor ? "colour" : "gray levels", length.c_str()));
+    PrintGood(
+        FormatString("works on %s, its vector has length %s", isColor ? "colour" : "gray levels", length.c_str()));
     return true;
   }
 
