@@ -49,8 +49,8 @@ class TKit : public testing::Test {
 
 TEST_F(TKit, TheTemplateBuildsAgainstAnInstalledTreeAndRuns) {
   const std::string prefix = "-DCMAKE_PREFIX_PATH=" + installed.string();
-  ASSERT_EQ(Run(CMAKE_PROGRAM,
-                {"-S", "mine", "-B", "mine/build", QString::fromStdString(prefix), "-DCMAKE_C_COMPILER=" C_COMPILER}),
+  ASSERT_EQ(Run(CMAKE_PROGRAM, {"-S", "mine", "-B", "mine/build", QString::fromStdString(prefix),
+                                QStringLiteral("-DCMAKE_C_COMPILER=") + C_COMPILER}),
             0)
       << errors;
   ASSERT_EQ(Run(CMAKE_PROGRAM, {"--build", "mine/build"}), 0) << output << errors;
