@@ -15,11 +15,13 @@
 #include "base/memory.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "base/trial.h"
 #include "batch/options.h"
 #include "batch/picture-saver.h"
 #include "batch/stream-view.h"
 #include "batch/tables.h"
 #include "engine/ctrl-main.h"
+#include "features/plugin-doctor.h"
 #include "gui/dialog-runner.h"
 
 namespace {
@@ -56,7 +58,7 @@ void ForgetScreen() {
 
 /// Runs the lines and writes what was asked for.
 int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& view, base::TNamedOutput* variables) {
-  TCtrlMain controller(view);
+  TCtrlMain controller(view, options.plugins);
   if (options.seed) {
     controller.SetSeed(*options.seed);
   }
@@ -86,6 +88,20 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& vi
   return controller.GetFailedLines() == 0 ? kSucceeded : kLineFailed;
 }
 
+int CheckOnePlugin(const std::string& fileName) {
+  if (!base::CanRunTrials()) {
+    return Refuse("Plug-ins cannot be checked on this system");
+  }
+  if (!base::IsRegularFile(fileName)) {
+    return Refuse(FormatString("Plug-in '%s' cannot be read", fileName.c_str()));
+  }
+  const bool isSound = CheckPlugin(base::NativePath(fileName), [](const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+  });
+  return isSound ? kSucceeded : kLineFailed;
+}
+
 int Run(int argc, char** argv) {
   std::string reason;
   const auto options = ParseOptions(argc, argv, reason);
@@ -95,6 +111,14 @@ int Run(int argc, char** argv) {
   if (options->help || options->version) {
     std::fputs(options->help ? kUsage : "tessimar-batch " TESSIMAR_VERSION "\n", stdout);
     return kSucceeded;
+  }
+  if (!options->checkedPlugin.empty()) {
+    return CheckOnePlugin(options->checkedPlugin);
+  }
+  for (const std::string& directory : options->plugins) {
+    if (!base::ListDirectory(directory)) {
+      return Refuse(FormatString("Directory '%s' cannot be read", directory.c_str()));
+    }
   }
   const auto reader = options->script.empty() ? std::make_unique<base::TLineReader>()
                                               : std::make_unique<base::TLineReader>(options->script);

@@ -72,13 +72,13 @@ class TAtEnd {
 
 }  // namespace
 
-TCtrlMain::TCtrlMain(TView& view)
+TCtrlMain::TCtrlMain(TView& view, const std::vector<std::string>& pluginDirectories)
     : view(view),
       parser(std::make_unique<TCommandParser>()),
       history(std::make_unique<TCommandHistory>()),
       varList(std::make_unique<TVarList>()),
       functionList(std::make_unique<TFunctionList>()),
-      featureList(std::make_unique<TFeatureList>()),
+      featureList(std::make_unique<TFeatureList>(pluginDirectories)),
       classifierList(std::make_unique<TClassifierList>()) {
   view.SetListener(this);
   const auto print = boost::bind(&TCtrlMain::PrintLine, this, boost::placeholders::_1);

@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "engine/view.h"
 #include "engine/work.h"
@@ -24,8 +25,8 @@ struct TParsedCommand;
 class TCtrlMain : private TViewListener, private TWork {
  public:
   /// Builds the engine around a view that outlives it, reads the command history of the working directory and makes
-  /// the directory "FeatureStorage" there.
-  explicit TCtrlMain(TView& view);
+  /// the directory "FeatureStorage" there. Feature plug-ins come from there and from `pluginDirectories`.
+  explicit TCtrlMain(TView& view, const std::vector<std::string>& pluginDirectories = {});
   /// Writes the command history.
   ~TCtrlMain() override;
   TCtrlMain(const TCtrlMain&) = delete;

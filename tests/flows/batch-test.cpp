@@ -108,7 +108,14 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
                                        {"--rankings", "q.png/x"},
                                        {"--variables", "folder"},
                                        {"--variables", "no/such/file"},
-                                       {"--pictures="}}) {
+                                       {"--pictures="},
+                                       {"--plugins", "none"},
+                                       {"--plugins", "q.png"},
+                                       {"--plugins", "photos", "--plugins", ""},
+                                       {"--check-plugin", "none.so"},
+                                       {"--check-plugin", "folder"},
+                                       {"--check-plugin", "a.so", "b.so"},
+                                       {"--check-plugin", "a.so", "--seed", "1"}}) {
     const TOutcome outcome = Run(arguments);
     EXPECT_EQ(outcome.status, 2) << arguments.join(' ').toStdString();
     EXPECT_EQ(outcome.output, "");
@@ -117,6 +124,27 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
   }
   EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-batch"));
   EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-batch 0.1.8"));
+}
+
+TEST_F(TBatch, LoadsPluginsOfFurtherDirectoriesAndChecksOne) {
+  const std::filesystem::path fixtures(PLUGIN_FIXTURES);
+  std::filesystem::create_directories("shelf");
+  std::filesystem::create_directories("other");
+  std::filesystem::copy_file(fixtures / "plain", "shelf/FeaturePlain.so");
+  std::filesystem::copy_file(fixtures / "plain", "other/FeaturePlain.so");
+  MakeFile("other/FeatureX.so", "no library");
+  const TOutcome outcome =
+      Run({"--plugins", "shelf", "--plugins", "other/"}, "q = loadimage(\"q.png\")\nupdatefeature(q, \"fixture\")\n");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.output.starts_with(
+      "  Plug-in 'other/FeaturePlain.so' never runs: there is another feature \"fixture\" before it\n"
+      "  Plug-in 'other/FeatureX.so' was left out: it is no library\n> "))
+      << outcome.output;
+  EXPECT_EQ(Run({"--check-plugin", "SHELF/FeaturePlain.so"}).status, 0);
+  const TOutcome check = Run({"--check-plugin", "other/FeatureX.so"});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_EQ(check.output, "FAULT  cannot be used: it is no library\nFeatureX.so is not sound: 1 fault\n");
+  EXPECT_EQ(check.errors, "");
 }
 
 TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
