@@ -9,7 +9,7 @@
 
 namespace {
 
-// What a window manager may put around a dialog. It is known only once the dialog is shown, too late to fit it.
+// What a window manager may put around a window. It is known only once the window is shown, too late to fit it.
 constexpr QSize kFrame(16, 40);
 // The distance of the picture from the left and upper edges, and what the dialog has besides the picture.
 constexpr int kMargin = 10;
@@ -37,6 +37,17 @@ void MoveOntoScreen(QDialog& dialog) {
   const QRect screen = dialog.screen()->availableGeometry();
   const QSize outer = dialog.size() + kFrame;
   const auto bounded = [](int place, int first, int room) { return std::max(std::min(place, first + room), first); };
-  dialog.move(bounded(dialog.x(), screen.x(), screen.width() - outer.width()),
-              bounded(dialog.y(), screen.y(), screen.height() - outer.height()));
+  const QPoint place(bounded(dialog.x(), screen.x(), screen.width() - outer.width()),
+                     bounded(dialog.y(), screen.y(), screen.height() - outer.height()));
+  if (place != dialog.pos()) {
+    dialog.move(place);
+  }
+}
+
+void ShrinkToScreen(QWidget& window) {
+  const QRect screen = window.screen()->availableGeometry();
+  if (window.height() + kFrame.height() > screen.height()) {
+    window.resize(window.size().boundedTo(screen.size() - kFrame));
+    window.move(screen.topLeft());
+  }
 }

@@ -21,6 +21,7 @@
 
 #include "base/native-path.h"
 #include "gui/eight-bit-text.h"
+#include "gui/fit-dialog.h"
 #include "gui/tool-tip.h"
 #include "ui_main-window.h"
 
@@ -68,7 +69,8 @@ MainWindow::MainWindow(QWidget* parent)
   ui->setupUi(this);
   ui->leCommand->installEventFilter(this);
   setWindowTitle(kTitle);
-  setWindowIcon(MakeIcon());
+  // The dialogs' too.
+  QGuiApplication::setWindowIcon(MakeIcon());
   const QSize available = QGuiApplication::screens().first()->availableGeometry().size();
   const QSize frame = frameGeometry().size();
   move((available.width() - frame.width()) / 2, (available.height() - frame.height()) / 2);
@@ -233,10 +235,10 @@ void MainWindow::RunHelp() {
 }
 
 void MainWindow::TakeOffer(const std::string& line) {
+  SetCommandText(line);
   if (workInput.IsActive()) {
+    // The command under way will empty the line.
     offered = line;
-  } else {
-    SetCommandText(line);
   }
 }
 
@@ -356,6 +358,7 @@ void MainWindow::showEvent(QShowEvent* event) {
   }
   if (followers.empty()) {
     FollowPanes();
+    ShrinkToScreen(*this);
   }
   QMainWindow::showEvent(event);
 }
