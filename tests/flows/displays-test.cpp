@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include <QDialog>
 #include <gtest/gtest.h>
 
 #include "gui/picture-view.h"
