@@ -79,8 +79,6 @@ MainWindow::MainWindow(QWidget* parent)
   ui->twVariables->setColumnWidth(2, 750);
   ui->leCommand->setFocus(Qt::OtherFocusReason);
   ui->splitter->setSizes({260, 260, 50});
-  ui->splitter->setStretchFactor(0, 1);
-  ui->splitter->setStretchFactor(1, 1);
   ui->splitter->setCollapsible(2, false);
   setMinimumSize(480, 340);
   for (QGroupBox* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
@@ -261,8 +259,13 @@ void MainWindow::FollowPanes() {
                                        ui->twClassifiers, ui->twSegmentationMethods}) {
     follow(widget);
   }
+  const QList<int> sizes = ui->splitter->sizes();
+  ui->splitter->setStretchFactor(0, 1);
+  ui->splitter->setStretchFactor(1, 1);
   // One line needs no more than it has.
   ui->gbCommand->setFixedHeight(ui->gbCommand->height());
+  // Both would move the panes by a pixel.
+  ui->splitter->setSizes(sizes);
 }
 
 void MainWindow::ArrangeChildrenOf(const QWidget* parent) {
