@@ -26,6 +26,8 @@ int main(int argc, char** argv) {
   base::KeepFreedMemory();
   qInstallMessageHandler(ReportAndLeaveIfFatal);
   QApplication application(argc, argv);
+  // Where the desktop looks up the icon by that name.
+  QGuiApplication::setDesktopFileName("tessimar");
   base::UseClassicNumbers();
   MainWindow window;
   TWindowView view(window);

@@ -298,6 +298,10 @@ TEST_F(TMainWindowTest, TheContentsFollowTheirPanes) {
   const auto placeOf = [&](const char* name) { return Find<QWidget>(name)->geometry(); };
   EXPECT_EQ(placeOf("twVariables"), QRect(10, 20, 1001, 221));
   EXPECT_EQ(placeOf("pteInfo"), QRect(10, 20, 1001, 221));
+  // 551 pixels without two handles of 4, shared as 260 to 260 to 50.
+  EXPECT_EQ(placeOf("gbVariables"), QRect(0, 0, 1021, 248));
+  EXPECT_EQ(placeOf("gbOutput"), QRect(0, 252, 1021, 247));
+  EXPECT_EQ(placeOf("gbCommand"), QRect(0, 503, 1021, 48));
   window.resize(1482, 868);
   EXPECT_EQ(placeOf("splitter"), QRect(10, 10, 1321, 851));
   EXPECT_EQ(placeOf("twVariables").width(), 1301);

@@ -21,6 +21,7 @@
 
 #include "base/native-path.h"
 #include "gui/eight-bit-text.h"
+#include "gui/fit-dialog.h"
 #include "gui/tool-tip.h"
 #include "ui_main-window.h"
 
@@ -68,7 +69,8 @@ MainWindow::MainWindow(QWidget* parent)
   ui->setupUi(this);
   ui->leCommand->installEventFilter(this);
   setWindowTitle(kTitle);
-  setWindowIcon(MakeIcon());
+  // The dialogs' too.
+  QGuiApplication::setWindowIcon(MakeIcon());
   const QSize available = QGuiApplication::screens().first()->availableGeometry().size();
   const QSize frame = frameGeometry().size();
   move((available.width() - frame.width()) / 2, (available.height() - frame.height()) / 2);
@@ -77,8 +79,6 @@ MainWindow::MainWindow(QWidget* parent)
   ui->twVariables->setColumnWidth(2, 750);
   ui->leCommand->setFocus(Qt::OtherFocusReason);
   ui->splitter->setSizes({260, 260, 50});
-  ui->splitter->setStretchFactor(0, 1);
-  ui->splitter->setStretchFactor(1, 1);
   ui->splitter->setCollapsible(2, false);
   setMinimumSize(480, 340);
   for (QGroupBox* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
@@ -233,10 +233,10 @@ void MainWindow::RunHelp() {
 }
 
 void MainWindow::TakeOffer(const std::string& line) {
+  SetCommandText(line);
   if (workInput.IsActive()) {
+    // The command under way will empty the line.
     offered = line;
-  } else {
-    SetCommandText(line);
   }
 }
 
@@ -259,8 +259,13 @@ void MainWindow::FollowPanes() {
                                        ui->twClassifiers, ui->twSegmentationMethods}) {
     follow(widget);
   }
+  const QList<int> sizes = ui->splitter->sizes();
+  ui->splitter->setStretchFactor(0, 1);
+  ui->splitter->setStretchFactor(1, 1);
   // One line needs no more than it has.
   ui->gbCommand->setFixedHeight(ui->gbCommand->height());
+  // Both would move the panes by a pixel.
+  ui->splitter->setSizes(sizes);
 }
 
 void MainWindow::ArrangeChildrenOf(const QWidget* parent) {
@@ -356,6 +361,7 @@ void MainWindow::showEvent(QShowEvent* event) {
   }
   if (followers.empty()) {
     FollowPanes();
+    ShrinkToScreen(*this);
   }
   QMainWindow::showEvent(event);
 }
