@@ -5,6 +5,7 @@
 #include "features/feature-list.h"
 #include "features/feature-sources.h"
 #include "features/feature-store.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -38,6 +39,7 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
   const TFeatureSources sources(featureName);
   TStoredFeatureReader reader(featureName);
   const auto& images = database->GetImages();
+  TPictureReport report(output);
   int fromOthers = 0;
   int missing = 0;
   std::size_t done = 0;
@@ -46,12 +48,15 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     const base::TReadOutcome outcome = LoadImage(reader, featureName, image);
     if (outcome == base::TReadOutcome::kAbsent) {
       ++missing;
+    } else if (outcome == base::TReadOutcome::kUnreadable) {
+      report.AddUnreadable(reader.GetPath());
     } else if (outcome == base::TReadOutcome::kRead &&
                sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename())) {
       ++fromOthers;
     }
     ProcessEvents();
   }
+  report.PrintRest();
   if (fromOthers > 0) {
     Print(FormatString("%d stored features come from other pictures", fromOthers));
   }

@@ -7,8 +7,8 @@
 
 class TImageRGB;
 
-/// Tells the user of the pictures that one command could not read or found damaged, once a file: a line for each of the
-/// first ten of either kind, and one for all that follow.
+/// Tells the user of the pictures, or other files of a collection, that one command could not read or found damaged,
+/// once a file: a line for each of the first ten of either kind, and one for all that follow.
 class TPictureReport {
  public:
   explicit TPictureReport(const boost::function<void(std::string)>& print) : print(print) {}

@@ -43,7 +43,7 @@ class TVarDatabaseIndex : public TVar {
   const std::string& GetImageName() const { return imageName; }
   void SetImageName(const std::string& name) { imageName = name; }
 
-  /// The database of the ranking, if it stands in the store has the location and the images that were searched,
+  /// The database of the ranking, if it stands in the store, has the location and the images that were searched,
   /// and every entry fits them. Otherwise null, and the reason as a line of output.
   const TVarDatabase* FindDatabase(const TVarList& varList, std::string& reason) const;
 
