@@ -266,7 +266,9 @@ std::string FileIdentity(const std::string& path) {
 
 bool RemoveFile(const std::string& path) {
   boost::system::error_code error;
-  filesystem::remove(ToPath(path), error);
+  if (!filesystem::is_directory(Status(path))) {
+    filesystem::remove(ToPath(path), error);
+  }
   return !filesystem::exists(Status(path));
 }
 

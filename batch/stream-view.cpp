@@ -20,8 +20,9 @@ void TStreamView::ShowWork(const std::string& text) {
   if (!showsWork || (text.empty() && shownWidth == 0)) {
     return;
   }
+  // The cursor goes back, so that whatever is printed next stands in the place of the count and not behind it.
   const std::string blanks(std::max(shownWidth, text.size()) - text.size(), ' ');
-  std::fprintf(stderr, "\r%s%s%s", text.c_str(), blanks.c_str(), text.empty() ? "\r" : "");
+  std::fprintf(stderr, "\r%s%s\r", text.c_str(), blanks.c_str());
   std::fflush(stderr);
   shownWidth = text.size();
 }

@@ -1,5 +1,6 @@
 #include "engine/window-view.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -125,5 +126,9 @@ void TWindowView::ProcessEvents() {
 }
 
 void TWindowView::Pause(int milliseconds) {
-  base::Pause(milliseconds);
+  constexpr int kStep = 50;
+  for (int rest = milliseconds; rest > 0; rest -= kStep) {
+    ProcessEvents();
+    base::Pause(std::min(rest, kStep));
+  }
 }

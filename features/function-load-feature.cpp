@@ -5,6 +5,7 @@
 #include "features/feature-list.h"
 #include "features/feature-sources.h"
 #include "features/feature-store.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -34,19 +35,23 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
   Print("Loading features..");
   const TFeatureSources sources(featureName);
   TStoredFeatureReader reader(featureName);
+  TPictureReport report(output);
   int fromOthers = 0;
   int missing = 0;
   const auto step = [&](TVarImage& image) {
     const base::TReadOutcome outcome = LoadImage(reader, featureName, image);
     if (outcome == base::TReadOutcome::kRead) {
       fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
-    } else if (outcome != base::TReadOutcome::kTooLarge) {
+    } else if (outcome == base::TReadOutcome::kUnreadable) {
+      report.AddUnreadable(reader.GetPath());
+    } else if (outcome == base::TReadOutcome::kAbsent) {
       ++missing;
     }
     ProcessEvents();
     return true;
   };
   const auto atEnd = [&] {
+    report.PrintRest();
     if (fromOthers > 0) {
       Print(FormatString("%d stored features come from other pictures", fromOthers));
     }

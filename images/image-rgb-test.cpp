@@ -335,6 +335,20 @@ TEST(TImageRGB, ATruncatedJpegGivesItsUpperPartOrNothing) {
   for (int y = 0; y < 48; ++y) {
     EXPECT_NEAR(image.GetPixels()[y * image.GetStride() + 96], y / 16 * 15, 6) << "row " << y;
   }
+  EXPECT_TRUE(image.IsDamaged());
+  EXPECT_TRUE(image.LoadFromFile("whole.jpg") && !image.IsDamaged());
+
+  // What stands in the header or behind the end costs no pixel.
+  const std::size_t behindHeader = 20;
+  ASSERT_EQ(bytes.substr(6, 5), std::string("JFIF", 5));
+  const std::string profile = std::string("\xff\xe2\x00\x14", 4) + std::string("ICC_PROFILE\0\x01\x02late", 18);
+  const std::string extension = std::string("\xff\xe0\x00\x08JFXX\0\x44", 10);
+  for (const std::string& odd : {bytes + "more", bytes.substr(0, 11) + '\x09' + bytes.substr(12),
+                                 bytes.substr(0, behindHeader) + profile + bytes.substr(behindHeader),
+                                 bytes.substr(0, behindHeader) + extension + bytes.substr(behindHeader)}) {
+    MakeFile("odd.jpg", odd);
+    EXPECT_TRUE(image.LoadFromFile("odd.jpg") && !image.IsDamaged()) << odd.substr(0, 60);
+  }
 }
 
 TEST(TImageRGB, WhatIsSavedLosslesslyComesBackFromFileAndMemory) {

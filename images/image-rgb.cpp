@@ -1,9 +1,11 @@
 #include "images/image-rgb.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 #include <FreeImage.h>
 
@@ -24,21 +26,38 @@ struct TMemoryCloser {
   void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
 };
 
-/// Listens to what the library's decoders report during its own lifetime.
+/// True for what the decoders remark on pictures of which every pixel is there: an unusual header, or a fault in what
+/// goes with the pixels.
+bool IsHarmless(std::string_view message) {
+  constexpr std::array<std::string_view, 9> kHarmless = {"unknown JFIF revision number",
+                                                         "non-standard JFXX segment",
+                                                         "bad ICC marker",
+                                                         "Warning: loading color model",
+                                                         "Warning: image contains",
+                                                         "additional alpha channel(s) ignored",
+                                                         "Invalid data count for tag",
+                                                         "Unimplemented variable number of parameters for Tiff Tag",
+                                                         "Problem with skipping JPEG2000 box"};
+  return std::any_of(kHarmless.begin(), kHarmless.end(),
+                     [&](std::string_view remark) { return message.find(remark) != std::string_view::npos; });
+}
+
+/// Listens during its own lifetime to whether the library's decoders report damage.
 class TDecoderMessages {
  public:
   TDecoderMessages() {
-    anyCame = false;
-    FreeImage_SetOutputMessage([](FREE_IMAGE_FORMAT, const char*) { anyCame = true; });
+    anyDamage = false;
+    FreeImage_SetOutputMessage(
+        [](FREE_IMAGE_FORMAT, const char* message) { anyDamage = anyDamage || !IsHarmless(message); });
   }
   ~TDecoderMessages() { FreeImage_SetOutputMessage(nullptr); }
   TDecoderMessages(const TDecoderMessages&) = delete;
   TDecoderMessages& operator=(const TDecoderMessages&) = delete;
 
-  bool AnyCame() const { return anyCame; }
+  bool AnyDamage() const { return anyDamage; }
 
  private:
-  static inline bool anyCame = false;
+  static inline bool anyDamage = false;
 };
 
 /// The format of a regular file, by its contents, or failing that by its name. FIF_UNKNOWN if the library cannot read
@@ -148,7 +167,7 @@ bool TImageRGB::Decode(const std::string& nativePath, int format, int flags) {
   }
   const TDecoderMessages messages;
   const TBitmap bitmap(FreeImage_Load(static_cast<FREE_IMAGE_FORMAT>(format), nativePath.c_str(), flags));
-  isDamaged = messages.AnyCame();
+  isDamaged = messages.AnyDamage();
   return bitmap && CopyFromBitmap(bitmap.get());
 }
 

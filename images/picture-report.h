@@ -7,8 +7,8 @@
 
 class TImageRGB;
 
-/// Tells the user of the pictures that one command could not read or found damaged, once a file: a line for each of the
-/// first ten of either kind, and one for all that follow.
+/// Tells the user of the pictures, or other files of a collection, that one command could not read or found damaged,
+/// once a file: a line for each of the first ten of either kind, and one for all that follow.
 class TPictureReport {
  public:
   explicit TPictureReport(const boost::function<void(std::string)>& print) : print(print) {}
@@ -20,6 +20,9 @@ class TPictureReport {
   /// Tells what there is to tell of a file that the caller has loaded in its own way, or has failed to.
   void Note(const std::string& filename, bool isRead, const TImageRGB& picture);
 
+  /// Tells of a file that cannot be read.
+  void AddUnreadable(const std::string& filename);
+
   /// Tells if the file's beginning shows already that it cannot be read; nothing is decoded.
   void Check(const std::string& filename);
 
@@ -27,8 +30,6 @@ class TPictureReport {
   void PrintRest() const;
 
  private:
-  void AddUnreadable(const std::string& filename);
-
   boost::function<void(std::string)> print;
   std::set<std::string> unreadable;
   std::set<std::string> damaged;

@@ -91,7 +91,9 @@ void TFunctionEvaluateIndex::DrawAndShowChart(const TVarDatabaseIndex& index, bo
   base::RunGnuplot(kScriptFile);
   Pause(kSettlingTime);
   TImageRGB chart;
-  if (!isRemoved || !chart.LoadFromFile(kChartFile)) {
+  // A file that is only spelt alike is not the one that gnuplot was to write.
+  const bool isExact = base::NativePath(kChartFile) == kChartFile;
+  if (!isRemoved || !isExact || !chart.LoadFromFile(kChartFile)) {
     Print(FormatString("Chart '%s' was not drawn: is gnuplot installed?", kChartFile));
     return;
   }

@@ -123,6 +123,7 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
     EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
   }
   EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-batch"));
+  EXPECT_EQ(Run({"-h"}).output, Run({"--help"}).output);
   EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-batch 0.1.8"));
 }
 
@@ -178,6 +179,29 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
   EXPECT_EQ(FileBytes("out/r/index.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/%2E%2E%2Findex%5C.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/tab%22%09%22.tsv"), ranking);
+}
+
+TEST_F(TBatch, TellsHowFarItIsOnATerminalOnly) {
+  MakeFile("s.txt", "db = loaddatabase(\"photos\")\nsegmentimage(db, \"grid\")\n");
+  EXPECT_EQ(Run({"s.txt"}).errors, "");
+  process.setProgram("script");
+  const std::string shown = Run({"-qec", QStringLiteral("\"" BATCH_PROGRAM "\" s.txt"), "/dev/null"}).output;
+  // The count stands alone on its line, and goes when there is something to say.
+  const std::string count = "segmentimage, 0 of 2";
+  const std::string blanks(count.size(), ' ');
+  EXPECT_NE(shown.find("this could take some time\r\n\r" + count + "\r"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("\r" + blanks + "\r  Processing done\r\n"), std::string::npos) << shown;
+}
+
+TEST_F(TBatch, TheTrainingLibrariesAreHeardOnRequestOnly) {
+  const std::string lines = std::string(kSearch) +
+                            "segmentimage(db, \"grid\")\nupdatefeature(db, \"hsv\")\nc = createclassifier(\"svm\")\n"
+                            "k = learnvisualconcept(db, db, c)\n";
+  const TOutcome quiet = Run({}, lines);
+  const TOutcome verbose = Run({"--verbose"}, lines);
+  EXPECT_EQ(quiet.errors, "");
+  EXPECT_NE(verbose.errors.find("optimization finished"), std::string::npos) << verbose.errors;
+  EXPECT_EQ(verbose.output, quiet.output);
 }
 
 TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
@@ -344,6 +368,7 @@ TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
   const std::string image = "q = loadimage(\"q.png\")\n";
   const std::string rows = kVariablesHeader + "q\timage\tFilename: \"q.png\", no features\n";
   EXPECT_TRUE(Run({"--variables", "/dev/stdout"}, image).output.ends_with(rows));
+  EXPECT_EQ(Run({"--variables", "/dev/stdout"}).output, kVariablesHeader);
   // The same file under another name: neither the printed lines nor the table are lost.
   process.setStandardOutputFile("out.txt");
   EXPECT_EQ(Run({"--variables", "out.txt"}, image).status, 0);
