@@ -36,8 +36,9 @@ constexpr size_t kCacheLine = 64;
 // Adds the products of neighbouring 16-bit lanes, two to each 32-bit lane.
 template <class D32, class V16>
 HWY_INLINE hn::Vec<D32> AddProductPairs(D32 d32, hn::Vec<D32> sum, V16 a, V16 b) {
-#if HWY_ARCH_X86
-  // Where the products go is left open in general; this family adds neighbours and leaves the second sum alone.
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+  // Where the products go is left open in general; the instructions of this family add neighbours and leave the second
+  // sum alone. What stands in for vectors where there are none, with some compilers, does not.
   auto unused = Zero(d32);
   return ReorderWidenMulAccumulate(d32, a, b, sum, unused);
 #else
