@@ -42,7 +42,7 @@ bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
     Print("File not found");
     return false;
   }
-  const std::string identity = base::FileIdentity(filename);
+  const std::string identity = base::CanonicalPath(filename);
   if (std::find(running.begin(), running.end(), identity) != running.end()) {
     Print("Script is already running");
     return false;
