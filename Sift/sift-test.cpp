@@ -24,6 +24,8 @@
 #include <sys/resource.h>
 #endif
 
+#include "Sift/sift-parameters.h"
+
 namespace {
 
 using Keypoint = VL::Sift::Keypoint;
@@ -79,21 +81,14 @@ double Scene(double x, double y) {
   return sum;
 }
 
-struct TParameters {
-  float sigman = 0.5F;
-  float sigma0 = 2.0158737F;
-  int O = 3;
-  int S = 3;
-  int omin = 1;
-  int smin = -1;
-  int smax = 4;
-};
+using TParameters = VL::TSiftParameters;
 
 struct TTestSift : VL::Sift {
   TTestSift(const TPicture& picture, const TParameters& p)
       : Sift(picture.values.data(), picture.width, picture.height, p.sigman, p.sigma0, p.O, p.S, p.omin, p.smin,
              p.smax) {}
-  std::vector<Keypoint> Detect(float threshold = 0.04F / 6, float edgeThreshold = 10) {
+  std::vector<Keypoint> Detect(float threshold = TParameters().threshold,
+                               float edgeThreshold = TParameters().edgeThreshold) {
     DetectKeypoints(threshold, edgeThreshold);
     return {KeypointsBegin(), KeypointsEnd()};
   }
@@ -501,7 +496,7 @@ TEST(Sift, DetectionFollowsItsDefinition) {
                                TParameters{0.5F, 1.6F, 2, 2, -1, 0, 4}, TParameters{0.3F, 0.7F, 3, 3, 0, -1, 4}}) {
     const TPicture picture = Noise(p.omin < 1 ? 197 : 803, 303, 21);
     TTestSift sift(picture, p);
-    for (const auto& [threshold, edge] : {std::pair(0.04F / 6, 10.0F), {0.0F, 3.0F}, {0.01F, 10.0F}}) {
+    for (const auto& [threshold, edge] : {std::pair(TParameters().threshold, 10.0F), {0.0F, 3.0F}, {0.01F, 10.0F}}) {
       std::vector<Keypoint> expected;
       for (int o = p.omin; o < p.omin + p.O; ++o) {
         const auto more = PlainDetect(sift, p, o, threshold, edge);
