@@ -482,7 +482,7 @@ void Sift::FillBase(std::int32_t o, const float_t* image, std::int32_t begin, st
   float_t* const rows = Level(o, smin) + static_cast<std::ptrdiff_t>(begin) * w;
   if (o > omin) {
     const std::int64_t sourceWidth = GetOctaveWidth(o - 1);
-    Subsample(rows, w, end - begin, Level(o - 1, BestLevel()) + 2 * begin * sourceWidth, sourceWidth, 2);
+    Subsample(rows, w, end - begin, Level(o - 1, BestLevel()) + std::int64_t{2} * begin * sourceWidth, sourceWidth, 2);
   } else if (o >= 0) {
     const std::int32_t step = 1 << o;
     Subsample(rows, w, end - begin, image + std::int64_t{begin} * step * width, width, step);
