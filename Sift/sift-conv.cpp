@@ -13,34 +13,34 @@ HWY_BEFORE_NAMESPACE();
 namespace VL::Detail::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
-using Tag = hn::ScalableTag<float_t>;
-using Vector = hn::Vec<Tag>;
+using TTag = hn::ScalableTag<float_t>;
+using TVector = hn::Vec<TTag>;
 
-// A source of rows for the column filter: one pointer for each tap.
-struct ColumnInput {
+/// A source of rows for the column filter: one pointer for each tap.
+struct TColumnInput {
   const float_t* const* rows;
   [[nodiscard]] const float_t* At(std::int32_t tap) const { return rows[tap]; }
 };
 
-// A source for the row filter: the same row, one element further for each tap.
-struct RowInput {
+/// A source for the row filter: the same row, one element further for each tap.
+struct TRowInput {
   const float_t* row;
   [[nodiscard]] const float_t* At(std::int32_t tap) const { return row + tap; }
 };
 
-// Both filters share one kernel: kVectors vectors of neighbouring outputs from `x` on, so that a tap is broadcast once
-// for all of them and their sums stay in registers.
-template <int kVectors, class Input>
-HWY_INLINE void FilterBlock(const Input& input, float_t* output, std::int32_t x, const float_t* filter,
+/// Both filters share one kernel: kVectors vectors of neighboring outputs from `x` on, so that a tap is broadcast once
+/// for all of them and their sums stay in registers.
+template <int kVectors, typename TInput>
+HWY_INLINE void FilterBlock(const TInput& input, float_t* output, std::int32_t x, const float_t* filter,
                             std::int32_t taps) {
-  const Tag tag;
+  const TTag tag;
   const auto lanes = static_cast<std::ptrdiff_t>(hn::Lanes(tag));
-  Vector sums[kVectors];
+  TVector sums[kVectors];
   for (int v = 0; v < kVectors; ++v) {
     sums[v] = hn::Zero(tag);
   }
   for (std::int32_t k = 0; k < taps; ++k) {
-    const Vector tap = hn::Set(tag, filter[k]);
+    const TVector tap = hn::Set(tag, filter[k]);
     const float_t* const values = input.At(k) + x;
     for (int v = 0; v < kVectors; ++v) {
       sums[v] = hn::Add(sums[v], hn::Mul(tap, hn::LoadU(tag, values + v * lanes)));
@@ -51,12 +51,12 @@ HWY_INLINE void FilterBlock(const Input& input, float_t* output, std::int32_t x,
   }
 }
 
-// Filters `count` outputs. The last vector is moved back so that it ends with the row: some outputs are then computed
-// twice, alike, which is cheaper than computing them one by one.
-template <class Input>
-HWY_INLINE void Filter(const Input& input, float_t* output, std::int32_t count, const float_t* filter,
+/// Filters `count` outputs. The last vector is moved back so that it ends with the row: some outputs are then computed
+/// twice, alike, which is cheaper than computing them one by one.
+template <typename TInput>
+HWY_INLINE void Filter(const TInput& input, float_t* output, std::int32_t count, const float_t* filter,
                        std::int32_t taps) {
-  const auto lanes = static_cast<std::int32_t>(hn::Lanes(Tag()));
+  const auto lanes = static_cast<std::int32_t>(hn::Lanes(TTag()));
   std::int32_t x = 0;
   for (; x + 8 * lanes <= count; x += 8 * lanes) {
     FilterBlock<8>(input, output, x, filter, taps);
@@ -76,7 +76,7 @@ HWY_INLINE void Filter(const Input& input, float_t* output, std::int32_t count, 
   }
 }
 
-// Copies columns `begin` to `begin` + `count` - 1 of a row of `width`, repeating its edges outside.
+/// Copies columns `begin` to `begin` + `count` - 1 of a row of `width`, repeating its edges outside.
 HWY_INLINE void CopyWithEdges(float_t* line, const float_t* row, std::int32_t width, std::int32_t begin,
                               std::int32_t count) {
   const std::int32_t inside = std::clamp(-begin, 0, count);
@@ -86,7 +86,7 @@ HWY_INLINE void CopyWithEdges(float_t* line, const float_t* row, std::int32_t wi
   std::fill(line + beyond, line + count, row[width - 1]);
 }
 
-// Filters columns `begin` to `begin` + `count` - 1 of a row along the row, in pieces that fit the line on the stack.
+/// Filters columns `begin` to `begin` + `count` - 1 of a row along the row, in pieces that fit the line on the stack.
 HWY_NOINLINE void FilterRow(float_t* output, const float_t* row, std::int32_t width, std::int32_t begin,
                             std::int32_t count, const float_t* filter, std::int32_t radius) {
   constexpr std::int32_t kLine = 4 * kLargestRadius;
@@ -95,22 +95,22 @@ HWY_NOINLINE void FilterRow(float_t* output, const float_t* row, std::int32_t wi
   for (std::int32_t x = 0; x < count; x += most) {
     const std::int32_t piece = std::min(most, count - x);
     CopyWithEdges(line, row, width, begin + x - radius, piece + 2 * radius);
-    Filter(RowInput{line}, output + x, piece, filter, 2 * radius + 1);
+    Filter(TRowInput{line}, output + x, piece, filter, 2 * radius + 1);
   }
 }
 
-// Columns are filtered in strips. The work plane holds for each, as a ring, the filtered rows that one output row
-// needs, and a strip is so narrow that its ring stays in the first-level cache. A strip reads columns of its
-// neighbours, so that a plane that is filtered in place has to be one strip.
-std::int32_t StripWidth(const Convolution& c) {
+/// Columns are filtered in strips. The work plane holds for each, as a ring, the filtered rows that one output row
+/// needs, and a strip is so narrow that its ring stays in the first-level cache. A strip reads columns of its
+/// neighbors, so that a plane that is filtered in place has to be one strip.
+std::int32_t StripWidth(const TConvolution& c) {
   constexpr std::int32_t kRingFloats = 8192;
   constexpr std::int32_t kStep = 128;
   const std::int32_t strip = std::max(kRingFloats / (2 * c.radius + 1) / kStep * kStep, kStep);
   return c.destination == c.source ? c.width : std::min(strip, c.width);
 }
 
-// Computes the columns `x` to `x` + `count` - 1 of the rows `begin` to `end` - 1.
-HWY_NOINLINE void ConvolveStrip(const Convolution& c, std::int32_t x, std::int32_t count, std::int32_t begin,
+/// Computes the columns `x` to `x` + `count` - 1 of the rows `begin` to `end` - 1.
+HWY_NOINLINE void ConvolveStrip(const TConvolution& c, std::int32_t x, std::int32_t count, std::int32_t begin,
                                 std::int32_t end) {
   const std::int32_t taps = 2 * c.radius + 1;
   const std::int32_t slots = std::min(taps, c.height);
@@ -133,12 +133,12 @@ HWY_NOINLINE void ConvolveStrip(const Convolution& c, std::int32_t x, std::int32
     rows[taps] = slot(next);
     std::copy(rows + 1, rows + taps + 1, rows);
     if (y >= 0) {
-      Filter(ColumnInput{rows}, c.destination + offset(y) + x, count, c.filter, taps);
+      Filter(TColumnInput{rows}, c.destination + offset(y) + x, count, c.filter, taps);
     }
   }
 }
 
-void Convolve(const Convolution& c, std::int32_t begin, std::int32_t end) {
+void Convolve(const TConvolution& c, std::int32_t begin, std::int32_t end) {
   const std::int32_t strip = StripWidth(c);
   for (std::int32_t x = 0; x < c.width && begin < end; x += strip) {
     ConvolveStrip(c, x, std::min(strip, c.width - x), begin, end);
@@ -146,7 +146,7 @@ void Convolve(const Convolution& c, std::int32_t begin, std::int32_t end) {
 }
 
 void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int32_t count) {
-  const Tag tag;
+  const TTag tag;
   const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
   std::int32_t i = 0;
   for (; i + lanes <= count; i += lanes) {
@@ -157,7 +157,7 @@ void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int
   }
 }
 
-// Writes the columns of the lanes of `mask`, lane 0 being column `x`, and returns how many.
+/// Writes the columns of the lanes of `mask`, lane 0 being column `x`, and returns how many.
 template <class D, class Mask>
 HWY_INLINE std::int32_t WriteColumns(D tag, Mask mask, std::int32_t x, std::int32_t* columns) {
   HWY_ALIGN std::uint8_t bits[8] = {};
@@ -173,36 +173,36 @@ HWY_INLINE std::int32_t WriteColumns(D tag, Mask mask, std::int32_t x, std::int3
   return count;
 }
 
-// A neighbour of a sample: plane, row and column, the sample itself being 1, 1, 1.
-struct Neighbour {
+/// A neighbor of a sample: plane, row and column, the sample itself being 1, 1, 1.
+struct TNeighbor {
   std::int8_t plane, row, column;
 };
 
 // Those that share a face with the sample rule out most lanes, so that the others are seldom read.
-constexpr Neighbour kFaces[] = {{1, 1, 0}, {1, 1, 2}, {1, 0, 1}, {1, 2, 1}, {0, 1, 1}, {2, 1, 1}};
-constexpr Neighbour kOthers[] = {{1, 0, 0}, {1, 0, 2}, {1, 2, 0}, {1, 2, 2}, {0, 1, 0}, {0, 1, 2}, {2, 1, 0},
+constexpr TNeighbor kFaces[] = {{1, 1, 0}, {1, 1, 2}, {1, 0, 1}, {1, 2, 1}, {0, 1, 1}, {2, 1, 1}};
+constexpr TNeighbor kOthers[] = {{1, 0, 0}, {1, 0, 2}, {1, 2, 0}, {1, 2, 2}, {0, 1, 0}, {0, 1, 2}, {2, 1, 0},
                                  {2, 1, 2}, {0, 0, 1}, {0, 2, 1}, {2, 0, 1}, {2, 2, 1}, {0, 0, 0}, {0, 0, 2},
                                  {0, 2, 0}, {0, 2, 2}, {2, 0, 0}, {2, 0, 2}, {2, 2, 0}, {2, 2, 2}};
 
 template <class D>
-HWY_INLINE hn::Vec<D> Load(D tag, const Neighbourhood& around, const Neighbour& n, std::int32_t x) {
+HWY_INLINE hn::Vec<D> Load(D tag, const TNeighborhood& around, const TNeighbor& n, std::int32_t x) {
   return hn::LoadU(tag, around.rows[n.plane][n.row] + x + n.column - 1);
 }
 
-// The lanes from column `x` on that hold an extremum. Comparisons and not maxima decide, as a NaN fails them all.
+/// The lanes from column `x` on that hold an extremum. Comparisons and not maxima decide, as a NaN fails them all.
 template <class D>
-HWY_INLINE hn::Mask<D> ExtremeLanes(D tag, const Neighbourhood& around, std::int32_t x, float_t threshold) {
+HWY_INLINE hn::Mask<D> ExtremeLanes(D tag, const TNeighborhood& around, std::int32_t x, float_t threshold) {
   const auto value = Load(tag, around, {1, 1, 1}, x);
   auto tops = hn::Ge(value, hn::Set(tag, threshold));
   auto bottoms = hn::Le(value, hn::Set(tag, -threshold));
   if (hn::AllFalse(tag, hn::Or(tops, bottoms))) {
     return tops;
   }
-  for (const Neighbour& n : kFaces) {
+  for (const TNeighbor& n : kFaces) {
     tops = hn::And(tops, hn::Gt(value, Load(tag, around, n, x)));
     bottoms = hn::And(bottoms, hn::Lt(value, Load(tag, around, n, x)));
   }
-  for (const Neighbour& n : kOthers) {
+  for (const TNeighbor& n : kOthers) {
     if (hn::AllFalse(tag, hn::Or(tops, bottoms))) {
       return tops;
     }
@@ -212,9 +212,9 @@ HWY_INLINE hn::Mask<D> ExtremeLanes(D tag, const Neighbourhood& around, std::int
   return hn::Or(tops, bottoms);
 }
 
-// Searches from column `x` on, as far as whole vectors reach, and moves `x` there.
+/// Searches from column `x` on, as far as whole vectors reach, and moves `x` there.
 template <class D>
-HWY_INLINE std::int32_t FindExtremaIn(D tag, std::int32_t* columns, const Neighbourhood& around, std::int32_t& x,
+HWY_INLINE std::int32_t FindExtremaIn(D tag, std::int32_t* columns, const TNeighborhood& around, std::int32_t& x,
                                       std::int32_t end, float_t threshold) {
   const auto lanes = static_cast<std::int32_t>(hn::Lanes(tag));
   std::int32_t count = 0;
@@ -227,10 +227,10 @@ HWY_INLINE std::int32_t FindExtremaIn(D tag, std::int32_t* columns, const Neighb
   return count;
 }
 
-std::int32_t FindExtrema(std::int32_t* columns, const Neighbourhood& around, std::int32_t begin, std::int32_t end,
+std::int32_t FindExtrema(std::int32_t* columns, const TNeighborhood& around, std::int32_t begin, std::int32_t end,
                          float_t threshold) {
   std::int32_t x = begin;
-  std::int32_t count = FindExtremaIn(Tag(), columns, around, x, end, threshold);
+  std::int32_t count = FindExtremaIn(TTag(), columns, around, x, end, threshold);
   count += FindExtremaIn(hn::CappedTag<float_t, 1>(), columns + count, around, x, end, threshold);
   return count;
 }
@@ -245,7 +245,7 @@ HWY_EXPORT(Convolve);
 HWY_EXPORT(Subtract);
 HWY_EXPORT(FindExtrema);
 
-void Convolve(const Convolution& convolution, std::int32_t begin, std::int32_t end) {
+void Convolve(const TConvolution& convolution, std::int32_t begin, std::int32_t end) {
   HWY_DYNAMIC_DISPATCH(Convolve)(convolution, begin, end);
 }
 
@@ -253,7 +253,7 @@ void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int
   HWY_DYNAMIC_DISPATCH(Subtract)(destination, a, b, count);
 }
 
-std::int32_t FindExtrema(std::int32_t* columns, const Neighbourhood& around, std::int32_t begin, std::int32_t end,
+std::int32_t FindExtrema(std::int32_t* columns, const TNeighborhood& around, std::int32_t begin, std::int32_t end,
                          float_t threshold) {
   return HWY_DYNAMIC_DISPATCH(FindExtrema)(columns, around, begin, end, threshold);
 }

@@ -24,6 +24,8 @@
 #include <sys/resource.h>
 #endif
 
+#include "Sift/sift-parameters.h"
+
 namespace {
 
 using Keypoint = VL::Sift::Keypoint;
@@ -33,12 +35,12 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // Pictures and objects
 
-struct Picture {
+struct TPicture {
   int width;
   int height;
   std::vector<float> values;
 
-  Picture(int width, int height, const std::function<double(double, double)>& value) : width(width), height(height) {
+  TPicture(int width, int height, const std::function<double(double, double)>& value) : width(width), height(height) {
     for (int y = 0; y < height; ++y) {
       for (int x = 0; x < width; ++x) {
         values.push_back(static_cast<float>(value(x, y)));
@@ -47,7 +49,7 @@ struct Picture {
   }
 };
 
-Picture Noise(int width, int height, unsigned seed) {
+TPicture Noise(int width, int height, unsigned seed) {
   std::mt19937 random(seed);
   return {width, height, [&](double, double) { return static_cast<double>(random() % 1000) / 1000; }};
 }
@@ -56,22 +58,22 @@ double Gaussian(double dx, double dy, double sigma) {
   return std::exp(-0.5 * (dx * dx + dy * dy) / (sigma * sigma));
 }
 
-// A scene of blobs that can be sampled anywhere, over -64 to 320 along both axes.
+/// A scene of blobs that can be sampled anywhere, over -64 to 320 along both axes.
 double Scene(double x, double y) {
-  struct Blob {
+  struct TBlob {
     double x, y, sigma, height;
   };
-  static const std::vector<Blob> blobs = [] {
+  static const std::vector<TBlob> blobs = [] {
     std::mt19937 random(5);
     const auto uniform = [&](double from, double to) { return from + (to - from) * (random() % 65536) / 65536.0; };
-    std::vector<Blob> result(900);
-    for (Blob& blob : result) {
+    std::vector<TBlob> result(900);
+    for (TBlob& blob : result) {
       blob = {uniform(-64, 320), uniform(-64, 320), uniform(1.5, 7), uniform(-0.4, 0.4)};
     }
     return result;
   }();
   double sum = 0.5;
-  for (const Blob& blob : blobs) {
+  for (const TBlob& blob : blobs) {
     if (std::abs(x - blob.x) + std::abs(y - blob.y) < 6 * blob.sigma) {
       sum += blob.height * Gaussian(x - blob.x, y - blob.y, blob.sigma);
     }
@@ -79,21 +81,14 @@ double Scene(double x, double y) {
   return sum;
 }
 
-struct Parameters {
-  float sigman = 0.5F;
-  float sigma0 = 2.0158737F;
-  int O = 3;
-  int S = 3;
-  int omin = 1;
-  int smin = -1;
-  int smax = 4;
-};
+using TParameters = VL::TSiftParameters;
 
-struct TestSift : VL::Sift {
-  TestSift(const Picture& picture, const Parameters& p)
+struct TTestSift : VL::Sift {
+  TTestSift(const TPicture& picture, const TParameters& p)
       : Sift(picture.values.data(), picture.width, picture.height, p.sigman, p.sigma0, p.O, p.S, p.omin, p.smin,
              p.smax) {}
-  std::vector<Keypoint> Detect(float threshold = 0.04F / 6, float edgeThreshold = 10) {
+  std::vector<Keypoint> Detect(float threshold = TParameters().threshold,
+                               float edgeThreshold = TParameters().edgeThreshold) {
     DetectKeypoints(threshold, edgeThreshold);
     return {KeypointsBegin(), KeypointsEnd()};
   }
@@ -109,7 +104,7 @@ struct TestSift : VL::Sift {
   }
 };
 
-// The same to the bit, but any NaN for a NaN.
+/// The same to the bit, but any NaN for a NaN.
 bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) {
     return std::bit_cast<std::uint32_t>(x) == std::bit_cast<std::uint32_t>(y) || (std::isnan(x) && std::isnan(y));
@@ -124,7 +119,7 @@ double Distance(const std::vector<float>& a, const std::vector<float>& b) {
   return std::sqrt(sum);
 }
 
-// Runs `check` on every SIMD level that this machine has.
+/// Runs `check` on every SIMD level that this machine has.
 void OnEachTarget(const std::function<void()>& check) {
   const auto targets = hwy::SupportedAndGeneratedTargets();
   EXPECT_FALSE(targets.empty());
@@ -153,7 +148,7 @@ TEST(ConvolveTranspose, RepeatsEdgesAndTransposes) {
   EXPECT_EQ(out[1], 88877);
 }
 
-std::vector<float> PlainConvolve(const Picture& picture, const std::vector<float>& filter) {
+std::vector<float> PlainConvolve(const TPicture& picture, const std::vector<float>& filter) {
   const auto radius = static_cast<int>(filter.size() / 2);
   std::vector<float> work(picture.values.size());
   std::vector<float> result(picture.values.size());
@@ -162,8 +157,8 @@ std::vector<float> PlainConvolve(const Picture& picture, const std::vector<float
   return result;
 }
 
-// Source rows arrive only when a band needs them; until then they are NaN.
-std::vector<float> ConvolveInBands(const Picture& picture, const std::vector<float>& filter, int band, bool inPlace) {
+/// Source rows arrive only when a band needs them; until then they are NaN.
+std::vector<float> ConvolveInBands(const TPicture& picture, const std::vector<float>& filter, int band, bool inPlace) {
   const auto& [width, height, values] = picture;
   const auto radius = static_cast<int>(filter.size() / 2);
   std::vector<float> source(values.size(), kNaN);
@@ -185,7 +180,7 @@ TEST(Convolve, EqualsThePlainLoopsOnEveryTarget) {
   constexpr int kSizes[][2] = {{1, 1}, {1, 40}, {40, 1}, {3, 2}, {16, 16}, {17, 5}, {131, 70}, {700, 33}, {4200, 3}};
   OnEachTarget([&] {
     for (const auto& [width, height] : kSizes) {
-      Picture picture = Noise(width, height, 3);
+      TPicture picture = Noise(width, height, 3);
       if (width > 100) {
         picture.values[width / 2] = kNaN;
         picture.values[3] = kInfinity;
@@ -209,7 +204,7 @@ TEST(Convolve, EqualsThePlainLoopsOnEveryTarget) {
 
 TEST(Convolve, StaysCloseToADoubleConvolutionInThePlane) {
   constexpr int kRadius = 9;
-  const Picture picture = Noise(61, 43, 5);
+  const TPicture picture = Noise(61, 43, 5);
   std::vector<float> filter;
   for (int k = -kRadius; k <= kRadius; ++k) {
     filter.push_back(static_cast<float>(Gaussian(k, 0, 2.5) / (2.5 * std::sqrt(2 * kPi))));
@@ -232,7 +227,7 @@ TEST(Convolve, StaysCloseToADoubleConvolutionInThePlane) {
 }
 
 TEST(Convolve, FindsExtremaAsBruteForceDoesOnEveryTarget) {
-  // Few values, so that many neighbours are equal.
+  // Few values, so that many neighbors are equal.
   std::mt19937 random(9);
   constexpr int kWidth = 150;
   std::vector<float> rows[9];
@@ -252,13 +247,13 @@ TEST(Convolve, FindsExtremaAsBruteForceDoesOnEveryTarget) {
     int below = 0;
     int above = 0;
     for (int n = 0; n < 27; ++n) {
-      const float neighbour = rows[n / 3][x + n % 3 - 1];
-      below += neighbour < value ? 1 : 0;
-      above += neighbour > value ? 1 : 0;
+      const float neighbor = rows[n / 3][x + n % 3 - 1];
+      below += neighbor < value ? 1 : 0;
+      above += neighbor > value ? 1 : 0;
     }
     return (value >= threshold && below == 26) || (value <= -threshold && above == 26);
   };
-  VL::Detail::Neighbourhood around;
+  VL::Detail::TNeighborhood around;
   for (int n = 0; n < 9; ++n) {
     around.rows[n / 3][n % 3] = rows[n].data();
   }
@@ -281,9 +276,9 @@ TEST(Convolve, FindsExtremaAsBruteForceDoesOnEveryTarget) {
 
 // Scale space
 
-// The scale space of the default parameters in plain loops, by the smoothings that follow from them, worked out by
-// hand.
-std::vector<float> PlainSmooth(const Picture& picture, float sigma, int radius) {
+/// The scale space of the default parameters in plain loops, by the smoothings that follow from them, worked out by
+/// hand.
+std::vector<float> PlainSmooth(const TPicture& picture, float sigma, int radius) {
   std::vector<float> filter;
   float sum = 0;
   for (int k = -radius; k <= radius; ++k) {
@@ -296,17 +291,17 @@ std::vector<float> PlainSmooth(const Picture& picture, float sigma, int radius) 
   return PlainConvolve(picture, filter);
 }
 
-void CheckPyramid(const Picture& picture) {
+void CheckPyramid(const TPicture& picture) {
   constexpr std::pair<float, int> kSteps[] = {
       {1.2262735F, 5}, {1.5450078F, 7}, {1.9465880F, 8}, {2.4525471F, 10}, {3.0900161F, 13}};
-  const TestSift sift(picture, {});
-  const auto check = [&](const Picture& expected, int o, int s) {
+  const TTestSift sift(picture, {});
+  const auto check = [&](const TPicture& expected, int o, int s) {
     const float* level = sift.GetLevel(o, s);
     EXPECT_TRUE(SameBits(expected.values, {level, level + expected.values.size()})) << "octave " << o << " level " << s;
   };
-  Picture next = picture;
+  TPicture next = picture;
   for (int o = 1; o <= 3; ++o) {
-    Picture level(next.width / 2, next.height / 2, [&](double x, double y) {
+    TPicture level(next.width / 2, next.height / 2, [&](double x, double y) {
       return next.values[static_cast<std::size_t>(2 * y * next.width + 2 * x)];
     });
     ASSERT_EQ(sift.GetOctaveWidth(o), level.width);
@@ -335,15 +330,15 @@ TEST(Sift, PyramidEqualsPlainLoopsOnEveryTarget) {
 TEST(Sift, EveryLevelHasItsNominalScale) {
   // The variance of a blob grows by the squares of the smoothings: measured on each level, it tells the scale.
   constexpr double kBlob = 6;
-  const Picture picture(192, 192, [](double x, double y) { return Gaussian(x - 96, y - 96, kBlob); });
-  const std::pair<const char*, Parameters> cases[] = {
+  const TPicture picture(192, 192, [](double x, double y) { return Gaussian(x - 96, y - 96, kBlob); });
+  const std::pair<const char*, TParameters> cases[] = {
       {"default", {0.5F, 2.0158737F, 2}},
       {"levels end below the next octave's first", {0.5F, 1.6F, 3, 3, 0, 0, 2}},
       {"the same, far", {0.5F, 1.2F, 3, 4, 0, -1, 0}},
       {"doubled", {0.5F, 1.6F, 3, 3, -1, -1, 4}},
       {"soft input", {1.5F, 1.6F, 2, 2, 0, 0, 3}}};
   for (const auto& [name, p] : cases) {
-    const TestSift sift(picture, p);
+    const TTestSift sift(picture, p);
     for (int o = p.omin; o < p.omin + p.O; ++o) {
       for (int s = p.smin; s <= p.smax; ++s) {
         const float* value = sift.GetLevel(o, s);
@@ -366,28 +361,28 @@ TEST(Sift, EveryLevelHasItsNominalScale) {
 }
 
 TEST(Sift, NegativeFirstOctaveDoublesThePicture) {
-  Picture picture(2, 2, [](double, double) { return 0; });
+  TPicture picture(2, 2, [](double, double) { return 0; });
   picture.values = {0, 4, 8, 16};
   // The input counts as softer than the first level, so that the doubled picture stays as it is.
-  const TestSift sift(picture, {4.0F, 1.0F, 1, 3, -1, 0, 1});
+  const TTestSift sift(picture, {4.0F, 1.0F, 1, 3, -1, 0, 1});
   const float* level = sift.GetLevel(-1, 0);
   EXPECT_EQ(std::vector<float>(level, level + 16),
             (std::vector<float>{0, 2, 4, 4, 4, 7, 10, 10, 8, 12, 16, 16, 8, 12, 16, 16}));
   EXPECT_EQ(sift.GetSamplingPeriod(-1), 0.5F);
-  const TestSift twice(picture, {4.0F, 1.0F, 3, 3, -2, 0, 1});
+  const TTestSift twice(picture, {4.0F, 1.0F, 3, 3, -2, 0, 1});
   EXPECT_EQ(twice.GetOctaveWidth(-2), 8);
   level = twice.GetLevel(-2, 0);
   EXPECT_EQ(std::vector<float>(level + 8, level + 16), (std::vector<float>{2, 3.25, 4.5, 5.75, 7, 7, 7, 7}));
 }
 
 TEST(Sift, NeitherAnotherPictureNorDetectionLeavesStaleValues) {
-  const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
-  const Picture second = Noise(94, 30, 2);
-  TestSift sift(Noise(60, 47, 1), p);  // the same area: the buffers fit
+  const TParameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
+  const TPicture second = Noise(94, 30, 2);
+  TTestSift sift(Noise(60, 47, 1), p);  // the same area: the buffers fit
   sift.Orientations(sift.Detect().at(0));
   sift.BuildPyramid(second.values.data(), second.width, second.height);
   EXPECT_EQ(sift.KeypointsBegin(), sift.KeypointsEnd());
-  TestSift fresh(second, p);
+  TTestSift fresh(second, p);
   const Keypoint keypoint = fresh.MakeKeypoint(45, 5, 1.6F);
   const auto descriptor = fresh.Descriptor(keypoint, 1);
   EXPECT_TRUE(SameBits(sift.Descriptor(keypoint, 1), descriptor));
@@ -403,13 +398,13 @@ TEST(Sift, NeitherAnotherPictureNorDetectionLeavesStaleValues) {
 
 TEST(Sift, FindsABlobAtItsPositionAndScale) {
   // With blob variance b, input variance n and the factor k between levels, the difference of levels at the blob's
-  // centre, b / (b - n + k^2 t) - b / (b - n + t), is extremal at the variance t = (b - n) / k.
+  // center, b / (b - n + k^2 t) - b / (b - n + t), is extremal at the variance t = (b - n) / k.
   for (const auto& [x, y, sigma, contrast] : {std::tuple(60.0, 50.0, 5.0, 0.8), {70.75, 49.5, 7.1, -0.8}}) {
-    const Picture picture(128, 110, [&, x = x, y = y, sigma = sigma, contrast = contrast](double px, double py) {
+    const TPicture picture(128, 110, [&, x = x, y = y, sigma = sigma, contrast = contrast](double px, double py) {
       return 0.5 + contrast * Gaussian(px - x, py - y, sigma);
     });
     for (const int omin : {-1, 1}) {
-      const auto keypoints = TestSift(picture, {0.5F, 2.0158737F, 4, 3, omin}).Detect(0.05F);
+      const auto keypoints = TTestSift(picture, {0.5F, 2.0158737F, 4, 3, omin}).Detect(0.05F);
       ASSERT_EQ(keypoints.size(), 1U) << sigma << " from octave " << omin;
       EXPECT_NEAR(keypoints[0].x, x, 0.1);
       EXPECT_NEAR(keypoints[0].y, y, 0.1);
@@ -418,7 +413,7 @@ TEST(Sift, FindsABlobAtItsPositionAndScale) {
   }
 }
 
-// The solution of the 3 x 3 system m * b = r by Cramer's rule.
+/// The solution of the 3 x 3 system m * b = r by Cramer's rule.
 std::array<double, 3> Cramer(const double (&m)[3][3], const double (&r)[3]) {
   const auto determinant = [](const double(&a)[3][3]) {
     return a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
@@ -435,8 +430,8 @@ std::array<double, 3> Cramer(const double (&m)[3][3], const double (&r)[3]) {
   return b;
 }
 
-// Detection in one octave, straight from the definition, in double precision.
-std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int o, double threshold, double edge) {
+/// Detection in one octave, straight from the definition, in double precision.
+std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const TParameters& p, int o, double threshold, double edge) {
   const int w = sift.GetOctaveWidth(o);
   const int h = sift.GetOctaveHeight(o);
   const auto at = [&](int x, int y, int s) -> double {
@@ -497,11 +492,11 @@ std::vector<Keypoint> PlainDetect(const VL::Sift& sift, const Parameters& p, int
 
 TEST(Sift, DetectionFollowsItsDefinition) {
   // The last ones hardly smooth: offsets are large, and many extrema lie at the border.
-  for (const Parameters& p : {Parameters(), Parameters{0.5F, 1.6F, 4, 3, 0, -1, 4},
-                              Parameters{0.5F, 1.6F, 2, 2, -1, 0, 4}, Parameters{0.3F, 0.7F, 3, 3, 0, -1, 4}}) {
-    const Picture picture = Noise(p.omin < 1 ? 197 : 803, 303, 21);
-    TestSift sift(picture, p);
-    for (const auto& [threshold, edge] : {std::pair(0.04F / 6, 10.0F), {0.0F, 3.0F}, {0.01F, 10.0F}}) {
+  for (const TParameters& p : {TParameters(), TParameters{0.5F, 1.6F, 4, 3, 0, -1, 4},
+                               TParameters{0.5F, 1.6F, 2, 2, -1, 0, 4}, TParameters{0.3F, 0.7F, 3, 3, 0, -1, 4}}) {
+    const TPicture picture = Noise(p.omin < 1 ? 197 : 803, 303, 21);
+    TTestSift sift(picture, p);
+    for (const auto& [threshold, edge] : {std::pair(TParameters().threshold, 10.0F), {0.0F, 3.0F}, {0.01F, 10.0F}}) {
       std::vector<Keypoint> expected;
       for (int o = p.omin; o < p.omin + p.O; ++o) {
         const auto more = PlainDetect(sift, p, o, threshold, edge);
@@ -526,29 +521,29 @@ TEST(Sift, DegeneratePicturesHaveNoKeypoints) {
   for (const auto& [width, height] : {std::pair(0, 0), {1, 1}, {1, 500}, {500, 1}, {2, 2}, {7, 7}, {-3, 5}, {64, 48}}) {
     for (const float value : {0.0F, 0.7F, kNaN, kInfinity, -kInfinity}) {
       for (const int omin : {-1, 0, 1, 4}) {
-        const Picture picture(width, height, [&](double, double) { return value; });
-        EXPECT_TRUE(TestSift(picture, {0.5F, 2.0F, 5, 3, omin, -1, 4}).Detect(0.0F).empty()) << width << " " << value;
+        const TPicture picture(width, height, [&](double, double) { return value; });
+        EXPECT_TRUE(TTestSift(picture, {0.5F, 2.0F, 5, 3, omin, -1, 4}).Detect(0.0F).empty()) << width << " " << value;
       }
     }
   }
-  EXPECT_TRUE(TestSift(Noise(1, 500, 2), {0.5F, 2.0F, 3, 3, 0, -1, 4}).Detect(0.0F).empty());
+  EXPECT_TRUE(TTestSift(Noise(1, 500, 2), {0.5F, 2.0F, 3, 3, 0, -1, 4}).Detect(0.0F).empty());
   VL::Sift none(nullptr, 100, 100, 0.5F, 2.0F, 3, 3, 1, -1, 4);
   none.DetectKeypoints(0, 10);
   EXPECT_EQ(none.KeypointsBegin(), none.KeypointsEnd());
 }
 
 TEST(Sift, BrokenValuesSpoilOnlyWhatTheyTouch) {
-  const Parameters p = {0.5F, 2.0158737F, 1, 3, 0, -1, 4};
-  Picture picture = Noise(300, 120, 8);
+  const TParameters p = {0.5F, 2.0158737F, 1, 3, 0, -1, 4};
+  TPicture picture = Noise(300, 120, 8);
   // The radii of all filters sum up to below 60.
   const auto countFar = [](const std::vector<Keypoint>& all) {
     return std::count_if(all.begin(), all.end(), [](const Keypoint& keypoint) { return keypoint.x < 210; });
   };
-  const auto whole = countFar(TestSift(picture, p).Detect(0.003F));
+  const auto whole = countFar(TTestSift(picture, p).Detect(0.003F));
   EXPECT_GT(whole, 5);
   for (const float value : {kNaN, kInfinity, -kInfinity}) {
     picture.values[60 * 300 + 280] = value;
-    TestSift sift(picture, p);
+    TTestSift sift(picture, p);
     const auto keypoints = sift.Detect(0.003F);
     EXPECT_EQ(countFar(keypoints), whole);
     for (const Keypoint& keypoint : keypoints) {
@@ -563,7 +558,7 @@ TEST(Sift, BrokenValuesSpoilOnlyWhatTheyTouch) {
 
 TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
   constexpr int kMost = std::numeric_limits<int>::max();
-  std::vector<Parameters> cases;
+  std::vector<TParameters> cases;
   for (const auto& [sigman, sigma0] : {std::pair(0.0F, 2.0F),
                                        {-1.0F, 2.0F},
                                        {kNaN, 2.0F},
@@ -581,9 +576,9 @@ TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
   for (const auto& [O, S, omin, smin, smax] : kNumbers) {
     cases.push_back({0.5F, 2, O, S, omin, smin, smax});
   }
-  const Picture picture = Noise(64, 64, 1);
-  for (const Parameters& p : cases) {
-    TestSift sift(picture, p);
+  const TPicture picture = Noise(64, 64, 1);
+  for (const TParameters& p : cases) {
+    TTestSift sift(picture, p);
     EXPECT_TRUE(sift.Detect(0).empty());
     EXPECT_EQ(sift.Descriptor(sift.MakeKeypoint(32, 32, 3), 0, 7)[0], 7);
     sift.BuildPyramid(picture.values.data(), picture.width, picture.height);
@@ -599,12 +594,12 @@ TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
 }
 
 TEST(Sift, AfterAPictureThatWasTooLargeASmallOneWorks) {
-  const Picture picture = Noise(64, 64, 1);
-  TestSift expected(picture, {});
+  const TPicture picture = Noise(64, 64, 1);
+  TTestSift expected(picture, {});
   const std::vector<Keypoint> keypoints = expected.Detect();
   ASSERT_FALSE(keypoints.empty());
   constexpr int kMost = std::numeric_limits<int>::max();
-  TestSift sift(picture, {});
+  TTestSift sift(picture, {});
   for (int round = 0; round < 2; ++round) {
     sift.BuildPyramid(picture.values.data(), kMost, kMost);
     EXPECT_TRUE(sift.Detect().empty());
@@ -619,16 +614,16 @@ TEST(Sift, AfterAPictureThatWasTooLargeASmallOneWorks) {
 }
 
 #if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
-// What a process of its own finds that may not have the memory for a picture: whether it has no octaves then, and some
-// again with a small picture.
+/// What a process of its own finds that may not have the memory for a picture: whether it has no octaves then, and some
+/// again with a small picture.
 void BuildWithoutMemory() {
   rlimit limit = {};
   getrlimit(RLIMIT_AS, &limit);
   limit.rlim_cur = rlim_t{2} << 30;
   setrlimit(RLIMIT_AS, &limit);
-  const Picture picture = Noise(64, 64, 1);
+  const TPicture picture = Noise(64, 64, 1);
   // 4 GiB of differences; the picture is not read.
-  TestSift sift(picture, {});
+  TTestSift sift(picture, {});
   sift.BuildPyramid(picture.values.data(), 15000, 15000);
   const bool isEmpty = sift.Detect().empty();
   sift.BuildPyramid(picture.values.data(), picture.width, picture.height);
@@ -641,7 +636,7 @@ TEST(Sift, AfterMemoryRanOutASmallPictureWorks) {
 #endif
 
 TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
-  const TestSift sift(Noise(32, 32, 1), {});
+  const TTestSift sift(Noise(32, 32, 1), {});
   EXPECT_DEATH(static_cast<void>(sift.GetOctaveWidth(0)), "omin <= o && o < omin \\+ O");
   EXPECT_DEATH(static_cast<void>(sift.GetSamplingPeriod(4)), "omin <= o && o < omin \\+ O");
   EXPECT_DEATH(static_cast<void>(sift.GetLevel(1, 5)), "smin <= s && s <= smax");
@@ -651,15 +646,15 @@ TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
 // Orientation and descriptor
 
 TEST(Sift, AFlatPictureHasNoOrientationAndASlopeItsDirection) {
-  TestSift flat(Picture(128, 128, [](double, double) { return 0.5; }), {});
+  TTestSift flat(TPicture(128, 128, [](double, double) { return 0.5; }), {});
   const Keypoint keypoint = flat.MakeKeypoint(64, 64, 4);
   EXPECT_TRUE(flat.Orientations(keypoint).empty());
   EXPECT_EQ(flat.Descriptor(keypoint, 0), std::vector<float>(128));
-  // A bin's centre is 10 i + 5 degrees; directions on either side of 0 fall into the bins 0 and 35.
+  // A bin's center is 10 i + 5 degrees; directions on either side of 0 fall into the bins 0 and 35.
   for (const auto& [direction, expected] : {std::pair(95.0, 95.0), {215.0, 215.0}, {0.0, 5.0}, {-3.0, 355.0}}) {
     const double c = std::cos(direction * kPi / 180);
     const double s = std::sin(direction * kPi / 180);
-    TestSift sift(Picture(128, 128, [&](double x, double y) { return 0.01 * (c * x + s * y); }), {});
+    TTestSift sift(TPicture(128, 128, [&](double x, double y) { return 0.01 * (c * x + s * y); }), {});
     const auto angles = sift.Orientations(keypoint);
     ASSERT_EQ(angles.size(), 1U) << direction;
     EXPECT_NEAR(angles[0], expected * kPi / 180, 1e-3) << direction;
@@ -676,7 +671,7 @@ TEST(Sift, OfFiveOrientationsTheFirstFourCount) {
     }
     return 0.01 * height;
   };
-  TestSift five(Picture(257, 257, cup), {0.5F, 1.6F, 4, 3, 0, -1, 4});
+  TTestSift five(TPicture(257, 257, cup), {0.5F, 1.6F, 4, 3, 0, -1, 4});
   const auto angles = five.Orientations(five.MakeKeypoint(128, 128, 10));
   ASSERT_EQ(angles.size(), 4U);
   for (int i = 0; i < 4; ++i) {
@@ -684,7 +679,7 @@ TEST(Sift, OfFiveOrientationsTheFirstFourCount) {
   }
 }
 
-// The orientations straight from their definition, in double precision.
+/// The orientations straight from their definition, in double precision.
 std::vector<double> PlainOrientations(const VL::Sift& sift, const Keypoint& keypoint) {
   const int w = sift.GetOctaveWidth(keypoint.o);
   const int h = sift.GetOctaveHeight(keypoint.o);
@@ -723,7 +718,7 @@ std::vector<double> PlainOrientations(const VL::Sift& sift, const Keypoint& keyp
 }
 
 TEST(Sift, OrientationsFollowTheirDefinition) {
-  TestSift sift(Picture(256, 256, Scene), {});
+  TTestSift sift(TPicture(256, 256, Scene), {});
   auto keypoints = sift.Detect();
   keypoints.push_back(sift.MakeKeypoint(3, 250.3F, 5));
   std::size_t several = 0;
@@ -739,7 +734,7 @@ TEST(Sift, OrientationsFollowTheirDefinition) {
   EXPECT_GT(several, 3U);
 }
 
-// The descriptor straight from its definition, in double precision.
+/// The descriptor straight from its definition, in double precision.
 std::vector<float> PlainDescriptor(const VL::Sift& sift, const Keypoint& keypoint, double angle, bool normalize) {
   const int w = sift.GetOctaveWidth(keypoint.o);
   const int h = sift.GetOctaveHeight(keypoint.o);
@@ -782,7 +777,7 @@ std::vector<float> PlainDescriptor(const VL::Sift& sift, const Keypoint& keypoin
 }
 
 TEST(Sift, DescriptorFollowsItsDefinition) {
-  TestSift sift(Picture(256, 256, Scene), {});
+  TTestSift sift(TPicture(256, 256, Scene), {});
   auto keypoints = sift.Detect();
   ASSERT_GT(keypoints.size(), 20U);
   keypoints.push_back(sift.MakeKeypoint(3, 250.3F, 5));  // most of its window lies outside
@@ -799,7 +794,7 @@ TEST(Sift, DescriptorFollowsItsDefinition) {
 }
 
 TEST(Sift, MakeKeypointFindsOctaveAndLevel) {
-  const TestSift sift(Noise(128, 128, 1), {});
+  const TTestSift sift(Noise(128, 128, 1), {});
   for (int o = 1; o <= 3; ++o) {
     for (int s = 0; s <= 2; ++s) {
       const float sigma = 2.0158737F * std::exp2(static_cast<float>(o) + (static_cast<float>(s) - 0.3F) / 3);
@@ -817,7 +812,7 @@ TEST(Sift, MakeKeypointFindsOctaveAndLevel) {
 }
 
 TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
-  TestSift sift(Noise(128, 128, 1), {});
+  TTestSift sift(Noise(128, 128, 1), {});
   const Keypoint good = sift.MakeKeypoint(64, 64, 4);
   std::vector<Keypoint> cases;
   for (const float sigma : {0.1F, 1e-30F, 0.0F, -1.0F, 1e12F, kInfinity, kNaN}) {
@@ -855,8 +850,8 @@ TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
 }
 
 TEST(Sift, AWindowAtTheLimitOfTheWeightsStaysInsideWhenItIsTurned) {
-  TestSift sift(Noise(128, 128, 1), {});
-  // Narrow bins, so that the window's corner comes to the largest argument of expn before its centre does.
+  TTestSift sift(Noise(128, 128, 1), {});
+  // Narrow bins, so that the window's corner comes to the largest argument of expn before its center does.
   sift.magnification = 0.2F;
   std::mt19937 random(3);
   int computed = 0;
@@ -880,14 +875,14 @@ TEST(Sift, AWindowAtTheLimitOfTheWeightsStaysInsideWhenItIsTurned) {
 
 // Invariance
 
-struct Described {
+struct TDescribed {
   Keypoint keypoint;
   float angle;
   std::vector<float> descriptor;
 };
 
-std::vector<Described> Describe(TestSift& sift, float threshold) {
-  std::vector<Described> result;
+std::vector<TDescribed> Describe(TTestSift& sift, float threshold) {
+  std::vector<TDescribed> result;
   for (const Keypoint& keypoint : sift.Detect(threshold)) {
     for (const float angle : sift.Orientations(keypoint)) {
       EXPECT_TRUE(angle >= 0 && angle < 2 * kPi);
@@ -903,16 +898,16 @@ std::vector<Described> Describe(TestSift& sift, float threshold) {
 }
 
 TEST(Sift, QuarterTurnTurnsKeypointsAndKeepsDescriptors) {
-  const Parameters p = {0.5F, 1.6F, 1, 3, 0, -1, 4};
-  TestSift upright(Picture(160, 120, Scene), p);
+  const TParameters p = {0.5F, 1.6F, 1, 3, 0, -1, 4};
+  TTestSift upright(TPicture(160, 120, Scene), p);
   // Column x, row y of the picture comes to column 119 - y, row x.
-  TestSift turned(Picture(120, 160, [](double x, double y) { return Scene(y, 119 - x); }), p);
+  TTestSift turned(TPicture(120, 160, [](double x, double y) { return Scene(y, 119 - x); }), p);
   const auto a = Describe(upright, 0.004F);
   const auto b = Describe(turned, 0.004F);
   ASSERT_GT(a.size(), 20U);
   ASSERT_EQ(a.size(), b.size());
-  for (const Described& one : a) {
-    const auto isPartner = [&](const Described& other) {
+  for (const TDescribed& one : a) {
+    const auto isPartner = [&](const TDescribed& other) {
       const double turn = std::remainder(other.angle - one.angle - kPi / 2, 2 * kPi);
       return std::hypot(other.keypoint.x - (119 - one.keypoint.y), other.keypoint.y - one.keypoint.x) < 0.02 &&
              std::abs(turn) < 0.01;
@@ -925,35 +920,35 @@ TEST(Sift, QuarterTurnTurnsKeypointsAndKeepsDescriptors) {
 }
 
 TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {
-  struct Case {
+  struct TCase {
     const char* name;
     double turn, scale, dx, dy, gain, light;
   };
-  constexpr Case kCases[] = {{"shift", 0, 1, 7.25, -4.5, 1, 0},
-                             {"turn", 35, 1, 100, -50, 1, 0},
-                             {"half turn", 180, 1, 250, 250, 1, 0},
-                             {"twice as large", 0, 2, 0, 0, 1, 0},
-                             {"light and contrast", 0, 1, 0, 0, 0.4, 0.3},
-                             {"all", -20, 1.5, -60, 80, 0.7, -0.1}};
-  const Parameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
-  TestSift original(Picture(256, 256, Scene), p);
+  constexpr TCase kCases[] = {{"shift", 0, 1, 7.25, -4.5, 1, 0},
+                              {"turn", 35, 1, 100, -50, 1, 0},
+                              {"half turn", 180, 1, 250, 250, 1, 0},
+                              {"twice as large", 0, 2, 0, 0, 1, 0},
+                              {"light and contrast", 0, 1, 0, 0, 0.4, 0.3},
+                              {"all", -20, 1.5, -60, 80, 0.7, -0.1}};
+  const TParameters p = {0.5F, 1.6F, 4, 3, 0, -1, 4};
+  TTestSift original(TPicture(256, 256, Scene), p);
   const auto a = Describe(original, 0.01F);
-  for (const Case& c : kCases) {
+  for (const TCase& c : kCases) {
     // A point goes to scale * turned + (dx, dy).
     const double co = std::cos(c.turn * kPi / 180) * c.scale;
     const double si = std::sin(c.turn * kPi / 180) * c.scale;
     const auto size = static_cast<int>(256 * c.scale);
-    TestSift changed(Picture(size, size,
-                             [&](double x, double y) {
-                               const double u = (co * (x - c.dx) + si * (y - c.dy)) / (c.scale * c.scale);
-                               const double v = (co * (y - c.dy) - si * (x - c.dx)) / (c.scale * c.scale);
-                               return c.gain * Scene(u, v) + c.light;
-                             }),
-                     p);
+    TTestSift changed(TPicture(size, size,
+                               [&](double x, double y) {
+                                 const double u = (co * (x - c.dx) + si * (y - c.dy)) / (c.scale * c.scale);
+                                 const double v = (co * (y - c.dy) - si * (x - c.dx)) / (c.scale * c.scale);
+                                 return c.gain * Scene(u, v) + c.light;
+                               }),
+                      p);
     const auto b = Describe(changed, static_cast<float>(0.01 * c.gain));
     int visible = 0;
     int correct = 0;
-    for (const Described& one : a) {
+    for (const TDescribed& one : a) {
       const double x = co * one.keypoint.x - si * one.keypoint.y + c.dx;
       const double y = si * one.keypoint.x + co * one.keypoint.y + c.dy;
       const double margin = 8 * one.keypoint.sigma * c.scale;
@@ -963,7 +958,7 @@ TEST(Sift, DescriptorsMatchAcrossSimilaritiesAndLight) {
         continue;
       }
       ++visible;
-      const auto nearest = std::min_element(b.begin(), b.end(), [&](const Described& m, const Described& n) {
+      const auto nearest = std::min_element(b.begin(), b.end(), [&](const TDescribed& m, const TDescribed& n) {
         return Distance(m.descriptor, one.descriptor) < Distance(n.descriptor, one.descriptor);
       });
       const double distance = std::hypot(nearest->keypoint.x - x, nearest->keypoint.y - y);

@@ -42,13 +42,13 @@ constexpr float_t kMoveOffset = 0.6F;
 constexpr float_t kLargestOffset = 1.5F;
 constexpr float_t kSingularPivot = 1e-10F;
 
-// A size in octave `o`.
+/// A size in octave `o`.
 std::int64_t Shifted(std::int64_t size, std::int32_t o) {
   return o < 0 ? size << -o : size >> std::min(o, 62);
 }
 
-// Null if there is no memory. Where the system has large pages on request, a large array asks for them: the first use
-// of its memory, small page by small page, would take as long as filtering it.
+/// Null if there is no memory. Where the system has large pages on request, a large array asks for them: the first use
+/// of its memory, small page by small page, would take as long as filtering it.
 std::unique_ptr<float_t[]> AllocateFloats(std::int64_t count) {
   const auto size = static_cast<std::size_t>(count);
   std::unique_ptr<float_t[]> array(new (std::nothrow) float_t[size]);
@@ -64,24 +64,24 @@ std::unique_ptr<float_t[]> AllocateFloats(std::int64_t count) {
   return array;
 }
 
-// Truncates towards zero; what no integer can hold becomes the nearest, and NaN 0.
+/// Truncates towards zero; what no integer can hold becomes the nearest, and NaN 0.
 std::int32_t Truncate(float_t value) {
   constexpr auto kMost = static_cast<float_t>(1 << 30);
   return std::isnan(value) ? 0 : static_cast<std::int32_t>(std::clamp(value, -kMost, kMost));
 }
 
-// The limits may cross, where there are no octaves or too few levels.
+/// The limits may cross, where there are no octaves or too few levels.
 std::int32_t Clamped(std::int32_t value, std::int64_t least, std::int64_t most) {
   return static_cast<std::int32_t>(std::max(std::min<std::int64_t>(value, most), least));
 }
 
-// Reduces an angle to 0 included to 2 pi. A tiny negative one rounds to 2 pi itself.
+/// Reduces an angle to 0 included to 2 pi. A tiny negative one rounds to 2 pi itself.
 float_t Reduce(float_t angle) {
   const float_t rest = std::fmod(angle, kTwoPi);
   return rest < 0 ? rest + kTwoPi : rest;
 }
 
-// Takes every `step`-th element of every `step`-th row.
+/// Takes every `step`-th element of every `step`-th row.
 void Subsample(float_t* destination, std::int32_t width, std::int32_t height, const float_t* source,
                std::int64_t sourceWidth, std::int32_t step) {
   for (std::int32_t y = 0; y < height; ++y) {
@@ -100,7 +100,7 @@ std::int32_t FilterTaps(float_t sigma) {
   return 2 * FilterRadius(sigma) + 1;
 }
 
-// Writes the FilterTaps of a Gaussian, which sum up to 1, and returns the radius.
+/// Writes the FilterTaps of a Gaussian, which sum up to 1, and returns the radius.
 std::int32_t FillFilter(float_t* filter, float_t sigma) {
   const std::int32_t radius = FilterRadius(sigma);
   float_t sum = 0;
@@ -116,8 +116,8 @@ std::int32_t FillFilter(float_t* filter, float_t sigma) {
   return radius;
 }
 
-// Doubles `height` rows of `width` elements along the row, with means between neighbours and the last element twice,
-// and writes the result transposed.
+/// Doubles `height` rows of `width` elements along the row, with means between neighbors and the last element twice,
+/// and writes the result transposed.
 void DoubleTranspose(float_t* destination, const float_t* source, std::int64_t width, std::int64_t height) {
   for (std::int64_t y = 0; y < height; ++y) {
     const float_t* const row = source + y * width;
@@ -130,19 +130,19 @@ void DoubleTranspose(float_t* destination, const float_t* source, std::int64_t w
   }
 }
 
-// First and second derivatives of a difference of levels, by differences of the 3 x 3 x 3 samples around a point.
-struct Derivatives {
+/// First and second derivatives of a difference of levels, by differences of the 3 x 3 x 3 samples around a point.
+struct TDerivatives {
   float_t value, x, y, s, xx, yy, ss, xy, xs, ys;
 };
 
-// `samples` points to the middle one in the finer of the two levels; the next row is `row` further, the next level
-// `plane`.
-Derivatives Differentiate(const float_t* samples, std::ptrdiff_t row, std::ptrdiff_t plane) {
+/// `samples` points to the middle one in the finer of the two levels; the next row is `row` further, the next level
+/// `plane`.
+TDerivatives Differentiate(const float_t* samples, std::ptrdiff_t row, std::ptrdiff_t plane) {
   const auto at = [=](int x, int y, int s) {
     const float_t* const finer = samples + x + y * row + s * plane;
     return finer[plane] - finer[0];
   };
-  Derivatives d;
+  TDerivatives d;
   d.value = at(0, 0, 0);
   d.x = 0.5F * (at(1, 0, 0) - at(-1, 0, 0));
   d.y = 0.5F * (at(0, 1, 0) - at(0, -1, 0));
@@ -156,13 +156,13 @@ Derivatives Differentiate(const float_t* samples, std::ptrdiff_t row, std::ptrdi
   return d;
 }
 
-using Offset = std::array<float_t, 3>;
+using TOffset = std::array<float_t, 3>;
 
-// The offset at which the quadratic through the point has its extremum, by Gaussian elimination with row pivoting; zero
-// where the second derivatives are singular.
-Offset SolveOffset(const Derivatives& d) {
+/// The offset at which the quadratic through the point has its extremum, by Gaussian elimination with row pivoting;
+/// zero where the second derivatives are singular.
+TOffset SolveOffset(const TDerivatives& d) {
   std::array<std::array<float_t, 3>, 3> a = {{{d.xx, d.xy, d.xs}, {d.xy, d.yy, d.ys}, {d.xs, d.ys, d.ss}}};
-  Offset b = {-d.x, -d.y, -d.s};
+  TOffset b = {-d.x, -d.y, -d.s};
   for (int j = 0; j < 3; ++j) {
     int best = j;
     float_t pivot = 0;
@@ -195,7 +195,7 @@ Offset SolveOffset(const Derivatives& d) {
   return b;
 }
 
-// The step of a refinement along an axis, which keeps a sample between the point and the border.
+/// The step of a refinement along an axis, which keeps a sample between the point and the border.
 int Step(float_t offset, std::int32_t position, std::int32_t size) {
   if (offset > kMoveOffset && position < size - 2) {
     return 1;
@@ -203,8 +203,8 @@ int Step(float_t offset, std::int32_t position, std::int32_t size) {
   return offset < -kMoveOffset && position > 1 ? -1 : 0;
 }
 
-// The tests of contrast and of edges (section 4 of the paper). A saddle has a negative score; NaN passes none of them.
-bool IsStrong(const Derivatives& d, const Offset& b, float_t threshold, float_t edgeThreshold) {
+/// The tests of contrast and of edges (section 4 of the paper). A saddle has a negative score; NaN passes none of them.
+bool IsStrong(const TDerivatives& d, const TOffset& b, float_t threshold, float_t edgeThreshold) {
   const float_t value = d.value + 0.5F * (d.x * b[0] + d.y * b[1] + d.s * b[2]);
   const float_t trace = d.xx + d.yy;
   const float_t score = trace * trace / (d.xx * d.yy - d.xy * d.xy);
@@ -213,9 +213,9 @@ bool IsStrong(const Derivatives& d, const Offset& b, float_t threshold, float_t 
          std::abs(b[1]) < kLargestOffset && std::abs(b[2]) < kLargestOffset;
 }
 
-using Histogram = std::array<float_t, kOrientationBins>;
+using THistogram = std::array<float_t, kOrientationBins>;
 
-void SmoothHistogram(Histogram& bins) {
+void SmoothHistogram(THistogram& bins) {
   const float_t first = bins.front();
   float_t before = bins.back();
   for (int i = 0; i < kOrientationBins; ++i) {
@@ -224,8 +224,8 @@ void SmoothHistogram(Histogram& bins) {
   }
 }
 
-// Writes the angles of the first peaks, each the extremum of a parabola through a bin and its neighbours.
-int FindPeaks(const Histogram& bins, float_t* angles) {
+/// Writes the angles of the first peaks, each the extremum of a parabola through a bin and its neighbors.
+int FindPeaks(const THistogram& bins, float_t* angles) {
   const float_t highest = *std::max_element(bins.begin(), bins.end());
   int count = 0;
   for (int i = 0; i < kOrientationBins && count < Sift::kMaxOrientations; ++i) {
@@ -242,14 +242,14 @@ int FindPeaks(const Histogram& bins, float_t* angles) {
   return count;
 }
 
-// A sample seen from the keypoint: its offset in bins, and its direction in direction bins.
-struct DescriptorSample {
+/// A sample seen from the keypoint: its offset in bins, and its direction in direction bins.
+struct TDescriptorSample {
   float_t nx, ny, nt;
   float_t weight;
 };
 
-// Shares a sample among the eight bins around it; spatial bins outside the grid get nothing.
-void Distribute(const DescriptorSample& sample, float_t* descriptor) {
+/// Shares a sample among the eight bins around it; spatial bins outside the grid get nothing.
+void Distribute(const TDescriptorSample& sample, float_t* descriptor) {
   const auto binx = static_cast<int>(std::floor(sample.nx - 0.5F));
   const auto biny = static_cast<int>(std::floor(sample.ny - 0.5F));
   const auto bint = static_cast<int>(std::floor(sample.nt));
@@ -296,7 +296,7 @@ Sift::Sift(const float_t* image, std::int32_t width, std::int32_t height, float_
 Sift::~Sift() = default;
 
 bool Sift::ParametersAreValid() const {
-  // Beyond 2^24, neighbouring levels are the same float.
+  // Beyond 2^24, neighboring levels are the same float.
   constexpr std::int32_t kFarthestLevel = 1 << 24;
   if (S < 1 || O < 1 || omin < -8 || omin > 16 || O > 128 - omin || smin > smax || smin < -kFarthestLevel ||
       smax > kFarthestLevel) {
@@ -318,8 +318,8 @@ void Sift::Reset() {
   keypoints.clear();
 }
 
-// An octave's array is sized for the largest octave of that area, so that a picture of another shape but of the same
-// area fits as well.
+/// An octave's array is sized for the largest octave of that area, so that a picture of another shape but of the same
+/// area fits as well.
 bool Sift::AllocateOctaves(std::int64_t area) {
   octaveBuffers.clear();
   for (std::int32_t i = 0; i < O; ++i) {
@@ -381,13 +381,13 @@ float_t* Sift::Level(std::int32_t o, std::int32_t s) {
 
 // Scale space
 
-// The factor by which the scale grows from level 0 to level `s`.
+/// The factor by which the scale grows from level 0 to level `s`.
 float_t Sift::LevelFactor(std::int32_t s) const {
   const float_t sigmak = std::pow(2.0F, 1.0F / static_cast<float_t>(S));
   return std::pow(sigmak, static_cast<float_t>(s));
 }
 
-// The smoothing that leads from level `s` - 1 to level `s`, in samples of its octave.
+/// The smoothing that leads from level `s` - 1 to level `s`, in samples of its octave.
 float_t Sift::StepSigma(std::int32_t s) const {
   const float_t sigmak = std::pow(2.0F, 1.0F / static_cast<float_t>(S));
   const float_t dsigma0 = sigma0 * std::sqrt(1.0F - 1.0F / (sigmak * sigmak));
@@ -424,12 +424,12 @@ void Sift::FillOctaves(const float_t* image) {
   }
 }
 
-// The level of octave `o` - 1 that the base of octave `o` is taken from.
+/// The level of octave `o` - 1 that the base of octave `o` is taken from.
 std::int32_t Sift::BestLevel() const {
   return static_cast<std::int32_t>(std::min(std::int64_t{smin} + S, std::int64_t{smax}));
 }
 
-// The smoothing that the base of octave `o` needs once its samples are taken, in samples of that octave; 0 if none.
+/// The smoothing that the base of octave `o` needs once its samples are taken, in samples of that octave; 0 if none.
 float_t Sift::BaseSigma(std::int32_t o) const {
   const float_t sa = sigma0 * LevelFactor(smin);
   const float_t sb = o == omin ? sigman / GetSamplingPeriod(omin) : sigma0 * LevelFactor(BestLevel() - S);
@@ -437,7 +437,7 @@ float_t Sift::BaseSigma(std::int32_t o) const {
   return smooth ? std::sqrt(sa * sa - sb * sb) : 0;
 }
 
-// Lays out the filters of octave `o`, from level to level. Each has a plane of the work buffer.
+/// Lays out the filters of octave `o`, from level to level. Each has a plane of the work buffer.
 void Sift::MakeChain(std::int32_t o) {
   const auto sigma = [&](std::int32_t s) { return s == smin ? BaseSigma(o) : StepSigma(s); };
   const std::int32_t first = sigma(smin) > 0 ? smin : smin + 1;
@@ -460,8 +460,8 @@ void Sift::MakeChain(std::int32_t o) {
   }
 }
 
-// Makes the levels of octave `o` band by band: a band goes through all of them while it is in the cache. Each level
-// stays behind the one before it by the radius of its filter, until that one is complete.
+/// Makes the levels of octave `o` band by band: a band goes through all of them while it is in the cache. Each level
+/// stays behind the one before it by the radius of its filter, until that one is complete.
 void Sift::MakeLevels(std::int32_t o, const float_t* image) {
   const std::int32_t h = GetOctaveHeight(o);
   const std::int32_t rows = kBandFloats / std::max(GetOctaveWidth(o), 1) + 1;
@@ -469,27 +469,27 @@ void Sift::MakeLevels(std::int32_t o, const float_t* image) {
     const std::int32_t end = std::min(begin + rows, h);
     FillBase(o, image, begin, end);
     std::int64_t lag = 0;
-    for (const Detail::Convolution& convolution : chain) {
+    for (const Detail::TConvolution& convolution : chain) {
       lag += convolution.radius;
       Detail::Convolve(convolution, Clamped(begin - lag, 0, h), end == h ? h : Clamped(end - lag, 0, h));
     }
   }
 }
 
-// Takes the samples of rows `begin` to `end` - 1 of the base of octave `o`. Those of a doubled picture are there.
+/// Takes the samples of rows `begin` to `end` - 1 of the base of octave `o`. Those of a doubled picture are there.
 void Sift::FillBase(std::int32_t o, const float_t* image, std::int32_t begin, std::int32_t end) {
   const std::int32_t w = GetOctaveWidth(o);
   float_t* const rows = Level(o, smin) + static_cast<std::ptrdiff_t>(begin) * w;
   if (o > omin) {
     const std::int64_t sourceWidth = GetOctaveWidth(o - 1);
-    Subsample(rows, w, end - begin, Level(o - 1, BestLevel()) + 2 * begin * sourceWidth, sourceWidth, 2);
+    Subsample(rows, w, end - begin, Level(o - 1, BestLevel()) + std::int64_t{2} * begin * sourceWidth, sourceWidth, 2);
   } else if (o >= 0) {
     const std::int32_t step = 1 << o;
     Subsample(rows, w, end - begin, image + std::int64_t{begin} * step * width, width, step);
   }
 }
 
-// Doubles the image -omin times; the array in between lies in the work buffer.
+/// Doubles the image -omin times; the array in between lies in the work buffer.
 void Sift::Double(float_t* destination, const float_t* image) {
   const float_t* source = image;
   std::int64_t w = width;
@@ -521,9 +521,9 @@ void Sift::DetectKeypoints(float_t threshold, float_t edgeThreshold) {
   }
 }
 
-// Appends the extrema of the differences in octave `o`. Of each difference plane the work buffer holds three rows, in
-// turn: they are searched while they are in the cache, and planes never go through memory. Rows come before levels in
-// this search, so that the extrema are then sorted into their order.
+/// Appends the extrema of the differences in octave `o`. Of each difference plane the work buffer holds three rows, in
+/// turn: they are searched while they are in the cache, and planes never go through memory. Rows come before levels in
+/// this search, so that the extrema are then sorted into their order.
 void Sift::FindCandidates(std::int32_t o, float_t threshold) {
   const std::int32_t w = GetOctaveWidth(o);
   const std::int32_t h = GetOctaveHeight(o);
@@ -545,7 +545,7 @@ void Sift::FindCandidates(std::int32_t o, float_t threshold) {
   });
 }
 
-// Where row `y` of level `s` + 1 minus level `s` lies in the work buffer, in an octave of the width `w`.
+/// Where row `y` of level `s` + 1 minus level `s` lies in the work buffer, in an octave of the width `w`.
 float_t* Sift::DifferenceRow(std::int32_t w, std::int32_t s, std::int32_t y) {
   return workBuffer.get() + (static_cast<std::ptrdiff_t>(y % 3) * (smax - smin) + (s - smin)) * w;
 }
@@ -555,7 +555,7 @@ void Sift::FindCandidatesInRow(std::int32_t o, std::int32_t y, float_t threshold
   std::int32_t columns[kColumns];
   const std::int32_t w = GetOctaveWidth(o);
   for (std::int32_t s = smin + 1; s <= smax - 2; ++s) {
-    Detail::Neighbourhood around;
+    Detail::TNeighborhood around;
     for (int i = 0; i < 3; ++i) {
       for (int j = 0; j < 3; ++j) {
         around.rows[i][j] = DifferenceRow(w, s - 1 + i, y - 1 + j);
@@ -570,14 +570,14 @@ void Sift::FindCandidatesInRow(std::int32_t o, std::int32_t y, float_t threshold
   }
 }
 
-// Moves a candidate of octave `o` to its extremum and fills its fields. False if it is none.
+/// Moves a candidate of octave `o` to its extremum and fills its fields. False if it is none.
 bool Sift::Refine(std::int32_t o, float_t threshold, float_t edgeThreshold, Keypoint& keypoint) const {
   const std::int32_t w = GetOctaveWidth(o);
   const std::int32_t h = GetOctaveHeight(o);
   const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(w) * h;
   const float_t* const level = GetLevel(o, keypoint.is);
-  Derivatives derivatives;
-  Offset offset;
+  TDerivatives derivatives;
+  TOffset offset;
   int dx = 0;
   int dy = 0;
   for (int i = 0; i < kRefinements && (i == 0 || dx != 0 || dy != 0); ++i) {
@@ -631,8 +631,8 @@ void Sift::ComputeGradients(std::int32_t o) {
   workOctave = o;
 }
 
-// A keypoint in the samples of its octave, and the gradients of its level.
-struct Sift::Placement {
+/// A keypoint in the samples of its octave, and the gradients of its level.
+struct Sift::TPlacement {
   std::int32_t w, h;
   float_t x, y, sigma;
   std::int32_t xi, yi;
@@ -649,9 +649,9 @@ float_t DescriptorRadius(float_t bin) {
   return std::floor(bin * std::numbers::sqrt2_v<float_t> * (kSpatialBins + 1) * 0.5F + 0.5F);
 }
 
-// Whether the farthest sample of a window stays in the range of expn, and its radius in that of integers. NaN does not.
-// The argument of a sample that is turned is summed up from other terms than `largestExponent`: each of the eight
-// roundings on the way can take it up by a half epsilon, of which the margin is four times the sum.
+/// Whether the farthest sample of a window stays in the range of expn, and its radius in that of integers. NaN does
+/// not. The argument of a sample that is turned is summed up from other terms than `largestExponent`: each of the eight
+/// roundings on the way can take it up by a half epsilon, of which the margin is four times the sum.
 bool WindowFits(float_t radius, float_t largestExponent) {
   constexpr float_t kMargin = 1.0F - 16 * std::numeric_limits<float_t>::epsilon();
   return radius < static_cast<float_t>(1 << 30) && largestExponent <= kMargin * Detail::expnTableMax;
@@ -663,7 +663,7 @@ bool OrientationFits(float_t sigma) {
   return WindowFits(radius, (radius * radius + 0.5F) / (2 * sw * sw));
 }
 
-// `away` is the distance of the keypoint from its sample along an axis.
+/// `away` is the distance of the keypoint from its sample along an axis.
 bool DescriptorFits(float_t bin, float_t away) {
   const float_t radius = DescriptorRadius(bin);
   const float_t farthest = (radius + away) / bin;
@@ -672,8 +672,8 @@ bool DescriptorFits(float_t bin, float_t away) {
 
 }  // namespace
 
-// False if `keypoint` has no place: outside its octave, on a level without gradients, or of a scale without a window.
-bool Sift::Place(const Keypoint& keypoint, Placement& place) const {
+/// False if `keypoint` has no place: outside its octave, on a level without gradients, or of a scale without a window.
+bool Sift::Place(const Keypoint& keypoint, TPlacement& place) const {
   if (keypoint.o < omin || keypoint.o >= omin + O || keypoint.is <= smin || keypoint.is >= smax - 1) {
     return false;
   }
@@ -690,10 +690,10 @@ bool Sift::Place(const Keypoint& keypoint, Placement& place) const {
          place.yi < place.h && place.sigma > 0 && OrientationFits(place.sigma);
 }
 
-// Calls visit(dx, dy, magnitude, angle) for the samples of a window, dx and dy being their offsets from the keypoint.
-// The octave's outermost samples have no gradient.
-template <class Visit>
-void Sift::VisitWindow(const Placement& place, float_t radius, const Visit& visit) const {
+/// Calls visit(dx, dy, magnitude, angle) for the samples of a window, dx and dy being their offsets from the keypoint.
+/// The octave's outermost samples have no gradient.
+template <typename TVisit>
+void Sift::VisitWindow(const TPlacement& place, float_t radius, const TVisit& visit) const {
   const std::int32_t reach = Truncate(radius);
   const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(place.w) * place.h;
   const float_t* const pairs = workBuffer.get() + 2 * plane * place.level;
@@ -710,7 +710,7 @@ void Sift::VisitWindow(const Placement& place, float_t radius, const Visit& visi
 }
 
 int Sift::ComputeOrientations(float_t* angles, Keypoint keypoint) {
-  Placement place = {};
+  TPlacement place = {};
   if (!Place(keypoint, place)) {
     std::cerr << "!\n";
     return 0;
@@ -718,7 +718,7 @@ int Sift::ComputeOrientations(float_t* angles, Keypoint keypoint) {
   ComputeGradients(keypoint.o);
   const float_t sw = kOrientationWindow * place.sigma;
   const float_t radius = OrientationRadius(place.sigma);
-  Histogram bins = {};
+  THistogram bins = {};
   VisitWindow(place, radius, [&](float_t dx, float_t dy, float_t magnitude, float_t angle) {
     const float_t r2 = dx * dx + dy * dy;
     if (r2 < radius * radius + 0.5F) {
@@ -735,7 +735,7 @@ int Sift::ComputeOrientations(float_t* angles, Keypoint keypoint) {
 }
 
 void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t angle) {
-  Placement place = {};
+  TPlacement place = {};
   const bool placed = Place(keypoint, place);
   const float_t bin = magnification * place.sigma;
   const float_t away =
@@ -748,7 +748,7 @@ void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t ang
   const float_t ct = std::cos(angle);
   std::fill(descriptor, descriptor + kDescriptorLength, 0.0F);
   VisitWindow(place, DescriptorRadius(bin), [&](float_t dx, float_t dy, float_t magnitude, float_t direction) {
-    DescriptorSample sample;
+    TDescriptorSample sample;
     sample.nx = (ct * dx + st * dy) / bin;
     sample.ny = (-st * dx + ct * dy) / bin;
     sample.nt = kDirectionBins * Reduce(angle - direction) / kTwoPi;

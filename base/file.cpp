@@ -59,7 +59,16 @@ bool Close(int descriptor) {
 int ProcessNumber() {
   return _getpid();
 }
-bool FollowLink(std::string& /*path*/) {
+// The C library's call does not replace a file here.
+bool Rename(const std::string& from, const std::string& to) {
+  boost::system::error_code error;
+  boost::filesystem::rename(from, to, error);
+  return !error;
+}
+bool GetOwnStatus(const std::string& path, TStatus& status) {
+  return GetStatus(path, status);
+}
+bool FollowLink(std::string& /*path*/, const TStatus& /*status*/) {
   return false;
 }
 bool TakeOverRights(int /*descriptor*/, const TStatus& /*earlier*/) {
@@ -104,6 +113,9 @@ bool Close(int descriptor) {
 int ProcessNumber() {
   return getpid();
 }
+bool Rename(const std::string& from, const std::string& to) {
+  return std::rename(from.c_str(), to.c_str()) == 0;
+}
 
 /// A pipe whose reader is slow is full at times, and says so in place of waiting; that reader is there, so that we may.
 ssize_t WriteSome(int descriptor, const void* bytes, std::size_t count) {
@@ -116,8 +128,16 @@ ssize_t WriteSome(int descriptor, const void* bytes, std::size_t count) {
   return written;
 }
 
-/// If `path` is a symbolic link, makes it the path that the link holds.
-bool FollowLink(std::string& path) {
+/// Of a symbolic link, not of what it points to.
+bool GetOwnStatus(const std::string& path, TStatus& status) {
+  return lstat(path.c_str(), &status) == 0;
+}
+
+/// If `path` is a symbolic link by its status, makes it the path that the link holds.
+bool FollowLink(std::string& path, const TStatus& status) {
+  if (!S_ISLNK(status.st_mode)) {
+    return false;
+  }
   boost::system::error_code error;
   const boost::filesystem::path content = boost::filesystem::read_symlink(path, error);
   if (!error) {
@@ -212,20 +232,20 @@ std::optional<TTarget> FindTarget(std::string path) {
     return std::nullopt;
   }
   constexpr int kMostLinks = 40;
-  int links = 0;
-  while (FollowLink(path)) {
-    if (++links > kMostLinks) {
+  for (int links = 0; links <= kMostLinks; ++links) {
+    TStatus status = {};
+    if (!GetOwnStatus(path, status)) {
+      return errno == ENOENT ? std::optional<TTarget>({std::move(path), std::nullopt}) : std::nullopt;
+    }
+    if (FollowLink(path, status)) {
+      continue;
+    }
+    if (!IsRegular(status) || !IsWritable(path)) {
       return std::nullopt;
     }
+    return TTarget{std::move(path), status};
   }
-  TStatus status = {};
-  if (!GetStatus(path, status)) {
-    return errno == ENOENT ? std::optional<TTarget>({std::move(path), std::nullopt}) : std::nullopt;
-  }
-  if (!IsRegular(status) || !IsWritable(path)) {
-    return std::nullopt;
-  }
-  return TTarget{std::move(path), status};
+  return std::nullopt;
 }
 
 /// A new file in the directory of another one, under a name of its own.
@@ -262,15 +282,11 @@ class TNeighbor {
     // A full disk may show only here.
     const bool isClosed = Close(descriptor);
     descriptor = -1;
-    boost::system::error_code error;
-    if (isClosed) {
-      boost::filesystem::rename(path, target, error);
+    if (isClosed && Rename(path, target)) {
+      return true;
     }
-    if (!isClosed || error) {
-      std::remove(path.c_str());
-      return false;
-    }
-    return true;
+    std::remove(path.c_str());
+    return false;
   }
 
  private:

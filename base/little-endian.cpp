@@ -82,11 +82,11 @@ bool ReadDoubles(std::FILE* file, double* values, std::size_t count) {
   if (std::fread(values, sizeof(double), count, file) != count) {
     return false;
   }
-  OrderDoubles(values, count);
+  ToLittleEndian(values, count);
   return true;
 }
 
-void OrderDoubles(double* values, std::size_t count) {
+void ToLittleEndian(double* values, std::size_t count) {
   if constexpr (kSwaps) {
     std::transform(values, values + count, values, Ordered<double>);
   }

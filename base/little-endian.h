@@ -21,8 +21,8 @@ bool ReadUint32(std::FILE* file, std::uint32_t& value);
 /// False if not all could be read; what stands in `values` is then undefined.
 bool ReadDoubles(std::FILE* file, double* values, std::size_t count);
 
-/// Turns numbers in memory from the machine's order to that of files, or back.
-void OrderDoubles(double* values, std::size_t count);
+/// Turns the bytes of numbers in memory to the order of files on a machine that has the other one, or back.
+void ToLittleEndian(double* values, std::size_t count);
 
 /// False if not all could be written.
 bool WriteInt32(std::FILE* file, std::int32_t value);

@@ -162,17 +162,17 @@ TEST(ListFiles, LinksToDirectoriesAreLeftOutAndAllElseIsListed) {
   EXPECT_FALSE(base::ListFiles("dir/a.jpg"));
 }
 
-TEST(FileIdentity, AllSpellingsOfAFileAreOneText) {
+TEST(CanonicalPath, AllSpellingsOfAFileAreOneText) {
   const TScratchDirectory scratch;
   MakeFile("Scripts/Tour.txt", "x");
   filesystem::create_directory_symlink("Scripts", "link");
   const std::string identity = filesystem::canonical("Scripts/Tour.txt").string();
   for (const std::string path : {"Scripts/Tour.txt", "scripts\\tour.txt", "./Scripts/../scripts/tour.txt",
                                  "link/Tour.txt", "link/../scripts//tour.TXT"}) {
-    EXPECT_EQ(base::FileIdentity(path), identity) << path;
+    EXPECT_EQ(base::CanonicalPath(path), identity) << path;
   }
-  EXPECT_EQ(base::FileIdentity(identity), identity);
-  EXPECT_NE(base::FileIdentity("absent"), base::FileIdentity("other"));
+  EXPECT_EQ(base::CanonicalPath(identity), identity);
+  EXPECT_NE(base::CanonicalPath("absent"), base::CanonicalPath("other"));
 }
 
 TEST(MakeDirectory, MakesOneDirectorySpeltExactlySoAndTheWritableOneAllThatIsMissing) {

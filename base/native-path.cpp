@@ -257,7 +257,7 @@ bool IsDirectory(const std::string& path) {
   return !path.empty() && filesystem::is_directory(Status(NativePath(path)));
 }
 
-std::string FileIdentity(const std::string& path) {
+std::string CanonicalPath(const std::string& path) {
   const std::string nativePath = NativePath(path);
   boost::system::error_code error;
   const filesystem::path canonical = filesystem::canonical(ToPath(nativePath), error);

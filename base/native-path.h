@@ -6,8 +6,8 @@
 #include <vector>
 
 /// The door to the file system. Paths are UTF-8 bytes as the user typed them, folded to lower case by the command
-/// parser and possibly written with backslashes; everything that opens, tests or scans a file goes through NativePath
-/// first.
+/// parser and possibly written with backslashes. What reads, tests or scans goes through NativePath first, here or at
+/// the caller's; what writes takes the path exactly as it is spelt.
 namespace base {
 
 /// True for both slashes, on every platform: wherever the program cuts a path, both count.
@@ -35,8 +35,9 @@ bool Exists(const std::string& path);
 bool IsRegularFile(const std::string& path);
 bool IsDirectory(const std::string& path);
 
-/// The same text for every way to write the path of an existing file: absolute, without links and detours.
-std::string FileIdentity(const std::string& path);
+/// The same text for every way to write the path of an existing file: absolute, without links and detours. A file that
+/// does not exist gives NativePath(path).
+std::string CanonicalPath(const std::string& path);
 
 /// Removes the file of exactly this name, but no directory. True if nothing stands there afterwards.
 bool RemoveFile(const std::string& path);

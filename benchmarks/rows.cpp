@@ -125,7 +125,8 @@ const std::vector<TRow>& Rows() {
       // Names and files
       {"`loaddatabase`, 1,000,000 names", {"BM_LoadDatabase/1000000"}, {{"list and sort", "BM_LoadDatabaseListAndSortAlone/1000000"}}, 1.3},
       {"`loaddatabase`, 100,000 names", {"BM_LoadDatabase/100000"}, {{"list and sort", "BM_LoadDatabaseListAndSortAlone/100000"}}, 1.5},
-      {"`savefeature`, 100,000 vectors, first time", {"BM_SaveFeatureFirst"}, {{"plain loop", "BM_SaveFeatureFirstPlainLoop"}}, 1.2},
+      {"`savefeature`, 100,000 vectors, first time", {"BM_SaveFeatureFirst"}, {{"plain loop", "BM_SaveFeatureFirstPlainLoop"}}},
+      {"`savefeature`, 100,000 vectors, first time", {"BM_SaveFeatureFirst"}, {{"plain loop that writes beside and renames", "BM_SaveFeatureFirstPlainLoopBeside"}}, 1.2},
       {"`savefeature`, again", {"BM_SaveFeatureAgain"}, {{"plain loop that overwrites", "BM_SaveFeatureAgainPlainLoop"}}},
       {"`savefeature`, again", {"BM_SaveFeatureAgain"}, {{"plain loop that writes beside and renames", "BM_SaveFeatureAgainPlainLoopBeside"}}, 1.2},
       {"`loadfeature`, 100,000 vectors", {"BM_LoadFeature"}, {{"plain loop into one buffer", "BM_LoadFeaturePlainLoop"}}},

@@ -9,6 +9,7 @@
 #include <opencv2/features2d.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "Sift/sift-parameters.h"
 #include "Sift/sift.h"
 #include "benchmarks/bench-data.h"
 #include "benchmarks/simd-level.h"
@@ -17,15 +18,7 @@
 
 namespace {
 
-constexpr float kNominalSmoothing = 0.5F;
-constexpr float kBaseScale = 2.0158737F;
-constexpr int kOctaves = 3;
-constexpr int kLevels = 3;
-constexpr int kFirstOctave = 1;
-constexpr int kFirstLevel = -1;
-constexpr int kLastLevel = 4;
-constexpr float kPeakThreshold = 0.0066666664F;
-constexpr float kEdgeThreshold = 10.0F;
+constexpr VL::TSiftParameters kParameters;
 
 const TImageRGB& Picture(const benchmark::State& state) {
   return Mosaic(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
@@ -46,8 +39,9 @@ cv::Mat Fractions(const benchmark::State& state) {
 }
 
 std::unique_ptr<VL::Sift> BuildPyramid(const cv::Mat& picture) {
-  return std::make_unique<VL::Sift>(picture.ptr<float>(), picture.cols, picture.rows, kNominalSmoothing, kBaseScale,
-                                    kOctaves, kLevels, kFirstOctave, kFirstLevel, kLastLevel);
+  return std::make_unique<VL::Sift>(picture.ptr<float>(), picture.cols, picture.rows, kParameters.sigman,
+                                    kParameters.sigma0, kParameters.O, kParameters.S, kParameters.omin,
+                                    kParameters.smin, kParameters.smax);
 }
 
 /// The time for each pixel of the picture, so that sizes can be compared.
@@ -60,7 +54,7 @@ void CountPixels(benchmark::State& state) {
 void BM_SiftPyramid(benchmark::State& state) {
   const cv::Mat picture = Fractions(state);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(BuildPyramid(picture)->GetLevel(kFirstOctave, kLastLevel));
+    benchmark::DoNotOptimize(BuildPyramid(picture)->GetLevel(kParameters.omin, kParameters.smax));
   }
   CountPixels(state);
 }
@@ -79,17 +73,18 @@ cv::Mat Half(const cv::Mat& source) {
 }
 
 std::vector<cv::Mat> BuildPyramidOpenCv(const cv::Mat& picture) {
-  const double step = std::exp2(1.0 / kLevels);
-  const double base = kBaseScale * std::pow(step, kFirstLevel);
-  const double smoothing = kNominalSmoothing / 2;
+  const double step = std::exp2(1.0 / kParameters.S);
+  const double base = kParameters.sigma0 * std::pow(step, kParameters.smin);
+  const double smoothing = kParameters.sigman / 2;
   std::vector<cv::Mat> levels = {Blur(Half(picture), std::sqrt(base * base - smoothing * smoothing))};
-  for (int octave = 0; octave < kOctaves; ++octave) {
+  for (int octave = 0; octave < kParameters.O; ++octave) {
     if (octave > 0) {
       // The level of twice the scale of the octave's first.
-      levels.push_back(Half(levels[levels.size() - 1 - static_cast<std::size_t>(kLastLevel - kFirstLevel - kLevels)]));
+      levels.push_back(Half(
+          levels[levels.size() - 1 - static_cast<std::size_t>(kParameters.smax - kParameters.smin - kParameters.S)]));
     }
-    for (int level = kFirstLevel + 1; level <= kLastLevel; ++level) {
-      const double from = kBaseScale * std::pow(step, level - 1);
+    for (int level = kParameters.smin + 1; level <= kParameters.smax; ++level) {
+      const double from = kParameters.sigma0 * std::pow(step, level - 1);
       levels.push_back(Blur(levels.back(), from * std::sqrt(step * step - 1)));
     }
   }
@@ -102,9 +97,9 @@ void BM_SiftPyramidOpenCv(benchmark::State& state) {
   // Both make the same pictures.
   const cv::Mat last = BuildPyramidOpenCv(picture).back();
   const auto pyramid = BuildPyramid(picture);
-  const int octave = kFirstOctave + kOctaves - 1;
+  const int octave = kParameters.omin + kParameters.O - 1;
   const cv::Mat ours(pyramid->GetOctaveHeight(octave), pyramid->GetOctaveWidth(octave), CV_32F,
-                     const_cast<float*>(pyramid->GetLevel(octave, kLastLevel)));
+                     const_cast<float*>(pyramid->GetLevel(octave, kParameters.smax)));
   if (ours.size() != last.size() || cv::norm(ours, last, cv::NORM_INF) > 1e-4) {
     state.SkipWithError("The two pyramids differ.");
     return;
@@ -120,7 +115,7 @@ void BM_SiftDetect(benchmark::State& state) {
   std::ptrdiff_t count = 0;
   for (auto _ : state) {
     const auto sift = BuildPyramid(picture);
-    sift->DetectKeypoints(kPeakThreshold, kEdgeThreshold);
+    sift->DetectKeypoints(kParameters.threshold, kParameters.edgeThreshold);
     count = sift->KeypointsEnd() - sift->KeypointsBegin();
   }
   CountPixels(state);
@@ -145,7 +140,7 @@ void DetectOpenCv(benchmark::State& state, double contrast) {
   const cv::Mat gray = Gray(state);
   cv::Mat quarter;
   cv::resize(gray, quarter, {gray.cols / 4, gray.rows / 4}, 0, 0, cv::INTER_AREA);
-  const auto sift = cv::SIFT::create(0, kLevels, contrast, kEdgeThreshold);
+  const auto sift = cv::SIFT::create(0, kParameters.S, contrast, kParameters.edgeThreshold);
   std::vector<cv::KeyPoint> keypoints;
   for (auto _ : state) {
     sift->detect(quarter, keypoints);
@@ -155,7 +150,7 @@ void DetectOpenCv(benchmark::State& state, double contrast) {
 }
 
 void BM_SiftDetectOpenCv(benchmark::State& state) {
-  DetectOpenCv(state, kLevels * kPeakThreshold);
+  DetectOpenCv(state, kParameters.S * kParameters.threshold);
 }
 
 /// Without candidates: what is left are the scale space and its scan. Its detection works out the orientations of what

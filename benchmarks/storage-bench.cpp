@@ -234,6 +234,10 @@ BENCHMARK(BM_Save<SavePlainly, false>)
     ->Name("BM_SaveFeatureFirstPlainLoop")
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Save<SaveBeside, false>)
+    ->Name("BM_SaveFeatureFirstPlainLoopBeside")
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Save<SaveCollection, true>)->Name("BM_SaveFeatureAgain")->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Save<SavePlainly, true>)
     ->Name("BM_SaveFeatureAgainPlainLoop")

@@ -35,7 +35,7 @@ Parameters:  1 - script file)"}) {}
 
 bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
   const std::string filename = StripQuotes(params[0]);
-  const std::string identity = base::FileIdentity(filename);
+  const std::string identity = base::CanonicalPath(filename);
   if (std::find(running.begin(), running.end(), identity) != running.end()) {
     Print("Script is already running");
     return false;

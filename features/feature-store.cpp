@@ -30,7 +30,7 @@ std::string StoredFeaturePath(const std::string& featureName, const std::string&
 bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
   TFeatureVector stored;
   stored.Assign(vector);
-  base::OrderDoubles(stored.GetData(), stored.GetLength());
+  base::ToLittleEndian(stored.GetData(), stored.GetLength());
   return base::ReplaceFile(path, stored.GetData(), stored.GetLength() * sizeof(double));
 }
 
@@ -41,7 +41,7 @@ base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, 
     const std::string_view bytes = reader.GetBytes();
     vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
     std::copy_n(bytes.data(), vector.GetLength() * sizeof(double), reinterpret_cast<char*>(vector.GetData()));
-    base::OrderDoubles(vector.GetData(), vector.GetLength());
+    base::ToLittleEndian(vector.GetData(), vector.GetLength());
   }
   return outcome;
 }

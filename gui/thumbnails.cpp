@@ -49,7 +49,7 @@ QPixmap TThumbnails::Get(const std::string& filename, qreal pixelRatio) {
   if (!stamp) {
     return {};
   }
-  const auto key = QByteArray::fromStdString(base::FileIdentity(filename));
+  const auto key = QByteArray::fromStdString(base::CanonicalPath(filename));
   const TEntry* kept = entries.object(key);
   if (kept != nullptr && kept->stamp == *stamp && kept->pixelRatio == pixelRatio) {
     return kept->picture;

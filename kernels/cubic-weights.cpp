@@ -7,7 +7,7 @@
 namespace kernels {
 namespace {
 
-// The cubic convolution kernel with a = -1/2 (R. Keys, 1981), also known as Catmull-Rom.
+/// The cubic convolution kernel with a = -1/2 (R. Keys, 1981), also known as Catmull-Rom.
 double CubicKernel(double t) {
   t = std::fabs(t);
   if (t < 1.0) {
@@ -21,7 +21,7 @@ double CubicKernel(double t) {
 
 }  // namespace
 
-CubicWeights::CubicWeights(int inputLength, int length) {
+TCubicWeights::TCubicWeights(int inputLength, int length) {
   const double step = static_cast<double>(inputLength) / length;
   // When shrinking the kernel is as many times wider, so that every input has its part and fine detail is averaged
   // instead of picked at random.
@@ -34,12 +34,12 @@ CubicWeights::CubicWeights(int inputLength, int length) {
 
   std::vector<double> exact(static_cast<std::size_t>(taps));
   for (int x = 0; x < length; ++x) {
-    // Pixels are squares: the centre of pixel i is at i + 1/2.
-    const double centre = (x + 0.5) * step;
-    const int begin = std::clamp(static_cast<int>(std::ceil(centre - reach - 0.5)), 0, inputLength - taps);
+    // Pixels are squares: the center of pixel i is at i + 1/2.
+    const double center = (x + 0.5) * step;
+    const int begin = std::clamp(static_cast<int>(std::ceil(center - reach - 0.5)), 0, inputLength - taps);
     double sum = 0.0;
     for (int t = 0; t < taps; ++t) {
-      exact[t] = CubicKernel((begin + t + 0.5 - centre) / width);
+      exact[t] = CubicKernel((begin + t + 0.5 - center) / width);
       sum += exact[t];
     }
     // The running total is rounded, not each weight: so the weights sum to one whatever their number, and even many

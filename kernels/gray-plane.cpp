@@ -23,8 +23,8 @@ constexpr hn::Repartition<int16_t, decltype(kBytes)> kShorts;
 constexpr hn::Repartition<uint16_t, decltype(kBytes)> kWords;
 constexpr hn::Repartition<int32_t, decltype(kBytes)> kSums;
 constexpr hn::Repartition<uint32_t, decltype(kBytes)> kPixels;
-using Bytes = hn::Vec<decltype(kBytes)>;
-using Pixels = hn::Vec<decltype(kPixels)>;
+using TBytes = hn::Vec<decltype(kBytes)>;
+using TPixels = hn::Vec<decltype(kPixels)>;
 
 // Red and green, or blue and green, of the four pixels in the first twelve bytes of a block, each as 16 bits.
 constexpr uint8_t kNone = 0x80;
@@ -35,9 +35,9 @@ alignas(16) constexpr uint8_t kBlueGreen[16] = {2, kNone, 1, kNone, 5,  kNone, 4
 // Brings the bytes of what Interleave makes into the order of its arguments.
 alignas(16) constexpr uint8_t kInOrder[16] = {0, 4, 8, 12, 2, 6, 10, 14, 1, 5, 9, 13, 3, 7, 11, 15};
 
-// 19595 R + 38470 G + 7471 B + 32768 of each pixel; the gray level is the third byte. As products have signs, green is
-// taken twice with half its weight.
-HWY_INLINE Pixels WeighedSums(Bytes pixels) {
+/// 19595 R + 38470 G + 7471 B + 32768 of each pixel; the gray level is the third byte. As products have signs, green is
+/// taken twice with half its weight.
+HWY_INLINE TPixels WeighedSums(TBytes pixels) {
   const auto pair = [](int32_t first, int32_t second)
                         HWY_ATTR { return BitCast(kShorts, Set(kSums, first | second << 16)); };
   const auto redGreen = BitCast(kShorts, TableLookupBytesOr0(pixels, LoadDup128(kBytes, kRedGreen)));
@@ -48,14 +48,14 @@ HWY_INLINE Pixels WeighedSums(Bytes pixels) {
   return BitCast(kPixels, RearrangeToOddPlusEven(even, odd));
 }
 
-// The third bytes of all lanes, first those of the first lanes.
-HWY_INLINE Bytes Interleave(Pixels a, Pixels b, Pixels c, Pixels d) {
+/// The third bytes of all lanes, first those of the first lanes.
+HWY_INLINE TBytes Interleave(TPixels a, TPixels b, TPixels c, TPixels d) {
   const auto ab = OddEven(BitCast(kWords, b), BitCast(kWords, hn::ShiftRight<16>(a)));
   const auto cd = OddEven(BitCast(kWords, d), BitCast(kWords, hn::ShiftRight<16>(c)));
   return BitCast(kBytes, Or(ab, hn::ShiftLeft<8>(cd)));
 }
 
-// Writes as many gray levels as whole vectors hold and returns their number.
+/// Writes as many gray levels as whole vectors hold and returns their number.
 size_t GrayVectors(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t width) {
   // A vector has room for `lanes` pixels of four bytes each, and what is loaded holds a third more of three.
   const size_t lanes = hn::Lanes(kPixels);
@@ -91,7 +91,7 @@ size_t GrayVectors(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, 
 
 #else
 
-// Lanes of one element cannot be shuffled: without vectors the plain loop does it all.
+/// Lanes of one element cannot be shuffled: without vectors the plain loop does it all.
 size_t GrayVectors(const uint8_t*, uint8_t*, size_t) {
   return 0;
 }

@@ -50,7 +50,8 @@ alignas(16) constexpr uint8_t kFirstStep[16] = {0, 0, 5, 5, 10, 10};
 // An index with this bit set looks up zero. In the upper byte of a 16-bit lane it makes a byte table yield lanes.
 constexpr int16_t kLookUpByte = static_cast<int16_t>(0x8000);
 
-// The bins of as many pixels as a vector has 16-bit lanes, in the lower byte of each lane. The upper byte is arbitrary.
+/// The bins of as many pixels as a vector has 16-bit lanes, in the lower byte of each lane. The upper byte is
+/// arbitrary.
 template <class D, class V = hn::Vec<D>>
 HWY_INLINE V Bins(D d, V red, V green, V blue) {
   const hn::Repartition<uint8_t, D> d8;
@@ -88,11 +89,11 @@ HWY_INLINE V Bins(D d, V red, V green, V blue) {
   const V step = Add(table(kFirstStep, sector), Sub(Xor(crossed, up), up));
 
   // Gray has neither hue nor saturation. Step 0 goes down to step 15, since the bits above are dropped.
-  const V colour = IfThenElseZero(Gt(delta, Zero(d)), Sub(hn::ShiftLeft<4>(step), hn::ShiftLeft<2>(saturation)));
-  return Add(colour, hn::ShiftRight<6>(value));
+  const V color = IfThenElseZero(Gt(delta, Zero(d)), Sub(hn::ShiftLeft<4>(step), hn::ShiftLeft<2>(saturation)));
+  return Add(color, hn::ShiftRight<6>(value));
 }
 
-// The bins of one vector of pixels.
+/// The bins of one vector of pixels.
 HWY_INLINE void StoreBins(const uint8_t* pixels, uint8_t* bins) {
   const hn::ScalableTag<uint8_t> d8;
   const hn::Repartition<int16_t, decltype(d8)> d16;
@@ -109,7 +110,7 @@ HWY_INLINE void StoreBins(const uint8_t* pixels, uint8_t* bins) {
   StoreU(OddEven(BitCast(d8, hn::ShiftLeft<8>(oddBins)), BitCast(d8, evenBins)), d8, bins);
 }
 
-// Writes the bins of `count` neighbouring pixels if they fill a vector, and returns whether they do.
+/// Writes the bins of `count` neighboring pixels if they fill a vector, and returns whether they do.
 bool StoreBinsOfVectors(const uint8_t* pixels, size_t count, uint8_t* bins) {
   const size_t lanes = hn::Lanes(hn::ScalableTag<uint8_t>());
   if (count < lanes) {
@@ -127,14 +128,14 @@ bool StoreBinsOfVectors(const uint8_t* pixels, size_t count, uint8_t* bins) {
 
 #else
 
-// Lanes of one element have no tables to look up in: without vectors the plain formula does it all.
+/// Lanes of one element have no tables to look up in: without vectors the plain formula does it all.
 bool StoreBinsOfVectors(const uint8_t*, size_t, uint8_t*) {
   return false;
 }
 
 #endif
 
-// The plain formula, for rows that are too short.
+/// The plain formula, for rows that are too short.
 uint8_t BinOfPixel(int red, int green, int blue) {
   const int value = std::max({red, green, blue});
   const int delta = value - std::min({red, green, blue});
@@ -163,7 +164,7 @@ void BinsOfRow(const uint8_t* pixels, size_t count, uint8_t* bins) {
 }  // namespace
 
 void HsvHistogram(const uint8_t* rgb, int stride, int width, int height, uint64_t* counts) {
-  CountTables tables;
+  TCountTables tables;
   HWY_ALIGN uint8_t bins[kBlock];
   for (int y = 0; y < height; ++y) {
     const uint8_t* row = rgb + static_cast<ptrdiff_t>(y) * stride;

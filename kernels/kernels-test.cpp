@@ -27,13 +27,13 @@
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-using Counts = std::array<std::uint64_t, 256>;
-using Lengths = std::vector<std::size_t>;
+using TBytes = std::vector<unsigned char>;
+using TCounts = std::array<std::uint64_t, 256>;
+using TLengths = std::vector<std::size_t>;
 
-// Runs `check` once on each SIMD level of this machine, the one without vectors included.
-template <class Check>
-void OnEachTarget(Check check) {
+/// Runs `check` once on each SIMD level of this machine, the one without vectors included.
+template <typename TCheck>
+void OnEachTarget(TCheck check) {
   for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
     hwy::SetSupportedTargetsForTest(target);
     SCOPED_TRACE(hwy::TargetName(target));
@@ -42,18 +42,18 @@ void OnEachTarget(Check check) {
   hwy::SetSupportedTargetsForTest(0);
 }
 
-Bytes RandomBytes(std::size_t count, unsigned seed) {
+TBytes RandomBytes(std::size_t count, unsigned seed) {
   std::mt19937 random(seed);
-  Bytes bytes(count);
+  TBytes bytes(count);
   std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random() >> 24); });
   return bytes;
 }
 
-// Bytes with few levels and long runs: neighbours that are equal, and all that saturates.
-Bytes RunsOfBytes(std::size_t count, unsigned seed) {
+/// Bytes with few levels and long runs: neighbors that are equal, and all that saturates.
+TBytes RunsOfBytes(std::size_t count, unsigned seed) {
   std::mt19937 random(seed);
   constexpr std::array<unsigned char, 6> kLevels{0, 1, 63, 128, 254, 255};
-  Bytes bytes;
+  TBytes bytes;
   while (bytes.size() < count) {
     bytes.resize(bytes.size() + 1 + random() % 40, kLevels[random() % kLevels.size()]);
   }
@@ -61,7 +61,7 @@ Bytes RunsOfBytes(std::size_t count, unsigned seed) {
   return bytes;
 }
 
-// Picture sizes that leave each number of pixels beside whole vectors, and rows longer than a block of work.
+/// Picture sizes that leave each number of pixels beside whole vectors, and rows longer than a block of work.
 std::vector<std::array<int, 2>> OddSizes() {
   std::vector<std::array<int, 2>> sizes{{0, 0}, {0, 4}, {4, 0}, {131, 3}, {4095, 3}, {4099, 4}, {8195, 3}};
   for (int width = 1; width <= 72; ++width) {
@@ -70,47 +70,47 @@ std::vector<std::array<int, 2>> OddSizes() {
   return sizes;
 }
 
-// Every colour once, 4096 to a row.
-const Bytes& AllColours() {
-  static const Bytes colours = [] {
-    Bytes bytes;
+// Every color once, 4096 to a row.
+const TBytes& AllColors() {
+  static const TBytes colors = [] {
+    TBytes bytes;
     bytes.reserve(3u << 24);
-    for (unsigned colour = 0; colour < 1u << 24; ++colour) {
-      bytes.push_back(static_cast<unsigned char>(colour >> 16));
-      bytes.push_back(static_cast<unsigned char>(colour >> 8));
-      bytes.push_back(static_cast<unsigned char>(colour));
+    for (unsigned color = 0; color < 1u << 24; ++color) {
+      bytes.push_back(static_cast<unsigned char>(color >> 16));
+      bytes.push_back(static_cast<unsigned char>(color >> 8));
+      bytes.push_back(static_cast<unsigned char>(color));
     }
     return bytes;
   }();
-  return colours;
+  return colors;
 }
 
 TEST(GrayPlane, WeighsTheChannels) {
   // Worked out by hand from (19595 R + 38470 G + 7471 B + 32768) / 65536, cut.
-  const Bytes rgb{0, 0, 0, 255, 255, 255, 255, 0, 0, 0, 255, 0, 0, 0, 255, 1, 2, 3, 200, 100, 50, 128, 128, 128};
-  const Bytes expected{0, 255, 76, 150, 29, 2, 124, 128};
-  Bytes gray(expected.size());
+  const TBytes rgb{0, 0, 0, 255, 255, 255, 255, 0, 0, 0, 255, 0, 0, 0, 255, 1, 2, 3, 200, 100, 50, 128, 128, 128};
+  const TBytes expected{0, 255, 76, 150, 29, 2, 124, 128};
+  TBytes gray(expected.size());
   kernels::reference::GrayPlane(rgb.data(), 24, gray.data(), 8, 8, 1);
   EXPECT_EQ(gray, expected);
 }
 
 TEST(GrayPlane, EqualsThePlainLoopOnEachTarget) {
-  const Bytes& colours = AllColours();
-  Bytes expected(1u << 24);
-  kernels::reference::GrayPlane(colours.data(), 3 * 4096, expected.data(), 4096, 4096, 4096);
+  const TBytes& colors = AllColors();
+  TBytes expected(1u << 24);
+  kernels::reference::GrayPlane(colors.data(), 3 * 4096, expected.data(), 4096, 4096, 4096);
   OnEachTarget([&] {
-    Bytes gray(1u << 24);
-    kernels::GrayPlane(colours.data(), 3 * 4096, gray.data(), 4096, 4096, 4096);
-    EXPECT_TRUE(gray == expected) << "on some of all colours";
+    TBytes gray(1u << 24);
+    kernels::GrayPlane(colors.data(), 3 * 4096, gray.data(), 4096, 4096, 4096);
+    EXPECT_TRUE(gray == expected) << "on some of all colors";
 
     for (const auto& [width, height] : OddSizes()) {
       SCOPED_TRACE(testing::Message() << width << " x " << height);
       const int rgbStride = 3 * width + 5;
       const int grayStride = width + 3;
-      const Bytes rgb = RandomBytes(static_cast<std::size_t>(rgbStride * height), static_cast<unsigned>(width));
+      const TBytes rgb = RandomBytes(static_cast<std::size_t>(rgbStride * height), static_cast<unsigned>(width));
       // The bytes between the rows hold 0xA5 before, and must do so afterwards.
-      Bytes wanted(static_cast<std::size_t>(grayStride * height), 0xA5);
-      Bytes written = wanted;
+      TBytes wanted(static_cast<std::size_t>(grayStride * height), 0xA5);
+      TBytes written = wanted;
       kernels::reference::GrayPlane(rgb.data(), rgbStride, wanted.data(), grayStride, width, height);
       kernels::GrayPlane(rgb.data(), rgbStride, written.data(), grayStride, width, height);
       EXPECT_EQ(written, wanted);
@@ -120,10 +120,10 @@ TEST(GrayPlane, EqualsThePlainLoopOnEachTarget) {
 
 TEST(SwapRedBlue, ReversesTheBytesOfEachPixelAndTurnsRowsRound) {
   // Two rows of two pixels, the second row first, with two bytes of padding.
-  const Bytes bitmap{7, 8, 9, 10, 11, 12, 0, 0, 1, 2, 3, 4, 5, 6, 0, 0};
-  const Bytes expected{3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10};
+  const TBytes bitmap{7, 8, 9, 10, 11, 12, 0, 0, 1, 2, 3, 4, 5, 6, 0, 0};
+  const TBytes expected{3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10};
   OnEachTarget([&] {
-    Bytes rgb(expected.size());
+    TBytes rgb(expected.size());
     kernels::SwapRedBlue(bitmap.data() + 8, -8, rgb.data(), 6, 2, 2);
     EXPECT_EQ(rgb, expected);
   });
@@ -134,9 +134,9 @@ TEST(SwapRedBlue, EqualsThePlainLoopOnEachTarget) {
     for (const auto& [width, height] : OddSizes()) {
       SCOPED_TRACE(testing::Message() << width << " x " << height);
       const std::ptrdiff_t stride = 3 * width + 1;
-      const Bytes source = RandomBytes(static_cast<std::size_t>(stride * height), static_cast<unsigned>(width));
-      Bytes wanted(static_cast<std::size_t>((stride + 4) * height), 0xA5);
-      Bytes written = wanted;
+      const TBytes source = RandomBytes(static_cast<std::size_t>(stride * height), static_cast<unsigned>(width));
+      TBytes wanted(static_cast<std::size_t>((stride + 4) * height), 0xA5);
+      TBytes written = wanted;
       const std::ptrdiff_t lastRow = (stride + 4) * std::max(height - 1, 0);
       kernels::reference::SwapRedBlue(source.data(), stride, wanted.data() + lastRow, -stride - 4, width, height);
       kernels::SwapRedBlue(source.data(), stride, written.data() + lastRow, -stride - 4, width, height);
@@ -147,7 +147,7 @@ TEST(SwapRedBlue, EqualsThePlainLoopOnEachTarget) {
 
 TEST(HsvHistogram, PutsPixelsIntoTheBinsOfTheTable) {
   struct {
-    Bytes pixel;
+    TBytes pixel;
     int bin;
   } const kCases[] = {
       {{0, 0, 0}, 0},       {{63, 63, 63}, 0},  {{64, 64, 64}, 1},    {{128, 128, 128}, 2},
@@ -159,13 +159,13 @@ TEST(HsvHistogram, PutsPixelsIntoTheBinsOfTheTable) {
     OnEachTarget([&, &pixel = pixel, &bin = bin] {
       // One pixel alone, and enough of it for whole vectors.
       for (const int width : {1, 200}) {
-        Bytes rgb;
+        TBytes rgb;
         for (int x = 0; x < width; ++x) {
           rgb.insert(rgb.end(), pixel.begin(), pixel.end());
         }
-        Counts expected{};
+        TCounts expected{};
         expected[static_cast<std::size_t>(bin)] = static_cast<std::uint64_t>(width);
-        Counts counts;
+        TCounts counts;
         kernels::HsvHistogram(rgb.data(), 3 * width, width, 1, counts.data());
         EXPECT_EQ(counts, expected) << testing::PrintToString(pixel) << " times " << width;
       }
@@ -173,18 +173,18 @@ TEST(HsvHistogram, PutsPixelsIntoTheBinsOfTheTable) {
   }
 }
 
-TEST(HsvHistogram, HasTheBinOfThePlainFormulaForEveryColour) {
-  // One histogram for each pair of red and green, so that errors of different colours cannot make up for one another.
-  const Bytes& colours = AllColours();
-  std::vector<Counts> expected(1u << 16);
+TEST(HsvHistogram, HasTheBinOfThePlainFormulaForEveryColor) {
+  // One histogram for each pair of red and green, so that errors of different colors cannot make up for one another.
+  const TBytes& colors = AllColors();
+  std::vector<TCounts> expected(1u << 16);
   for (std::size_t pair = 0; pair < expected.size(); ++pair) {
-    kernels::reference::HsvHistogram(colours.data() + pair * 768, 768, 256, 1, expected[pair].data());
+    kernels::reference::HsvHistogram(colors.data() + pair * 768, 768, 256, 1, expected[pair].data());
   }
   const auto wrongHistograms = [&](int width) {
     std::size_t wrong = 0;
     for (std::size_t pair = 0; pair < expected.size(); ++pair) {
-      Counts counts;
-      kernels::HsvHistogram(colours.data() + pair * 768, 3 * width, width, 256 / width, counts.data());
+      TCounts counts;
+      kernels::HsvHistogram(colors.data() + pair * 768, 3 * width, width, 256 / width, counts.data());
       wrong += counts != expected[pair];
     }
     return wrong;
@@ -200,9 +200,9 @@ TEST(HsvHistogram, EqualsThePlainLoopOnEachTarget) {
       SCOPED_TRACE(testing::Message() << width << " x " << height);
       const int stride = 3 * width + 7;
       const std::size_t size = static_cast<std::size_t>(stride * height);
-      for (const Bytes& rgb : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
-        Counts expected;
-        Counts counts;
+      for (const TBytes& rgb : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
+        TCounts expected;
+        TCounts counts;
         counts.fill(99);  // what was there is overwritten
         kernels::reference::HsvHistogram(rgb.data(), stride, width, height, expected.data());
         kernels::HsvHistogram(rgb.data(), stride, width, height, counts.data());
@@ -214,9 +214,9 @@ TEST(HsvHistogram, EqualsThePlainLoopOnEachTarget) {
   });
 }
 
-TEST(LbpHistogram, SetsOneBitForEachGreaterNeighbour) {
+TEST(LbpHistogram, SetsOneBitForEachGreaterNeighbor) {
   struct {
-    Bytes block;
+    TBytes block;
     std::size_t pattern;
   } const kCases[] = {
       {{9, 9, 9, 9, 5, 9, 9, 9, 9}, 255},
@@ -234,9 +234,9 @@ TEST(LbpHistogram, SetsOneBitForEachGreaterNeighbour) {
       {{128, 0, 0, 0, 127, 255, 0, 0, 0}, 17},
   };
   for (const auto& [block, pattern] : kCases) {
-    Counts expected{};
+    TCounts expected{};
     expected[pattern] = 1;
-    Counts counts;
+    TCounts counts;
     kernels::reference::LbpHistogram(block.data(), 3, 3, 3, counts.data());
     EXPECT_EQ(counts, expected) << testing::PrintToString(block);
     OnEachTarget([&, &block = block] {
@@ -252,9 +252,9 @@ TEST(LbpHistogram, EqualsThePlainLoopOnEachTarget) {
       SCOPED_TRACE(testing::Message() << width << " x " << height + 1);
       const int stride = width + 3;
       const std::size_t size = static_cast<std::size_t>(stride * (height + 1));
-      for (const Bytes& gray : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
-        Counts expected;
-        Counts counts;
+      for (const TBytes& gray : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
+        TCounts expected;
+        TCounts counts;
         counts.fill(99);  // what was there is overwritten
         kernels::reference::LbpHistogram(gray.data(), stride, width, height + 1, expected.data());
         kernels::LbpHistogram(gray.data(), stride, width, height + 1, counts.data());
@@ -267,15 +267,15 @@ TEST(LbpHistogram, EqualsThePlainLoopOnEachTarget) {
   });
 }
 
-using ResizeFunction = void (*)(const unsigned char*, int, int, int, unsigned char*, int, int, int);
+using TResizeFunction = void (*)(const unsigned char*, int, int, int, unsigned char*, int, int, int);
 
-struct ResizeKind {
+struct TResizeKind {
   int channels;
-  ResizeFunction kernel;
-  ResizeFunction plain;
+  TResizeFunction kernel;
+  TResizeFunction plain;
 };
 
-constexpr ResizeKind kResizeKinds[] = {
+constexpr TResizeKind kResizeKinds[] = {
     {1, kernels::ResizeCubicGray, kernels::reference::ResizeCubicGray},
     {3, kernels::ResizeCubicRgb, kernels::reference::ResizeCubicRgb},
 };
@@ -287,16 +287,16 @@ constexpr int kResizeSizes[][4] = {
     {160, 120, 40, 30}, {5, 300, 9, 11}, {300, 5, 11, 9},  {10, 10, 70, 71}, {640, 3, 7, 2},   {99, 100, 98, 101},
 };
 
-Bytes Resized(ResizeFunction resize, const Bytes& source, int channels, const int (&size)[4], int padding) {
+TBytes Resized(TResizeFunction resize, const TBytes& source, int channels, const int (&size)[4], int padding) {
   const int stride = size[2] * channels + padding;
-  Bytes result(static_cast<std::size_t>(stride * size[3]), 0xA5);
+  TBytes result(static_cast<std::size_t>(stride * size[3]), 0xA5);
   resize(source.data(), size[0] * channels + padding, size[0], size[1], result.data(), stride, size[2], size[3]);
   return result;
 }
 
-// One level, evaluated in floating point straight from the definition: the kernel of Catmull and Rom over all pixels,
-// stretched where an axis shrinks, divided by the sum of the weights that fall into the picture.
-double ExactLevel(const Bytes& source, int channels, const int (&size)[4], int x, int y, int channel) {
+/// One level, evaluated in floating point straight from the definition: the kernel of Catmull and Rom over all pixels,
+/// stretched where an axis shrinks, divided by the sum of the weights that fall into the picture.
+double ExactLevel(const TBytes& source, int channels, const int (&size)[4], int x, int y, int channel) {
   const auto weight = [](int pixel, int output, int from, int to) {
     const double step = static_cast<double>(from) / to;
     const double t = std::abs((pixel + 0.5) - (output + 0.5) * step) / std::max(1.0, step);
@@ -319,13 +319,13 @@ double ExactLevel(const Bytes& source, int channels, const int (&size)[4], int x
 }
 
 TEST(ResizeCubic, IsWithinOneLevelOfTheExactValue) {
-  for (const ResizeKind& kind : kResizeKinds) {
+  for (const TResizeKind& kind : kResizeKinds) {
     for (const auto& size : kResizeSizes) {
       SCOPED_TRACE(testing::PrintToString(size) + " channels " + std::to_string(kind.channels));
       const std::size_t bytes = static_cast<std::size_t>(size[0] * size[1] * kind.channels);
       // The runs hold the greatest steps that a picture can have, which make the greatest overshoot.
-      for (const Bytes& source : {RandomBytes(bytes, 3), RunsOfBytes(bytes, 4)}) {
-        const Bytes result = Resized(kind.kernel, source, kind.channels, size, 0);
+      for (const TBytes& source : {RandomBytes(bytes, 3), RunsOfBytes(bytes, 4)}) {
+        const TBytes result = Resized(kind.kernel, source, kind.channels, size, 0);
         double worst = 0;
         std::size_t i = 0;
         for (int y = 0; y < size[3]; ++y) {
@@ -345,11 +345,11 @@ TEST(ResizeCubic, IsWithinOneLevelOfTheExactValue) {
 
 TEST(ResizeCubic, EqualsThePlainLoopOnEachTarget) {
   OnEachTarget([&] {
-    for (const ResizeKind& kind : kResizeKinds) {
+    for (const TResizeKind& kind : kResizeKinds) {
       for (const auto& size : kResizeSizes) {
         SCOPED_TRACE(testing::PrintToString(size) + " channels " + std::to_string(kind.channels));
         const std::size_t bytes = static_cast<std::size_t>((size[0] * kind.channels + 5) * size[1]);
-        for (const Bytes& source : {RandomBytes(bytes, 5), RunsOfBytes(bytes, 6)}) {
+        for (const TBytes& source : {RandomBytes(bytes, 5), RunsOfBytes(bytes, 6)}) {
           EXPECT_EQ(Resized(kind.kernel, source, kind.channels, size, 5),
                     Resized(kind.plain, source, kind.channels, size, 5));
         }
@@ -360,15 +360,15 @@ TEST(ResizeCubic, EqualsThePlainLoopOnEachTarget) {
 
 TEST(ResizeCubic, KeepsAnEvenPictureEvenAndCopiesAtTheSameSize) {
   OnEachTarget([&] {
-    for (const ResizeKind& kind : kResizeKinds) {
+    for (const TResizeKind& kind : kResizeKinds) {
       for (const auto& size : kResizeSizes) {
         for (const unsigned char level : {0, 1, 127, 255}) {
-          const Bytes even(static_cast<std::size_t>(size[0] * size[1] * kind.channels), level);
-          const Bytes result = Resized(kind.kernel, even, kind.channels, size, 0);
-          EXPECT_EQ(result, Bytes(result.size(), level)) << testing::PrintToString(size);
+          const TBytes even(static_cast<std::size_t>(size[0] * size[1] * kind.channels), level);
+          const TBytes result = Resized(kind.kernel, even, kind.channels, size, 0);
+          EXPECT_EQ(result, TBytes(result.size(), level)) << testing::PrintToString(size);
         }
         const int same[4] = {size[0], size[1], size[0], size[1]};
-        const Bytes source = RandomBytes(static_cast<std::size_t>(size[0] * size[1] * kind.channels), 7);
+        const TBytes source = RandomBytes(static_cast<std::size_t>(size[0] * size[1] * kind.channels), 7);
         EXPECT_EQ(Resized(kind.kernel, source, kind.channels, same, 0), source) << testing::PrintToString(size);
       }
     }
@@ -378,7 +378,7 @@ TEST(ResizeCubic, KeepsAnEvenPictureEvenAndCopiesAtTheSameSize) {
 TEST(ResizeCubic, KeepsTheShareOfTinyWeights) {
   // 60,000 taps with weights of a fraction of the smallest unit each. The left half is black, the right half white: the
   // kernel is symmetric about the middle, so that the result is half way, give or take the rounding.
-  Bytes source(60000, 0);
+  TBytes source(60000, 0);
   std::fill(source.begin() + 30000, source.end(), 255);
   unsigned char level = 0;
   kernels::ResizeCubicGray(source.data(), 60000, 60000, 1, &level, 1, 1, 1);
@@ -386,15 +386,15 @@ TEST(ResizeCubic, KeepsTheShareOfTinyWeights) {
 }
 
 TEST(ResizeCubic, WritesNothingForEmptyPictures) {
-  const Bytes source(64, 7);
-  for (const ResizeKind& kind : kResizeKinds) {
+  const TBytes source(64, 7);
+  for (const TResizeKind& kind : kResizeKinds) {
     for (int zero = 0; zero < 4; ++zero) {
       for (const int empty : {0, -1}) {
         int size[4] = {2, 2, 2, 2};
         size[zero] = empty;
-        Bytes destination(64, 0xA5);
+        TBytes destination(64, 0xA5);
         kind.kernel(source.data(), 8, size[0], size[1], destination.data(), 8, size[2], size[3]);
-        EXPECT_EQ(destination, Bytes(64, 0xA5));
+        EXPECT_EQ(destination, TBytes(64, 0xA5));
       }
     }
   }
@@ -408,7 +408,7 @@ TEST(AddL1Distances, EqualsThePlainLoopToTheLastBit) {
   const auto number = [&] { return std::ldexp(static_cast<double>(random()) - 2e9, static_cast<int>(random() % 40)); };
 
   OnEachTarget([&] {
-    for (const auto& lengths : {Lengths{}, {0}, {1}, {2}, {7}, {255}, {256}, {256, 7}, {2, 0, 300}, {9, 1, 16}}) {
+    for (const auto& lengths : {TLengths{}, {0}, {1}, {2}, {7}, {255}, {256}, {256, 7}, {2, 0, 300}, {9, 1, 16}}) {
       for (const std::size_t count : {0, 1, 3, 4, 5, 8, 100}) {
         SCOPED_TRACE(testing::Message() << count << " candidates of " << testing::PrintToString(lengths));
         std::vector<std::vector<double>> vectors;
@@ -421,7 +421,7 @@ TEST(AddL1Distances, EqualsThePlainLoopToTheLastBit) {
             }
           }
         }
-        if (lengths == Lengths{7}) {
+        if (lengths == TLengths{7}) {
           vectors[0][3] = kInfinity;  // less infinity gives NaN
         }
         // The first are the query.

@@ -32,12 +32,12 @@ constexpr size_t kLine = 8;
 
 constexpr size_t kAbreast = 4;
 
-// Asks for the vectors of the candidates ahead, line by line and one vector behind the other, as they lie in memory as
-// a rule. A processor knows such a stream for what it is; left to itself it sees one short stream for each candidate
-// abreast and fetches too late, and asking for a line of each in turn is no help: twice the time on some.
-class ReadAhead {
+/// Asks for the vectors of the candidates ahead, line by line and one vector behind the other, as they lie in memory as
+/// a rule. A processor knows such a stream for what it is; left to itself it sees one short stream for each candidate
+/// abreast and fetches too late, and asking for a line of each in turn is no help: twice the time on some.
+class TReadAhead {
  public:
-  ReadAhead(Vectors query, const double* const* candidates) : query(query), vector(candidates) {}
+  TReadAhead(TVectors query, const double* const* candidates) : query(query), vector(candidates) {}
 
   void FetchLine() {
     hwy::Prefetch(*vector + i);
@@ -50,17 +50,17 @@ class ReadAhead {
   }
 
  private:
-  const Vectors query;
+  const TVectors query;
   const double* const* vector;
   size_t v = 0;
   size_t i = 0;
 };
 
-// Four candidates abreast, two to a vector of lanes: an addition takes four cycles, so that one sum alone would wait
-// most of the time. Two lanes are enough to be as fast as the memory that the candidates come from. Each candidate has
-// its next vector `step` further on.
+/// Four candidates abreast, two to a vector of lanes: an addition takes four cycles, so that one sum alone would wait
+/// most of the time. Two lanes are enough to be as fast as the memory that the candidates come from. Each candidate has
+/// its next vector `step` further on.
 void AddFour(const double* HWY_RESTRICT query, size_t length, const double* const* candidates, size_t step,
-             ReadAhead& ahead, double* HWY_RESTRICT sums) {
+             TReadAhead& ahead, double* HWY_RESTRICT sums) {
   const hn::FixedTag<double, 2> d;
   const double* const c0 = candidates[0];
   const double* const c1 = candidates[step];
@@ -95,14 +95,14 @@ void AddFour(const double* HWY_RESTRICT query, size_t length, const double* cons
   }
 }
 
-// Takes the candidates four by four and returns the number of those it took.
-size_t AddGroups(Vectors query, const double* const* candidates, size_t count, double* sums) {
+/// Takes the candidates four by four and returns the number of those it took.
+size_t AddGroups(TVectors query, const double* const* candidates, size_t count, double* sums) {
   const size_t step = query.size();
   size_t c = 0;
   for (; c + kAbreast <= count; c += kAbreast) {
     // Behind the last four there is nothing to fetch but themselves.
     const bool isLast = c + 2 * kAbreast > count;
-    ReadAhead ahead(query, candidates + (isLast ? c : c + kAbreast) * step);
+    TReadAhead ahead(query, candidates + (isLast ? c : c + kAbreast) * step);
     for (size_t v = 0; v < step; ++v) {
       AddFour(query[v].data(), query[v].size(), candidates + c * step + v, step, ahead, sums + c);
     }
@@ -112,8 +112,8 @@ size_t AddGroups(Vectors query, const double* const* candidates, size_t count, d
 
 #else
 
-// Lanes of one element cannot be interleaved: without vectors the plain loop does it all.
-size_t AddGroups(Vectors, const double* const*, size_t, double*) {
+/// Lanes of one element cannot be interleaved: without vectors the plain loop does it all.
+size_t AddGroups(TVectors, const double* const*, size_t, double*) {
   return 0;
 }
 
@@ -122,8 +122,8 @@ size_t AddGroups(Vectors, const double* const*, size_t, double*) {
 // Elements between two looks at whether a candidate is out already. Histograms tell early.
 constexpr size_t kLook = 64;
 
-// True if the sum is above `limit` for certain: it adds in whatever order is fastest and stops where it is. Elements
-// behind the last whole kLook do not count.
+/// True if the sum is above `limit` for certain: it adds in whatever order is fastest and stops where it is. Elements
+/// behind the last whole kLook do not count.
 bool IsAbove(double limit, const double* HWY_RESTRICT query, const double* HWY_RESTRICT candidate, size_t length) {
   const hn::CappedTag<double, kLook / 4> d;
   const size_t lanes = hn::Lanes(d);
@@ -148,7 +148,7 @@ bool IsAbove(double limit, const double* HWY_RESTRICT query, const double* HWY_R
 
 }  // namespace
 
-void AddL1Distances(Vectors query, const double* const* candidates, size_t count, double* sums) {
+void AddL1Distances(TVectors query, const double* const* candidates, size_t count, double* sums) {
   for (size_t c = AddGroups(query, candidates, count, sums); c < count; ++c) {
     for (size_t v = 0; v < query.size(); ++v) {
       sums[c] = DistanceOnto(sums[c], query[v].data(), candidates[c * query.size() + v], 0, query[v].size());
@@ -191,7 +191,7 @@ namespace kernels {
 HWY_EXPORT(AddL1Distances);
 HWY_EXPORT(FindNearestL1);
 
-void AddL1Distances(Vectors query, const double* const* candidates, std::size_t count, double* sums) {
+void AddL1Distances(TVectors query, const double* const* candidates, std::size_t count, double* sums) {
   HWY_DYNAMIC_DISPATCH(AddL1Distances)(query, candidates, count, sums);
 }
 

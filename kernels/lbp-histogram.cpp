@@ -21,59 +21,59 @@ namespace hn = hwy::HWY_NAMESPACE;
 // Patterns are worked out this many at a time; the block stays in the first-level cache until it is counted.
 constexpr size_t kBlock = 4096;
 
-// The eight neighbours of a pixel as distances from its address, bit 0 first.
-struct Neighbours {
-  explicit Neighbours(ptrdiff_t stride)
+/// The eight neighbors of a pixel as distances from its address, bit 0 first.
+struct TNeighbors {
+  explicit TNeighbors(ptrdiff_t stride)
       : offsets{-stride - 1, -stride, -stride + 1, -1, 1, stride - 1, stride, stride + 1} {}
 
   ptrdiff_t offsets[8];
 };
 
-HWY_INLINE void StorePatterns(const uint8_t* centres, const Neighbours& neighbours, uint8_t* patterns) {
+HWY_INLINE void StorePatterns(const uint8_t* centers, const TNeighbors& neighbors, uint8_t* patterns) {
   const hn::ScalableTag<uint8_t> d;
-  const auto centre = LoadU(d, centres);
+  const auto center = LoadU(d, centers);
   auto pattern = Zero(d);
   for (int bit = 0; bit < 8; ++bit) {
-    const auto isGreater = Gt(LoadU(d, centres + neighbours.offsets[bit]), centre);
+    const auto isGreater = Gt(LoadU(d, centers + neighbors.offsets[bit]), center);
     pattern = Or(pattern, IfThenElseZero(isGreater, Set(d, static_cast<uint8_t>(1u << bit))));
   }
   StoreU(pattern, d, patterns);
 }
 
-// The patterns of `count` neighbouring pixels.
-void PatternsOfRow(const uint8_t* centres, const Neighbours& neighbours, size_t count, uint8_t* patterns) {
+/// The patterns of `count` neighboring pixels.
+void PatternsOfRow(const uint8_t* centers, const TNeighbors& neighbors, size_t count, uint8_t* patterns) {
   const size_t lanes = hn::Lanes(hn::ScalableTag<uint8_t>());
   if (count < lanes) {
     for (size_t x = 0; x < count; ++x) {
       unsigned pattern = 0;
       for (int bit = 0; bit < 8; ++bit) {
-        pattern |= (centres[static_cast<ptrdiff_t>(x) + neighbours.offsets[bit]] > centres[x] ? 1u : 0u) << bit;
+        pattern |= (centers[static_cast<ptrdiff_t>(x) + neighbors.offsets[bit]] > centers[x] ? 1u : 0u) << bit;
       }
       patterns[x] = static_cast<uint8_t>(pattern);
     }
     return;
   }
   for (size_t x = 0; x + lanes <= count; x += lanes) {
-    StorePatterns(centres + x, neighbours, patterns + x);
+    StorePatterns(centers + x, neighbors, patterns + x);
   }
   if (count % lanes != 0) {
     // What is left gets a whole vector too, which repeats some of the patterns before it.
-    StorePatterns(centres + count - lanes, neighbours, patterns + count - lanes);
+    StorePatterns(centers + count - lanes, neighbors, patterns + count - lanes);
   }
 }
 
 }  // namespace
 
 void LbpHistogram(const uint8_t* gray, int stride, int width, int height, uint64_t* counts) {
-  const Neighbours neighbours(stride);
+  const TNeighbors neighbors(stride);
   const size_t interior = static_cast<size_t>(width) - 2;
-  CountTables tables;
+  TCountTables tables;
   HWY_ALIGN uint8_t patterns[kBlock];
   for (int y = 1; y < height - 1; ++y) {
     const uint8_t* row = gray + static_cast<ptrdiff_t>(y) * stride + 1;
     for (size_t x = 0; x < interior; x += kBlock) {
       const size_t count = std::min(kBlock, interior - x);
-      PatternsOfRow(row + x, neighbours, count, patterns);
+      PatternsOfRow(row + x, neighbors, count, patterns);
       tables.Add(patterns, count);
     }
   }

@@ -81,7 +81,7 @@ inline void LbpHistogram(const unsigned char* gray, int stride, int width, int h
   std::fill_n(counts, 256, 0);
   for (std::ptrdiff_t y = 1; y < height - 1; ++y) {
     for (std::ptrdiff_t x = 1; x < width - 1; ++x) {
-      const unsigned char centre = gray[y * stride + x];
+      const unsigned char center = gray[y * stride + x];
       int pattern = 0;
       int weight = 1;
       for (std::ptrdiff_t dy = -1; dy <= 1; ++dy) {
@@ -89,7 +89,7 @@ inline void LbpHistogram(const unsigned char* gray, int stride, int width, int h
           if (dx == 0 && dy == 0) {
             continue;
           }
-          if (gray[(y + dy) * stride + x + dx] > centre) {
+          if (gray[(y + dy) * stride + x + dx] > center) {
             pattern += weight;
           }
           weight *= 2;
@@ -100,15 +100,15 @@ inline void LbpHistogram(const unsigned char* gray, int stride, int width, int h
   }
 }
 
-// Cubic resampling in the fixed point that resize-cubic.h describes: all rows horizontally, then all columns
-// vertically.
+/// Cubic resampling in the fixed point that resize-cubic.h describes: all rows horizontally, then all columns
+/// vertically.
 inline void ResizeCubic(int channels, const unsigned char* source, int sourceStride, int sourceWidth, int sourceHeight,
                         unsigned char* destination, int destinationStride, int width, int height) {
   if (std::min({sourceWidth, sourceHeight, width, height}) < 1) {
     return;
   }
-  const CubicWeights horizontal(sourceWidth, width);
-  const CubicWeights vertical(sourceHeight, height);
+  const TCubicWeights horizontal(sourceWidth, width);
+  const TCubicWeights vertical(sourceHeight, height);
   const std::ptrdiff_t columns = static_cast<std::ptrdiff_t>(channels) * width;
   std::vector<int> rows(static_cast<std::size_t>(columns * sourceHeight));
   for (std::ptrdiff_t y = 0; y < sourceHeight; ++y) {
@@ -145,7 +145,7 @@ inline void ResizeCubicGray(const unsigned char* source, int sourceStride, int s
   ResizeCubic(1, source, sourceStride, sourceWidth, sourceHeight, destination, destinationStride, width, height);
 }
 
-inline void AddL1Distances(Vectors query, const double* const* candidates, std::size_t count, double* sums) {
+inline void AddL1Distances(TVectors query, const double* const* candidates, std::size_t count, double* sums) {
   for (std::size_t c = 0; c < count; ++c) {
     for (const auto& elements : query) {
       for (std::size_t i = 0; i < elements.size(); ++i) {

@@ -33,11 +33,12 @@ constexpr size_t kCacheLine = 64;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// Adds the products of neighbouring 16-bit lanes, two to each 32-bit lane.
+/// Adds the products of neighboring 16-bit lanes, two to each 32-bit lane.
 template <class D32, class V16>
 HWY_INLINE hn::Vec<D32> AddProductPairs(D32 d32, hn::Vec<D32> sum, V16 a, V16 b) {
-#if HWY_ARCH_X86
-  // Where the products go is left open in general; this family adds neighbours and leaves the second sum alone.
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+  // Where the products go is left open in general; the instructions of this family add neighbors and leave the second
+  // sum alone. What stands in for vectors where there are none, with some compilers, does not.
   auto unused = Zero(d32);
   return ReorderWidenMulAccumulate(d32, a, b, sum, unused);
 #else
@@ -56,8 +57,8 @@ HWY_INLINE void StoreWidened(D8 /*d8*/, V8 bytes, int16_t* levels) {
   StoreU(PromoteTo(d16, UpperHalf(half, bytes)), d16, levels + hn::Lanes(d16));
 }
 
-// Takes as much of a row of pixels apart as vectors hold, one plane of 16-bit levels for each channel, and returns the
-// number of pixels.
+/// Takes as much of a row of pixels apart as vectors hold, one plane of 16-bit levels for each channel, and returns the
+/// number of pixels.
 template <size_t kChannels>
 size_t SplitVectors(const uint8_t* pixels, size_t width, int16_t* const planes[kChannels]) {
   const hn::ScalableTag<uint8_t> d8;
@@ -79,7 +80,7 @@ size_t SplitVectors(const uint8_t* pixels, size_t width, int16_t* const planes[k
   return x;
 }
 
-// Adds the upper half of a vector to its lower one until four lanes are left.
+/// Adds the upper half of a vector to its lower one until four lanes are left.
 template <class D, class V>
 HWY_INLINE auto FoldToFour(D d, V v) {
   if constexpr (hn::MaxLanes(d) > 4) {
@@ -90,8 +91,8 @@ HWY_INLINE auto FoldToFour(D d, V v) {
   }
 }
 
-// One pixel of the horizontal pass: `pitch` products for each channel, a multiple of eight. Writes four lanes, of which
-// a pixel of three channels uses three.
+/// One pixel of the horizontal pass: `pitch` products for each channel, a multiple of eight. Writes four lanes, of
+/// which a pixel of three channels uses three.
 template <size_t kChannels>
 HWY_INLINE void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t begin, const int16_t* weights,
                             ptrdiff_t pitch, int16_t* row) {
@@ -140,7 +141,7 @@ HWY_INLINE void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t be
   StoreU(DemoteTo(d16, rounded), d16, row);
 }
 
-// The vertical pass for as many neighbouring columns as a vector has 16-bit lanes.
+/// The vertical pass for as many neighboring columns as a vector has 16-bit lanes.
 HWY_INLINE void FilterStrip(const int16_t* const* rows, size_t column, const int16_t* weights, int taps,
                             uint8_t* line) {
   const hn::ScalableTag<int16_t> d16;
@@ -175,7 +176,7 @@ void FilterColumns(const int16_t* const* rows, size_t columns, const int16_t* we
 
 #else
 
-// Lanes of one element cannot be paired: without vectors plain loops do it all.
+/// Lanes of one element cannot be paired: without vectors plain loops do it all.
 template <size_t kChannels>
 size_t SplitVectors(const uint8_t*, size_t, int16_t* const*) {
   return 0;
@@ -205,9 +206,9 @@ void FilterColumns(const int16_t* const* rows, size_t columns, const int16_t* we
 
 #endif
 
-// The horizontal pass over one source row. Meanwhile the row at `next` comes into the cache.
+/// The horizontal pass over one source row. Meanwhile the row at `next` comes into the cache.
 template <size_t kChannels>
-void FilterRow(const uint8_t* pixels, const uint8_t* next, size_t sourceWidth, const CubicWeights& horizontal,
+void FilterRow(const uint8_t* pixels, const uint8_t* next, size_t sourceWidth, const TCubicWeights& horizontal,
                int16_t* const planes[kChannels], int16_t* row) {
   for (size_t x = SplitVectors<kChannels>(pixels, sourceWidth, planes); x < sourceWidth; ++x) {
     for (size_t channel = 0; channel < kChannels; ++channel) {
@@ -226,13 +227,13 @@ void FilterRow(const uint8_t* pixels, const uint8_t* next, size_t sourceWidth, c
   }
 }
 
-// Each source row goes through the horizontal pass once, in order, and into a ring of as many rows as the vertical
-// pass needs at a time. So the source, which may be far larger than all caches, is read once from end to end.
+/// Each source row goes through the horizontal pass once, in order, and into a ring of as many rows as the vertical
+/// pass needs at a time. So the source, which may be far larger than all caches, is read once from end to end.
 template <size_t kChannels>
 void ResizeCubic(const uint8_t* source, int sourceStride, int sourceWidth, int sourceHeight, uint8_t* destination,
                  int destinationStride, int width, int height) {
-  const CubicWeights horizontal(sourceWidth, width);
-  const CubicWeights vertical(sourceHeight, height);
+  const TCubicWeights horizontal(sourceWidth, width);
+  const TCubicWeights vertical(sourceHeight, height);
   const size_t columns = kChannels * static_cast<size_t>(width);
   // Room for the unused lanes of the last pixel and of the last vector.
   const size_t rowLength = (columns + 3 + kRowUnit - 1) / kRowUnit * kRowUnit;

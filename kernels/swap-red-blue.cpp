@@ -22,7 +22,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 constexpr size_t kStep = 15;
 alignas(16) constexpr uint8_t kReversed[16] = {2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, 15};
 
-// Swaps as much of a row as whole vectors hold and returns the number of bytes.
+/// Swaps as much of a row as whole vectors hold and returns the number of bytes.
 size_t SwapVectors(const uint8_t* HWY_RESTRICT source, uint8_t* HWY_RESTRICT destination, size_t bytes) {
   const hn::FixedTag<uint8_t, 16> d;
   const auto reversed = Load(d, kReversed);
@@ -36,7 +36,7 @@ size_t SwapVectors(const uint8_t* HWY_RESTRICT source, uint8_t* HWY_RESTRICT des
 
 #else
 
-// Lanes of one element cannot be shuffled: without vectors the plain loop does it all.
+/// Lanes of one element cannot be shuffled: without vectors the plain loop does it all.
 size_t SwapVectors(const uint8_t*, uint8_t*, size_t) {
   return 0;
 }

@@ -21,7 +21,7 @@ constexpr std::array<char, 200> kDigitPairs = [] {
   return pairs;
 }();
 
-void WriteFourDigits(std::uint32_t number, char* text) {
+void WriteFourDigits(std::size_t number, char* text) {
   std::copy_n(&kDigitPairs[number / 100 * 2], 2, text);
   std::copy_n(&kDigitPairs[number % 100 * 2], 2, text + 2);
 }

@@ -4,23 +4,14 @@
 #include <cstddef>
 #include <memory>
 
+#include "Sift/sift-parameters.h"
 #include "Sift/sift.h"
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
 
 namespace {
 
-constexpr float kNominalSmoothing = 0.5F;
-// 1.6 * 2^(1/3)
-constexpr float kBaseScale = 2.0158737F;
-constexpr int kOctaves = 3;
-constexpr int kLevels = 3;
-constexpr int kFirstOctave = 1;
-constexpr int kFirstLevel = -1;
-constexpr int kLastLevel = 4;
-// 0.04 / 3 / 2
-constexpr float kPeakThreshold = 0.0066666664F;
-constexpr float kEdgeThreshold = 10.0F;
+constexpr VL::TSiftParameters kParameters;
 
 /// The gray levels as fractions of white, row by row without gaps.
 std::unique_ptr<float[]> ToFractions(const TImageGray& gray) {
@@ -48,9 +39,9 @@ void TInterestPointsSift::Detect(const TImageRGB& image, std::vector<TInterestPo
   TImageGray gray;
   image.ToGray(gray);
   const auto values = ToFractions(gray);
-  VL::Sift sift(values.get(), image.GetWidth(), image.GetHeight(), kNominalSmoothing, kBaseScale, kOctaves, kLevels,
-                kFirstOctave, kFirstLevel, kLastLevel);
-  sift.DetectKeypoints(kPeakThreshold, kEdgeThreshold);
+  VL::Sift sift(values.get(), image.GetWidth(), image.GetHeight(), kParameters.sigman, kParameters.sigma0,
+                kParameters.O, kParameters.S, kParameters.omin, kParameters.smin, kParameters.smax);
+  sift.DetectKeypoints(kParameters.threshold, kParameters.edgeThreshold);
   for (auto keypoint = sift.KeypointsBegin(); keypoint != sift.KeypointsEnd(); ++keypoint) {
     points.push_back({static_cast<std::int32_t>(keypoint->x), static_cast<std::int32_t>(keypoint->y)});
   }

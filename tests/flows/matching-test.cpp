@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Sift/sift-parameters.h"
 #include "Sift/sift.h"
 #include "images/crop.h"
 #include "images/image-gray.h"
@@ -29,8 +30,11 @@ std::vector<TDescribed> Describe(const TImageGray& picture) {
       values.push_back(static_cast<float>(picture.GetPixels()[y * picture.GetStride() + x]) / 255.0F);
     }
   }
-  VL::Sift sift(values.data(), picture.GetWidth(), picture.GetHeight(), 0.5F, 2.0158737F, 3, 3, 0, -1, 4);
-  sift.DetectKeypoints(0.0066666664F, 10.0F);
+  // As the method "sift", but from the whole picture on.
+  constexpr VL::TSiftParameters kParameters;
+  VL::Sift sift(values.data(), picture.GetWidth(), picture.GetHeight(), kParameters.sigman, kParameters.sigma0,
+                kParameters.O, kParameters.S, 0, kParameters.smin, kParameters.smax);
+  sift.DetectKeypoints(kParameters.threshold, kParameters.edgeThreshold);
   std::vector<TDescribed> described;
   for (auto keypoint = sift.KeypointsBegin(); keypoint != sift.KeypointsEnd(); ++keypoint) {
     std::array<float, VL::Sift::kMaxOrientations> angles;
