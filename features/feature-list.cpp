@@ -27,7 +27,7 @@ TFeatureList::TFeatureList(const std::vector<std::string>& pluginDirectories) {
     std::sort(fileNames->begin(), fileNames->end());
     for (const std::string& fileName : *fileNames) {
       const std::string path = base::WithTrailingSeparator(base::NativePath(directory)) + fileName;
-      if (base::IsPluginFileName(fileName) && !triedFiles.contains(base::FileIdentity(path))) {
+      if (base::IsPluginFileName(fileName) && !triedFiles.contains(base::CanonicalPath(path))) {
         LoadPlugin(path);
       }
     }
@@ -35,7 +35,7 @@ TFeatureList::TFeatureList(const std::vector<std::string>& pluginDirectories) {
 }
 
 void TFeatureList::LoadPlugin(const std::string& fileName) {
-  triedFiles.insert(base::FileIdentity(fileName));
+  triedFiles.insert(base::CanonicalPath(fileName));
   std::string reason;
   auto plugin = TFeaturePlugin::Load(fileName, reason);
   if (!plugin) {

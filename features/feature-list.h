@@ -29,6 +29,6 @@ class TFeatureList {
 
   std::vector<std::unique_ptr<TFeature>> features;
   std::vector<std::string> refusals;
-  /// The plug-ins that were met, as base::FileIdentity names them.
+  /// The plug-ins that were met, as base::CanonicalPath names them.
   std::set<std::string> triedFiles;
 };
