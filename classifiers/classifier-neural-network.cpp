@@ -34,6 +34,12 @@ std::uint32_t FillRows(fann_train_data& data, const TFeatureVectorList& list, fa
   return row;
 }
 
+/// Called by the library behind each epoch of a training that is watched; -1 ends it.
+int FANN_API OnEpoch(fann* network, fann_train_data* /*data*/, unsigned int /*maxEpochs*/,
+                     unsigned int /*epochsBetweenReports*/, float /*maxError*/, unsigned int /*epoch*/) {
+  return (*static_cast<const boost::function<bool()>*>(fann_get_user_data(network)))() ? 0 : -1;
+}
+
 }  // namespace
 
 void TClassifierNeuralNetwork::TDestroy::operator()(fann* network) const {
@@ -78,7 +84,10 @@ void TClassifierNeuralNetwork::Train() {
   }
   DrawWeights();
   // A negative number of iterations is meant to be an enormous one: then only the error ends the training.
-  fann_train_on_data(network.get(), trainingData.get(), static_cast<std::uint32_t>(maxIterations), 0, maxError);
+  fann_set_user_data(network.get(), &trainingWatcher);
+  fann_set_callback(network.get(), OnEpoch);
+  fann_train_on_data(network.get(), trainingData.get(), static_cast<std::uint32_t>(maxIterations),
+                     trainingWatcher ? 1 : 0, maxError);
   fann_test_data(network.get(), trainingData.get());
   fann_print_connections(network.get());
   mse = fann_get_MSE(network.get());

@@ -32,6 +32,31 @@ struct TParameterRecord {
   std::array<std::int32_t, 2> flags;    // shrinking, probability
 };
 
+/// Calls a watcher with everything that the library prints during its own lifetime: that is all it lets us hear of a
+/// training, and there is no way to end one.
+class TPrintScope {
+ public:
+  explicit TPrintScope(const boost::function<bool()>& watcher) {
+    if (watcher) {
+      current = &watcher;
+      svm_set_print_string_function([](const char* text) {
+        std::fputs(text, stdout);
+        (*current)();
+      });
+    }
+  }
+  ~TPrintScope() {
+    if (std::exchange(current, nullptr) != nullptr) {
+      svm_set_print_string_function(nullptr);
+    }
+  }
+  TPrintScope(const TPrintScope&) = delete;
+  TPrintScope& operator=(const TPrintScope&) = delete;
+
+ private:
+  static inline const boost::function<bool()>* current = nullptr;
+};
+
 bool WriteIntegers(std::FILE* file, const auto& values) {
   for (const std::int32_t value : values) {
     if (!base::WriteInt32(file, value)) {
@@ -169,6 +194,7 @@ void TClassifierSVM::Train() {
     std::printf("%s\n", fault);
     return;
   }
+  const TPrintScope scope(trainingWatcher);
   model.reset(svm_train(&problem->view, parameters.get()));
   decision = std::make_unique<TSvmDecision>(*model, rowLength);
 }

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include <boost/function.hpp>
+
 #include "images/feature-vector-list.h"
 
 /// A learner of two classes of vectors: it gathers positive and negative examples, trains once on what it has, and then
@@ -42,6 +44,10 @@ class TClassifier {
   /// Learns from all examples in the lists. A class that trains leaves its state as it was if there is no positive
   /// example or if the examples differ in length.
   virtual void Train();
+
+  /// Has Train call `newWatcher` now and then, as often as the library lets it. False asks the training to end early
+  /// where that is possible; the classifier then answers with what it has learned so far. Empty for nobody.
+  void SetTrainingWatcher(const boost::function<bool()>& newWatcher) { trainingWatcher = newWatcher; }
 
   /// Above 0 means positive. 0 if untrained, or if the vector has another length than the examples.
   virtual double Classify(const TFeatureVector& vector) const = 0;
@@ -125,6 +131,7 @@ class TClassifier {
   std::map<std::string, std::string> settings;
   const std::unique_ptr<TFeatureVectorList> positiveExamples;
   const std::unique_ptr<TFeatureVectorList> negativeExamples;
+  boost::function<bool()> trainingWatcher;
   bool copyExamples = false;
   bool normalize = false;
 };

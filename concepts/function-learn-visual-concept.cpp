@@ -149,7 +149,15 @@ bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, 
   }
   ProcessEvents();
   classifierList->PrepareTraining(classifier);
+  bool isWanted = true;
+  if (work != nullptr) {
+    classifier.SetTrainingWatcher([&] { return isWanted = ReportProgress(total, total); });
+  }
   classifier.Train();
+  classifier.SetTrainingWatcher({});
+  if (!isWanted) {
+    return Interrupted(total, total);
+  }
   if (const auto error = classifier.GetTrainingError(); error && hasFeatures) {
     Print(FormatString("Mean square error: %.6f", *error));
   }

@@ -22,7 +22,7 @@ class TFunctionLearnVisualConcept : public TFunction {
   /// Tests that the concept's examples would fit the classifier and that there are some; prints a line if not.
   bool CheckExamples(const TVarVisualConcept& visualConcept, const TClassifier& classifier,
                      const TVarDatabase& positive, const TVarDatabase& negative) const;
-  /// Adds all examples and trains. False if the user ended it before all were added.
+  /// Adds all examples and trains. False if the user ended it.
   bool Train(const TVarVisualConcept& visualConcept, TClassifier& classifier, const TVarDatabase& positive,
              const TVarDatabase& negative) const;
 };

@@ -43,11 +43,15 @@ class TEventfulView : public TRecordingView {
   void ShowWork(const std::string& text) override {
     works.push_back(text);
     TRecordingView::ShowWork(text);
+    if (!workTrigger.empty() && text == workTrigger) {
+      action();
+    }
   }
 
   TViewListener* listener = nullptr;
   std::string trigger;
   boost::function<void()> action = [this] { listener->Interrupt(); };
+  std::string workTrigger;
   bool tableFails = false;
   std::vector<std::string> works;
 };
@@ -111,6 +115,19 @@ TEST_F(TControllerFlow, EveryCommandOverImagesStopsBehindTheImageUnderWay) {
             "> n = learnvisualconcept(db, db, c)\n  Interrupted after 0 of 6 images\n  Function failed\n");
   EXPECT_EQ(Run("removefeature(db, \"lbp\")"), "> removefeature(db, \"lbp\")\n")
       << "the wish was for that command only";
+}
+
+TEST_F(TControllerFlow, ATrainingWithoutEndIsEnded) {
+  MakeCollection("photos", 2);
+  for (const char* line : {"db = loaddatabase(\"photos\")", "segmentimage(db, \"grid\")", "updatefeature(db, \"hsv\")",
+                           "c = createclassifier(\"neural\")", "setclassifiersetting(c, \"maxiterations\", \"-1\")",
+                           "setclassifiersetting(c, \"maxerror\", \"-1\")"}) {
+    Run(line);
+  }
+  view.workTrigger = "learnvisualconcept, 4 of 4";
+  // The same examples for both classes: no network gets them right.
+  EXPECT_EQ(Run("k = learnvisualconcept(db, db, c)"),
+            "> k = learnvisualconcept(db, db, c)\n  Interrupted after 4 of 4 images\n  Function failed\n");
 }
 
 TEST_F(TControllerFlow, AnInterruptedScriptRunsNoFurtherLine) {
