@@ -49,7 +49,7 @@ TBytes RandomBytes(std::size_t count, unsigned seed) {
   return bytes;
 }
 
-/// Bytes with few levels and long runs: neighbors that are equal, and all that saturates.
+/// TBytes with few levels and long runs: neighbors that are equal, and all that saturates.
 TBytes RunsOfBytes(std::size_t count, unsigned seed) {
   std::mt19937 random(seed);
   constexpr std::array<unsigned char, 6> kLevels{0, 1, 63, 128, 254, 255};
@@ -546,8 +546,8 @@ TEST(ByteDistances, EqualThePlainLoopOnEachTarget) {
     for (const std::size_t length : {64, 128, 256, 1 << 18}) {
       for (const std::size_t count : {0, 1, 7}) {
         SCOPED_TRACE(testing::Message() << count << " rows of " << length);
-        const Bytes query = RunsOfBytes(length, 11);
-        Bytes rows = RandomBytes(count * length, 12);
+        const TBytes query = RunsOfBytes(length, 11);
+        TBytes rows = RandomBytes(count * length, 12);
         if (count > 1) {
           // The largest distance there is.
           std::transform(query.begin(), query.end(), rows.begin(),

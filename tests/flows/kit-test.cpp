@@ -61,7 +61,7 @@ TEST_F(TKit, TheTemplateBuildsAgainstAnInstalledTreeAndRuns) {
                      "q = loadimage(\"q.png\")\nupdatefeature(q, \"meancolor\")\n"),
             0)
       << output << errors;
-  EXPECT_EQ(FileBytes("v.tsv"), "q\timage\tFilename: \"q.png\", features: meancolor\n");
+  EXPECT_EQ(FileBytes("v.tsv"), "name\ttype\tdescription\nq\timage\tFilename: \"q.png\", features: meancolor\n");
 }
 
 TEST_F(TKit, TheTemplateBuildsWithPkgConfigAlone) {
