@@ -81,7 +81,9 @@ struct TGradients {
         magnitudes(stride * (static_cast<std::size_t>(picture.height) + 2)),
         directions(magnitudes.size()) {}
 
-  std::size_t Index(int x, int y) const { return static_cast<std::size_t>(y + 1) * stride + static_cast<std::size_t>(x) + 1; }
+  std::size_t Index(int x, int y) const {
+    return static_cast<std::size_t>(y + 1) * stride + static_cast<std::size_t>(x) + 1;
+  }
 
   std::size_t stride;
   std::vector<float> magnitudes;

@@ -1,8 +1,8 @@
 // "cedd": 144 numbers with a sum of 1: colour and edge directivity. A picture is cut into 1600 blocks; each enters the
-// areas of its texture (0 no edge, 1 non-directional, 2 horizontal, 3 vertical, 4 45 degrees, 5 135 degrees) with the 24
-// shades of its mean colour (0 white, 1 gray, 2 black, then a light, a pure and a dark one of red, orange, yellow, green,
-// cyan, blue and magenta): element 24 x area + shade. The shares are rounded to the paper's 3 bits and scaled, so that
-// an L1 distance makes sense; the authors compare by Tanimoto's coefficient.
+// areas of its texture (0 no edge, 1 non-directional, 2 horizontal, 3 vertical, 4 45 degrees, 5 135 degrees) with the
+// 24 shades of its mean colour (0 white, 1 gray, 2 black, then a light, a pure and a dark one of red, orange, yellow,
+// green, cyan, blue and magenta): element 24 x area + shade. The shares are rounded to the paper's 3 bits and scaled,
+// so that an L1 distance makes sense; the authors compare by Tanimoto's coefficient.
 //
 // S. A. Chatzichristofis, Y. S. Boutalis, "CEDD: Color and Edge Directivity Descriptor", ICVS 2008, LNCS 5008, and the
 // authors' program of 2013 for what the paper leaves open (offsets of the hue, thresholds, fewer blocks in pictures
@@ -219,8 +219,8 @@ void Describe(const TPicture& picture, std::span<double> result) {
   const int height = BlockSide(picture.height, rows);
   for (int row = 0; row < rows; ++row) {
     for (int column = 0; column < columns; ++column) {
-      AddBlock(SumBlock(picture, column * width, row * height, width, height),
-               std::int64_t{width / 2} * (height / 2), result);
+      AddBlock(SumBlock(picture, column * width, row * height, width, height), std::int64_t{width / 2} * (height / 2),
+               result);
     }
   }
   ScaleToUnitSum(result);

@@ -1,6 +1,6 @@
 // "colorlayout": 12 numbers, each from 0 to 1: the lowest spatial frequencies of luminance (0..5), blue difference
-// (6..8) and red difference (9..11) of the picture reduced to 8 x 8 cells, the mean first, then in zigzag order. Each is
-// the quantised coefficient of the standard times the square root of its weight, divided by 126. The reference
+// (6..8) and red difference (9..11) of the picture reduced to 8 x 8 cells, the mean first, then in zigzag order. Each
+// is the quantised coefficient of the standard times the square root of its weight, divided by 126. The reference
 // software's distance sums three Euclidean ones, over luminance and both differences; the L1 distance of these numbers
 // stands in for it, it is not the same.
 //
@@ -159,8 +159,7 @@ struct TChannel {
   std::array<double, 6> weights;
 };
 
-constexpr std::array<TChannel, kChannels> kChannelTable = {
-    {{6, {2, 2, 2, 1, 1, 1}}, {3, {2, 1, 1}}, {3, {4, 2, 2}}}};
+constexpr std::array<TChannel, kChannels> kChannelTable = {{{6, {2, 2, 2, 1, 1, 1}}, {3, {2, 1, 1}}, {3, {4, 2, 2}}}};
 
 /// Horizontal and vertical frequency.
 constexpr int kZigzag[6][2] = {{0, 0}, {1, 0}, {0, 1}, {0, 2}, {1, 1}, {2, 0}};

@@ -1,7 +1,7 @@
 // "correlogram": 256 numbers, each from 0 to 1: for each of 64 colours and the distances 1, 3, 5 and 7 (element 4 x
-// colour + 0..3) how likely a pixel at just that distance from a pixel of the colour has it too. The colour is 16 x red +
-// 4 x green + blue with four levels each; the distance is the greater of the differences in x and y. Pixels beyond the
-// border count as having another colour.
+// colour + 0..3) how likely a pixel at just that distance from a pixel of the colour has it too. The colour is 16 x red
+// + 4 x green + blue with four levels each; the distance is the greater of the differences in x and y. Pixels beyond
+// the border count as having another colour.
 //
 // J. Huang, S. R. Kumar, M. Mitra, W.-J. Zhu, R. Zabih, "Image Indexing Using Color Correlograms", CVPR 1997: the
 // auto-correlogram. The order of the channels is ours.
@@ -89,8 +89,8 @@ void Describe(const TPicture& picture, std::span<double> result) {
   for (std::size_t colour = 0; colour < kColours; ++colour) {
     for (std::size_t i = 0; i < kDistances.size() && pixels[colour] > 0; ++i) {
       // Each pair counts from both of its ends.
-      result[kDistances.size() * colour + i] = static_cast<double>(2 * pairs[colour][i]) /
-                                               (8.0 * kDistances[i] * static_cast<double>(pixels[colour]));
+      result[kDistances.size() * colour + i] =
+          static_cast<double>(2 * pairs[colour][i]) / (8.0 * kDistances[i] * static_cast<double>(pixels[colour]));
     }
   }
 }

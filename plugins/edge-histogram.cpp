@@ -39,8 +39,8 @@ constexpr double kQuantiser[kEdgeKinds][8] = {
     {0.006778, 0.051667, 0.108650, 0.166257, 0.224226, 0.285691, 0.356375, 0.450972}};
 
 /// The parts of each group, in the order of the result.
-constexpr int kGroups[13][4] = {{0, 4, 8, 12},  {1, 5, 9, 13}, {2, 6, 10, 14}, {3, 7, 11, 15},  {0, 1, 2, 3},
-                                {4, 5, 6, 7},   {8, 9, 10, 11}, {12, 13, 14, 15}, {0, 1, 4, 5}, {2, 3, 6, 7},
+constexpr int kGroups[13][4] = {{0, 4, 8, 12},  {1, 5, 9, 13},    {2, 6, 10, 14},   {3, 7, 11, 15}, {0, 1, 2, 3},
+                                {4, 5, 6, 7},   {8, 9, 10, 11},   {12, 13, 14, 15}, {0, 1, 4, 5},   {2, 3, 6, 7},
                                 {8, 9, 12, 13}, {10, 11, 14, 15}, {5, 6, 9, 10}};
 
 std::int64_t IntegerSquareRoot(std::int64_t number) {
@@ -79,7 +79,10 @@ void EnlargeRow(const TPicture& picture, std::int64_t numerator, std::int64_t de
 class TBlockCounter {
  public:
   TBlockCounter(int width, int height)
-      : width(width), height(height), side(BlockSide(width, height)), quarters(static_cast<std::size_t>(width / side)) {}
+      : width(width),
+        height(height),
+        side(BlockSide(width, height)),
+        quarters(static_cast<std::size_t>(width / side)) {}
 
   void AddRow(const unsigned char* row) {
     const int half = side / 2;

@@ -11,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 #include <fftw3.h>
@@ -53,7 +54,7 @@ using TPlane = std::vector<float>;
 /// The taps of one row or column of the reduced picture.
 struct TTaps {
   int first;
-  std::vector<float> weights;
+  std::vector<double> weights;
 };
 
 /// The taps of the middle 128 of a side that is scaled by `factor`.
@@ -67,60 +68,60 @@ std::vector<TTaps> MakeTaps(int size, double factor) {
     const double centre = (offset + i + 0.5) * step - 0.5;
     const int first = std::max(0, static_cast<int>(std::ceil(centre - reach)));
     const int last = std::min(size - 1, static_cast<int>(std::floor(centre + reach)));
-    std::vector<double> weights;
-    double sum = 0.0;
-    for (int j = first; j <= last; ++j) {
-      weights.push_back(std::max(0.0, 1.0 - std::fabs(j - centre) / reach));
-      sum += weights.back();
-    }
     TTaps& own = taps[static_cast<std::size_t>(i)];
     own.first = first;
-    for (const double weight : weights) {
-      own.weights.push_back(static_cast<float>(weight / sum));
+    double sum = 0.0;
+    for (int j = first; j <= last; ++j) {
+      own.weights.push_back(std::max(0.0, 1.0 - std::fabs(j - centre) / reach));
+      sum += own.weights.back();
+    }
+    for (double& weight : own.weights) {
+      weight /= sum;
     }
   }
   return taps;
 }
 
 /// The picture scaled so that its shorter side is 128, and its middle square cut out.
-TPlane Reduce(const TPicture& picture) {
-  const double factor = std::max(static_cast<double>(kSide) / picture.width, static_cast<double>(kSide) / picture.height);
+std::vector<double> Reduce(const TPicture& picture) {
+  const double factor =
+      std::max(static_cast<double>(kSide) / picture.width, static_cast<double>(kSide) / picture.height);
   const auto columns = MakeTaps(picture.width, factor);
   const auto rows = MakeTaps(picture.height, factor);
   const int left = columns.front().first;
   const int right = columns.back().first + static_cast<int>(columns.back().weights.size());
-  TPlane sums(static_cast<std::size_t>(right - left));
-  TPlane result;
+  std::vector<double> sums(static_cast<std::size_t>(right - left));
+  std::vector<double> result;
   result.reserve(std::size_t{kSide} * kSide);
   for (const TTaps& row : rows) {
-    std::fill(sums.begin(), sums.end(), 0.0f);
+    std::fill(sums.begin(), sums.end(), 0.0);
     for (std::size_t i = 0; i < row.weights.size(); ++i) {
       const unsigned char* pixels = picture.Row(row.first + static_cast<int>(i)) + left;
-      const float weight = row.weights[i];
+      const double weight = row.weights[i];
       for (std::size_t x = 0; x < sums.size(); ++x) {
-        sums[x] += weight * static_cast<float>(pixels[x]);
+        sums[x] += weight * pixels[x];
       }
     }
     for (const TTaps& column : columns) {
-      const float* from = sums.data() + (column.first - left);
-      float sum = 0.0f;
-      for (std::size_t i = 0; i < column.weights.size(); ++i) {
-        sum += column.weights[i] * from[i];
-      }
-      result.push_back(sum);
+      result.push_back(
+          std::inner_product(column.weights.begin(), column.weights.end(), sums.begin() + (column.first - left), 0.0));
     }
   }
   return result;
 }
 
-/// Stretches to 0..255, if the levels differ at all.
-void Stretch(TPlane& plane) {
-  const auto [least, most] = std::minmax_element(plane.begin(), plane.end());
-  const float base = *least;
-  const float scale = 255.0f / std::max(1.0f, *most - base);
-  for (float& value : plane) {
-    value = (value - base) * scale;
+/// The logarithms of the levels stretched to 0..255, plus 1. Zeros if the levels do not differ but by their rounding.
+TPlane Stretch(const std::vector<double>& levels) {
+  const auto [least, most] = std::minmax_element(levels.begin(), levels.end());
+  const double base = *least;
+  const double range = *most - base;
+  TPlane result(levels.size());
+  if (range > 1e-6) {
+    std::transform(levels.begin(), levels.end(), result.begin(), [&](double level) {
+      return static_cast<float>(std::log1p((level - base) * 255.0 / std::max(1.0, range)));
+    });
   }
+  return result;
 }
 
 /// The plane with a margin around it, reflected at the border, the edge pixel included.
@@ -158,12 +159,9 @@ class TPrefilter {
     }
   }
 
-  TPlane Process(const TPlane& picture) {
-    TPlane padded = Pad(picture, kSide, kPrefilterMargin);
-    for (float& value : padded) {
-      value = static_cast<float>(std::log1p(static_cast<double>(value)));
-    }
-    plane = padded;
+  TPlane Process(const TPlane& logarithms) {
+    TPlane padded = Pad(logarithms, kSide, kPrefilterMargin);
+    std::copy(padded.begin(), padded.end(), plane.begin());
     LowPass();
     for (std::size_t i = 0; i < plane.size(); ++i) {
       padded[i] -= plane[i];
@@ -193,6 +191,7 @@ class TPrefilter {
     fftwf_execute(backward.get());
   }
 
+  /// The plans know where these stand, so nothing may replace them.
   TPlane plane;
   std::vector<TComplex> spectrum;
   TPlane gains;
@@ -241,7 +240,8 @@ class TFilterBank {
   }
 
   void Process(const TPlane& picture, std::span<double> result) {
-    plane = Pad(picture, kSide, kFilterMargin);
+    const TPlane padded = Pad(picture, kSide, kFilterMargin);
+    std::copy(padded.begin(), padded.end(), plane.begin());
     fftwf_execute(forward.get());
     SpreadSpectrum();
     for (std::size_t i = 0; i < filters.size(); ++i) {
@@ -364,6 +364,7 @@ class TFilterBank {
     }
   }
 
+  /// The plans know where these stand, so nothing may replace them.
   TPlane plane;
   std::vector<TComplex> half;
   std::vector<TComplex> rows;
@@ -381,16 +382,7 @@ class TFilterBank {
 void Describe(const TPicture& picture, std::span<double> result) {
   static TPrefilter prefilter;
   static TFilterBank bank;
-  TPlane plane = Reduce(picture);
-  Stretch(plane);
-  bank.Process(prefilter.Process(plane), result);
-  double sum = 0.0;
-  for (const double number : result) {
-    sum += number;
-  }
-  // A flat picture leaves nothing but rounding.
-  if (sum < 1e-9) {
-    std::fill(result.begin(), result.end(), 0.0);
-  }
+  bank.Process(prefilter.Process(Stretch(Reduce(picture))), result);
+  // A flat picture has zeros throughout, without any rounding.
   ScaleToUnitSum(result);
 }

@@ -1,11 +1,11 @@
-// "moments": 81 numbers, each from 0 to 1: mean, standard deviation and skewness of L*, a* and b* in each of 3 x 3 cells,
-// row by row (element 9 x cell + 3 x channel + moment). The skewness is the cube root of the third central moment, so
-// that all three have the unit of the channel. L*: mean / 100, deviation / 50, 0.5 + skewness / 100; a*, b*: (mean +
-// 128) / 256, deviation / 128, 0.5 + skewness / 256. A cell without a pixel (pictures of fewer than three columns or
-// rows) has mean, deviation and skewness 0.
+// "moments": 81 numbers, each from 0 to 1: mean, standard deviation and skewness of L*, a* and b* in each of 3 x 3
+// cells, row by row (element 9 x cell + 3 x channel + moment). The skewness is the cube root of the third central
+// moment, so that all three have the unit of the channel. L*: mean / 100, deviation / 50, 0.5 + skewness / 100; a*, b*:
+// (mean + 128) / 256, deviation / 128, 0.5 + skewness / 256. A cell without a pixel (pictures of fewer than three
+// columns or rows) has mean, deviation and skewness 0.
 //
-// M. Stricker, M. Orengo, "Similarity of Color Images", SPIE 2420, 1995, who take HSV and the whole picture; the grid and
-// L*a*b* are ours. sRGB: IEC 61966-2-1; L*a*b*: CIE 15, with the white of D65 for which the grays have a* = b* = 0.
+// M. Stricker, M. Orengo, "Similarity of Color Images", SPIE 2420, 1995, who take HSV and the whole picture; the grid
+// and L*a*b* are ours. sRGB: IEC 61966-2-1; L*a*b*: CIE 15, with the white of D65 for which the grays have a* = b* = 0.
 
 #include <array>
 #include <bit>
@@ -53,12 +53,11 @@ inline float LabCurve(float t) {
 void ConvertChunk(const unsigned char* pixels, std::size_t count, TChunk& lab) {
   static const std::array<float, 256> linear = LinearLight();
   // Each row divided by its sum, the white.
-  constexpr float kMatrix[3][3] = {
-      {static_cast<float>(0.4124564 / 0.95047), static_cast<float>(0.3575761 / 0.95047),
-       static_cast<float>(0.1804375 / 0.95047)},
-      {0.2126729f, 0.7151522f, 0.0721750f},
-      {static_cast<float>(0.0193339 / 1.08883), static_cast<float>(0.1191920 / 1.08883),
-       static_cast<float>(0.9503041 / 1.08883)}};
+  constexpr float kMatrix[3][3] = {{static_cast<float>(0.4124564 / 0.95047), static_cast<float>(0.3575761 / 0.95047),
+                                    static_cast<float>(0.1804375 / 0.95047)},
+                                   {0.2126729f, 0.7151522f, 0.0721750f},
+                                   {static_cast<float>(0.0193339 / 1.08883), static_cast<float>(0.1191920 / 1.08883),
+                                    static_cast<float>(0.9503041 / 1.08883)}};
   for (std::size_t i = 0; i < count; ++i) {
     for (std::size_t channel = 0; channel < kChannels; ++channel) {
       lab[channel][i] = linear[pixels[kChannels * i + channel]];
@@ -77,23 +76,39 @@ void ConvertChunk(const unsigned char* pixels, std::size_t count, TChunk& lab) {
   }
 }
 
-/// The sums of the first three powers of differences from `origin`.
+/// The sums of the first three powers of differences from `origin`, in four parts each, which compilers add up side by
+/// side.
 struct TPowerSums {
+  static constexpr std::size_t kParts = 4;
+
   double origin = 0.0;
-  std::array<double, 3> sums = {};
+  std::array<std::array<double, kParts>, 3> parts = {};
 
   void Add(std::span<const float> values) {
-    double first = sums[0];
-    double second = sums[1];
-    double third = sums[2];
-    for (const float value : values) {
-      const double d = value - origin;
-      first += d;
-      second += d * d;
-      third += d * d * d;
+    // Copies, since the members might be what `values` points to.
+    auto first = parts[0];
+    auto second = parts[1];
+    auto third = parts[2];
+    const double from = origin;
+    const auto add = [&](std::size_t part, float value) {
+      const double d = value - from;
+      first[part] += d;
+      second[part] += d * d;
+      third[part] += d * d * d;
+    };
+    std::size_t i = 0;
+    for (; i + kParts <= values.size(); i += kParts) {
+      for (std::size_t part = 0; part < kParts; ++part) {
+        add(part, values[i + part]);
+      }
     }
-    sums = {first, second, third};
+    for (; i < values.size(); ++i) {
+      add(0, values[i]);
+    }
+    parts = {first, second, third};
   }
+
+  double Sum(std::size_t power) const { return parts[power][0] + parts[power][1] + parts[power][2] + parts[power][3]; }
 };
 
 struct TMoments {
@@ -103,9 +118,9 @@ struct TMoments {
 };
 
 TMoments CentralMoments(const TPowerSums& power, double count) {
-  const double first = power.sums[0] / count;
-  const double second = power.sums[1] / count;
-  const double third = power.sums[2] / count;
+  const double first = power.Sum(0) / count;
+  const double second = power.Sum(1) / count;
+  const double third = power.Sum(2) / count;
   return {power.origin + first, std::sqrt(std::max(0.0, second - first * first)),
           std::cbrt(third - 3.0 * first * second + 2.0 * first * first * first)};
 }

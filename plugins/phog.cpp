@@ -1,7 +1,7 @@
-// "phog": 420 numbers with a sum of 1, or zeros where there is no edge: pyramid of histograms of oriented gradients. The
-// gradients on the edges of a picture vote with their magnitudes for one of 20 orientations over 180 degrees, in the
-// whole picture (0..19), in 2 x 2 cells (20..99) and in 4 x 4 (100..419); the cells of a level stand column by column.
-// Bin 10 of 20 holds the edges that stand upright.
+// "phog": 420 numbers with a sum of 1, or zeros where there is no edge: pyramid of histograms of oriented gradients.
+// The gradients on the edges of a picture vote with their magnitudes for one of 20 orientations over 180 degrees, in
+// the whole picture (0..19), in 2 x 2 cells (20..99) and in 4 x 4 (100..419); the cells of a level stand column by
+// column. Bin 10 of 20 holds the edges that stand upright.
 //
 // A. Bosch, A. Zisserman, X. Munoz, "Representing Shape with a Spatial Pyramid Kernel", CIVR 2007. The gradient is that
 // of central differences, as in the authors' program; the paper has Sobel's. Cells are as equal as can be where the

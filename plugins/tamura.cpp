@@ -286,8 +286,8 @@ class TDirection {
     // floor(tan(pi / 8) x width), for the 1020 widths that there are; tan(3 pi / 8) is greater by 2.
     const auto shallow =
         static_cast<std::int16_t>((static_cast<std::uint32_t>(static_cast<std::uint16_t>(width)) * 27146u) >> 16);
-    const int steps = (height > shallow ? 1 : 0) + (height > width - (isUp ? 1 : 0) ? 1 : 0) +
-                      (height > shallow + 2 * width ? 1 : 0);
+    const int steps =
+        (height > shallow ? 1 : 0) + (height > width - (isUp ? 1 : 0) ? 1 : 0) + (height > shallow + 2 * width ? 1 : 0);
     return static_cast<std::int16_t>(width == 0 ? 0 : (isUp ? 4 + steps : 3 - steps));
   }
 
