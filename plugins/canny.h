@@ -1,11 +1,15 @@
 #pragma once
 
-#include <cstddef>
 #include <vector>
 
 #include "plugins/descriptor.h"
 
-/// The edges of a gray picture, one byte a pixel in rows of the picture's width: 1 on an edge, else 0.
+struct TEdgePixel {
+  int x;
+  int y;
+};
+
+/// The edges of a gray picture, row by row.
 ///
 /// J. Canny, "A Computational Approach to Edge Detection", IEEE Trans. PAMI 8(6), 1986, with the parameters that the
 /// authors of "phog" take for granted. Gaussian of sigma sqrt 2 over 13 pixels, edge pixels repeated; central
@@ -14,4 +18,4 @@
 /// suppression along the nearest of four directions, where a pixel stays if it is greater than its neighbour to the
 /// left or above and not less than the other; neighbours outside the picture count as 0; hysteresis over all eight
 /// neighbours. The magnitudes are of single precision.
-std::vector<unsigned char> FindEdges(const TPicture& picture);
+std::vector<TEdgePixel> FindEdges(const TPicture& picture);

@@ -47,7 +47,12 @@ std::size_t Orientation(int horizontal, int vertical) {
     return vertical > 0 ? kOrientations - 1 : 0;
   }
   const double slope = static_cast<double>(vertical) / horizontal;
-  return static_cast<std::size_t>(std::lower_bound(tangents.begin(), tangents.end(), slope) - tangents.begin());
+  // All of them, which is faster than a search.
+  int below = 0;
+  for (const double tangent : tangents) {
+    below += static_cast<int>(tangent < slope);
+  }
+  return static_cast<std::size_t>(below);
 }
 
 /// The index of the cell of each column or row.
@@ -63,27 +68,19 @@ std::vector<std::size_t> CellIndices(int size) {
 }  // namespace
 
 void Describe(const TPicture& picture, std::span<double> result) {
-  const std::vector<unsigned char> edges = FindEdges(picture);
   const std::vector<std::size_t> columns = CellIndices(picture.width);
   const std::vector<std::size_t> rows = CellIndices(picture.height);
-  const unsigned char* edge = edges.data();
-  for (int y = 0; y < picture.height; ++y) {
-    const unsigned char* row = picture.Row(y);
-    const std::size_t cellRow = rows[static_cast<std::size_t>(y)];
-    for (int x = 0; x < picture.width; ++x) {
-      if (*edge++ == 0) {
-        continue;
-      }
-      const int horizontal = TwiceDifference(row + x, x, picture.width, 1);
-      const int vertical = TwiceDifference(row + x, y, picture.height, picture.stride);
-      const std::size_t orientation = Orientation(horizontal, vertical);
-      const double weight = std::sqrt(static_cast<double>(horizontal * horizontal + vertical * vertical));
-      const std::size_t cellColumn = columns[static_cast<std::size_t>(x)];
-      for (std::size_t level = 0; level < 3; ++level) {
-        const std::size_t shift = 2 - level;
-        const std::size_t cell = ((cellColumn >> shift) << level) + (cellRow >> shift);
-        result[kLevelBegin[level] + cell * kOrientations + orientation] += weight;
-      }
+  for (const auto& [x, y] : FindEdges(picture)) {
+    const unsigned char* pixel = picture.Row(y) + x;
+    const int horizontal = TwiceDifference(pixel, x, picture.width, 1);
+    const int vertical = TwiceDifference(pixel, y, picture.height, picture.stride);
+    const std::size_t orientation = Orientation(horizontal, vertical);
+    const double weight = std::sqrt(static_cast<double>(horizontal * horizontal + vertical * vertical));
+    for (std::size_t level = 0; level < 3; ++level) {
+      const std::size_t shift = 2 - level;
+      const std::size_t column = columns[static_cast<std::size_t>(x)] >> shift;
+      const std::size_t cell = (column << level) + (rows[static_cast<std::size_t>(y)] >> shift);
+      result[kLevelBegin[level] + cell * kOrientations + orientation] += weight;
     }
   }
   ScaleToUnitSum(result);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "plugins/descriptor.h"
+#include "plugins/tamura-rows.h"
 
 const TDescriptor kDescriptor = {"tamura", "Joint histogram of coarseness, contrast and direction", 512, false};
 
@@ -46,15 +47,12 @@ class TCoarseness {
   explicit TCoarseness(const TPicture& picture)
       : picture(picture),
         sums(picture.width + 1),
-        difference(static_cast<std::size_t>(picture.width + 1 + 2 * kReach)),
         means(kMostCoarse, TRing<float>(picture.width)),
-        strongest(static_cast<std::size_t>(picture.width)),
-        winners(strongest.size()) {}
+        keys(static_cast<std::size_t>(picture.width)) {}
 
   /// The bins of row `y`; to be called for 0, 1, 2 and so on.
   void Process(int y, unsigned char* bins) {
-    std::fill(strongest.begin(), strongest.end(), 0.0f);
-    std::fill(winners.begin(), winners.end(), 0);
+    std::fill(keys.begin(), keys.end(), kMostCoarse);
     for (int k = 1; k <= kMostCoarse; ++k) {
       const int half = 1 << (k - 1);
       TRing<float>& plane = means[static_cast<std::size_t>(k - 1)];
@@ -65,14 +63,14 @@ class TCoarseness {
       // A position outside the picture has no mean, and the difference is 0.
       if (picture.width > 2 * half) {
         const float* row = plane.Row(y);
-        Compare(row + 2 * half, row, k, half, picture.width - 2 * half);
+        rows::KeepGreatest(row + 2 * half, row, kMostCoarse - k, keys.data() + half, picture.width - 2 * half);
       }
       if (y >= half && y + half < picture.height) {
-        Compare(plane.Row(y + half), plane.Row(y - half), k, 0, picture.width);
+        rows::KeepGreatest(plane.Row(y + half), plane.Row(y - half), kMostCoarse - k, keys.data(), picture.width);
       }
     }
-    for (std::size_t x = 0; x < winners.size(); ++x) {
-      bins[x] = kCoarsenessBins[static_cast<std::size_t>(winners[x])];
+    for (std::size_t x = 0; x < keys.size(); ++x) {
+      bins[x] = kCoarsenessBins[static_cast<std::size_t>(kMostCoarse - (keys[x] & rows::kTagMask))];
     }
   }
 
@@ -105,61 +103,47 @@ class TCoarseness {
     const int bottom = std::min(picture.height, y + half);
     const std::uint32_t* lower = Sums(bottom);
     const std::uint32_t* upper = Sums(top);
-    std::uint32_t* middle = difference.data() + kReach;
-    for (int x = 0; x <= picture.width; ++x) {
-      middle[x] = lower[x] - upper[x];
-    }
-    std::fill(middle - half, middle, middle[0]);
-    std::fill(middle + picture.width + 1, middle + picture.width + 1 + half, middle[picture.width]);
-    const int rows = bottom - top;
-    const auto mean = [&](int x) {
-      const int columns = std::min(picture.width, x + half) - std::max(0, x - half);
-      return static_cast<float>(static_cast<std::int32_t>(middle[x + half] - middle[x - half])) /
-             static_cast<float>(columns * rows);
+    const int height = bottom - top;
+    const auto sum = [&](int x) {
+      const int first = std::max(0, x - half);
+      const int end = std::min(picture.width, x + half);
+      return static_cast<float>(static_cast<std::int32_t>(lower[end] - upper[end] - (lower[first] - upper[first]))) /
+             static_cast<float>((end - first) * height);
     };
-    const int left = std::min(half, picture.width);
-    const int right = rows == 2 * half ? std::max(left, picture.width - half + 1) : left;
+    const bool isWhole = height == 2 * half && picture.width > 2 * half;
+    const int left = isWhole ? half : picture.width;
+    const int right = isWhole ? picture.width - half : picture.width;
     for (int x = 0; x < left; ++x) {
-      row[x] = mean(x);
+      row[x] = sum(x);
     }
     // Whole windows: a product with a power of two is as exact as the division.
-    const float share = 1.0f / static_cast<float>(4 * half * half);
-    for (int x = left; x < right; ++x) {
-      row[x] = static_cast<float>(static_cast<std::int32_t>(middle[x + half] - middle[x - half])) * share;
-    }
+    rows::WindowMeans(lower + left - half, upper + left - half, 2 * half, 1.0f / static_cast<float>(4 * half * half),
+                      row + left, right - left);
     for (int x = right; x < picture.width; ++x) {
-      row[x] = mean(x);
-    }
-  }
-
-  /// Notes k where two means differ by more than any before.
-  void Compare(const float* ahead, const float* behind, int k, int begin, int count) {
-    float* most = strongest.data() + begin;
-    std::int32_t* winner = winners.data() + begin;
-    for (int x = 0; x < count; ++x) {
-      const float change = std::fabs(ahead[x] - behind[x]);
-      const bool isMore = change > most[x];
-      winner[x] = isMore ? k : winner[x];
-      most[x] = isMore ? change : most[x];
+      row[x] = sum(x);
     }
   }
 
   const TPicture& picture;
   TRing<std::uint32_t> sums;
   int nextSums = 0;
-  std::vector<std::uint32_t> difference;
   std::vector<TRing<float>> means;
   std::array<int, kMostCoarse> nextMeans = {};
-  std::vector<float> strongest;
-  std::vector<std::int32_t> winners;
+  /// The greatest differences and, as their tags, the smaller k with the larger numbers, so that of equal differences
+  /// the first wins. Between whole windows the bits in the place of the tag are 0 anyway.
+  std::vector<std::int32_t> keys;
 };
 
 /// The contrast of each pixel, row by row. Everything is a whole number until the last root, so that a window whose
-/// contrast is the border of a bin falls into the upper one.
+/// contrast is the border of a bin falls into the upper one. Of gray level - 128, the sums over a window of the first
+/// three powers fit into 32 bits; running sums may wrap around, their differences come out right.
 class TContrast {
  public:
   explicit TContrast(const TPicture& picture)
-      : picture(picture), columns(static_cast<std::size_t>(picture.width + 2 * kMargin)) {
+      : picture(picture),
+        columns(static_cast<std::size_t>(picture.width)),
+        running(static_cast<std::size_t>(picture.width) + 1),
+        variances(static_cast<std::size_t>(picture.width)) {
     for (int y = 0; y < std::min(kRadius, picture.height); ++y) {
       AddRow(y, 1);
     }
@@ -173,81 +157,92 @@ class TContrast {
     if (y > kRadius) {
       AddRow(y - kRadius - 1, -1);
     }
-    const int rows = std::min(picture.height, y + kRadius + 1) - std::max(0, y - kRadius);
-    TSums window;
-    for (int x = 0; x < kRadius; ++x) {
-      window.Add(columns[static_cast<std::size_t>(std::min(x, picture.width) + kMargin)]);
+    SumUp();
+    const int height = std::min(picture.height, y + kRadius + 1) - std::max(0, y - kRadius);
+    const int left = std::min(kRadius, picture.width);
+    const int right = std::max(left, picture.width - kRadius);
+    for (int x = 0; x < left; ++x) {
+      bins[x] = Bin(x, height);
     }
-    for (int x = 0; x < picture.width; ++x) {
-      window.Add(columns[static_cast<std::size_t>(x + kMargin + kRadius)]);
-      window.Subtract(columns[static_cast<std::size_t>(x + kMargin - kRadius - 1)]);
-      const int count = rows * (std::min(picture.width, x + kRadius + 1) - std::max(0, x - kRadius));
-      bins[x] = Bin(window, count);
+    // Whole rows of a window, several at once: the contrast never exceeds the deviation, so little is left to do where
+    // that is below 16.
+    constexpr int kSide = 2 * kRadius + 1;
+    rows::Variances(running.first.data() + left - kRadius, running.second.data() + left - kRadius, height, kSide,
+                    variances.data() + left, right - left);
+    const std::int32_t least = 256 * height * kSide * height * kSide;
+    for (int x = left; x < right; ++x) {
+      bins[x] = variances[static_cast<std::size_t>(x)] < least ? static_cast<unsigned char>(0) : Bin(x, height);
+    }
+    for (int x = right; x < picture.width; ++x) {
+      bins[x] = Bin(x, height);
     }
   }
 
  private:
   static constexpr int kRadius = 5;
-  static constexpr int kMargin = kRadius + 1;
 
-  /// Of the first four powers of gray level - 128.
-  struct TSums {
-    std::int64_t first = 0;
-    std::int64_t second = 0;
-    std::int64_t third = 0;
-    std::int64_t fourth = 0;
-
-    void Add(const TSums& other) {
-      first += other.first;
-      second += other.second;
-      third += other.third;
-      fourth += other.fourth;
-    }
-    void Subtract(const TSums& other) {
-      first -= other.first;
-      second -= other.second;
-      third -= other.third;
-      fourth -= other.fourth;
-    }
+  struct TPowerSums {
+    explicit TPowerSums(std::size_t count) : first(count), second(count), third(count), fourth(count) {}
+    std::vector<std::uint32_t> first;
+    std::vector<std::uint32_t> second;
+    std::vector<std::uint32_t> third;
+    std::vector<std::int64_t> fourth;
   };
 
   void AddRow(int y, int sign) {
-    const unsigned char* pixel = picture.Row(y);
-    TSums* column = columns.data() + kMargin;
-    for (int x = 0; x < picture.width; ++x) {
-      const int value = pixel[x] - 128;
-      const int square = value * value;
-      column[x].first += sign * value;
-      column[x].second += sign * square;
-      column[x].third += sign * value * square;
-      column[x].fourth += std::int64_t{sign} * square * square;
+    rows::AddPowers(picture.Row(y), sign,
+                    {columns.first.data(), columns.second.data(), columns.third.data(), columns.fourth.data()},
+                    picture.width);
+  }
+
+  void SumUp() {
+    for (std::size_t x = 0; x + 1 < running.first.size(); ++x) {
+      running.first[x + 1] = running.first[x] + columns.first[x];
+      running.second[x + 1] = running.second[x] + columns.second[x];
+      running.third[x + 1] = running.third[x] + columns.third[x];
+      running.fourth[x + 1] = running.fourth[x] + columns.fourth[x];
     }
   }
 
   /// The contrast is variance / (fourth central moment)^(1/4). With n pixels, n^2 times the variance and n^4 times the
   /// moment are whole numbers below 2^58.
-  static unsigned char Bin(const TSums& sums, std::int64_t n) {
-    const std::int64_t squaredFirst = sums.first * sums.first;
-    const std::int64_t variance = n * sums.second - squaredFirst;
-    // The contrast never exceeds the deviation.
+  unsigned char Bin(int x, int height) const {
+    const auto begin = static_cast<std::size_t>(std::max(0, x - kRadius));
+    const auto end = static_cast<std::size_t>(std::min(picture.width, x + kRadius + 1));
+    const std::int64_t n = height * static_cast<std::int64_t>(end - begin);
+    const std::int64_t first = static_cast<std::int32_t>(running.first[end] - running.first[begin]);
+    const std::int64_t second = static_cast<std::int32_t>(running.second[end] - running.second[begin]);
+    const std::int64_t third = static_cast<std::int32_t>(running.third[end] - running.third[begin]);
+    const std::int64_t fourth = running.fourth[end] - running.fourth[begin];
+    const std::int64_t squaredFirst = first * first;
+    const std::int64_t variance = n * second - squaredFirst;
     if (variance < 256 * n * n) {
       return 0;
     }
-    const std::int64_t moment = n * n * (n * sums.fourth - 4 * sums.first * sums.third) +
-                                3 * squaredFirst * (2 * n * sums.second - squaredFirst);
+    const std::int64_t moment =
+        n * n * (n * fourth - 4 * first * third) + 3 * squaredFirst * (2 * n * second - squaredFirst);
     const auto exact = static_cast<double>(variance);
     const double squaredBin =
         exact * exact / (256.0 * static_cast<double>(n * n) * std::sqrt(static_cast<double>(moment)));
-    unsigned char bin = 0;
-    while (bin < 7 && squaredBin >= (bin + 1) * (bin + 1)) {
-      ++bin;
-    }
-    return bin;
+    static constexpr auto kRoots = [] {
+      std::array<unsigned char, 65> roots = {};
+      for (std::size_t i = 0; i < roots.size(); ++i) {
+        while (roots[i] < 7 && (roots[i] + 1u) * (roots[i] + 1u) <= i) {
+          ++roots[i];
+        }
+      }
+      return roots;
+    }();
+    // Below 64: no contrast exceeds 127.5.
+    return kRoots[static_cast<std::size_t>(squaredBin)];
   }
 
   const TPicture& picture;
-  /// Sums over the rows of the window, with zeros around them.
-  std::vector<TSums> columns;
+  /// Over the rows of the window.
+  TPowerSums columns;
+  /// Over these, from the left.
+  TPowerSums running;
+  std::vector<std::int32_t> variances;
 };
 
 /// The direction of each pixel of row `y`, by Sobel's differences; the edge pixels are repeated around the picture.
@@ -256,7 +251,7 @@ class TDirection {
   explicit TDirection(const TPicture& picture)
       : picture(picture), smooth(static_cast<std::size_t>(picture.width + 2)), change(smooth.size()) {}
 
-  void Process(int y, unsigned char* bins) {
+  void Process(int y, std::int16_t* bins) {
     const unsigned char* upper = picture.Row(std::max(0, y - 1));
     const unsigned char* row = picture.Row(y);
     const unsigned char* lower = picture.Row(std::min(picture.height - 1, y + 1));
@@ -268,29 +263,10 @@ class TDirection {
       values->front() = (*values)[1];
       values->back() = (*values)[values->size() - 2];
     }
-    const std::int16_t* s = smooth.data() + 1;
-    const std::int16_t* c = change.data() + 1;
-    for (int x = 0; x < picture.width; ++x) {
-      bins[x] = static_cast<unsigned char>(Bin(static_cast<std::int16_t>(s[x + 1] - s[x - 1]),
-                                               static_cast<std::int16_t>(c[x - 1] + 2 * c[x] + c[x + 1])));
-    }
+    rows::Directions(smooth.data() + 1, change.data() + 1, bins, picture.width);
   }
 
  private:
-  /// floor(8 / pi x (atan(vertical / horizontal) + pi / 2)). Only the slopes 0 and 1 can fall on the border of a bin.
-  static std::int16_t Bin(std::int16_t horizontal, std::int16_t vertical) {
-    const auto width = static_cast<std::int16_t>(horizontal < 0 ? -horizontal : horizontal);
-    const auto rise = static_cast<std::int16_t>(horizontal < 0 ? -vertical : vertical);
-    const auto height = static_cast<std::int16_t>(rise < 0 ? -rise : rise);
-    const bool isUp = rise >= 0;
-    // floor(tan(pi / 8) x width), for the 1020 widths that there are; tan(3 pi / 8) is greater by 2.
-    const auto shallow =
-        static_cast<std::int16_t>((static_cast<std::uint32_t>(static_cast<std::uint16_t>(width)) * 27146u) >> 16);
-    const int steps =
-        (height > shallow ? 1 : 0) + (height > width - (isUp ? 1 : 0) ? 1 : 0) + (height > shallow + 2 * width ? 1 : 0);
-    return static_cast<std::int16_t>(width == 0 ? 0 : (isUp ? 4 + steps : 3 - steps));
-  }
-
   const TPicture& picture;
   std::vector<std::int16_t> smooth;
   std::vector<std::int16_t> change;
@@ -305,14 +281,14 @@ void Describe(const TPicture& picture, std::span<double> result) {
   const auto width = static_cast<std::size_t>(picture.width);
   std::vector<unsigned char> coarsenessBins(width);
   std::vector<unsigned char> contrastBins(width);
-  std::vector<unsigned char> directionBins(width);
+  std::vector<std::int16_t> directionBins(width);
   std::array<std::uint64_t, 512> counts = {};
   for (int y = 0; y < picture.height; ++y) {
     coarseness.Process(y, coarsenessBins.data());
     contrast.Process(y, contrastBins.data());
     direction.Process(y, directionBins.data());
     for (std::size_t x = 0; x < width; ++x) {
-      ++counts[std::size_t{64} * directionBins[x] + std::size_t{8} * coarsenessBins[x] + contrastBins[x]];
+      ++counts[std::size_t{64} * static_cast<std::size_t>(directionBins[x]) + std::size_t{8} * coarsenessBins[x] + contrastBins[x]];
     }
   }
   const double pixels = static_cast<double>(picture.width) * picture.height;
