@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The loops over rows of canny.cpp, compiled for each level of vectors and chosen at run time. Each element is computed
-/// by itself and without fused products, so that all levels give the same bytes.
+/// The loops over rows of canny.cpp, compiled for each level of vectors and chosen at run time. Each element is
+/// computed by itself and without fused products, so that all levels give the same bytes.
 namespace rows {
 
 constexpr int kSmoothRadius = 6;
@@ -17,8 +17,8 @@ using TSmoothTaps = std::array<const float*, 2 * kSmoothRadius + 1>;
 /// The weighted sums of 13 values each.
 void Smooth(const TSmoothTaps& taps, const TSmoothWeights& weights, float* result, int count);
 
-/// Magnitudes of gradients and their nearest directions: 0 sideways, 1 upwards, 2 and 3 along the falling and the rising
-/// diagonal. Raises the elements of `greatest` to the magnitudes.
+/// Magnitudes of gradients and their nearest directions: 0 sideways, 1 upwards, 2 and 3 along the falling and the
+/// rising diagonal. Raises the elements of `greatest` to the magnitudes.
 void Polar(const float* gx, const float* gy, float* magnitudes, std::int32_t* directions, float* greatest, int count);
 
 /// 1 where a magnitude is greater than the one before it in its direction and not less than the one after, else 0. The

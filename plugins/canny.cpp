@@ -167,8 +167,8 @@ float HighThreshold(const TGradients& gradients, const TPicture& picture) {
 
 /// Calls `visit` with the index of each element that is 2. They are few, and sought by eights.
 template <typename TVisit>
-  requires(std::endian::native == std::endian::little)
-void VisitEdges(const std::vector<unsigned char>& states, const TVisit& visit) {
+requires(std::endian::native == std::endian::little) void VisitEdges(const std::vector<unsigned char>& states,
+                                                                     const TVisit& visit) {
   std::size_t i = 0;
   for (std::uint64_t eight = 0; i + sizeof eight <= states.size(); i += sizeof eight) {
     std::memcpy(&eight, states.data() + i, sizeof eight);

@@ -18,7 +18,8 @@ void MeanRow(const std::uint32_t* HWY_RESTRICT lower, const std::uint32_t* HWY_R
              float* HWY_RESTRICT means, int count) {
   for (int x = 0; x < count; ++x) {
     means[x] =
-        static_cast<float>(static_cast<std::int32_t>(lower[x + side] - upper[x + side] - (lower[x] - upper[x]))) * share;
+        static_cast<float>(static_cast<std::int32_t>(lower[x + side] - upper[x + side] - (lower[x] - upper[x]))) *
+        share;
   }
 }
 
@@ -62,6 +63,19 @@ void VarianceRow(const std::uint32_t* HWY_RESTRICT first, const std::uint32_t* H
   }
 }
 
+void ContrastRow(const double* HWY_RESTRICT variances, const double* HWY_RESTRICT moments, double n,
+                 unsigned char* HWY_RESTRICT bins, int count) {
+  for (int i = 0; i < count; ++i) {
+    const double squaredBin = variances[i] * variances[i] / (256.0 * n * n * std::sqrt(moments[i]));
+    // No contrast exceeds 127.5.
+    int bin = 0;
+    for (int next = 1; next < 8; ++next) {
+      bin += squaredBin >= next * next ? 1 : 0;
+    }
+    bins[i] = static_cast<unsigned char>(bin);
+  }
+}
+
 void DirectionRow(const std::int16_t* HWY_RESTRICT smooth, const std::int16_t* HWY_RESTRICT change,
                   std::int16_t* HWY_RESTRICT bins, int count) {
   for (int x = 0; x < count; ++x) {
@@ -92,6 +106,7 @@ HWY_EXPORT(MeanRow);
 HWY_EXPORT(KeepRow);
 HWY_EXPORT(AddPowerRow);
 HWY_EXPORT(VarianceRow);
+HWY_EXPORT(ContrastRow);
 HWY_EXPORT(DirectionRow);
 
 void WindowMeans(const std::uint32_t* lower, const std::uint32_t* upper, int side, float share, float* means,
@@ -110,6 +125,10 @@ void AddPowers(const unsigned char* pixels, int sign, const TPowerRows& sums, in
 void Variances(const std::uint32_t* first, const std::uint32_t* second, int rows, int side, std::int32_t* variances,
                int count) {
   HWY_DYNAMIC_DISPATCH(VarianceRow)(first, second, rows, side, variances, count);
+}
+
+void ContrastBins(const double* variances, const double* moments, double n, unsigned char* bins, int count) {
+  HWY_DYNAMIC_DISPATCH(ContrastRow)(variances, moments, n, bins, count);
 }
 
 void Directions(const std::int16_t* smooth, const std::int16_t* change, std::int16_t* bins, int count) {

@@ -2,12 +2,12 @@
 
 #include <cstdint>
 
-/// The loops over rows of tamura.cpp, compiled for each level of vectors and chosen at run time. Each element is computed
-/// by itself and without fused products, so that all levels give the same bytes.
+/// The loops over rows of tamura.cpp, compiled for each level of vectors and chosen at run time. Each element is
+/// computed by itself and without fused products, so that all levels give the same bytes.
 namespace rows {
 
-/// Means of whole windows, from the sums above and left of the corners: `lower` and `upper` stand at the left corners of
-/// element 0, `share` is 1 / the window's pixels, a power of two.
+/// Means of whole windows, from the sums above and left of the corners: `lower` and `upper` stand at the left corners
+/// of element 0, `share` is 1 / the window's pixels, a power of two.
 void WindowMeans(const std::uint32_t* lower, const std::uint32_t* upper, int side, float share, float* means,
                  int count);
 
@@ -30,6 +30,10 @@ void AddPowers(const unsigned char* pixels, int sign, const TPowerRows& sums, in
 /// n^2 times the variance of the n = rows x side pixels of windows, from the running sums in front of their columns.
 void Variances(const std::uint32_t* first, const std::uint32_t* second, int rows, int side, std::int32_t* variances,
                int count);
+
+/// floor(contrast / 16) from n^2 times the variance, above 0, and n^4 times the fourth central moment of windows of n
+/// pixels. The contrast is the variance / the fourth root of the moment.
+void ContrastBins(const double* variances, const double* moments, double n, unsigned char* bins, int count);
 
 /// floor(8 / pi x (atan(vertical / horizontal) + pi / 2)) of Sobel's differences, 0 where the horizontal one is 0. The
 /// rows, smoothed and differentiated upwards, go on for one element on both sides.

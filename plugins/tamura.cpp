@@ -26,9 +26,6 @@ constexpr int kMostCoarse = 5;
 constexpr int kReach = 1 << (kMostCoarse - 1);
 /// Rows that are kept: more than the 2 x kReach + 1 that are needed at once.
 constexpr int kRing = 64;
-/// The bin of each k: floor(8 k / 5), 7 at most.
-constexpr std::array<unsigned char, kMostCoarse + 1> kCoarsenessBins = {0, 1, 3, 4, 6, 7};
-
 /// The last rows of a plane.
 template <typename T>
 class TRing {
@@ -70,7 +67,9 @@ class TCoarseness {
       }
     }
     for (std::size_t x = 0; x < keys.size(); ++x) {
-      bins[x] = kCoarsenessBins[static_cast<std::size_t>(kMostCoarse - (keys[x] & rows::kTagMask))];
+      // floor(8 k / 5), and 7 at most: 0, 1, 3, 4, 6, 7.
+      const std::int32_t k = kMostCoarse - (keys[x] & rows::kTagMask);
+      bins[x] = static_cast<unsigned char>(std::min(7, 13 * k / 8));
     }
   }
 
@@ -143,7 +142,11 @@ class TContrast {
       : picture(picture),
         columns(static_cast<std::size_t>(picture.width)),
         running(static_cast<std::size_t>(picture.width) + 1),
-        variances(static_cast<std::size_t>(picture.width)) {
+        squares(static_cast<std::size_t>(picture.width)),
+        rest(squares.size()),
+        variances(squares.size()),
+        moments(squares.size()),
+        restBins(squares.size()) {
     for (int y = 0; y < std::min(kRadius, picture.height); ++y) {
       AddRow(y, 1);
     }
@@ -161,20 +164,47 @@ class TContrast {
     const int height = std::min(picture.height, y + kRadius + 1) - std::max(0, y - kRadius);
     const int left = std::min(kRadius, picture.width);
     const int right = std::max(left, picture.width - kRadius);
+    const auto describeCut = [&](int x) {
+      const auto begin = static_cast<std::size_t>(std::max(0, x - kRadius));
+      const auto end = static_cast<std::size_t>(std::min(picture.width, x + kRadius + 1));
+      const std::int64_t n = height * static_cast<std::int64_t>(end - begin);
+      const std::int64_t second = static_cast<std::int32_t>(running.second[end] - running.second[begin]);
+      const std::int64_t exact = n * second - First(begin, end) * First(begin, end);
+      const auto variance = static_cast<double>(exact);
+      const auto moment = static_cast<double>(Moment(begin, end, n, exact));
+      bins[x] = 0;
+      if (exact > 0) {
+        rows::ContrastBins(&variance, &moment, static_cast<double>(n), &bins[x], 1);
+      }
+    };
     for (int x = 0; x < left; ++x) {
-      bins[x] = Bin(x, height);
+      describeCut(x);
     }
-    // Whole rows of a window, several at once: the contrast never exceeds the deviation, so little is left to do where
+    // Whole rows of a window, several at once: the contrast never exceeds the deviation, so nothing is left to do where
     // that is below 16.
     constexpr int kSide = 2 * kRadius + 1;
+    const int n = height * kSide;
     rows::Variances(running.first.data() + left - kRadius, running.second.data() + left - kRadius, height, kSide,
-                    variances.data() + left, right - left);
-    const std::int32_t least = 256 * height * kSide * height * kSide;
+                    squares.data() + left, right - left);
+    // Without a branch, which nobody could predict: what is not counted is overwritten.
+    std::size_t count = 0;
     for (int x = left; x < right; ++x) {
-      bins[x] = variances[static_cast<std::size_t>(x)] < least ? static_cast<unsigned char>(0) : Bin(x, height);
+      bins[x] = 0;
+      rest[count] = x;
+      count += squares[static_cast<std::size_t>(x)] < 256 * n * n ? 0 : 1;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto begin = static_cast<std::size_t>(rest[i] - kRadius);
+      const std::int32_t variance = squares[static_cast<std::size_t>(rest[i])];
+      variances[i] = variance;
+      moments[i] = static_cast<double>(Moment(begin, begin + kSide, n, variance));
+    }
+    rows::ContrastBins(variances.data(), moments.data(), n, restBins.data(), static_cast<int>(count));
+    for (std::size_t i = 0; i < count; ++i) {
+      bins[rest[i]] = restBins[i];
     }
     for (int x = right; x < picture.width; ++x) {
-      bins[x] = Bin(x, height);
+      describeCut(x);
     }
   }
 
@@ -196,45 +226,31 @@ class TContrast {
   }
 
   void SumUp() {
-    for (std::size_t x = 0; x + 1 < running.first.size(); ++x) {
-      running.first[x + 1] = running.first[x] + columns.first[x];
-      running.second[x + 1] = running.second[x] + columns.second[x];
-      running.third[x + 1] = running.third[x] + columns.third[x];
-      running.fourth[x + 1] = running.fourth[x] + columns.fourth[x];
+    std::uint32_t first = 0;
+    std::uint32_t second = 0;
+    std::uint32_t third = 0;
+    std::int64_t fourth = 0;
+    const auto count = static_cast<std::size_t>(picture.width);
+    for (std::size_t x = 0; x < count; ++x) {
+      running.first[x + 1] = first += columns.first[x];
+      running.second[x + 1] = second += columns.second[x];
+      running.third[x + 1] = third += columns.third[x];
+    }
+    for (std::size_t x = 0; x < count; ++x) {
+      running.fourth[x + 1] = fourth += columns.fourth[x];
     }
   }
 
-  /// The contrast is variance / (fourth central moment)^(1/4). With n pixels, n^2 times the variance and n^4 times the
-  /// moment are whole numbers below 2^58.
-  unsigned char Bin(int x, int height) const {
-    const auto begin = static_cast<std::size_t>(std::max(0, x - kRadius));
-    const auto end = static_cast<std::size_t>(std::min(picture.width, x + kRadius + 1));
-    const std::int64_t n = height * static_cast<std::int64_t>(end - begin);
-    const std::int64_t first = static_cast<std::int32_t>(running.first[end] - running.first[begin]);
-    const std::int64_t second = static_cast<std::int32_t>(running.second[end] - running.second[begin]);
+  std::int64_t First(std::size_t begin, std::size_t end) const {
+    return static_cast<std::int32_t>(running.first[end] - running.first[begin]);
+  }
+
+  /// n^4 times the fourth central moment of n pixels, from n^2 times their variance: whole numbers below 2^58.
+  std::int64_t Moment(std::size_t begin, std::size_t end, std::int64_t n, std::int64_t variance) const {
+    const std::int64_t first = First(begin, end);
     const std::int64_t third = static_cast<std::int32_t>(running.third[end] - running.third[begin]);
     const std::int64_t fourth = running.fourth[end] - running.fourth[begin];
-    const std::int64_t squaredFirst = first * first;
-    const std::int64_t variance = n * second - squaredFirst;
-    if (variance < 256 * n * n) {
-      return 0;
-    }
-    const std::int64_t moment =
-        n * n * (n * fourth - 4 * first * third) + 3 * squaredFirst * (2 * n * second - squaredFirst);
-    const auto exact = static_cast<double>(variance);
-    const double squaredBin =
-        exact * exact / (256.0 * static_cast<double>(n * n) * std::sqrt(static_cast<double>(moment)));
-    static constexpr auto kRoots = [] {
-      std::array<unsigned char, 65> roots = {};
-      for (std::size_t i = 0; i < roots.size(); ++i) {
-        while (roots[i] < 7 && (roots[i] + 1u) * (roots[i] + 1u) <= i) {
-          ++roots[i];
-        }
-      }
-      return roots;
-    }();
-    // Below 64: no contrast exceeds 127.5.
-    return kRoots[static_cast<std::size_t>(squaredBin)];
+    return n * n * (n * fourth - 4 * first * third) + 3 * first * first * (2 * variance + first * first);
   }
 
   const TPicture& picture;
@@ -242,7 +258,12 @@ class TContrast {
   TPowerSums columns;
   /// Over these, from the left.
   TPowerSums running;
-  std::vector<std::int32_t> variances;
+  std::vector<std::int32_t> squares;
+  /// The columns that are left, and what is known of them.
+  std::vector<int> rest;
+  std::vector<double> variances;
+  std::vector<double> moments;
+  std::vector<unsigned char> restBins;
 };
 
 /// The direction of each pixel of row `y`, by Sobel's differences; the edge pixels are repeated around the picture.
@@ -282,17 +303,29 @@ void Describe(const TPicture& picture, std::span<double> result) {
   std::vector<unsigned char> coarsenessBins(width);
   std::vector<unsigned char> contrastBins(width);
   std::vector<std::int16_t> directionBins(width);
-  std::array<std::uint64_t, 512> counts = {};
+  std::vector<std::uint16_t> elements(width);
+  // Several histograms: neighbours often fall into the same bin, and each would wait for the one before.
+  std::array<std::array<std::uint64_t, 512>, 4> counts = {};
   for (int y = 0; y < picture.height; ++y) {
     coarseness.Process(y, coarsenessBins.data());
     contrast.Process(y, contrastBins.data());
     direction.Process(y, directionBins.data());
     for (std::size_t x = 0; x < width; ++x) {
-      ++counts[std::size_t{64} * static_cast<std::size_t>(directionBins[x]) + std::size_t{8} * coarsenessBins[x] + contrastBins[x]];
+      elements[x] = static_cast<std::uint16_t>(64 * directionBins[x] + 8 * coarsenessBins[x] + contrastBins[x]);
+    }
+    std::size_t x = 0;
+    for (; x + counts.size() <= width; x += counts.size()) {
+      ++counts[0][elements[x]];
+      ++counts[1][elements[x + 1]];
+      ++counts[2][elements[x + 2]];
+      ++counts[3][elements[x + 3]];
+    }
+    for (; x < width; ++x) {
+      ++counts[0][elements[x]];
     }
   }
   const double pixels = static_cast<double>(picture.width) * picture.height;
-  for (std::size_t i = 0; i < counts.size(); ++i) {
-    result[i] = static_cast<double>(counts[i]) / pixels;
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    result[i] = static_cast<double>(counts[0][i] + counts[1][i] + counts[2][i] + counts[3][i]) / pixels;
   }
 }
