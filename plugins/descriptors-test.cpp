@@ -15,6 +15,7 @@
 
 #include <QLibrary>
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
@@ -228,6 +229,24 @@ TEST(TDescriptors, LargePicturesHaveTheNumbersOfSmallOnes) {
   const TTestPicture made = Made(4000, 3000);
   for (const auto& [name, kind] : kKinds) {
     ExpectSound(name, Describe(name, made));
+  }
+}
+
+/// The plain code is one of the levels.
+TEST(TDescriptors, GiveTheSameBytesAtEverySimdLevel) {
+  const std::vector<TTestPicture> pictures = {Made(200, 150), Made(45, 37), Made(17, 3), Made(1, 90)};
+  for (const std::string name : {"phog", "tamura"}) {
+    for (const TTestPicture& picture : pictures) {
+      const TNumbers best = Describe(name, picture);
+      int levels = 0;
+      for (std::int64_t rest = hwy::SupportedTargets() & HWY_TARGETS; rest != 0; rest &= rest - 1) {
+        hwy::SetSupportedTargetsForTest(rest & -rest);
+        EXPECT_EQ(Describe(name, picture), best) << name << " " << hwy::TargetName(rest & -rest);
+        hwy::SetSupportedTargetsForTest(0);
+        ++levels;
+      }
+      EXPECT_GE(levels, 1);
+    }
   }
 }
 
