@@ -235,7 +235,7 @@ TEST(TDescriptors, LargePicturesHaveTheNumbersOfSmallOnes) {
 /// The plain code is one of the levels.
 TEST(TDescriptors, GiveTheSameBytesAtEverySimdLevel) {
   const std::vector<TTestPicture> pictures = {Made(200, 150), Made(45, 37), Made(17, 3), Made(1, 90)};
-  for (const std::string name : {"phog", "tamura"}) {
+  for (const std::string name : {"moments", "phog", "tamura"}) {
     for (const TTestPicture& picture : pictures) {
       const TNumbers best = Describe(name, picture);
       int levels = 0;

@@ -8,11 +8,11 @@
 // and L*a*b* are ours. sRGB: IEC 61966-2-1; L*a*b*: CIE 15, with the white of D65 for which the grays have a* = b* = 0.
 
 #include <array>
-#include <bit>
 #include <cmath>
 #include <vector>
 
 #include "plugins/descriptor.h"
+#include "plugins/moments-rows.h"
 
 const TDescriptor kDescriptor = {"moments", "Mean, deviation and skewness of L*a*b* on a grid of 3 x 3", 81, true};
 
@@ -34,81 +34,20 @@ std::array<float, 256> LinearLight() {
   return table;
 }
 
-/// The cube root, or the line that continues it to 0. In single precision, by arithmetic that a compiler can do on
-/// several numbers at once: a guess from the exponent, then two steps of Halley's method. The relative error is below
-/// 3e-7, that of a* and b* below 3e-4.
-inline float LabCurve(float t) {
-  constexpr auto kBend = static_cast<float>(216.0 / 24389.0);
-  const float bright = t > kBend ? t : kBend;
-  const auto third = static_cast<std::int32_t>(static_cast<float>(std::bit_cast<std::int32_t>(bright)) * (1.0f / 3.0f));
-  float root = std::bit_cast<float>(third + 709921077);
-  for (int i = 0; i < 2; ++i) {
-    const float cube = root * root * root;
-    root = root * (cube + bright + bright) / (cube + cube + bright);
-  }
-  const float line = t * static_cast<float>(24389.0 / 27.0 / 116.0) + static_cast<float>(16.0 / 116.0);
-  return t > kBend ? root : line;
-}
-
 void ConvertChunk(const unsigned char* pixels, std::size_t count, TChunk& lab) {
   static const std::array<float, 256> linear = LinearLight();
-  // Each row divided by its sum, the white.
-  constexpr float kMatrix[3][3] = {{static_cast<float>(0.4124564 / 0.95047), static_cast<float>(0.3575761 / 0.95047),
-                                    static_cast<float>(0.1804375 / 0.95047)},
-                                   {0.2126729f, 0.7151522f, 0.0721750f},
-                                   {static_cast<float>(0.0193339 / 1.08883), static_cast<float>(0.1191920 / 1.08883),
-                                    static_cast<float>(0.9503041 / 1.08883)}};
   for (std::size_t i = 0; i < count; ++i) {
     for (std::size_t channel = 0; channel < kChannels; ++channel) {
       lab[channel][i] = linear[pixels[kChannels * i + channel]];
     }
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    const float red = lab[0][i];
-    const float green = lab[1][i];
-    const float blue = lab[2][i];
-    const float x = LabCurve(kMatrix[0][0] * red + kMatrix[0][1] * green + kMatrix[0][2] * blue);
-    const float y = LabCurve(kMatrix[1][0] * red + kMatrix[1][1] * green + kMatrix[1][2] * blue);
-    const float z = LabCurve(kMatrix[2][0] * red + kMatrix[2][1] * green + kMatrix[2][2] * blue);
-    lab[0][i] = 116.0f * y - 16.0f;
-    lab[1][i] = 500.0f * (x - y);
-    lab[2][i] = 200.0f * (y - z);
-  }
+  rows::ToLab(lab[0].data(), lab[1].data(), lab[2].data(), count);
 }
 
-/// The sums of the first three powers of differences from `origin`, in four parts each, which compilers add up side by
-/// side.
+/// The sums of the first three powers of differences from `origin`.
 struct TPowerSums {
-  static constexpr std::size_t kParts = 4;
-
   double origin = 0.0;
-  std::array<std::array<double, kParts>, 3> parts = {};
-
-  void Add(std::span<const float> values) {
-    // Copies, since the members might be what `values` points to.
-    auto first = parts[0];
-    auto second = parts[1];
-    auto third = parts[2];
-    const double from = origin;
-    const auto add = [&](std::size_t part, float value) {
-      const double d = value - from;
-      first[part] += d;
-      second[part] += d * d;
-      third[part] += d * d * d;
-    };
-    std::size_t i = 0;
-    for (; i + kParts <= values.size(); i += kParts) {
-      for (std::size_t part = 0; part < kParts; ++part) {
-        add(part, values[i + part]);
-      }
-    }
-    for (; i < values.size(); ++i) {
-      add(0, values[i]);
-    }
-    parts = {first, second, third};
-  }
-
-  double Sum(std::size_t power) const { return parts[power][0] + parts[power][1] + parts[power][2] + parts[power][3]; }
+  rows::TPowerParts parts;
 };
 
 struct TMoments {
@@ -118,9 +57,9 @@ struct TMoments {
 };
 
 TMoments CentralMoments(const TPowerSums& power, double count) {
-  const double first = power.Sum(0) / count;
-  const double second = power.Sum(1) / count;
-  const double third = power.Sum(2) / count;
+  const double first = power.parts.Sum(0) / count;
+  const double second = power.parts.Sum(1) / count;
+  const double third = power.parts.Sum(2) / count;
   return {power.origin + first, std::sqrt(std::max(0.0, second - first * first)),
           std::cbrt(third - 3.0 * first * second + 2.0 * first * first * first)};
 }
@@ -140,7 +79,7 @@ void DescribeCell(const TPicture& picture, int left, int right, int top, int bot
       const std::size_t count = std::min(kChunk, static_cast<std::size_t>(right - x));
       ConvertChunk(picture.Row(y) + static_cast<std::ptrdiff_t>(x) * 3, count, lab);
       for (std::size_t channel = 0; channel < kChannels; ++channel) {
-        power[channel].Add({lab[channel].data(), count});
+        rows::AddPowers(lab[channel].data(), count, power[channel].origin, power[channel].parts);
       }
     }
   }

@@ -32,6 +32,16 @@ void KeepRow(const float* HWY_RESTRICT ahead, const float* HWY_RESTRICT behind, 
   }
 }
 
+void JointRow(const std::int16_t* HWY_RESTRICT directions, const std::int32_t* HWY_RESTRICT keys,
+              const unsigned char* HWY_RESTRICT contrasts, std::uint16_t* HWY_RESTRICT bins, int count) {
+  for (int x = 0; x < count; ++x) {
+    // 0, 1, 3, 4, 6, 7.
+    const std::int32_t exact = 13 * (kMostCoarse - (keys[x] & kTagMask)) / 8;
+    const std::int32_t coarseness = exact < 7 ? exact : 7;
+    bins[x] = static_cast<std::uint16_t>(64 * directions[x] + 8 * coarseness + contrasts[x]);
+  }
+}
+
 template <int kSign>
 void PowerRow(const unsigned char* HWY_RESTRICT pixels, std::uint32_t* HWY_RESTRICT first,
               std::uint32_t* HWY_RESTRICT second, std::uint32_t* HWY_RESTRICT third, std::int64_t* HWY_RESTRICT fourth,
@@ -104,6 +114,7 @@ namespace rows {
 
 HWY_EXPORT(MeanRow);
 HWY_EXPORT(KeepRow);
+HWY_EXPORT(JointRow);
 HWY_EXPORT(AddPowerRow);
 HWY_EXPORT(VarianceRow);
 HWY_EXPORT(ContrastRow);
@@ -116,6 +127,11 @@ void WindowMeans(const std::uint32_t* lower, const std::uint32_t* upper, int sid
 
 void KeepGreatest(const float* ahead, const float* behind, std::int32_t tag, std::int32_t* keys, int count) {
   HWY_DYNAMIC_DISPATCH(KeepRow)(ahead, behind, tag, keys, count);
+}
+
+void JointBins(const std::int16_t* directions, const std::int32_t* keys, const unsigned char* contrasts,
+               std::uint16_t* bins, int count) {
+  HWY_DYNAMIC_DISPATCH(JointRow)(directions, keys, contrasts, bins, count);
 }
 
 void AddPowers(const unsigned char* pixels, int sign, const TPowerRows& sums, int count) {

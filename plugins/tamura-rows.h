@@ -17,6 +17,12 @@ constexpr std::int32_t kTagMask = 7;
 /// the numbers, but for the last three, which are the tag.
 void KeepGreatest(const float* ahead, const float* behind, std::int32_t tag, std::int32_t* keys, int count);
 
+/// 64 x direction + 8 x coarseness + contrast. The coarseness is given by a key, with kMostCoarse - k as its tag, and
+/// falls into the bin floor(8 k / 5), 7 at most.
+constexpr std::int32_t kMostCoarse = 5;
+void JointBins(const std::int16_t* directions, const std::int32_t* keys, const unsigned char* contrasts,
+               std::uint16_t* bins, int count);
+
 /// Sums of the first four powers of gray level - 128. The first three may wrap around.
 struct TPowerRows {
   std::uint32_t* first;

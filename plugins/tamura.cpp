@@ -21,7 +21,7 @@ const TDescriptor kDescriptor = {"tamura", "Joint histogram of coarseness, contr
 
 namespace {
 
-constexpr int kMostCoarse = 5;
+constexpr int kMostCoarse = rows::kMostCoarse;
 /// Half of the widest window.
 constexpr int kReach = 1 << (kMostCoarse - 1);
 /// Rows that are kept: more than the 2 x kReach + 1 that are needed at once.
@@ -47,8 +47,8 @@ class TCoarseness {
         means(kMostCoarse, TRing<float>(picture.width)),
         keys(static_cast<std::size_t>(picture.width)) {}
 
-  /// The bins of row `y`; to be called for 0, 1, 2 and so on.
-  void Process(int y, unsigned char* bins) {
+  /// Row `y`, with k as rows::JointBins takes it; to be called for 0, 1, 2 and so on.
+  const std::int32_t* Process(int y) {
     std::fill(keys.begin(), keys.end(), kMostCoarse);
     for (int k = 1; k <= kMostCoarse; ++k) {
       const int half = 1 << (k - 1);
@@ -66,11 +66,7 @@ class TCoarseness {
         rows::KeepGreatest(plane.Row(y + half), plane.Row(y - half), kMostCoarse - k, keys.data(), picture.width);
       }
     }
-    for (std::size_t x = 0; x < keys.size(); ++x) {
-      // floor(8 k / 5), and 7 at most: 0, 1, 3, 4, 6, 7.
-      const std::int32_t k = kMostCoarse - (keys[x] & rows::kTagMask);
-      bins[x] = static_cast<unsigned char>(std::min(7, 13 * k / 8));
-    }
+    return keys.data();
   }
 
  private:
@@ -300,19 +296,15 @@ void Describe(const TPicture& picture, std::span<double> result) {
   TContrast contrast(picture);
   TDirection direction(picture);
   const auto width = static_cast<std::size_t>(picture.width);
-  std::vector<unsigned char> coarsenessBins(width);
   std::vector<unsigned char> contrastBins(width);
   std::vector<std::int16_t> directionBins(width);
   std::vector<std::uint16_t> elements(width);
   // Several histograms: neighbours often fall into the same bin, and each would wait for the one before.
   std::array<std::array<std::uint64_t, 512>, 4> counts = {};
   for (int y = 0; y < picture.height; ++y) {
-    coarseness.Process(y, coarsenessBins.data());
     contrast.Process(y, contrastBins.data());
     direction.Process(y, directionBins.data());
-    for (std::size_t x = 0; x < width; ++x) {
-      elements[x] = static_cast<std::uint16_t>(64 * directionBins[x] + 8 * coarsenessBins[x] + contrastBins[x]);
-    }
+    rows::JointBins(directionBins.data(), coarseness.Process(y), contrastBins.data(), elements.data(), picture.width);
     std::size_t x = 0;
     for (; x + counts.size() <= width; x += counts.size()) {
       ++counts[0][elements[x]];
