@@ -5,7 +5,8 @@
 //
 // A. Oliva, A. Torralba, "Modeling the Shape of the Scene: a Holistic Representation of the Spatial Envelope", IJCV
 // 42(3), 2001, with the parameters of the authors' program. They compare the unscaled numbers by Euclid's distance. The
-// picture is reduced by a triangle filter, half as wide again as its step, whose taps outside the picture are left out.
+// picture is reduced by a triangle filter that reaches one step to both sides, whose taps outside the picture are left
+// out.
 // Lines of a filter's spectrum whose gains stay below 1e-7 are taken for 0.
 
 #include <array>
@@ -50,6 +51,11 @@ struct TPlanDeleter {
 using TPlan = std::unique_ptr<std::remove_pointer_t<fftwf_plan>, TPlanDeleter>;
 
 using TPlane = std::vector<float>;
+
+/// Where element `i` of a line stands in a plane of lines of `length`.
+constexpr std::size_t Index(int line, int length, int i) {
+  return static_cast<std::size_t>(line) * static_cast<std::size_t>(length) + static_cast<std::size_t>(i);
+}
 
 /// The taps of one row or column of the reduced picture.
 struct TTaps {
@@ -133,7 +139,7 @@ TPlane Pad(const TPlane& plane, int side, int margin) {
   padded.reserve(static_cast<std::size_t>(side + 2 * margin) * static_cast<std::size_t>(side + 2 * margin));
   for (int y = -margin; y < side + margin; ++y) {
     for (int x = -margin; x < side + margin; ++x) {
-      padded.push_back(plane[static_cast<std::size_t>(source(y) * side + source(x))]);
+      padded.push_back(plane[Index(source(y), side, source(x))]);
     }
   }
   return padded;
@@ -153,8 +159,7 @@ class TPrefilter {
     for (int y = 0; y < kPrefilterSide; ++y) {
       const int fy = y < kPrefilterSide / 2 ? y : y - kPrefilterSide;
       for (int fx = 0; fx < kHalf; ++fx) {
-        gains[static_cast<std::size_t>(y * kHalf + fx)] =
-            static_cast<float>(std::exp(-(fx * fx + fy * fy) / (width * width)) / kCount);
+        gains[Index(y, kHalf, fx)] = static_cast<float>(std::exp(-(fx * fx + fy * fy) / (width * width)) / kCount);
       }
     }
   }
@@ -172,7 +177,7 @@ class TPrefilter {
     result.reserve(std::size_t{kSide} * kSide);
     for (int y = kPrefilterMargin; y < kPrefilterMargin + kSide; ++y) {
       for (int x = kPrefilterMargin; x < kPrefilterMargin + kSide; ++x) {
-        const auto i = static_cast<std::size_t>(y * kPrefilterSide + x);
+        const std::size_t i = Index(y, kPrefilterSide, x);
         result.push_back(padded[i] / (0.2f + std::sqrt(std::fabs(plane[i]))));
       }
     }
@@ -231,8 +236,8 @@ class TFilterBank {
         answer(std::size_t{kSide} * kFilterSide),
         forward(fftwf_plan_dft_r2c_2d(kFilterSide, kFilterSide, plane.data(), Raw(half), kPlanFlags)) {
     const int length = kFilterSide;
-    acrossLines.reset(fftwf_plan_many_dft(1, &length, kSide, Raw(turned) + kFilterMargin * kFilterSide, nullptr, 1,
-                                          kFilterSide, Raw(answer), nullptr, 1, kFilterSide, FFTW_BACKWARD,
+    acrossLines.reset(fftwf_plan_many_dft(1, &length, kSide, Raw(turned) + Index(kFilterMargin, kFilterSide, 0),
+                                          nullptr, 1, kFilterSide, Raw(answer), nullptr, 1, kFilterSide, FFTW_BACKWARD,
                                           kPlanFlags));
     for (int i = 0; i < kScales * kOrientations; ++i) {
       filters.push_back(MakeFilter(i / kOrientations, i % kOrientations));
@@ -299,8 +304,7 @@ class TFilterBank {
     }
     for (int i = 0; i < filter.lines * kFilterSide; ++i) {
       const int line = (filter.begin + i / kFilterSide) % kFilterSide;
-      filter.gains.push_back(
-          static_cast<float>(best[static_cast<std::size_t>(line * kFilterSide + i % kFilterSide)] / kCount));
+      filter.gains.push_back(static_cast<float>(best[Index(line, kFilterSide, i % kFilterSide)] / kCount));
     }
     const int length = kFilterSide;
     filter.plan.reset(fftwf_plan_many_dft(1, &length, filter.lines, Raw(lines), nullptr, 1, kFilterSide, Raw(turned),
@@ -315,10 +319,10 @@ class TFilterBank {
         const bool isMirrored = x >= kHalf;
         const int fromX = isMirrored ? kFilterSide - x : x;
         const int fromY = isMirrored ? (kFilterSide - y) % kFilterSide : y;
-        const TComplex& value = half[static_cast<std::size_t>(fromY * kHalf + fromX)];
+        const TComplex& value = half[Index(fromY, kHalf, fromX)];
         const TComplex number = {value[0], isMirrored ? -value[1] : value[1]};
-        rows[static_cast<std::size_t>(y * kFilterSide + x)] = number;
-        columns[static_cast<std::size_t>(x * kFilterSide + y)] = number;
+        rows[Index(y, kFilterSide, x)] = number;
+        columns[Index(x, kFilterSide, y)] = number;
       }
     }
   }
@@ -327,8 +331,8 @@ class TFilterBank {
   void Apply(const TFilter& filter) {
     const std::vector<TComplex>& spectrum = filter.isByColumns ? columns : rows;
     for (int line = 0; line < filter.lines; ++line) {
-      const auto from = static_cast<std::size_t>((filter.begin + line) % kFilterSide * kFilterSide);
-      const auto to = static_cast<std::size_t>(line * kFilterSide);
+      const std::size_t from = Index((filter.begin + line) % kFilterSide, kFilterSide, 0);
+      const std::size_t to = Index(line, kFilterSide, 0);
       for (std::size_t i = 0; i < kFilterSide; ++i) {
         const float gain = filter.gains[to + i];
         lines[to + i] = {spectrum[from + i][0] * gain, spectrum[from + i][1] * gain};
@@ -347,7 +351,7 @@ class TFilterBank {
     for (int i = 0; i < kBlocks; ++i) {
       std::array<float, kSide> sums = {};
       for (int line = i * kBlockSide; line < (i + 1) * kBlockSide; ++line) {
-        const TComplex* from = answer.data() + line * kFilterSide + kFilterMargin;
+        const TComplex* from = answer.data() + Index(line, kFilterSide, kFilterMargin);
         for (std::size_t j = 0; j < kSide; ++j) {
           sums[j] += std::sqrt(from[j][0] * from[j][0] + from[j][1] * from[j][1]);
         }
