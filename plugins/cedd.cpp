@@ -129,7 +129,8 @@ std::array<double, kShades> FuzzyShades(const THsv& hsv) {
 std::array<bool, kAreas> Areas(const TQuarters& means) {
   const auto strengths = SquaredStrengths(means);
   const std::int64_t most = *std::max_element(strengths.begin(), strengths.end());
-  if (most < 14 * 14) {
+  constexpr std::int64_t kLeast = 14;
+  if (most < kLeast * kLeast) {
     return {true};
   }
   // 0.68 and 0.98 of the greatest strength, squared.

@@ -79,8 +79,8 @@ std::array<TCells, kChannels> CellMeans(const TPicture& picture) {
       const std::int64_t columns =
           (static_cast<std::int64_t>(cell + 1) * width + 7) / 8 - (static_cast<std::int64_t>(cell) * width + 7) / 8;
       for (std::size_t channel = 0; channel < kChannels; ++channel) {
-        means[channel][kSide * row + cell] =
-            static_cast<double>(cells.sums[channel][cell] / static_cast<std::uint64_t>(columns * (end - first)));
+        const std::uint64_t mean = cells.sums[channel][cell] / static_cast<std::uint64_t>(columns * (end - first));
+        means[channel][kSide * row + cell] = static_cast<double>(mean);
       }
     }
   }
