@@ -18,7 +18,7 @@ HWY_INLINE float LabCurve(float t) {
   constexpr float kBend = 216.0 / 24389.0;
   const float bright = t > kBend ? t : kBend;
   const auto third = static_cast<std::int32_t>(static_cast<float>(std::bit_cast<std::int32_t>(bright)) * (1.0f / 3.0f));
-  float root = std::bit_cast<float>(third + 709921077);
+  auto root = std::bit_cast<float>(third + 709921077);
   for (int i = 0; i < 2; ++i) {
     const float cube = root * root * root;
     root = root * (cube + bright + bright) / (cube + cube + bright);

@@ -26,7 +26,7 @@ void MeanRow(const std::uint32_t* HWY_RESTRICT lower, const std::uint32_t* HWY_R
 void KeepRow(const float* HWY_RESTRICT ahead, const float* HWY_RESTRICT behind, std::int32_t tag,
              std::int32_t* HWY_RESTRICT keys, int count) {
   for (int x = 0; x < count; ++x) {
-    const std::int32_t bits = std::bit_cast<std::int32_t>(std::fabs(ahead[x] - behind[x]));
+    const auto bits = std::bit_cast<std::int32_t>(std::fabs(ahead[x] - behind[x]));
     const std::int32_t key = (bits & ~kTagMask) | tag;
     keys[x] = key > keys[x] ? key : keys[x];
   }
@@ -52,7 +52,8 @@ void PowerRow(const unsigned char* HWY_RESTRICT pixels, std::uint32_t* HWY_RESTR
     first[x] += static_cast<std::uint32_t>(kSign * value);
     second[x] += static_cast<std::uint32_t>(kSign * square);
     third[x] += static_cast<std::uint32_t>(kSign * (value * square));
-    fourth[x] += kSign * (square * square);
+    const std::int32_t power = kSign * (square * square);
+    fourth[x] += power;
   }
 }
 

@@ -58,9 +58,10 @@ class TCoarseness {
         ComputeMeans(k, next, plane.Row(next));
       }
       // A position outside the picture has no mean, and the difference is 0.
-      if (picture.width > 2 * half) {
+      const int window = 2 * half;
+      if (picture.width > window) {
         const float* row = plane.Row(y);
-        rows::KeepGreatest(row + 2 * half, row, kMostCoarse - k, keys.data() + half, picture.width - 2 * half);
+        rows::KeepGreatest(row + window, row, kMostCoarse - k, keys.data() + half, picture.width - window);
       }
       if (y >= half && y + half < picture.height) {
         rows::KeepGreatest(plane.Row(y + half), plane.Row(y - half), kMostCoarse - k, keys.data(), picture.width);
