@@ -8,7 +8,7 @@
 #define TESSIMAR_FEATURE_PLUGIN_H
 
 #include <stdbool.h> /* NOLINT(modernize-deprecated-headers): the header is C */
-#include <stdint.h> /* NOLINT(modernize-deprecated-headers) */
+#include <stdint.h>  /* NOLINT(modernize-deprecated-headers) */
 
 #ifdef _WIN32
 #define TESSIMAR_EXPORT __declspec(dllexport)
