@@ -39,6 +39,17 @@ const std::vector<TRow>& Rows() {
       {"gray plane, 640x480, AVX2", {"BM_Gray/AVX2"}, {{"OpenCV", "BM_GrayOpenCv"}}},
       {"gray plane, 640x480, SSE2", {"BM_Gray/SSE2"}, {{"OpenCV", "BM_GrayOpenCv"}}},
       {"gray plane, 640x480", {"BM_Gray"}, {{"plain loop", "BM_GrayPlainLoop"}}},
+      // Descriptors
+      {"\"edgehistogram\", 640x480", {"BM_DescribeGray/edgehistogram"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"colorlayout\", 640x480", {"BM_DescribeColour/colorlayout"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"correlogram\", 640x480", {"BM_DescribeColour/correlogram"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"phog\", 640x480", {"BM_DescribeGray/phog"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"gist\", 640x480", {"BM_DescribeGray/gist"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 10},
+      {"\"tamura\", 640x480", {"BM_DescribeGray/tamura"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"cedd\", 640x480", {"BM_DescribeColour/cedd"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"moments\", 640x480", {"BM_DescribeColour/moments"}, {{"decoding", "BM_DecodeLoadFromFile/640/480"}}, 2},
+      {"\"phog\", 640x480", {"BM_DescribeGray/phog"}, {{"OpenCV, HOG on the same 21 cells", "BM_HogOpenCv/all"}}, 1},
+      {"\"phog\", 640x480", {"BM_DescribeGray/phog"}, {{"OpenCV, HOG on the finest 16 cells", "BM_HogOpenCv/finest"}}},
       // Search
       {"`searchimage`, 100,000 vectors of 256", {"BM_Search/100000/1/256"}, Searches("/100000/1/256"), 1 / 1.5},
       {"`searchimage`, 100,000 vectors of 256", {"BM_Search/100000/1/256"}, {{"plain read", "BM_SearchPlainRead/100000/1/256"}}, 1.6},

@@ -4,7 +4,8 @@
 #include "concepts/var-visual-concept.h"
 
 bool TConceptCommand::Locate(const TImageSelection& images, const TVarVisualConcept& visualConcept,
-                             const std::string& tag, const boost::function<void(TVarImage&)>& visit) const {
+                             const std::string& tag, const boost::function<void(TVarImage&)>& visit,
+                             const boost::function<void()>& atEnd) const {
   if (tag.empty()) {
     Print("Tag is empty");
     return false;
@@ -24,5 +25,6 @@ bool TConceptCommand::Locate(const TImageSelection& images, const TVarVisualConc
     if (skipped > 0) {
       Print(FormatString("%d segments without usable features skipped", skipped));
     }
+    atEnd();
   });
 }

@@ -40,9 +40,6 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
       }
     }
   };
-  if (!Locate(TImageSelection(*database), *visualConcept, tag, visit)) {
-    return false;
-  }
-  Print(FormatString("%d images tagged", tagged));
-  return true;
+  return Locate(TImageSelection(*database), *visualConcept, tag, visit,
+                [&] { Print(FormatString("%d images tagged", tagged)); });
 }

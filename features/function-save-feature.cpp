@@ -32,6 +32,7 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
   }
   TFeatureSources sources(featureName);
   int skipped = 0;
+  std::string failedFile;
   const auto step = [&](const TVarImage& image) {
     const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
     if (vector == nullptr) {
@@ -40,7 +41,8 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     }
     const std::string path = StoredFeaturePath(featureName, image.GetFilename());
     if (!SaveStoredFeature(path, *vector)) {
-      return RefuseFile(path);
+      failedFile = path;
+      return false;
     }
     sources.Note(base::FileNameOf(path), image.GetFilename());
     return true;
@@ -52,10 +54,12 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
   };
   const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);
   // Whatever ended the loop, what was saved so far has its sources.
-  return (sources.Save() || RefuseFile(sources.GetPath())) && succeeded;
-}
-
-bool TFunctionSaveFeature::RefuseFile(const std::string& path) const {
-  Print(FormatString("File '%s' cannot be written", path.c_str()));
-  return false;
+  if (!sources.Save() && failedFile.empty()) {
+    failedFile = sources.GetPath();
+  }
+  if (!failedFile.empty()) {
+    Print(FormatString("File '%s' cannot be written", failedFile.c_str()));
+    return false;
+  }
+  return succeeded;
 }

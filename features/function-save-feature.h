@@ -10,8 +10,4 @@ class TFunctionSaveFeature : public TImageCommand {
  public:
   TFunctionSaveFeature();
   bool Execute(const std::vector<std::string>& params) override;
-
- private:
-  /// Says that the file cannot be written. Always false.
-  bool RefuseFile(const std::string& path) const;
 };

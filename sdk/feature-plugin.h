@@ -7,7 +7,7 @@
 #ifndef TESSIMAR_FEATURE_PLUGIN_H
 #define TESSIMAR_FEATURE_PLUGIN_H
 
-#include <stdbool.h> /* NOLINT(modernize-deprecated-headers): C has no others. */
+#include <stdbool.h> /* NOLINT(modernize-deprecated-headers): the header is C */
 #include <stdint.h>  /* NOLINT(modernize-deprecated-headers) */
 
 #ifdef _WIN32

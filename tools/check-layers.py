@@ -3,7 +3,9 @@
 
 A file includes what lies on a floor below it, or to its left on its own floor, that is in its own wing or in a wing
 further left. Stricter rooms: the ground rooms include nothing but themselves; on floor 1 widgets may include values,
-while language and values include neither of the others; on floor 3 no command includes another.
+while language and values include neither of the others; on floor 3 no command includes another. The wing plugins/ stands
+outside the house: what it includes is its own or the interface in sdk/, and nobody includes it. Its tests may include
+the values.
 
 The floors are read from the wings' CMakeLists.txt: target_sources(tessimar_values PRIVATE image-rgb.cpp) puts
 image-rgb.cpp and image-rgb.h on the floor of the values. Tests may include their own floor, what lies below it, and
@@ -56,9 +58,23 @@ def may_include(includer, room, included, included_room):
     return WINGS.index(wing) >= WINGS.index(included_wing)
 
 
+def check_plugins(root, rooms):
+    """The faults of the wing that knows nothing but the interface for plug-ins."""
+    faults = []
+    for path in sorted(p for p in (root / "plugins").rglob("*") if p.suffix in CODE):
+        name = str(path.relative_to(root))
+        for included in re.findall(r'^\s*#include "([^"]+)"', path.read_text(), re.MULTILINE):
+            is_own = included.startswith("plugins/") or included == "sdk/feature-plugin.h"
+            is_below_test = path.stem.endswith("-test") and rooms.get(str(Path(included).with_suffix(""))) == "values"
+            if not is_own and not is_below_test:
+                faults.append(f'{name} (plug-in) must not include "{included}"')
+    return faults
+
+
 def check(root):
     faults = []
     rooms = read_rooms(root)
+    faults += check_plugins(root, rooms)
     folders = WINGS + ["base", "kernels", "Sift"]
     for path in sorted(p for folder in folders for p in (root / folder).glob("*") if p.suffix in CODE):
         name = str(path.relative_to(root))

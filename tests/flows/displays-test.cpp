@@ -121,8 +121,8 @@ class TIndexDisplays : public testing::Test {
     ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
   }
 
-  QImage Show(const std::string& line) {
-    EXPECT_EQ(workbench.Run(line), "") << line;
+  QImage Show(const std::string& line, const std::string& answer = std::string()) {
+    EXPECT_EQ(workbench.Run(line), answer) << line;
     return workbench.dialogs.empty() ? QImage() : workbench.dialogs.back();
   }
 
@@ -143,9 +143,27 @@ TEST_F(TIndexDisplays, AShortRankingLeavesTilesEmptyAndUnreadableFilesTheirs) {
   EXPECT_EQ(TileColors(Show("displayindex(index)")), "bggr............");
   EXPECT_EQ(TileColors(Show("displayindex(index, false)")), "ggr.............");
   MakeFile("db/im2.jpg", "no picture any more");
-  EXPECT_EQ(TileColors(Show("displayindex(index)")), "b.gr............");
-  workbench.Run("displayindexmap(index)");
-  EXPECT_EQ(workbench.dialogs.back().size(), QSize(820, 850));
+  const std::string unreadable = "File 'db/im2.jpg' cannot be read\n";
+  EXPECT_EQ(TileColors(Show("displayindex(index)", unreadable)), "b.gr............");
+  EXPECT_EQ(Show("displayindexmap(index)", unreadable).size(), QSize(820, 850));
+}
+
+TEST_F(TIndexDisplays, TheMapTellsOfUnreadableFilesFromTheLastRankToTheQuery) {
+  Search(15);
+  // All but the first are at the same distance, so that the ranks are im2 to im15, im1.
+  std::string lines;
+  for (int i = 1; i <= 15; ++i) {
+    MakeFile("db/im" + std::to_string(i) + ".jpg", "no picture any more");
+  }
+  MakeFile("query.png", "nor this one");
+  for (const int i : {1, 15, 14, 13, 12, 11, 10, 9, 8, 7}) {
+    lines += "File 'db/im" + std::to_string(i) + ".jpg' cannot be read\n";
+  }
+  Show("displayindexmap(index)", lines + "6 more files cannot be read\n");
+  // Whoever shows no dialogs looks at the files all the same, though not at their pixels.
+  const TDialogRunnerScope scope((TDialogRunner()));
+  EXPECT_EQ(workbench.Run("displayindexmap(index)"), lines + "6 more files cannot be read\n");
+  EXPECT_EQ(workbench.Run("displayimage(q)"), "File 'query.png' cannot be read\n");
 }
 
 TEST_F(TIndexDisplays, TilesTellOfRankFileDistanceAndTags) {
