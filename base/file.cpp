@@ -52,6 +52,12 @@ auto WriteSome(int descriptor, const void* bytes, std::size_t count) {
 bool Close(int descriptor) {
   return _close(descriptor) == 0;
 }
+std::int64_t Position(std::FILE* file) {
+  return _ftelli64(file);
+}
+bool Seek(std::FILE* file, std::int64_t offset, int origin) {
+  return _fseeki64(file, offset, origin) == 0;
+}
 
 #else
 
@@ -78,6 +84,12 @@ auto WriteSome(int descriptor, const void* bytes, std::size_t count) {
 }
 bool Close(int descriptor) {
   return close(descriptor) == 0;
+}
+std::int64_t Position(std::FILE* file) {
+  return ftello(file);
+}
+bool Seek(std::FILE* file, std::int64_t offset, int origin) {
+  return fseeko(file, static_cast<off_t>(offset), origin) == 0;
 }
 
 #endif
@@ -185,6 +197,18 @@ bool ReplaceFile(const std::string& path, const void* bytes, std::size_t count) 
     return false;
   }
   return true;
+}
+
+std::optional<std::uint64_t> RemainingBytes(std::FILE* file) {
+  const std::int64_t here = Position(file);
+  if (here < 0 || !Seek(file, 0, SEEK_END)) {
+    return std::nullopt;
+  }
+  const std::int64_t end = Position(file);
+  if (!Seek(file, here, SEEK_SET) || end < here) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint64_t>(end - here);
 }
 
 }  // namespace base

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,5 +43,9 @@ bool WriteFile(const std::string& path, const std::string& bytes);
 /// The same, with an earlier file whole until the new one is: it is written beside the earlier one and then takes its
 /// place. False, and nothing left behind, if any step fails.
 bool ReplaceFile(const std::string& path, const void* bytes, std::size_t count);
+
+/// The number of bytes from the current position to the end of an open binary file; nothing for a file without
+/// positions, such as a pipe. A reader tests sizes found in a file against it before it asks for memory.
+std::optional<std::uint64_t> RemainingBytes(std::FILE* file);
 
 }  // namespace base

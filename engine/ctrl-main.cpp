@@ -12,6 +12,7 @@
 #include "base/native-path.h"
 #include "base/text.h"
 #include "classifiers/classifier-list.h"
+#include "classifiers/classifier-types.h"
 #include "engine/command-history.h"
 #include "engine/command-parser.h"
 #include "engine/function-list.h"
@@ -56,8 +57,8 @@ TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
   for (const auto& feature : featureList->GetFeatures()) {
     window->AddFeature(feature->GetName());
   }
-  for (const char* classifier : {"nearest", "neural", "svm"}) {
-    window->AddClassifier(classifier);
+  for (const TClassifierType& type : ClassifierTypes()) {
+    window->AddClassifier(type.name);
   }
   for (const std::string_view method : {kGridMethod, kSiftMethod}) {
     window->AddSegmentationMethod(std::string(method));
