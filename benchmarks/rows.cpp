@@ -17,13 +17,13 @@ const TFigure kBytesForEachByte = {"bytesForEachByte", TUnit::kNumber};
 
 /// Peers that rank the same 64-bit numbers.
 std::vector<TPeer> SearchesOfDoubles(const std::string& arguments) {
-  return {{"OpenCV on doubles", "BM_SearchOpenCv/double" + arguments},
+  return {{"OpenCV on doubles", "BM_SearchOpenCvDoubles" + arguments},
           {"FLANN on doubles", "BM_SearchFlann" + arguments}};
 }
 
 /// Peers that rank 32-bit numbers, and so read half as many bytes.
 std::vector<TPeer> SearchesOfFloats(const std::string& arguments) {
-  return {{"OpenCV on floats", "BM_SearchOpenCv/float" + arguments},
+  return {{"OpenCV on floats", "BM_SearchOpenCv" + arguments},
           {"FAISS on floats, distances", "BM_SearchFaissDistances" + arguments},
           {"FAISS on floats, flat index", "BM_SearchFaissIndex" + arguments}};
 }

@@ -152,15 +152,28 @@ void RunPeer(benchmark::State& state, const TPrepare& prepare) {
   }
 }
 
-template <typename TNumber>
 void BM_SearchOpenCv(benchmark::State& state) {
-  RunPeer<TNumber>(state, [](TMatrix<TNumber>& matrix) {
-    constexpr int kDepth = cv::DataType<TNumber>::depth;
-    return [query = cv::Mat(1, matrix.Length(), kDepth, matrix.query.data()),
-            rows = cv::Mat(matrix.Count(), matrix.Length(), kDepth, matrix.rows.data())] {
+  RunPeer<float>(state, [](TMatrix<float>& matrix) {
+    return [query = cv::Mat(1, matrix.Length(), CV_32F, matrix.query.data()),
+            rows = cv::Mat(matrix.Count(), matrix.Length(), CV_32F, matrix.rows.data())] {
       cv::Mat distances;
-      cv::batchDistance(query, rows, distances, kDepth, cv::noArray(), cv::NORM_L1);
-      return Rank(distances.ptr<TNumber>(), distances.total());
+      cv::batchDistance(query, rows, distances, CV_32F, cv::noArray(), cv::NORM_L1);
+      return Rank(distances.ptr<float>(), distances.total());
+    };
+  });
+}
+
+/// Its batchDistance takes no doubles; the norm of a difference does, row by row.
+void BM_SearchOpenCvDoubles(benchmark::State& state) {
+  RunPeer<double>(state, [](TMatrix<double>& matrix) {
+    return [query = cv::Mat(1, matrix.Length(), CV_64F, matrix.query.data()),
+            rows = cv::Mat(matrix.Count(), matrix.Length(), CV_64F, matrix.rows.data())] {
+      std::vector<double> distances;
+      distances.reserve(static_cast<std::size_t>(rows.rows));
+      for (int i = 0; i < rows.rows; ++i) {
+        distances.push_back(cv::norm(query, rows.row(i), cv::NORM_L1));
+      }
+      return Rank(distances.data(), distances.size());
     };
   });
 }
@@ -217,8 +230,8 @@ BENCHMARK(BM_SearchPlainRead)->Args({kCollectionSize, 2, 256})->Apply(OneFeature
 BENCHMARK(BM_Search)->Args({kCollectionSize, 2, 256})->Apply(OneFeature);
 BENCHMARK(AtLevel<BM_Search, HWY_AVX2>)->Name("BM_Search/AVX2")->Apply(OnlySmall);
 BENCHMARK(AtLevel<BM_Search, kPlain>)->Name("BM_Search/SSE2")->Apply(OnlySmall);
-BENCHMARK(BM_SearchOpenCv<float>)->Name("BM_SearchOpenCv/float")->Apply(OneFeature);
-BENCHMARK(BM_SearchOpenCv<double>)->Name("BM_SearchOpenCv/double")->Apply(OneFeature);
+BENCHMARK(BM_SearchOpenCv)->Apply(OneFeature);
+BENCHMARK(BM_SearchOpenCvDoubles)->Apply(OneFeature);
 BENCHMARK(BM_SearchFaissDistances)->Apply(OneFeature);
 BENCHMARK(BM_SearchFaissIndex)->Apply(OnlySmall);
 BENCHMARK(BM_SearchFlann)->Apply(OneFeature);
