@@ -78,6 +78,12 @@ bool TakeOverRights(int /*descriptor*/, const TStatus& /*earlier*/) {
 int DuplicateStandardStream(const TStatus& /*status*/) {
   return -1;
 }
+std::int64_t Position(std::FILE* file) {
+  return _ftelli64(file);
+}
+bool Seek(std::FILE* file, std::int64_t offset, int origin) {
+  return _fseeki64(file, offset, origin) == 0;
+}
 
 #else
 
@@ -168,6 +174,12 @@ int DuplicateStandardStream(const TStatus& status) {
     }
   }
   return -1;
+}
+std::int64_t Position(std::FILE* file) {
+  return ftello(file);
+}
+bool Seek(std::FILE* file, std::int64_t offset, int origin) {
+  return fseeko(file, static_cast<off_t>(offset), origin) == 0;
 }
 
 #endif
@@ -396,6 +408,18 @@ bool TNamedOutput::Write(const std::string& bytes) {
 
 bool WriteFile(const std::string& path, const std::string& bytes) {
   return TNamedOutput(path).Write(bytes);
+}
+
+std::optional<std::uint64_t> RemainingBytes(std::FILE* file) {
+  const std::int64_t here = Position(file);
+  if (here < 0 || !Seek(file, 0, SEEK_END)) {
+    return std::nullopt;
+  }
+  const std::int64_t end = Position(file);
+  if (!Seek(file, here, SEEK_SET) || end < here) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint64_t>(end - here);
 }
 
 }  // namespace base

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -73,5 +74,9 @@ class TNamedOutput {
 
 /// Writes an output that the user names, at once.
 bool WriteFile(const std::string& path, const std::string& bytes);
+
+/// The number of bytes from the current position to the end of an open binary file; nothing for a file without
+/// positions, such as a pipe. A reader tests sizes found in a file against it before it asks for memory.
+std::optional<std::uint64_t> RemainingBytes(std::FILE* file);
 
 }  // namespace base

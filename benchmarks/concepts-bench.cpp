@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
@@ -11,7 +12,9 @@
 
 #include <benchmark/benchmark.h>
 #include <doublefann.h>
+#include <fcntl.h>
 #include <svm.h>
+#include <unistd.h>
 
 #include "benchmarks/bench-data.h"
 #include "benchmarks/svm-problem.h"
@@ -57,7 +60,18 @@ class TLesson {
 
   void Forget() { Classifier().SetClassifierType(type); }
 
-  void Learn() { learn.ExecuteWithReturn(*store.Find("concept"), {"positive", "negative", "classifier"}); }
+  void Learn() {
+    // FANN prints its connections, which would stand among the tables.
+    std::fflush(stdout);
+    const int output = dup(STDOUT_FILENO);
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    learn.ExecuteWithReturn(*store.Find("concept"), {"positive", "negative", "classifier"});
+    std::fflush(stdout);
+    dup2(output, STDOUT_FILENO);
+    close(nowhere);
+    close(output);
+  }
 
   const TVarVisualConcept& Concept() const { return *dynamic_cast<const TVarVisualConcept*>(store.Find("concept")); }
 

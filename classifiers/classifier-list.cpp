@@ -1,6 +1,5 @@
 #include "classifiers/classifier-list.h"
 
-#include "classifiers/classifier-neural-network.h"
 #include "classifiers/classifier-types.h"
 
 std::unique_ptr<TClassifier> TClassifierList::Create(const std::string& type) const {
@@ -9,9 +8,7 @@ std::unique_ptr<TClassifier> TClassifierList::Create(const std::string& type) co
 }
 
 void TClassifierList::PrepareTraining(TClassifier& classifier) const {
-  auto* neural = dynamic_cast<TClassifierNeuralNetwork*>(&classifier);
-  if (seed && neural != nullptr) {
-    neural->SetSeed(*seed);
-    neural->SetFixedSeed(true);
+  if (seed) {
+    classifier.SetSeed(*seed);
   }
 }

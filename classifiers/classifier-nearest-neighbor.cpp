@@ -9,8 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/little-endian.h"
+#include "base/file.h"
 #include "classifiers/distance-bounds.h"
+#include "classifiers/model-storage.h"
 #include "kernels/l1-distance.h"
 
 namespace {
@@ -57,7 +58,7 @@ void CompareAll(const TFeatureVector& query, const TFeatureVectorList& list, dou
 /// Reads a count and that many vectors. Nothing if the file cannot hold them.
 std::optional<TExamples> ReadExamples(std::FILE* file, std::uint32_t length) {
   std::int32_t count = 0;
-  if (!base::ReadInt32(file, count) || count < 0) {
+  if (!ReadInt32(file, count) || count < 0) {
     return std::nullopt;
   }
   const std::optional<std::uint64_t> remaining = base::RemainingBytes(file);
@@ -69,7 +70,7 @@ std::optional<TExamples> ReadExamples(std::FILE* file, std::uint32_t length) {
   for (auto& example : examples) {
     example = std::make_unique<TFeatureVector>();
     example->SetLength(length);
-    if (!base::ReadDoubles(file, example->GetData(), length)) {
+    if (!ReadDoubles(file, example->GetData(), length)) {
       return std::nullopt;
     }
   }
@@ -78,10 +79,9 @@ std::optional<TExamples> ReadExamples(std::FILE* file, std::uint32_t length) {
 
 bool WriteExamples(std::FILE* file, const TFeatureVectorList& list, std::uint32_t length) {
   const auto& items = list.GetItems();
-  return base::WriteInt32(file, static_cast<std::int32_t>(items.size())) &&
-         std::all_of(items.begin(), items.end(), [&](const TFeatureVector* example) {
-           return base::WriteDoubles(file, example->GetData(), length);
-         });
+  return WriteInt32(file, static_cast<std::int32_t>(items.size())) &&
+         std::all_of(items.begin(), items.end(),
+                     [&](const TFeatureVector* example) { return WriteDoubles(file, example->GetData(), length); });
 }
 
 void HandOver(TExamples& examples, TFeatureVectorList& list) {
@@ -177,13 +177,13 @@ bool TClassifierNearestNeighbor::Save(std::FILE* file) const {
       std::any_of(negatives.begin(), negatives.end(), isShorter)) {
     return false;
   }
-  return base::WriteInt32(file, static_cast<std::int32_t>(length)) && WriteExamples(file, *positiveExamples, length) &&
+  return WriteInt32(file, static_cast<std::int32_t>(length)) && WriteExamples(file, *positiveExamples, length) &&
          WriteExamples(file, *negativeExamples, length);
 }
 
 bool TClassifierNearestNeighbor::Load(std::FILE* file) {
   std::int32_t length = 0;
-  if (!base::ReadInt32(file, length) || length < 0 || length > kMaxDimension) {
+  if (!ReadInt32(file, length) || length < 0 || length > kMaxDimension) {
     return false;
   }
   std::optional<TExamples> positives = ReadExamples(file, static_cast<std::uint32_t>(length));

@@ -5,19 +5,21 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <doublefann.h>
 
-#include "base/little-endian.h"
-#include "base/temporary-file.h"
+#include "classifiers/model-storage.h"
 #include "classifiers/network-text.h"
 
 namespace {
 
 constexpr const char* kTemporaryPrefix = "nn-temp-";
 constexpr std::uint32_t kHiddenNeurons = 5;
+/// The library's own range of weights in a new network.
+constexpr fann_type kLargestWeight = 0.1;
 
 /// What atoi does, and defined for numbers of any size.
 std::int32_t ToInteger(const std::string& text) {
@@ -82,7 +84,10 @@ void TClassifierNeuralNetwork::Train() {
   if (!network) {
     return;
   }
-  DrawWeights();
+  // The library has drawn weights already, but seeds the generator with a number of the system's before it does. Drawn
+  // again in the same range, they follow from our seed alone.
+  std::srand(fixedSeed ? seed : static_cast<std::uint32_t>(std::time(nullptr)));
+  fann_randomize_weights(network.get(), -kLargestWeight, kLargestWeight);
   // A negative number of iterations is meant to be an enormous one: then only the error ends the training.
   fann_set_user_data(network.get(), &trainingWatcher);
   fann_set_callback(network.get(), OnEpoch);
@@ -120,23 +125,13 @@ std::uint32_t TClassifierNeuralNetwork::SetLayerSizes() {
   return hidden + 2;
 }
 
-void TClassifierNeuralNetwork::DrawWeights() {
-  // The library draws weights too, but seeds the generator with a number of the system's before it does. Drawn again in
-  // its order and range, with its arithmetic, they follow from our seed alone.
-  constexpr float kLowest = -0.1F;
-  constexpr float kRange = 0.1F - kLowest;
-  std::srand(fixedSeed ? seed : static_cast<std::uint32_t>(std::time(nullptr)));
-  std::generate_n(network->weights, network->total_connections,
-                  [] { return kLowest + kRange * static_cast<float>(std::rand()) / (RAND_MAX + 1.0F); });
-}
-
 double TClassifierNeuralNetwork::Classify(const TFeatureVector& vector) const {
   if (!network || vector.GetLength() != network->num_input) {
     return 0.0;
   }
-  std::vector<fann_type> inputs(vector.GetLength());
-  for (std::uint32_t i = 0; i < vector.GetLength(); ++i) {
-    inputs[i] = normalize ? Scaled(i, vector.GetData()[i]) : vector.GetData()[i];
+  std::vector<fann_type> inputs(vector.GetData(), vector.GetData() + vector.GetLength());
+  if (normalize) {
+    Normalize(inputs.data(), vector.GetLength());
   }
   const double output = *fann_run(network.get(), inputs.data());
   return 2 * output - 1;
@@ -147,34 +142,26 @@ bool TClassifierNeuralNetwork::Save(std::FILE* file) const {
     return false;
   }
   if (!network) {
-    return base::WriteBlock(file, "");
+    return WriteBlock(file, "");
   }
-  const TTemporaryFile temporary(kTemporaryPrefix);
-  if (!temporary.Exists() || fann_save(network.get(), temporary.GetName().c_str()) != 0) {
-    return false;
-  }
-  // The library does not notice a full disk; the text it left there does not pass.
-  const std::optional<std::string> text = temporary.Read();
-  return text && InputsOfNetworkText(*text) && base::WriteBlock(file, *text);
+  return StoreThroughFile(
+      file, kTemporaryPrefix, [this](const char* name) { return fann_save(network.get(), name) == 0; },
+      [](std::string_view text) { return ParseNetwork(text).has_value(); });
 }
 
 bool TClassifierNeuralNetwork::Load(std::FILE* file) {
   std::optional<TScaling> scaling = ReadScaling(file);
-  const std::optional<std::string> text = scaling ? base::ReadBlock(file) : std::nullopt;
+  const std::optional<std::string> text = scaling ? ReadBlock(file) : std::nullopt;
   if (!text) {
     return false;
   }
   std::unique_ptr<fann, TDestroy> loaded;
   if (!text->empty()) {
-    const std::optional<std::uint32_t> inputs = InputsOfNetworkText(*text);
+    const std::optional<std::uint32_t> inputs = ParseNetwork(*text);
     if (!inputs || (scaling->dimension > 0 && *inputs != static_cast<std::uint32_t>(scaling->dimension))) {
       return false;
     }
-    const TTemporaryFile temporary(kTemporaryPrefix);
-    if (!temporary.Write(*text)) {
-      return false;
-    }
-    loaded.reset(fann_create_from_file(temporary.GetName().c_str()));
+    loaded.reset(LoadThroughFile(*text, kTemporaryPrefix, fann_create_from_file));
     if (!loaded) {
       return false;
     }

@@ -46,7 +46,10 @@ class TClassifierNeuralNetwork : public TClassifier {
   bool GetFixedSeed() const { return fixedSeed; }
   void SetFixedSeed(bool flag) { fixedSeed = flag; }
   std::uint32_t GetSeed() const { return seed; }
-  void SetSeed(std::uint32_t value) { seed = value; }
+  void SetSeed(std::uint32_t value) override {
+    seed = value;
+    fixedSeed = true;
+  }
 
   /// Training overwrites these three from the settings.
   std::int32_t GetHiddenLayerCount() const { return hiddenLayerCount; }
@@ -76,7 +79,6 @@ class TClassifierNeuralNetwork : public TClassifier {
   std::unique_ptr<fann_train_data, TDestroy> CreateTrainingData() const;
   /// Fills layerSizes and returns the number of layers.
   std::uint32_t SetLayerSizes();
-  void DrawWeights();
 
   std::unique_ptr<fann, TDestroy> network;
   std::unique_ptr<fann_train_data, TDestroy> trainingData;

@@ -1,19 +1,19 @@
 #include "classifiers/classifier-svm.h"
 
-#include <array>
-#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <svm.h>
 
-#include "base/little-endian.h"
-#include "base/temporary-file.h"
+#include "classifiers/model-storage.h"
 #include "classifiers/svm-decision.h"
 #include "classifiers/svm-model-text.h"
+#include "classifiers/svm-parameter-record.h"
 
 namespace {
 
@@ -21,16 +21,6 @@ constexpr const char* kTemporaryPrefix = "svm-temp-";
 
 /// Ends a row of nodes.
 constexpr svm_node kRowEnd = {-1, 0.0};
-
-/// The parameter record: 96 bytes, the offsets being those of the fields of svm_parameter where pointers have 32 bits.
-/// Pointers and padding are 0.
-struct TParameterRecord {
-  std::array<std::int32_t, 4> kinds;    // svm_type, kernel_type, degree, padding
-  std::array<double, 5> numbers;        // gamma, coef0, cache_size, eps, C
-  std::array<std::int32_t, 4> weights;  // nr_weight, weight_label, weight, padding
-  std::array<double, 2> tolerances;     // nu, p
-  std::array<std::int32_t, 2> flags;    // shrinking, probability
-};
 
 /// Calls a watcher with everything that the library prints during its own lifetime: that is all it lets us hear of a
 /// training, and there is no way to end one.
@@ -56,63 +46,6 @@ class TPrintScope {
  private:
   static inline const boost::function<bool()>* current = nullptr;
 };
-
-bool WriteIntegers(std::FILE* file, const auto& values) {
-  for (const std::int32_t value : values) {
-    if (!base::WriteInt32(file, value)) {
-      return false;
-    }
-  }
-  return true;
-}
-
-bool ReadIntegers(std::FILE* file, auto& values) {
-  for (std::int32_t& value : values) {
-    if (!base::ReadInt32(file, value)) {
-      return false;
-    }
-  }
-  return true;
-}
-
-/// True for parameters with which the library can train: other kinds of machine need other data, and weights would be
-/// sought behind pointers that no file can hold.
-bool AreSound(const svm_parameter& parameter) {
-  constexpr double kMaxCacheSize = 1 << 20;  // megabytes
-  return parameter.svm_type == C_SVC &&
-         (parameter.kernel_type == LINEAR || parameter.kernel_type == POLY || parameter.kernel_type == RBF) &&
-         parameter.degree >= 0 && std::isfinite(parameter.gamma) && parameter.gamma >= 0 &&
-         std::isfinite(parameter.coef0) && parameter.cache_size > 0 && parameter.cache_size <= kMaxCacheSize &&
-         std::isfinite(parameter.eps) && parameter.eps > 0 && std::isfinite(parameter.C) && parameter.C > 0 &&
-         parameter.nr_weight == 0 && std::isfinite(parameter.nu) && std::isfinite(parameter.p) &&
-         (parameter.shrinking == 0 || parameter.shrinking == 1) && parameter.probability == 0;
-}
-
-/// Nothing if the record is short or unsound.
-std::optional<svm_parameter> ReadParameters(std::FILE* file) {
-  TParameterRecord record = {};
-  if (!ReadIntegers(file, record.kinds) || !base::ReadDoubles(file, record.numbers.data(), record.numbers.size()) ||
-      !ReadIntegers(file, record.weights) ||
-      !base::ReadDoubles(file, record.tolerances.data(), record.tolerances.size()) ||
-      !ReadIntegers(file, record.flags) || record.weights[1] != 0 || record.weights[2] != 0) {
-    return std::nullopt;
-  }
-  svm_parameter parameter = {};
-  parameter.svm_type = record.kinds[0];
-  parameter.kernel_type = record.kinds[1];
-  parameter.degree = record.kinds[2];
-  parameter.gamma = record.numbers[0];
-  parameter.coef0 = record.numbers[1];
-  parameter.cache_size = record.numbers[2];
-  parameter.eps = record.numbers[3];
-  parameter.C = record.numbers[4];
-  parameter.nr_weight = record.weights[0];
-  parameter.nu = record.tolerances[0];
-  parameter.p = record.tolerances[1];
-  parameter.shrinking = record.flags[0];
-  parameter.probability = record.flags[1];
-  return AreSound(parameter) ? std::optional(parameter) : std::nullopt;
-}
 
 /// True if text, parameters and scaling speak of the same model.
 bool Agree(const TSvmModelFacts& facts, const svm_parameter& parameter, std::int32_t dimension) {
@@ -237,60 +170,38 @@ double TClassifierSVM::Classify(const TFeatureVector& vector) const {
   }
   std::vector<double> values(vector.GetData(), vector.GetData() + length);
   if (normalize) {
-    for (std::uint32_t i = 0; i < length; ++i) {
-      values[i] = Scaled(i, values[i]);
-    }
+    Normalize(values.data(), length);
   }
   return decision->Label(values.data()) < 0 ? -1.0 : 1.0;
 }
 
-bool TClassifierSVM::WriteParameters(std::FILE* file) const {
-  const svm_parameter& from = *parameters;
-  const TParameterRecord record = {{from.svm_type, from.kernel_type, from.degree, 0},
-                                   {from.gamma, from.coef0, from.cache_size, from.eps, from.C},
-                                   {from.nr_weight, 0, 0, 0},
-                                   {from.nu, from.p},
-                                   {from.shrinking, from.probability}};
-  return WriteIntegers(file, record.kinds) && base::WriteDoubles(file, record.numbers.data(), record.numbers.size()) &&
-         WriteIntegers(file, record.weights) &&
-         base::WriteDoubles(file, record.tolerances.data(), record.tolerances.size()) &&
-         WriteIntegers(file, record.flags);
-}
-
 bool TClassifierSVM::Save(std::FILE* file) const {
-  if (!TClassifier::Save(file) || !WriteParameters(file)) {
+  if (!TClassifier::Save(file) || !WriteSvmParameters(file, *parameters)) {
     return false;
   }
   if (!model) {
-    return base::WriteBlock(file, "");
+    return WriteBlock(file, "");
   }
-  const TTemporaryFile temporary(kTemporaryPrefix);
-  if (!temporary.Exists() || svm_save_model(temporary.GetName().c_str(), model.get()) != 0) {
-    return false;
-  }
-  const std::optional<std::string> text = temporary.Read();
-  return text && FactsOfSvmModelText(*text) && base::WriteBlock(file, *text);
+  return StoreThroughFile(
+      file, kTemporaryPrefix, [this](const char* name) { return svm_save_model(name, model.get()) == 0; },
+      [](std::string_view text) { return ParseSvmModel(text).has_value(); });
 }
 
 bool TClassifierSVM::Load(std::FILE* file) {
   std::optional<TScaling> scaling = ReadScaling(file);
-  const std::optional<svm_parameter> stored = scaling ? ReadParameters(file) : std::nullopt;
-  const std::optional<std::string> text = stored ? base::ReadBlock(file) : std::nullopt;
+  const std::optional<svm_parameter> stored = scaling ? ReadSvmParameters(file) : std::nullopt;
+  const std::optional<std::string> text = stored ? ReadBlock(file) : std::nullopt;
   if (!text) {
     return false;
   }
   std::unique_ptr<svm_model, TFreeModel> loaded;
   std::uint32_t length = scaling->dimension > 0 ? static_cast<std::uint32_t>(scaling->dimension) : 0;
   if (!text->empty()) {
-    const std::optional<TSvmModelFacts> facts = FactsOfSvmModelText(*text);
+    const std::optional<TSvmModelFacts> facts = ParseSvmModel(*text);
     if (!facts || !Agree(*facts, *stored, scaling->dimension)) {
       return false;
     }
-    const TTemporaryFile temporary(kTemporaryPrefix);
-    if (!temporary.Write(*text)) {
-      return false;
-    }
-    loaded.reset(svm_load_model(temporary.GetName().c_str()));
+    loaded.reset(LoadThroughFile(*text, kTemporaryPrefix, svm_load_model));
     if (!loaded) {
       return false;
     }

@@ -24,9 +24,9 @@ class TClassifierSVM : public TClassifier {
   /// a range.
   bool Load(std::FILE* file) override;
 
-  /// Writes the block of TClassifier, the parameters in 96 bytes (see WriteParameters), then the bytes of the library's
-  /// model file behind their 32-bit size, which is 0 for an untrained classifier. The library needs a file of its own:
-  /// "svm-temp-%d.dat" in the working directory, gone on return. False too if that cannot be made.
+  /// Writes the block of TClassifier, the parameters in 96 bytes (svm-parameter-record.h), then the bytes of the
+  /// library's model file behind their 32-bit size, which is 0 for an untrained classifier. The library needs a file of
+  /// its own: "svm-temp-%d.dat" in the working directory, gone on return. False too if that cannot be made.
   bool Save(std::FILE* file) const override;
 
   /// Starts from nothing: the old model goes first. Examples of length 0, or parameters that the library refuses, leave
@@ -47,7 +47,6 @@ class TClassifierSVM : public TClassifier {
   void BuildProblem();
   void AddProblemRow(const TFeatureVector& example, double label, std::int32_t row);
   void ApplyKernelSetting();
-  bool WriteParameters(std::FILE* file) const;
 
   /// The rows of the last training. A model from training refers to them, so that it has to go before they do.
   std::unique_ptr<TProblem> problem;

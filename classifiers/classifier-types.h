@@ -17,7 +17,7 @@ struct TClassifierType {
   std::unique_ptr<TClassifier> (*make)();
 };
 
-/// All types, in the order of the Classifiers table.
+/// All types, in the order in which they are listed.
 std::span<const TClassifierType> ClassifierTypes();
 
 /// The type of exactly that name; null for any other text.

@@ -5,7 +5,8 @@
 #include <limits>
 #include <utility>
 
-#include "base/little-endian.h"
+#include "base/file.h"
+#include "classifiers/model-storage.h"
 
 namespace {
 
@@ -45,14 +46,14 @@ bool TClassifier::Load(std::FILE* file) {
 }
 
 bool TClassifier::Save(std::FILE* file) const {
-  if (!base::WriteInt32(file, dimension)) {
+  if (!WriteInt32(file, dimension)) {
     return false;
   }
   if (dimension <= 0) {
     return true;
   }
   const auto count = static_cast<std::size_t>(dimension);
-  return base::WriteDoubles(file, minimum.get(), count) && base::WriteDoubles(file, maximum.get(), count);
+  return WriteDoubles(file, minimum.get(), count) && WriteDoubles(file, maximum.get(), count);
 }
 
 void TClassifier::AddPositiveExample(TFeatureVector* vector) {
@@ -64,6 +65,8 @@ void TClassifier::AddNegativeExample(TFeatureVector* vector) {
 }
 
 void TClassifier::Train() {}
+
+void TClassifier::SetSeed(std::uint32_t /*value*/) {}
 
 void TClassifier::SetCopyExamples(bool flag) {
   copyExamples = flag;
@@ -91,7 +94,7 @@ bool TClassifier::SetSetting(const std::string& key, const std::string& value) {
 
 std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
   TScaling scaling;
-  if (!base::ReadInt32(file, scaling.dimension) || scaling.dimension < 0) {
+  if (!ReadInt32(file, scaling.dimension) || scaling.dimension < 0) {
     return std::nullopt;
   }
   if (scaling.dimension == 0) {
@@ -104,8 +107,7 @@ std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
   }
   scaling.minimum = std::make_unique_for_overwrite<double[]>(count);
   scaling.maximum = std::make_unique_for_overwrite<double[]>(count);
-  if (!base::ReadDoubles(file, scaling.minimum.get(), count) ||
-      !base::ReadDoubles(file, scaling.maximum.get(), count)) {
+  if (!ReadDoubles(file, scaling.minimum.get(), count) || !ReadDoubles(file, scaling.maximum.get(), count)) {
     return std::nullopt;
   }
   return scaling;
@@ -119,11 +121,18 @@ void TClassifier::SetScaling(TScaling scaling) {
   }
 }
 
-void TClassifier::Normalize(TFeatureVector& vector) const {
-  double* const values = vector.GetData();
-  for (std::uint32_t i = 0; i < vector.GetLength(); ++i) {
-    values[i] = Scaled(i, values[i]);
+void TClassifier::Normalize(double* values, std::uint32_t length) const {
+  const std::uint32_t known = std::min(length, static_cast<std::uint32_t>(std::max(dimension, 0)));
+  for (std::uint32_t i = 0; i < known; ++i) {
+    const double range = maximum[i] - minimum[i];
+    // Worked out for each, so that compilers can take several at once.
+    const double scaled = 2 * (values[i] - minimum[i]) / range - 1;
+    values[i] = range > 0 ? scaled : values[i];
   }
+}
+
+void TClassifier::Normalize(TFeatureVector& vector) const {
+  Normalize(vector.GetData(), vector.GetLength());
 }
 
 void TClassifier::ComputeNormalization() {

@@ -56,6 +56,9 @@ class TClassifier {
   /// no training.
   virtual std::optional<double> GetTrainingError() const { return std::nullopt; }
 
+  /// From now on training draws its random numbers, if it needs any, from this seed.
+  virtual void SetSeed(std::uint32_t value);
+
   TFeatureVectorList& GetPositiveExamples() { return *positiveExamples; }
   const TFeatureVectorList& GetPositiveExamples() const { return *positiveExamples; }
   TFeatureVectorList& GetNegativeExamples() { return *negativeExamples; }
@@ -102,16 +105,9 @@ class TClassifier {
   /// A dimension of 0 keeps the arrays, which are not used then.
   void SetScaling(TScaling scaling);
 
-  /// Value `i` of a vector, mapped from the range of the examples to -1 to 1 and not clamped. A dimension without a
-  /// range stays as it is, and so does one that the range does not know.
-  double Scaled(std::uint32_t i, double value) const {
-    if (static_cast<std::int64_t>(i) >= dimension) {
-      return value;
-    }
-    const double range = maximum[i] - minimum[i];
-    return range > 0 ? 2 * (value - minimum[i]) / range - 1 : value;
-  }
-
+  /// Maps each value of a vector from the range of the examples to -1 to 1, not clamped. A dimension without a range
+  /// stays as it is, and so does one that the range does not know.
+  void Normalize(double* values, std::uint32_t length) const;
   void Normalize(TFeatureVector& vector) const;
 
   /// Works out the range over all examples. Without positive examples nothing changes.

@@ -154,7 +154,7 @@ bool TakeAllConnections(TTextCursor& cursor, const std::vector<std::uint32_t>& l
 
 }  // namespace
 
-std::optional<std::uint32_t> InputsOfNetworkText(std::string_view text) {
+std::optional<std::uint32_t> ParseNetwork(std::string_view text) {
   TTextCursor cursor(text);
   std::uint32_t layerCount = 0;
   std::vector<std::uint32_t> layers;

@@ -9,4 +9,4 @@
 /// counts and the indices in the text and would write past its arrays.
 ///
 /// Returns the number of inputs, or nothing if the text is anything else.
-std::optional<std::uint32_t> InputsOfNetworkText(std::string_view text);
+std::optional<std::uint32_t> ParseNetwork(std::string_view text);

@@ -104,7 +104,7 @@ bool TakeVector(TTextCursor& cursor, std::uint32_t& length) {
 
 }  // namespace
 
-std::optional<TSvmModelFacts> FactsOfSvmModelText(std::string_view text) {
+std::optional<TSvmModelFacts> ParseSvmModel(std::string_view text) {
   TTextCursor cursor(text);
   TSvmModelFacts facts;
   TSvmHead head;

@@ -17,4 +17,4 @@ struct TSvmModelFacts {
 /// own reader trusts the counts and would read and write past its arrays.
 ///
 /// Returns nothing if the text is anything else.
-std::optional<TSvmModelFacts> FactsOfSvmModelText(std::string_view text);
+std::optional<TSvmModelFacts> ParseSvmModel(std::string_view text);

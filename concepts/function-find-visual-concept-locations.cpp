@@ -15,5 +15,6 @@ Parameters:  1 - 'image'
 bool TFunctionFindVisualConceptLocations::Execute(const std::vector<std::string>& params) {
   const auto images = RequireImages(params);
   const auto* visualConcept = images ? Require<TVarVisualConcept>(params, 2) : nullptr;
-  return visualConcept != nullptr && Locate(*images, *visualConcept, StripQuotes(params[2]), [](TVarImage&) {}, [] {});
+  return visualConcept != nullptr && Locate(
+                                         *images, *visualConcept, StripQuotes(params[2]), [](TVarImage&) {}, [] {});
 }

@@ -13,6 +13,7 @@
 #include "base/native-path.h"
 #include "base/text.h"
 #include "classifiers/classifier-list.h"
+#include "classifiers/classifier-types.h"
 #include "engine/command-history.h"
 #include "engine/command-parser.h"
 #include "engine/completion.h"
@@ -94,8 +95,8 @@ TCtrlMain::TCtrlMain(TView& view, const std::vector<std::string>& pluginDirector
   for (const auto& feature : featureList->GetFeatures()) {
     view.AddFeature(feature->GetName());
   }
-  for (const char* classifier : {"nearest", "neural", "svm"}) {
-    view.AddClassifier(classifier);
+  for (const TClassifierType& type : ClassifierTypes()) {
+    view.AddClassifier(type.name);
   }
   for (const std::string_view method : {kGridMethod, kSiftMethod}) {
     view.AddSegmentationMethod(std::string(method));

@@ -48,12 +48,12 @@ void CopyRows(const TPixelBuffer& image, const TRectangle& rectangle, int bytesP
 
 void CropImage(const TImageRGB& image, int x, int y, int width, int height, TImageRGB& crop) {
   const TRectangle rectangle(image, x, y, width, height);
-  crop.SetSize(rectangle.columns.length, rectangle.rows.length, true);
+  crop.SetSizeToFill(rectangle.columns.length, rectangle.rows.length);
   CopyRows(image, rectangle, 3, crop);
 }
 
 void CropImage(const TImageGray& image, int x, int y, int width, int height, TImageGray& crop) {
   const TRectangle rectangle(image, x, y, width, height);
-  crop.SetSize(rectangle.columns.length, rectangle.rows.length);
+  crop.SetSizeToFill(rectangle.columns.length, rectangle.rows.length);
   CopyRows(image, rectangle, 1, crop);
 }

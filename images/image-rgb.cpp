@@ -198,11 +198,10 @@ bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {
     return false;
   }
   const int height = static_cast<int>(FreeImage_GetHeight(bitmap));
-  SetSize(static_cast<int>(FreeImage_GetWidth(bitmap)), height, false);
+  SetSizeToFill(static_cast<int>(FreeImage_GetWidth(bitmap)), height);
   if (GetHeight() == 0) {
     return false;
   }
-  ClearPadding();
   // Bitmaps stand on their bottom row and hold blue, green, red.
   kernels::SwapRedBlue(FreeImage_GetScanLine(bitmap, height - 1),
                        -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap)), GetPixels(), GetStride(), GetWidth(),
@@ -225,7 +224,7 @@ void TImageRGB::SaveToFile(const std::string& path) const {
 }
 
 void TImageRGB::ToGray(TImageGray& gray) const {
-  gray.SetSize(GetWidth(), GetHeight());
+  gray.SetSizeToFill(GetWidth(), GetHeight());
   kernels::GrayPlane(GetPixels(), GetStride(), gray.GetPixels(), gray.GetStride(), GetWidth(), GetHeight());
 }
 

@@ -48,7 +48,8 @@ void TPixelBuffer::ClearPixels() {
   std::memset(pixels, 0, static_cast<std::size_t>(height) * static_cast<std::size_t>(stride));
 }
 
-void TPixelBuffer::ClearPadding() {
+void TPixelBuffer::SetSizeToFill(int newWidth, int newHeight) {
+  Resize(newWidth, newHeight);
   const std::ptrdiff_t used = static_cast<std::ptrdiff_t>(width) * bytesPerPixel;
   for (int y = 0; y < height; ++y) {
     std::memset(pixels + static_cast<std::ptrdiff_t>(y) * stride + used, 0, static_cast<std::size_t>(stride - used));

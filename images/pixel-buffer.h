@@ -20,6 +20,9 @@ class TPixelBuffer {
   /// Frees or forgets the pixels. The dimensions stay.
   void Release();
 
+  /// Sets the dimensions for whoever writes every pixel next: only the bytes behind the rows are zeroed.
+  void SetSizeToFill(int newWidth, int newHeight);
+
  protected:
   explicit TPixelBuffer(int bytesPerPixel) : bytesPerPixel(bytesPerPixel) {}
   TPixelBuffer(unsigned char* data, int width, int height, int stride, int bytesPerPixel);
@@ -32,9 +35,6 @@ class TPixelBuffer {
 
   /// Zeroes height * stride bytes.
   void ClearPixels();
-
-  /// Zeroes the bytes between the last pixel of each row and the next row.
-  void ClearPadding();
 
   /// The first byte of a pixel, or null outside the picture.
   unsigned char* PixelAt(int x, int y);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/var.h"
@@ -23,7 +24,7 @@ class TVarImage : public TVar {
 
   /// The path as the user gave it, or location and file name after a directory scan.
   const std::string& GetFilename() const { return filename; }
-  void SetFilename(const std::string& name) { filename = name; }
+  void SetFilename(std::string name) { filename = std::move(name); }
 
   /// The segment that stands for the whole image. Its rectangle is empty until a feature is computed.
   TImageSegmentRect& GetImageSegment() { return imageSegment; }
