@@ -18,8 +18,8 @@
 #include <opencv2/dnn.hpp>
 
 #include "embedding-settings.h"
-#include "feature-plugin.h"
 #include "picture-to-tensor.h"
+#include "sdk/feature-plugin.h"
 
 namespace filesystem = std::filesystem;
 
