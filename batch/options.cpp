@@ -5,17 +5,20 @@
 #include "gui/eight-bit-text.h"
 
 const char* const kUsage =
-    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [--seed N]
-                      [--verbose] [SCRIPT]
+    R"(Usage: tessimar-batch [OPTION]... [-e LINE]... [SCRIPT]
 
 Runs each line of SCRIPT, or of standard input when SCRIPT is - or left out, as if
 it were typed into the command line of the workbench, and prints what the output
-pane would show.
+pane would show. Which lines of the script failed is told on standard error.
 
+  -e LINE           run this line; may be repeated. All of them run before SCRIPT,
+                    and standard input is read only if SCRIPT is -
   --pictures DIR    save every dialog as DIR/001.png, DIR/002.png, ...
                     (without it dialogs are skipped)
   --variables FILE  write the variables at the end: name, type, description
   --rankings DIR    write each ranking at the end to DIR/NAME.tsv
+  --segments FILE   write all segments at the end: variable, picture, x, y, width,
+                    height, label, features
   --seed N          draw the same lots in every run (neural networks, the map)
   --verbose         show on standard error what the training libraries print
   -h, --help        print this text
@@ -33,21 +36,30 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
-  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"seed", "", "N"}});
+  // A long option behind a single dash is a slip that needs no guessing.
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  QCommandLineOption line("e", "", "LINE");
+  line.setFlags(QCommandLineOption::ShortOptionStyle);
+  parser.addOption(line);
+  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}});
+  parser.addOptions({{"segments", "", "FILE"}, {"seed", "", "N"}});
   parser.addOptions({{{"h", "help"}, ""}, QCommandLineOption("version"), QCommandLineOption("verbose")});
   if (!parser.parse(arguments)) {
     reason = FromQString(parser.errorText());
     return std::nullopt;
   }
-  for (const char* name : {"pictures", "variables", "rankings", "seed"}) {
-    if (parser.values(name).contains(QString())) {
-      reason = std::string("The value of '--") + name + "' is empty.";
+  for (const char* name : {"pictures", "variables", "rankings", "segments", "seed"}) {
+    const QStringList values = parser.values(name);
+    if (values.size() > 1 || values.contains(QString())) {
+      reason =
+          std::string(values.size() > 1 ? "There is more than one '--" : "There is no value behind '--") + name + "'.";
       return std::nullopt;
     }
   }
   const QStringList scripts = parser.positionalArguments();
   if (scripts.size() > 1 || scripts.contains(QString())) {
-    reason = scripts.size() > 1 ? "More than one script was given." : "The name of the script is empty.";
+    reason = scripts.size() > 1 ? "There is more than one script: '" + FromQString(scripts[1]) + "'."
+                                : "The name of the script is empty.";
     return std::nullopt;
   }
   TOptions options;
@@ -55,13 +67,18 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     bool isNumber = false;
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
-      reason = "The value of '--seed' is no number from 0 to 4294967295.";
+      reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";
       return std::nullopt;
     }
   }
   options.pictures = FromQString(parser.value("pictures"));
   options.variables = FromQString(parser.value("variables"));
   options.rankings = FromQString(parser.value("rankings"));
+  options.segments = FromQString(parser.value("segments"));
+  for (const QString& text : parser.values("e")) {
+    options.lines.push_back(FromQString(text));
+  }
+  options.onlyLines = !options.lines.empty() && scripts.isEmpty();
   options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
   options.verbose = parser.isSet("verbose");
   options.help = parser.isSet("help");

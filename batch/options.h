@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What the command line of tessimar-batch asks for.
 struct TOptions {
@@ -12,8 +13,14 @@ struct TOptions {
   std::string variables;
   /// Directory for one table a ranking; empty: none.
   std::string rankings;
+  /// File for one table of all segments; empty: none.
+  std::string segments;
+  /// Command lines, run before the script.
+  std::vector<std::string> lines;
   /// Script file; empty: standard input.
   std::string script;
+  /// There are lines and no script: nothing is read.
+  bool onlyLines = false;
   /// What makes everything drawn by lot repeatable; nothing: the clock decides.
   std::optional<std::uint32_t> seed;
   /// What the training libraries print goes to standard error.
