@@ -9,6 +9,9 @@ run_packages="gnuplot-nox fonts-liberation fonts-dejavu-core"
 # The tests run programs under other locales.
 test_packages="locales"
 
+# A Debian package has man pages and the manual as HTML, and is checked before it goes out.
+package_packages="pandoc lintian mandoc desktop-file-utils appstream"
+
 install_packages() {
   if ! command -v dpkg-query >/dev/null; then
     echo "This system does not use Debian's packages; what is needed must be there already:"
