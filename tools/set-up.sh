@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2034 # the lists are for whoever sources this file
 # Shared by ./run and ./test: installs what is missing of Debian's packages, and builds the preset "default".
 # To be sourced with the repository as working directory.
 

@@ -4,6 +4,7 @@ set -eu
 cd "$(dirname "$0")/.."
 cmake --build --preset default --target tessimar_widgets_autogen >/dev/null
 if [ $# -eq 0 ]; then
+  # shellcheck disable=SC2046
   set -- $(git ls-files '*.cpp' | grep -v '^benchmarks/')
 fi
 printf '%s\n' "$@" | xargs -P "${JOBS:-$(nproc)}" -n 4 clang-tidy -p build --quiet
