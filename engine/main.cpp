@@ -161,8 +161,11 @@ int main(int argc, char** argv) {
   TWindowView view(window);
   TCtrlMain controller(view);
   window.show();
+  QTimer scriptTimer;
   if (reader) {
-    QTimer::singleShot(0, &window, [&] { controller.RunScript(*reader, options.script); });
+    scriptTimer.setSingleShot(true);
+    scriptTimer.callOnTimeout([&] { controller.RunScript(*reader, options.script); });
+    scriptTimer.start();
   }
   return QApplication::exec();
 }
