@@ -1,5 +1,7 @@
 #include "batch/options.h"
 
+#include <string_view>
+
 #include <QCommandLineParser>
 
 #include "gui/eight-bit-text.h"
@@ -50,11 +52,17 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   }
   for (const char* name : {"pictures", "variables", "rankings", "segments", "seed"}) {
     const QStringList values = parser.values(name);
-    if (values.size() > 1 || values.contains(QString())) {
-      reason =
-          std::string(values.size() > 1 ? "There is more than one '--" : "There is no value behind '--") + name + "'.";
-      return std::nullopt;
+    if (values.size() > 1) {
+      reason = std::string("There is more than one '--") + name + "'.";
+    } else if (values.contains(QString())) {
+      reason = std::string("There is no value behind '--") + name + "'.";
+    } else if (!values.isEmpty() && values.first().startsWith('-') && std::string_view(name) != "seed") {
+      const std::string value = FromQString(values.first());
+      reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
     }
+  }
+  if (!reason.empty()) {
+    return std::nullopt;
   }
   const QStringList scripts = parser.positionalArguments();
   if (scripts.size() > 1 || scripts.contains(QString())) {

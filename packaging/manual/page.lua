@@ -87,6 +87,16 @@ local function code_block(element)
   return pandoc.RawBlock("man", ".PP\n.RS 4\n.nf\n" .. text .. "\n.fi\n.RE")
 end
 
+--- Tables are set for 70 columns of text, to which come the margin and the gaps between columns.
+local function table_of_terminal(element)
+  if is_man then
+    for _, column in ipairs(element.colspecs) do
+      column[2] = column[2] and column[2] * 0.9
+    end
+  end
+  return element
+end
+
 --- A man page begins with its name and has its sections on the first level.
 local function man_blocks(blocks, meta)
   local page = pandoc.List()
@@ -125,7 +135,7 @@ end
 function Pandoc(document)
   source_folder = pandoc.utils.stringify(document.meta.source):match("^(.*/)") or ""
   document.blocks = choose_blocks(document.blocks)
-  document = document:walk({ Link = link, Image = image, Code = code, CodeBlock = code_block })
+  document = document:walk({ Link = link, Image = image, Code = code, CodeBlock = code_block, Table = table_of_terminal })
   if is_man then
     document.blocks = man_blocks(document.blocks, document.meta)
   elseif document.blocks[1] and document.blocks[1].t == "Header" then

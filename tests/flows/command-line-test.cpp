@@ -105,6 +105,8 @@ TEST_F(TCommandLine, AnErrorOfUsageNamesTheWordAndPointsToTheHelp) {
       {{"--picture", "x"}, "Unknown option 'picture'."},
       {{"--pictures"}, "Missing value after '--pictures'."},
       {{"--pictures="}, "There is no value behind '--pictures'."},
+      {{"--pictures", "--verbose"},
+       "'--verbose' behind '--pictures' looks like an option; as a name it is './--verbose'."},
       {{"-e"}, "Missing value after '-e'."},
       {{"--seed", "1", "--seed=2"}, "There is more than one '--seed'."},
       {{"--seed", "one"}, "'one' behind '--seed' is no number from 0 to 4294967295."},
