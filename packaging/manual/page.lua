@@ -87,12 +87,11 @@ local function code_block(element)
   return pandoc.RawBlock("man", ".PP\n.RS 4\n.nf\n" .. text .. "\n.fi\n.RE")
 end
 
---- Tables are set for 70 columns of text, to which come the margin and the gaps between columns.
-local function table_of_terminal(element)
-  if is_man then
-    for _, column in ipairs(element.colspecs) do
-      column[2] = column[2] and column[2] * 0.9
-    end
+--- A browser knows best how wide a column is. For a terminal tables are set in 70 columns of text, to which come the
+--- margin and the gaps between columns.
+local function fit_columns(element)
+  for _, column in ipairs(element.colspecs) do
+    column[2] = is_man and column[2] and column[2] * 0.9 or nil
   end
   return element
 end
@@ -135,7 +134,7 @@ end
 function Pandoc(document)
   source_folder = pandoc.utils.stringify(document.meta.source):match("^(.*/)") or ""
   document.blocks = choose_blocks(document.blocks)
-  document = document:walk({ Link = link, Image = image, Code = code, CodeBlock = code_block, Table = table_of_terminal })
+  document = document:walk({ Link = link, Image = image, Code = code, CodeBlock = code_block, Table = fit_columns })
   if is_man then
     document.blocks = man_blocks(document.blocks, document.meta)
   elseif document.blocks[1] and document.blocks[1].t == "Header" then
