@@ -93,7 +93,8 @@ local function fit_columns(element)
   for _, column in ipairs(element.colspecs) do
     column[2] = is_man and column[2] and column[2] * 0.9 or nil
   end
-  return element
+  -- Narrow columns with long words cannot be set flush at both sides.
+  return is_man and { pandoc.RawBlock("man", ".ad l"), element, pandoc.RawBlock("man", ".ad b") } or element
 end
 
 --- A man page begins with its name and has its sections on the first level.
