@@ -177,6 +177,18 @@ TLineReader::~TLineReader() {
   }
 }
 
+bool TLineReader::IsTerminal() const {
+#ifdef _WIN32
+  return _isatty(descriptor) != 0;
+#else
+  return isatty(descriptor) != 0;
+#endif
+}
+
+bool TLineReader::BeginsAsText() {
+  return !ReadBlock() || pending.find('\0') == std::string::npos;
+}
+
 bool TLineReader::ReadBlock() {
   if (atEnd) {
     return false;

@@ -36,6 +36,12 @@ class TLineReader {
 
   bool IsOpen() const { return descriptor >= 0; }
 
+  /// True if the input is a terminal.
+  bool IsTerminal() const;
+
+  /// True if there is no zero byte in what arrives first: a picture has one. Waits for it.
+  bool BeginsAsText();
+
   /// The next line without its end. False at the end of the input, or once Ctrl-C was pressed.
   bool Next(std::string& line);
 

@@ -191,6 +191,8 @@ TEST(MakeDirectory, MakesOneDirectorySpeltExactlySoAndTheWritableOneAllThatIsMis
     EXPECT_TRUE(filesystem::is_directory(path)) << path;
     EXPECT_TRUE(filesystem::is_empty(path)) << path;
   }
+  EXPECT_TRUE(base::MakeWritableDirectory("."));
+  EXPECT_TRUE(base::MakeWritableDirectory("Store/.."));
   for (const char* path : {"file", "file/inner", "/proc/tessimar"}) {
     EXPECT_FALSE(base::MakeWritableDirectory(path)) << path;
   }

@@ -290,6 +290,8 @@ bool MakeWritableDirectory(const std::string& path) {
   const filesystem::path directory = ToPath(path);
   boost::system::error_code error;
   filesystem::create_directories(directory, error);
+  // It calls "." and ".." invalid. Whether the directory is there shows in what follows, which takes no earlier error.
+  error.clear();
   // Permission bits do not tell (read-only file systems, access lists, root), so make something.
   const filesystem::path probe = directory / filesystem::unique_path(".tessimar-%%%%%%%%", error);
   return filesystem::create_directory(probe, error) && filesystem::remove(probe, error);

@@ -56,8 +56,33 @@ void ForgetScreen() {
   qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
-/// Runs the lines and writes what was asked for.
-int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& view, base::TNamedOutput* variables) {
+/// A table that is written at the end, in a file that was found writable at the start.
+class TTableFile {
+ public:
+  /// An empty path asks for no table.
+  explicit TTableFile(const std::string& path) : path(path) {
+    if (!path.empty()) {
+      output.emplace(path);
+    }
+  }
+
+  bool IsWanted() const { return output.has_value(); }
+  bool CanBeWritten() const { return !output || output->IsOpen(); }
+  bool Write(const std::string& table) { return !output || output->Write(table); }
+  const std::string& GetPath() const { return path; }
+
+ private:
+  std::string path;
+  std::optional<base::TNamedOutput> output;
+};
+
+struct TTableFiles {
+  TTableFile variables;
+  TTableFile segments;
+};
+
+/// Runs the lines, and those of the script if there is one, and writes what was asked for.
+int RunLines(const TOptions& options, base::TLineReader* reader, TStreamView& view, TTableFiles& tables) {
   TCtrlMain controller(view, options.plugins);
   if (options.seed) {
     controller.SetSeed(*options.seed);
@@ -65,14 +90,21 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& vi
   TPictureSaver saver(options.pictures);
   const TDialogRunnerScope scope(
       options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
-  std::string line;
-  while (!view.HasFailed() && reader.Next(line)) {
-    controller.ExecuteCommand(line);
+  for (std::size_t i = 0; i < options.lines.size() && !view.HasFailed() && !base::Interrupted(); ++i) {
+    controller.ExecuteScriptLine(options.lines[i], "-e", i + 1);
   }
-  if (variables != nullptr && !variables->Write(FormatVariables(controller.GetVarList()))) {
-    return Refuse(FormatString("File '%s' cannot be written", options.variables.c_str()));
+  if (reader != nullptr) {
+    // Whoever types sees the answer to each line and needs no position.
+    const std::string standardInput = reader->IsTerminal() ? "" : "-";
+    controller.RunScript(*reader, options.script.empty() ? standardInput : options.script);
   }
   std::string failedFile = saver.GetFailedFile();
+  if (tables.variables.IsWanted() && !tables.variables.Write(FormatVariables(controller.GetVarList()))) {
+    failedFile = tables.variables.GetPath();
+  }
+  if (tables.segments.IsWanted() && !tables.segments.Write(FormatSegments(controller.GetVarList()))) {
+    failedFile = tables.segments.GetPath();
+  }
   if (!options.rankings.empty() && failedFile.empty()) {
     failedFile = WriteRankings(controller.GetVarList(), options.rankings);
   }
@@ -120,10 +152,17 @@ int Run(int argc, char** argv) {
       return Refuse(FormatString("Directory '%s' cannot be read", directory.c_str()));
     }
   }
-  const auto reader = options->script.empty() ? std::make_unique<base::TLineReader>()
-                                              : std::make_unique<base::TLineReader>(options->script);
-  if (!reader->IsOpen()) {
-    return Refuse(FormatString("Script '%s' cannot be read", options->script.c_str()));
+  std::unique_ptr<base::TLineReader> reader;
+  if (!options->script.empty()) {
+    reader = std::make_unique<base::TLineReader>(options->script);
+    if (!reader->IsOpen()) {
+      return Refuse(FormatString("Script '%s' cannot be read", options->script.c_str()));
+    }
+    if (!reader->BeginsAsText()) {
+      return Refuse(FormatString("Script '%s' is not a text", options->script.c_str()));
+    }
+  } else if (!options->onlyLines) {
+    reader = std::make_unique<base::TLineReader>();
   }
   // Whether the results can be written is better known before an hour of work than after it.
   for (const std::string& directory : {options->pictures, options->rankings}) {
@@ -131,9 +170,11 @@ int Run(int argc, char** argv) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
     }
   }
-  std::optional<base::TNamedOutput> variables;
-  if (!options->variables.empty() && !variables.emplace(options->variables).IsOpen()) {
-    return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
+  TTableFiles tables = {TTableFile(options->variables), TTableFile(options->segments)};
+  for (const TTableFile* table : {&tables.variables, &tables.segments}) {
+    if (!table->CanBeWritten()) {
+      return Refuse(FormatString("File '%s' cannot be written", table->GetPath().c_str()));
+    }
   }
   qInstallMessageHandler(ReportErrors);
   std::FILE* output = base::TakeStandardOutput(options->verbose);
@@ -147,7 +188,7 @@ int Run(int argc, char** argv) {
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
   TStreamView view(output);
-  return RunLines(*options, *reader, view, variables ? &*variables : nullptr);
+  return RunLines(*options, reader.get(), view, tables);
 }
 
 }  // namespace

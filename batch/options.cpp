@@ -1,22 +1,27 @@
 #include "batch/options.h"
 
+#include <string_view>
+
 #include <QCommandLineParser>
 
 #include "gui/eight-bit-text.h"
 
 const char* const kUsage =
-    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [--seed N]
-                      [--plugins DIR]... [--verbose] [SCRIPT]
+    R"(Usage: tessimar-batch [OPTION]... [-e LINE]... [SCRIPT]
        tessimar-batch --check-plugin FILE
 
 Runs each line of SCRIPT, or of standard input when SCRIPT is - or left out, as if
 it were typed into the command line of the workbench, and prints what the output
-pane would show.
+pane would show. Which lines of the script failed is told on standard error.
 
+  -e LINE           run this line; may be repeated. All of them run before SCRIPT,
+                    and standard input is read only if SCRIPT is -
   --pictures DIR    save every dialog as DIR/001.png, DIR/002.png, ...
                     (without it dialogs are skipped)
   --variables FILE  write the variables at the end: name, type, description
   --rankings DIR    write each ranking at the end to DIR/NAME.tsv
+  --segments FILE   write all segments at the end: variable, picture, x, y, width,
+                    height, label, features
   --seed N          draw the same lots in every run (neural networks, the map)
   --plugins DIR     load the feature plug-ins of DIR too, behind those of the working
                     directory, in the order of their names (may be repeated)
@@ -40,22 +45,36 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
-  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"seed", "", "N"}});
-  parser.addOptions({{"plugins", "", "DIR"}, {"check-plugin", "", "FILE"}});
+  // A long option behind a single dash is a slip that needs no guessing.
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  QCommandLineOption line("e", "", "LINE");
+  line.setFlags(QCommandLineOption::ShortOptionStyle);
+  parser.addOption(line);
+  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}});
+  parser.addOptions({{"segments", "", "FILE"}, {"seed", "", "N"}, {"plugins", "", "DIR"}, {"check-plugin", "", "FILE"}});
   parser.addOptions({{{"h", "help"}, ""}, QCommandLineOption("version"), QCommandLineOption("verbose")});
   if (!parser.parse(arguments)) {
     reason = FromQString(parser.errorText());
     return std::nullopt;
   }
-  for (const char* name : {"pictures", "variables", "rankings", "seed", "plugins", "check-plugin"}) {
-    if (parser.values(name).contains(QString())) {
-      reason = std::string("The value of '--") + name + "' is empty.";
-      return std::nullopt;
+  for (const char* name : {"pictures", "variables", "rankings", "segments", "seed", "plugins", "check-plugin"}) {
+    const QStringList values = parser.values(name);
+    if (values.size() > 1 && std::string_view(name) != "plugins") {
+      reason = std::string("There is more than one '--") + name + "'.";
+    } else if (values.contains(QString())) {
+      reason = std::string("There is no value behind '--") + name + "'.";
+    } else if (!values.isEmpty() && values.first().startsWith('-') && std::string_view(name) != "seed") {
+      const std::string value = FromQString(values.first());
+      reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
     }
+  }
+  if (!reason.empty()) {
+    return std::nullopt;
   }
   const QStringList scripts = parser.positionalArguments();
   if (scripts.size() > 1 || scripts.contains(QString())) {
-    reason = scripts.size() > 1 ? "More than one script was given." : "The name of the script is empty.";
+    reason = scripts.size() > 1 ? "There is more than one script: '" + FromQString(scripts[1]) + "'."
+                                : "The name of the script is empty.";
     return std::nullopt;
   }
   if (parser.isSet("check-plugin") && (parser.optionNames().size() > 1 || !scripts.isEmpty())) {
@@ -67,13 +86,18 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     bool isNumber = false;
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
-      reason = "The value of '--seed' is no number from 0 to 4294967295.";
+      reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";
       return std::nullopt;
     }
   }
   options.pictures = FromQString(parser.value("pictures"));
   options.variables = FromQString(parser.value("variables"));
   options.rankings = FromQString(parser.value("rankings"));
+  options.segments = FromQString(parser.value("segments"));
+  for (const QString& text : parser.values("e")) {
+    options.lines.push_back(FromQString(text));
+  }
+  options.onlyLines = !options.lines.empty() && scripts.isEmpty();
   options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
   for (const QString& directory : parser.values("plugins")) {
     options.plugins.push_back(FromQString(directory));

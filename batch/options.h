@@ -13,12 +13,18 @@ struct TOptions {
   std::string variables;
   /// Directory for one table a ranking; empty: none.
   std::string rankings;
+  /// File for one table of all segments; empty: none.
+  std::string segments;
+  /// Command lines, run before the script.
+  std::vector<std::string> lines;
   /// Script file; empty: standard input.
   std::string script;
   /// Directories with plug-ins, beside the working directory.
   std::vector<std::string> plugins;
   /// Plug-in to be tried in place of running lines; empty: none.
   std::string checkedPlugin;
+  /// There are lines and no script: nothing is read.
+  bool onlyLines = false;
   /// What makes everything drawn by lot repeatable; nothing: the clock decides.
   std::optional<std::uint32_t> seed;
   /// What the training libraries print goes to standard error.

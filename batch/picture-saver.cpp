@@ -1,15 +1,20 @@
 #include "batch/picture-saver.h"
 
+#include <QBuffer>
 #include <QDialog>
 #include <QPixmap>
 
+#include "base/file.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
-#include "gui/eight-bit-text.h"
 
 void TPictureSaver::Save(QDialog& dialog) {
   const std::string file = base::WithTrailingSeparator(directory) + FormatString("%03d.png", ++count);
-  if (!dialog.grab().save(ToQString(file)) && failedFile.empty()) {
+  QBuffer picture;
+  // A disk that fills up must not leave half a picture.
+  if (!(dialog.grab().save(&picture, "PNG") &&
+        base::ReplaceFile(file, picture.data().constData(), static_cast<std::size_t>(picture.size()))) &&
+      failedFile.empty()) {
     failedFile = file;
   }
 }

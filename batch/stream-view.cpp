@@ -16,6 +16,11 @@ void TStreamView::AddOutput(const std::string& text) {
   failed = std::fflush(stream) != 0 || !written;
 }
 
+void TStreamView::ReportFailedLine(const std::string& text) {
+  ShowWork(std::string());
+  std::fprintf(stderr, "%s\n", text.c_str());
+}
+
 void TStreamView::ShowWork(const std::string& text) {
   if (!showsWork || (text.empty() && shownWidth == 0)) {
     return;

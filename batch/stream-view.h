@@ -5,8 +5,9 @@
 
 #include "engine/view.h"
 
-/// The view of tessimar-batch: the text of the output pane as a stream, flushed line by line, and how far a command is
-/// on standard error where that is a terminal. It has no command line and shows no variables.
+/// The view of tessimar-batch: the text of the output pane as a stream, flushed line by line. On standard error it
+/// tells which lines of a script fail and, where that is a terminal, how far a command is. It has no command line and
+/// shows no variables.
 class TStreamView : public TView {
  public:
   /// The stream is not owned.
@@ -20,13 +21,14 @@ class TStreamView : public TView {
   void AddClassifier(const std::string& /*name*/) override {}
   void AddSegmentationMethod(const std::string& /*name*/) override {}
   void AddOutput(const std::string& text) override;
+  void ReportFailedLine(const std::string& text) override;
   void ShowVariables(const TVarList& /*variables*/) override {}
   std::string GetCommandText() const override { return {}; }
   void SetCommandText(const std::string& /*text*/) override {}
   void SelectCommandText() override {}
   void BeginWork() override {}
   void EndWork() override {}
-  bool IsClosing() const override { return false; }
+  bool IsClosing() const override { return failed; }
   void ShowWork(const std::string& text) override;
   void ProcessEvents() override {}
   void Pause(int /*milliseconds*/) override {}

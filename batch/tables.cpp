@@ -27,6 +27,16 @@ std::string EncodeForFileName(std::string_view name) {
   return encoded;
 }
 
+void AppendSegments(const std::string& variable, const TVarImage& image, std::string& table) {
+  for (const auto& segment : image.GetSegments()) {
+    const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
+    table += base::EscapeField(variable) + '\t' + base::EscapeField(image.GetFilename());
+    table += FormatString("\t%d\t%d\t%d\t%d\t", rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight());
+    table += base::EscapeField(rect.GetLabel()) + '\t' +
+             base::EscapeField(base::Join(rect.GetFeatures().GetNames(), ",")) + '\n';
+  }
+}
+
 std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varList) {
   std::string reason;
   // Without its database a ranking still has its numbers; only what the database knows of its images is missing.
@@ -52,6 +62,20 @@ std::string FormatVariables(const TVarList& varList) {
   for (const auto& variable : varList.GetVariables()) {
     table += base::EscapeField(variable->GetName()) + '\t' + variable->GetType() + '\t' +
              base::EscapeField(variable->GetDescription()) + '\n';
+  }
+  return table;
+}
+
+std::string FormatSegments(const TVarList& varList) {
+  std::string table = "variable\tpicture\tx\ty\twidth\theight\tlabel\tfeatures\n";
+  for (const auto& variable : varList.GetVariables()) {
+    if (const auto* image = dynamic_cast<const TVarImage*>(variable.get())) {
+      AppendSegments(image->GetName(), *image, table);
+    } else if (const auto* database = dynamic_cast<const TVarDatabase*>(variable.get())) {
+      for (const auto& member : database->GetImages()) {
+        AppendSegments(database->GetName(), *member, table);
+      }
+    }
   }
   return table;
 }

@@ -8,8 +8,10 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTableWidget>
+#include <QTimer>
 #include <gtest/gtest.h>
 
+#include "base/console.h"
 #include "tests/support/workbench.h"
 
 namespace {
@@ -141,6 +143,20 @@ TEST(TCtrlMain, TheVariablesTableFollowsTheStore) {
   EXPECT_EQ(workbench.GetColumn(0), (TTexts{"a"})) << "a failed command takes its destination with it";
   workbench.Run("reset(1,2)");
   EXPECT_EQ(workbench.GetColumn(0), TTexts{});
+}
+
+TEST(TCtrlMain, AScriptOfTheStartRunsToItsEndOrUntilEscape) {
+  TWorkbench workbench;
+  MakeFile("s.txt", "#!/usr/bin/env tessimar\nreset(1)\nreset(2)");
+  base::TLineReader whole("s.txt");
+  workbench.controller.RunScript(whole, "s.txt");
+  const std::string both = "> reset(1)\n> reset(2)\n";
+  EXPECT_EQ(workbench.GetOutput(), both);
+  base::TLineReader part("s.txt");
+  // Arrives while the first line runs.
+  QTimer::singleShot(0, &workbench.window, [&] { Press(workbench, Qt::Key_Escape); });
+  workbench.controller.RunScript(part, "s.txt");
+  EXPECT_EQ(workbench.GetOutput(), both + "> reset(1)\n  Script interrupted\n");
 }
 
 TEST(TCtrlMain, CountsTheLinesThatFail) {

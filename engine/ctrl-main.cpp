@@ -9,6 +9,7 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "base/text.h"
@@ -30,6 +31,7 @@ namespace {
 constexpr const char* kHistoryFile = "CommandHistory.txt";
 constexpr const char* kFeatureDirectory = "FeatureStorage";
 constexpr std::size_t kMaxHistory = 25;
+constexpr const char* kFunctionFailed = "Function failed";
 
 /// How long the view may stand still while a command is under way: well below the tenth of a second at which people
 /// begin to notice.
@@ -117,6 +119,7 @@ TCtrlMain::~TCtrlMain() {
 
 void TCtrlMain::PrintLine(const std::string& line) {
   view.AddOutput("  " + line + "\n");
+  lastPrinted = line;
 }
 
 void TCtrlMain::AddToHistory(const std::string& line) {
@@ -134,13 +137,37 @@ void TCtrlMain::ExecuteCommand(const std::string& line) {
   Execute(line, TOrigin::kTyped);
 }
 
+void TCtrlMain::ExecuteScriptLine(const std::string& line, const std::string& script, std::size_t number) {
+  SetPosition(script, number);
+  ExecuteCommand(line);
+}
+
+void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) {
+  RunAsWork([&] {
+    std::string line;
+    for (std::size_t number = 1; !view.IsClosing() && reader.Next(line); ++number) {
+      if (number == 1 && line.starts_with("#!")) {
+        continue;
+      }
+      ExecuteScriptLine(line, script, number);
+      if (isInterrupted) {
+        PrintLine("Script interrupted");
+        break;
+      }
+    }
+  });
+}
+
 void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
-  if (depth++ == 0) {
+  if (underWay.empty()) {
     isInterrupted = false;
   }
+  underWay.push_back(std::exchange(nextPosition, {}));
+  lastPrinted.clear();
+  failure.clear();
   view.BeginWork();
   const TAtEnd atEnd([this] {
-    --depth;
+    underWay.pop_back();
     if (std::exchange(showsWork, false)) {
       view.ShowWork(std::string());
     }
@@ -155,13 +182,14 @@ void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
   };
   if (!RunGuarded(runs, [this](const char* reason) { PrintLine(reason); })) {
     ++failedLines;
+    ReportFailedLine();
   }
 }
 
 bool TCtrlMain::RunLine(const std::string& line, TOrigin origin) {
   const THelpRequest help = ProcessHelp(line);
   if (help != THelpRequest::kNone) {
-    if (depth == 1) {
+    if (underWay.size() == 1) {
       view.SelectCommandText();
     }
     return help == THelpRequest::kAnswered;
@@ -187,6 +215,10 @@ void TCtrlMain::RunFromView(TOrigin origin) {
   if (isRunning) {
     return;
   }
+  RunAsWork([] {});
+}
+
+void TCtrlMain::RunAsWork(const boost::function<void()>& run) {
   isRunning = true;
   // One piece of work for all lines, so that what is typed meanwhile comes behind them.
   view.BeginWork();
@@ -194,6 +226,7 @@ void TCtrlMain::RunFromView(TOrigin origin) {
     isRunning = false;
     view.EndWork();
   });
+  run();
   while (!pendingLines.empty() && !view.IsClosing()) {
     const TPendingLine line = std::move(pendingLines.front());
     pendingLines.pop_front();
@@ -219,7 +252,7 @@ void TCtrlMain::NextCommand() {
 }
 
 void TCtrlMain::Interrupt() {
-  isInterrupted = depth > 0;
+  isInterrupted = !underWay.empty();
 }
 
 TCompletion TCtrlMain::Complete(const std::string& before) const {
@@ -290,11 +323,7 @@ bool TCtrlMain::RunFunction(const TParsedCommand& parsed) {
     return false;
   }
   const auto run = [&] { return function->Execute(parsed.Parameters); };
-  if (!RunGuarded(run, [this](const char* reason) { PrintLine(reason); })) {
-    PrintLine("Function failed");
-    return false;
-  }
-  return true;
+  return RunGuarded(run, [this](const char* reason) { PrintLine(reason); }) || PrintFunctionFailed();
 }
 
 bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) {
@@ -314,8 +343,7 @@ bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) 
       !base::IsDirectory(TFunction::StripQuotes(parsed.Parameters.front()))) {
     // A hand that slipped must not cost the database that stands there.
     PrintLine("Path is not a directory");
-    PrintLine("Function failed");
-    return false;
+    return PrintFunctionFailed();
   }
   const bool existedBefore = varList->Find(parsed.Destination) != nullptr;
   const auto run = [&] { return FillDestination(*function, parsed); };
@@ -323,11 +351,29 @@ bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) 
     return true;
   }
   varList->Remove(parsed.Destination);
-  PrintLine("Function failed");
+  PrintFunctionFailed();
   if (existedBefore) {
     PrintLine(FormatString("Variable '%s' was removed", parsed.Destination.c_str()));
   }
   return false;
+}
+
+bool TCtrlMain::PrintFunctionFailed() {
+  failure = kFunctionFailed + (lastPrinted.empty() ? "" : ": " + lastPrinted);
+  PrintLine(kFunctionFailed);
+  return false;
+}
+
+void TCtrlMain::ReportFailedLine() {
+  std::string text;
+  for (const TPosition& position : underWay) {
+    if (!position.script.empty()) {
+      text += position.script + ":" + std::to_string(position.line) + ": ";
+    }
+  }
+  if (!text.empty()) {
+    view.ReportFailedLine(text + (failure.empty() ? lastPrinted : failure));
+  }
 }
 
 bool TCtrlMain::FillDestination(TFunction& function, const TParsedCommand& parsed) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <boost/function.hpp>
+
 #include "engine/view.h"
 #include "engine/work.h"
 
@@ -19,6 +21,10 @@ class TFunctionList;
 class TVar;
 class TVarList;
 struct TParsedCommand;
+
+namespace base {
+class TLineReader;
+}
 
 /// The program's centre: owns every engine object and is the road of every command line, whether typed, dropped or read
 /// from a script. It drives the view by plain calls and hears of the user as the view's listener.
@@ -38,6 +44,14 @@ class TCtrlMain : private TViewListener, private TWork {
   /// Runs one command line from start to end. A script command calls it again for each of its lines.
   void ExecuteCommand(const std::string& line);
 
+  /// The same for a line of that number, from 1, of a script that the program was started with.
+  void ExecuteScriptLine(const std::string& line, const std::string& script, std::size_t number);
+
+  /// Runs the lines of a script that the program was started with, as they arrive, until they end, the user ends them,
+  /// or the view is closed. A first line that begins with "#!" is meant for the system and passed over. What the user
+  /// types meanwhile comes behind them. Lines of a script without a name are not reported when they fail.
+  void RunScript(base::TLineReader& reader, const std::string& script);
+
   /// Has the view show the variables as they are now.
   void UpdateVariables();
 
@@ -53,6 +67,12 @@ class TCtrlMain : private TViewListener, private TWork {
  private:
   enum class THelpRequest { kNone, kAnswered, kUnknownName };
   enum class TOrigin { kTyped, kDropped };
+
+  /// Where a command line stands; one that was typed has no script.
+  struct TPosition {
+    std::string script;
+    std::size_t line = 0;
+  };
 
   struct TPendingLine {
     std::string text;
@@ -70,10 +90,13 @@ class TCtrlMain : private TViewListener, private TWork {
   bool Continue(const std::string& command, std::size_t done, std::size_t total) override;
   void ProcessEvents() override;
   void Pause(int milliseconds) override;
+  void SetPosition(const std::string& script, std::size_t line) override { nextPosition = {script, line}; }
   bool IsInterrupted() const override { return isInterrupted; }
 
   void RunFromView(TOrigin origin);
   void Execute(const std::string& line, TOrigin origin);
+  /// Calls `run` as one piece of work, and then runs the lines that arrived meanwhile.
+  void RunAsWork(const boost::function<void()>& run);
   void AddToHistory(const std::string& line);
 
   /// Answers "help" and "help name". Does not fold case, unlike the parser.
@@ -85,6 +108,10 @@ class TCtrlMain : private TViewListener, private TWork {
   bool RunFunction(const TParsedCommand& parsed);
   bool RunAssignFunction(const TParsedCommand& parsed, TOrigin origin);
   bool RunAssign(const TParsedCommand& parsed);
+
+  /// Says that a command failed. Always false.
+  bool PrintFunctionFailed();
+  void ReportFailedLine();
 
   /// Runs a command into its destination, which it makes where there is none of the type.
   bool FillDestination(TFunction& function, const TParsedCommand& parsed);
@@ -102,10 +129,14 @@ class TCtrlMain : private TViewListener, private TWork {
   std::unique_ptr<TFeatureList> featureList;
   std::unique_ptr<TClassifierList> classifierList;
   int failedLines = 0;
-  /// How many lines are under way, one inside the other.
-  int depth = 0;
+  /// The lines under way, one inside the other, the outermost first.
+  std::vector<TPosition> underWay;
+  TPosition nextPosition;
+  /// What was printed last since a line began, and why a line failed.
+  std::string lastPrinted;
+  std::string failure;
   bool isInterrupted = false;
-  /// Set while RunFromView runs lines; what arrives meanwhile waits in pendingLines.
+  /// Set while RunAsWork runs lines; what arrives meanwhile waits in pendingLines.
   bool isRunning = false;
   std::deque<TPendingLine> pendingLines;
   bool showsWork = false;

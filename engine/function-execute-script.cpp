@@ -54,6 +54,9 @@ bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
       Print("Script interrupted");
       return false;
     }
+    if (work != nullptr) {
+      work->SetPosition(filename, i + 1);
+    }
     command(script.entries[i]);
     ProcessEvents();
   }

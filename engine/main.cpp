@@ -1,37 +1,171 @@
+// tessimar: the workbench in a window.
+
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QMessageBox>
+#include <QTimer>
 
+#include "base/console.h"
+#include "base/format-string.h"
 #include "base/memory.h"
+#include "base/native-path.h"
 #include "base/text.h"
 #include "engine/ctrl-main.h"
 #include "engine/window-view.h"
+#include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/main-window.h"
 
 namespace {
 
-/// Without a display the toolkit can only give up. It would do so by dumping core; a plain message and a status are
-/// kinder.
-void ReportAndLeaveIfFatal(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+constexpr int kUnusable = 2;
+
+constexpr const char* kUsage =
+    R"(Usage: tessimar [--workspace] [SCRIPT]
+
+Opens the workbench. Its files go into the directory in which it is started.
+
+  SCRIPT            run the lines of this file, then leave the window to you
+  --workspace       work in the folder Tessimar of your home, which is made if there
+                    is none, with links to the sample collection. The entry in the
+                    desktop's menu does this
+  -h, --help        print this text
+  --version         print the version
+
+tessimar-batch runs scripts without a window.
+
+Exit status: 0 when the window was closed, 2 for wrong usage, without a display, or
+if a file or folder cannot be used.
+)";
+
+int Refuse(const std::string& reason) {
+  std::fprintf(stderr, "tessimar: %s\n", reason.c_str());
+  return kUnusable;
+}
+
+/// Without a display the toolkit can only give up. It would do so with many words and a core dump.
+void RefuseWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
+  if (type == QtFatalMsg) {
+    std::_Exit(Refuse("There is no display. tessimar-batch runs scripts without one."));
+  }
+}
+
+void Report(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
   std::fprintf(stderr, "%s\n", qPrintable(message));
   if (type == QtFatalMsg) {
     std::_Exit(EXIT_FAILURE);
   }
 }
 
+struct TOptions {
+  std::string script;
+  bool workspace = false;
+  bool help = false;
+  bool version = false;
+};
+
+/// Reads the arguments behind the program's name. What is wrong with them goes to `reason`.
+TOptions ParseOptions(const QStringList& arguments, std::string& reason) {
+  QCommandLineParser parser;
+  parser.addOptions({{{"h", "help"}, ""}, QCommandLineOption("version"), QCommandLineOption("workspace")});
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  if (!parser.parse(arguments)) {
+    reason = FromQString(parser.errorText());
+  }
+  const QStringList scripts = parser.positionalArguments();
+  if (scripts.size() > 1) {
+    reason = "There is more than one script: '" + FromQString(scripts[1]) + "'.";
+  } else if (scripts.contains(QString())) {
+    reason = "The name of the script is empty.";
+  }
+  return {scripts.isEmpty() ? std::string() : FromQString(scripts.first()), parser.isSet("workspace"),
+          parser.isSet("help"), parser.isSet("version")};
+}
+
+/// Makes ~/Tessimar the working directory, with a link to each part of the sample collection where nothing of that name
+/// stands. False if that folder cannot be used.
+bool EnterWorkspace(QString& folder) {
+  folder = QDir::home().filePath("Tessimar");
+  // Without a home the toolkit names the root of the file system, which is no place for anybody's work.
+  if (QDir::home().isRoot() || !base::MakeWritableDirectory(FromQString(folder)) || !QDir::setCurrent(folder)) {
+    return false;
+  }
+  const QDir samples(QDir(QApplication::applicationDirPath()).filePath(TESSIMAR_SAMPLES));
+  for (const QFileInfo& sample : samples.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+    const QFileInfo link(sample.fileName());
+    // A link into an installation that has gone would keep the samples out for good.
+    if (link.isSymbolicLink() && !link.exists()) {
+      QFile::remove(link.filePath());
+    }
+    // Fails where something stands, which is the user's.
+    QFile::link(sample.absoluteFilePath(), link.filePath());
+  }
+  return true;
+}
+
+/// Whoever started the program from a menu sees no terminal.
+int RefuseInDialog(const QString& reason) {
+  const int status = Refuse(FromQString(reason));
+  QMessageBox box(QMessageBox::Critical, "Tessimar", reason);
+  RunDialog(box);
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) {
+    arguments << ToQString(argv[i]);
+  }
+  std::string reason;
+  // These two need no display. All else waits until the toolkit has taken its own options out.
+  const TOptions first = ParseOptions(arguments, reason);
+  if (first.help || first.version) {
+    std::fputs(first.help ? kUsage : "tessimar " TESSIMAR_VERSION "\n", stdout);
+    return EXIT_SUCCESS;
+  }
   base::KeepFreedMemory();
-  qInstallMessageHandler(ReportAndLeaveIfFatal);
-  QApplication application(argc, argv);
-  // Where the desktop looks up the icon by that name.
-  QGuiApplication::setDesktopFileName("tessimar");
+  qInstallMessageHandler(RefuseWithoutDisplay);
+  QGuiApplication::setDesktopFileName(TESSIMAR_DESKTOP_ENTRY);
+  const QApplication application(argc, argv);
+  qInstallMessageHandler(Report);
   base::UseClassicNumbers();
+  reason.clear();
+  const TOptions options = ParseOptions(QApplication::arguments(), reason);
+  if (!reason.empty()) {
+    return Refuse(reason + " See tessimar --help.");
+  }
+  QString folder;
+  if (options.workspace && !EnterWorkspace(folder)) {
+    return RefuseInDialog(QString("The folder '%1' cannot be used. Started in a terminal, Tessimar works in the "
+                                  "directory in which it is started.")
+                              .arg(folder));
+  }
+  std::unique_ptr<base::TLineReader> reader;
+  if (!options.script.empty()) {
+    reader = std::make_unique<base::TLineReader>(options.script);
+    if (!reader->IsOpen()) {
+      return Refuse(FormatString("Script '%s' cannot be read", options.script.c_str()));
+    }
+    if (!reader->BeginsAsText()) {
+      return Refuse(FormatString("Script '%s' is not a text", options.script.c_str()));
+    }
+  }
   MainWindow window;
   TWindowView view(window);
-  const TCtrlMain controller(view);
+  TCtrlMain controller(view);
   window.show();
+  QTimer scriptTimer;
+  if (reader) {
+    scriptTimer.setSingleShot(true);
+    scriptTimer.callOnTimeout([&] { controller.RunScript(*reader, options.script); });
+    scriptTimer.start();
+  }
   return QApplication::exec();
 }

@@ -53,6 +53,11 @@ class TView {
   /// Appends text, which brings its own line end, to the output.
   virtual void AddOutput(const std::string& text) = 0;
 
+  /// A line of a script failed. The text is one line without its end, such as "script.txt:12: Function failed: File
+  /// does not exist"; in a script that another one runs, both positions stand in it, the outer one first. The output
+  /// has been told already, in more words.
+  virtual void ReportFailedLine(const std::string& text) = 0;
+
   /// The variables may have changed. While work is under way a view need not show each state of them; when it ends,
   /// they are shown. The list lives as long as there is a listener.
   virtual void ShowVariables(const TVarList& variables) = 0;

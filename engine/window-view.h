@@ -20,6 +20,7 @@ class TWindowView : public TView {
   void AddClassifier(const std::string& name) override;
   void AddSegmentationMethod(const std::string& name) override;
   void AddOutput(const std::string& text) override;
+  void ReportFailedLine(const std::string& /*text*/) override {}
   void ShowVariables(const TVarList& list) override;
   std::string GetCommandText() const override;
   void SetCommandText(const std::string& text) override;

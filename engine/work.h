@@ -22,6 +22,10 @@ class TWork {
   /// Waits, where there is somebody to watch.
   virtual void Pause(int milliseconds) = 0;
 
+  /// Tells from where the next command line comes that the command wants run: the line of that number, from 1, of a
+  /// script.
+  virtual void SetPosition(const std::string& script, std::size_t line) = 0;
+
   /// True once the user has asked the command under way to end.
   virtual bool IsInterrupted() const = 0;
 };

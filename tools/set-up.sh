@@ -1,3 +1,4 @@
+# shellcheck shell=sh disable=SC2034 # the lists are for whoever sources this file
 # Shared by ./run and ./test: installs what is missing of Debian's packages, and builds the preset "default".
 # To be sourced with the repository as working directory.
 
@@ -8,6 +9,9 @@ run_packages="gnuplot-nox fonts-liberation fonts-dejavu-core"
 
 # The tests run programs under other locales, and build a plug-in as its author would.
 test_packages="locales pkgconf"
+
+# A Debian package has man pages and the manual as HTML, and is checked before it goes out.
+package_packages="pandoc lintian mandoc desktop-file-utils appstream"
 
 install_packages() {
   if ! command -v dpkg-query >/dev/null; then

@@ -7,6 +7,7 @@ if [ $# -eq 0 ]; then
   # The plug-in "embedding" is part of that build only where it was asked for.
   others='^benchmarks/'
   grep -q plugins/embedding build/compile_commands.json || others="$others|^plugins/embedding/|/embedding-test"
+  # shellcheck disable=SC2046
   set -- $(git ls-files '*.cpp' | grep -vE "$others")
 fi
 printf '%s\n' "$@" | xargs -P "${JOBS:-$(nproc)}" -n 4 clang-tidy -p build --quiet

@@ -1,4 +1,4 @@
-#include "embedding-settings.h"
+#include "plugins/embedding/embedding-settings.h"
 
 #include <algorithm>
 #include <charconv>

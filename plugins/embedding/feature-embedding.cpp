@@ -17,8 +17,8 @@
 #include <opencv2/core/utils/logger.hpp>
 #include <opencv2/dnn.hpp>
 
-#include "embedding-settings.h"
-#include "picture-to-tensor.h"
+#include "plugins/embedding/embedding-settings.h"
+#include "plugins/embedding/picture-to-tensor.h"
 #include "sdk/feature-plugin.h"
 
 namespace filesystem = std::filesystem;

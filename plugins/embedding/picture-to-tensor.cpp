@@ -1,4 +1,4 @@
-#include "picture-to-tensor.h"
+#include "plugins/embedding/picture-to-tensor.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "embedding-settings.h"
+#include "plugins/embedding/embedding-settings.h"
 
 /// The input of the network for one picture: 3 planes of height * width floats, row by row, in the order of the
 /// settings' channels. The picture has bytes red, green, blue, rows `stride` bytes apart, and is not empty.

@@ -101,9 +101,6 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
   }
   for (const QStringList& arguments : {QStringList{"none.txt"},
                                        {"folder"},
-                                       {"a", "b"},
-                                       {"--frobnicate"},
-                                       {"--pictures"},
                                        {"--pictures", "q.png"},
                                        {"--rankings", "q.png/x"},
                                        {"--variables", "folder"},
@@ -115,16 +112,14 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
                                        {"--check-plugin", "none.so"},
                                        {"--check-plugin", "folder"},
                                        {"--check-plugin", "a.so", "b.so"},
-                                       {"--check-plugin", "a.so", "--seed", "1"}}) {
+                                       {"--check-plugin", "a.so", "--seed", "1"},
+                                       {"--segments", "folder"}}) {
     const TOutcome outcome = Run(arguments);
     EXPECT_EQ(outcome.status, 2) << arguments.join(' ').toStdString();
     EXPECT_EQ(outcome.output, "");
     EXPECT_TRUE(outcome.errors.starts_with("tessimar-batch: ")) << outcome.errors;
     EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
   }
-  EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-batch"));
-  EXPECT_EQ(Run({"-h"}).output, Run({"--help"}).output);
-  EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-batch 0.1.8"));
 }
 
 TEST_F(TBatch, LoadsPluginsOfFurtherDirectoriesAndChecksOne) {
@@ -393,17 +388,6 @@ TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
   process.closeWriteChannel();
   Finish();
   EXPECT_EQ(FileBytes("v.tsv"), rows);
-}
-
-TEST_F(TBatch, TheWorkbenchWithoutADisplaySaysSoAndEndsPlainly) {
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.insert("DISPLAY", ":4711");
-  environment.insert("QT_QPA_PLATFORM", "xcb");
-  process.setProcessEnvironment(environment);
-  process.setProgram(WORKBENCH_PROGRAM);
-  const TOutcome outcome = Run({});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_NE(outcome.errors, "");
 }
 
 /// The 8 x 8 grid of a displayed image, "x" for a cell that is outlined in green, row by row.
