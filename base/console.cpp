@@ -92,6 +92,14 @@ std::FILE* TakeStandardOutput() {
 #endif
 }
 
+bool IsTerminal(std::FILE* stream) {
+#ifdef _WIN32
+  return _isatty(_fileno(stream)) != 0;
+#else
+  return isatty(fileno(stream)) != 0;
+#endif
+}
+
 void CatchSignals() {
 #ifndef _WIN32
   std::signal(SIGPIPE, SIG_IGN);

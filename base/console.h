@@ -11,6 +11,9 @@ namespace base {
 /// The stream stays open until the program ends. Null if the platform refuses.
 std::FILE* TakeStandardOutput();
 
+/// True if the stream is a terminal, where somebody watches.
+bool IsTerminal(std::FILE* stream);
+
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
 /// only sets what Interrupted() tells; a second one ends the program at once.
 void CatchSignals();

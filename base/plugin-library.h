@@ -9,8 +9,8 @@ namespace base {
 /// ".dll"). Case counts.
 bool IsPluginFileName(const std::string& fileName);
 
-/// The path for the loader of a library in the working directory. A bare name would be sought in the system's library
-/// path instead.
+/// The path for the loader of a library, which starts in the working directory. A bare name would be sought in the
+/// system's library path instead.
 std::string PluginLoadPath(const std::string& fileName);
 
 }  // namespace base

@@ -7,10 +7,11 @@
 #include "features/feature.h"
 
 /// The features of a run: "hsv", "lbp", then one for each plug-in library of the working directory, in the order in
-/// which the system delivers the files. The list owns them; none is added or removed later.
+/// which the system delivers the files, and of further directories, in byte order. The list owns them; none is added or
+/// removed later.
 class TFeatureList {
  public:
-  TFeatureList();
+  explicit TFeatureList(const std::vector<std::string>& pluginDirectories = {});
 
   /// The first feature of exactly this name, or null.
   const TFeature* Find(const std::string& name) const;
@@ -21,6 +22,8 @@ class TFeatureList {
   const std::vector<std::string>& GetRefusals() const { return refusals; }
 
  private:
+  void AddPlugin(const std::string& fileName);
+
   std::vector<std::unique_ptr<TFeature>> features;
   std::vector<std::string> refusals;
 };

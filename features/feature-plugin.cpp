@@ -42,6 +42,7 @@ std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName
     return nullptr;
   }
   std::unique_ptr<TFeaturePlugin> plugin(new TFeaturePlugin());
+  plugin->file = fileName;
   reason.clear();
   Resolve(library, "GetShortDescription", plugin->getShortDescription, reason);
   Resolve(library, "NeedsGrayscale", plugin->askNeedsGrayscale, reason);

@@ -101,21 +101,22 @@ bool TImageRGB::LoadFromFile(const std::string& path) {
   return bitmap && CopyFromBitmap(bitmap.get());
 }
 
-void TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size) {
+bool TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name) {
   if (size > std::numeric_limits<DWORD>::max()) {
-    return;
+    return false;
   }
   // The library takes a mutable pointer for both of its uses; a stream opened over given bytes only reads them.
   const std::unique_ptr<FIMEMORY, TMemoryCloser> stream(
       FreeImage_OpenMemory(const_cast<BYTE*>(data), static_cast<DWORD>(size)));
-  const FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromMemory(stream.get(), 0);
+  FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromMemory(stream.get(), 0);
+  if (format == FIF_UNKNOWN && !name.empty()) {
+    format = FreeImage_GetFIFFromFilename(name.c_str());
+  }
   if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
-    return;
+    return false;
   }
   const TBitmap bitmap(FreeImage_LoadFromMemory(format, stream.get(), 0));
-  if (bitmap) {
-    CopyFromBitmap(bitmap.get());
-  }
+  return bitmap && CopyFromBitmap(bitmap.get());
 }
 
 bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {

@@ -27,8 +27,8 @@ class TImageRGB : public TPixelBuffer {
   /// the buffer as it was, if there is no such file or it cannot be decoded.
   bool LoadFromFile(const std::string& path);
 
-  /// Decodes an image file held in memory. Nothing changes if it cannot be decoded.
-  void LoadFromMemory(const unsigned char* data, std::size_t size);
+  /// The same for a file held in memory; without a name its contents alone must tell the format.
+  bool LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name = {});
 
   /// Copies a bitmap of any kind: palettes and gray become colour, alpha goes, high dynamic range is tone-mapped. The
   /// caller keeps the bitmap. False, and the buffer as it was, for a bitmap that has no such form.

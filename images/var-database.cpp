@@ -1,11 +1,11 @@
 #include "images/var-database.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "images/picture-list.h"
 #include "images/var-image.h"
 
 TVarDatabase::TVarDatabase() : TVar("database") {}
@@ -50,15 +50,10 @@ bool TVarDatabase::ScanDirectory() {
   if (!base::Exists(location)) {
     return true;
   }
-  auto names = base::ListFiles(location);
+  const auto names = ListPictures(location);
   if (!names) {
     return false;
   }
-  std::erase_if(*names, [](const std::string& name) { return name.find(".jpg") == std::string::npos; });
-  // All file names begin with the location, so comparing the names alone gives the same order.
-  std::sort(names->begin(), names->end(), [](const std::string& a, const std::string& b) {
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-  });
   images.reserve(names->size());
   for (const std::string& name : *names) {
     images.push_back(std::make_unique<TVarImage>());

@@ -1,12 +1,10 @@
 #include "retrieval/function-load-mir-flickr-tags.h"
 
-#include <cstdlib>
-#include <string_view>
-
 #include "base/native-path.h"
 #include "engine/command-history.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "retrieval/annotation.h"
 
 TFunctionLoadMirFlickrTags::TFunctionLoadMirFlickrTags() {
   name = "loadmirflickrtags";
@@ -30,15 +28,12 @@ bool TFunctionLoadMirFlickrTags::Execute(const std::vector<std::string>& params)
     Print("File not found");
     return false;
   }
-  const std::string_view filename = base::FileNameOf(path);
-  const std::string tag(filename.substr(0, filename.find('.')));
+  const std::string tag = AnnotationTag(path);
   TCommandHistory annotations;
   annotations.Load(path);
   for (const std::string& line : annotations.entries) {
-    // A number beyond all bounds comes back as the largest there is.
-    const long long number = std::strtoll(line.c_str(), nullptr, 10);
-    if (number >= 1 && static_cast<unsigned long long>(number) <= database->GetImages().size()) {
-      database->GetImages()[static_cast<std::size_t>(number) - 1]->GetTags().push_back(tag);
+    if (const auto position = AnnotatedPosition(line, database->GetImages().size())) {
+      database->GetImages()[*position]->GetTags().push_back(tag);
     }
   }
   return true;

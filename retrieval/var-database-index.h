@@ -8,15 +8,10 @@
 #include <vector>
 
 #include "engine/var.h"
+#include "retrieval/ranking.h"
 
 class TVarDatabase;
 class TVarList;
-
-/// One row of a ranking: the position of an image in its database, and its distance from the query.
-struct TDatabaseIndexEntry {
-  std::int32_t imageIndex;
-  double distance;
-};
 
 /// A ranking, of type "databaseindex", best match first. It knows its database only by the name of that variable and is
 /// of use only as long as a database with the same images stands under it.
@@ -32,7 +27,7 @@ class TVarDatabaseIndex : public TVar {
   void ClearEntries() { entries.clear(); }
   void AddEntry(std::int32_t imageIndex, double distance) { entries.push_back({imageIndex, distance}); }
   /// Sorts by distance, smallest first. Entries of equal distance keep their order.
-  void SortEntries();
+  void SortEntries() { SortByDistance(entries); }
   const std::vector<TDatabaseIndexEntry>& GetEntries() const { return entries; }
 
   const std::string& GetDatabaseName() const { return databaseName; }

@@ -2,7 +2,7 @@
 # To be sourced with the repository as working directory.
 
 build_packages="g++ cmake ninja-build qt6-base-dev libboost-dev libboost-filesystem-dev libfreeimage-dev libhwy-dev \
-libfann-dev libsvm-dev libgtest-dev python3"
+libfann-dev libssl-dev libsvm-dev libgtest-dev python3"
 # gnuplot draws the charts. Fonts: the window's own, and one for everything else; a bare system has none at all.
 run_packages="gnuplot-nox fonts-liberation fonts-dejavu-core"
 

@@ -1,0 +1,202 @@
+#include "experiments/run-experiment.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/format-string.h"
+#include "base/native-path.h"
+#include "experiments/expectation.h"
+#include "experiments/output-directory.h"
+#include "experiments/plan.h"
+#include "experiments/progress.h"
+#include "experiments/steps.h"
+
+namespace {
+
+/// What --quiet does not keep back: each damage, up to a number that can be read.
+void PrintDamage(const TDamageList& damage) {
+  constexpr std::size_t kMost = 20;
+  for (std::size_t i = 0; i < std::min(kMost, damage.size()); ++i) {
+    const TDamage& each = damage[i];
+    const std::string line = each.line == 0 ? std::string() : FormatString("%zu: ", each.line);
+    std::fprintf(stderr, "%s:%s%s%s\n", each.file.c_str(), line.empty() ? " " : "", line.c_str(), each.reason.c_str());
+  }
+  if (!damage.empty()) {
+    std::fprintf(stderr, "tessimar-experiment: %zu %s skipped; damage.tsv has all.\n", damage.size(),
+                 damage.size() == 1 ? "file or line was" : "files or lines were");
+  }
+}
+
+void PrintSummary(const TExperiment& experiment, const std::string& out) {
+  std::printf("%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
+              experiment.topics.size(), experiment.queryCount);
+  for (const TSummaryRow& row : experiment.summary) {
+    if (row.interval && row.measure == TMeasure::kAp) {
+      std::printf("  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
+                  row.interval->high);
+    }
+  }
+  std::printf("The results are in %s\n", out.c_str());
+}
+
+/// Measures how long each step took.
+class TStopwatch {
+ public:
+  void Note(const std::string& step) {
+    const auto now = std::chrono::steady_clock::now();
+    table += step + FormatString("\t%.3f\n", std::chrono::duration<double>(now - begin).count());
+    begin = now;
+  }
+
+  const std::string& GetTable() const { return table; }
+
+ private:
+  std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+  std::string table = "step\tseconds\n";
+};
+
+int StatusOf(const TStepResult& result) {
+  switch (result.outcome) {
+    case TStepOutcome::kInterrupted:
+      return kExperimentInterrupted;
+    case TStepOutcome::kFailed:
+      return RefuseExperiment(kExperimentFailed, result.reason);
+    default:
+      return kExperimentDone;
+  }
+}
+
+/// An experiment on a collection.
+class TCollectionRun {
+ public:
+  explicit TCollectionRun(const TExperimentOptions& options)
+      : options(options), features(options.out + "features"), progress(options.isQuiet) {}
+
+  int Run() {
+    std::string reason;
+    plan = MakePlan(options, reason);
+    if (!plan) {
+      return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    for (const TExpectation& expectation : options.expectations) {
+      if (reason = DescribeUnknown(expectation, plan->setNames); !reason.empty()) {
+        return RefuseExperiment(kExperimentUnusable, reason);
+      }
+    }
+    if (!OpenOutputDirectory(options.out, reason)) {
+      return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    if (options.step == TStep::kAll || options.step == TStep::kExtract) {
+      if (const int status = StatusOf(Extract()); status != kExperimentDone || options.step == TStep::kExtract) {
+        return status;
+      }
+    }
+    auto table = TFeatureTable::Open(plan->collection, plan->sources, features, reason);
+    if (!table) {
+      return RefuseExperiment(kExperimentFailed, reason);
+    }
+    if (options.step == TStep::kAll || options.step == TStep::kRank) {
+      if (const int status = StatusOf(Rank(*table)); status != kExperimentDone || options.step == TStep::kRank) {
+        return status;
+      }
+    }
+    return Report(*table);
+  }
+
+ private:
+  TStepResult Extract() {
+    TStepResult result;
+    // A whole run goes on from the features that are there, in however many parts.
+    const bool isWhole = options.step == TStep::kAll;
+    const std::size_t first = isWhole ? 1 : options.part.number;
+    const std::size_t count = isWhole ? CountOfFeatureParts(features) : options.part.count;
+    const std::size_t last = isWhole ? count : first;
+    for (std::size_t number = first; number <= last && result.outcome == TStepOutcome::kDone; ++number) {
+      result.outcome =
+          ExtractFeatures(plan->collection, plan->sources, {number, count}, features, progress, result.reason);
+    }
+    stopwatch.Note("extract");
+    return result;
+  }
+
+  TStepResult Rank(const TFeatureTable& table) {
+    if (options.step == TStep::kRank) {
+      const auto [begin, end] = options.part.ShareOf(table.GetPictureCount());
+      std::size_t changed = 0;
+      if (!table.IsCurrent(plan->collection, begin, end, changed)) {
+        return {TStepOutcome::kFailed, FormatString("'%s' has changed since its features were extracted; run the step "
+                                                    "extract again",
+                                                    plan->collection.GetPath(changed).c_str())};
+      }
+    }
+    TStepResult result = RankQueries(options, *plan, table, progress);
+    stopwatch.Note("rank");
+    return result;
+  }
+
+  int Report(const TFeatureTable& table) {
+    TCollected collected;
+    if (const int status = StatusOf(CollectResults(options, *plan, table, collected)); status != kExperimentDone) {
+      return status;
+    }
+    const std::string runs = options.out + "runs";
+    if (!base::MakeWritableDirectory(runs)) {
+      return RefuseExperiment(kExperimentFailed, FormatString("Directory '%s' cannot be written", runs.c_str()));
+    }
+    TOutputDirectory out(options.out);
+    WriteResults(options, *plan, table, collected, out);
+    stopwatch.Note("report");
+    out.Add("times.tsv", stopwatch.GetTable());
+    if (const std::string file = out.Commit(); !file.empty()) {
+      return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
+    }
+    RemoveOtherRuns();
+    return Conclude(collected.experiment);
+  }
+
+  /// Runs of an earlier experiment would stand beside tables that do not know them.
+  void RemoveOtherRuns() const {
+    for (const std::string& name : base::ListFiles(options.out + "runs").value_or(std::vector<std::string>())) {
+      if (std::find(plan->setNames.begin(), plan->setNames.end(), name.substr(0, name.rfind(".run"))) ==
+          plan->setNames.end()) {
+        std::remove((options.out + "runs/" + name).c_str());
+      }
+    }
+  }
+
+  int Conclude(const TExperiment& experiment) const {
+    PrintDamage(experiment.damage);
+    if (!options.isQuiet) {
+      PrintSummary(experiment, options.out);
+    }
+    int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
+    for (const TExpectation& expectation : options.expectations) {
+      if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
+        status = RefuseExperiment(kExperimentFailed, miss);
+      }
+    }
+    return status;
+  }
+
+  const TExperimentOptions& options;
+  const std::string features;
+  TProgress progress;
+  TStopwatch stopwatch;
+  std::unique_ptr<TPlan> plan;
+};
+
+}  // namespace
+
+int RefuseExperiment(int status, const std::string& reason) {
+  std::fprintf(stderr, "tessimar-experiment: %s\n", reason.c_str());
+  return status;
+}
+
+int RunExperiment(const TExperimentOptions& options) {
+  return TCollectionRun(options).Run();
+}
