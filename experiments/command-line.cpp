@@ -1,5 +1,7 @@
 #include "experiments/command-line.h"
 
+#include <algorithm>
+
 #include <QCommandLineParser>
 #include <QRegularExpression>
 
@@ -11,6 +13,7 @@
 const char* const kExperimentUsage =
     R"(Usage: tessimar-experiment --truth FILE|DIR --out DIR [OPTIONS] COLLECTION
        tessimar-experiment --classes --out DIR [OPTIONS] COLLECTION
+       tessimar-experiment --measure --qrels FILE --out DIR RUN...
 
 Ranks the collection for every tag and every picture that carries it, by every set
 of features, and measures the rankings.
@@ -31,6 +34,8 @@ of features, and measures the rankings.
   --step extract|rank|report
                     do one step only
   --part K/N        do part K of N of the step
+  --measure         measure runs that other programs wrote
+  --qrels FILE      what is relevant to their topics
   --quiet           print errors only
   --help            print this text
   --version         print the version
@@ -135,15 +140,27 @@ class TOptionReader {
 };
 
 /// Faults that lie in how options go together.
-void CheckTogether(const TExperimentOptions& options, TOptionReader& reader) {
-  if (options.out.empty()) {
-    reader.Refuse("'--out' is missing.");
-  }
+void CheckCollection(const TExperimentOptions& options, TOptionReader& reader) {
   if (options.truth.empty() && !options.hasClasses) {
     reader.Refuse("There is no truth: '--truth' or '--classes' is missing.");
   }
   if (reader.Has("part") && options.step != TStep::kExtract && options.step != TStep::kRank) {
     reader.Refuse("'--part' belongs to '--step extract' or '--step rank'.");
+  }
+  if (reader.Has("qrels")) {
+    reader.Refuse("'--qrels' belongs to '--measure'.");
+  }
+}
+
+void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
+  for (const char* name :
+       {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "step", "part"}) {
+    if (reader.Has(name)) {
+      reader.Refuse(FormatString("'--%s' does not go with '--measure'.", name));
+    }
+  }
+  if (options.judgements.empty()) {
+    reader.Refuse("'--qrels' is missing.");
   }
 }
 
@@ -156,10 +173,10 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   }
   QCommandLineParser parser;
   for (const char* name :
-       {"truth", "out", "features", "plugins", "queries", "depth", "seed", "expect", "step", "part"}) {
+       {"truth", "out", "features", "plugins", "queries", "depth", "seed", "expect", "step", "part", "qrels"}) {
     parser.addOption({name, "", "VALUE"});
   }
-  for (const char* name : {"classes", "keep-query", "quiet", "help", "version"}) {
+  for (const char* name : {"classes", "keep-query", "measure", "quiet", "help", "version"}) {
     parser.addOption(QCommandLineOption(name));
   }
   if (!parser.parse(arguments)) {
@@ -193,16 +210,28 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   options.part = reader.Part();
   options.isQuiet = reader.Has("quiet");
   options.out = reader.One("out");
-  CheckTogether(options, reader);
-  const QStringList collections = parser.positionalArguments();
-  if (collections.size() != 1 || collections.first().isEmpty()) {
-    reader.Refuse(collections.size() > 1 ? "More than one collection was given." : "The collection is missing.");
+  options.judgements = reader.One("qrels");
+  if (options.out.empty()) {
+    reader.Refuse("'--out' is missing.");
+  }
+  const std::vector<std::string> inputs = Texts(parser.positionalArguments());
+  if (reader.Has("measure")) {
+    CheckMeasure(options, reader);
+    options.runs = inputs;
+  } else {
+    CheckCollection(options, reader);
+    options.collection = inputs.empty() ? std::string() : inputs.front();
+  }
+  if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
+    reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
+  }
+  if (inputs.size() > 1 && !reader.Has("measure")) {
+    reader.Refuse("More than one collection was given.");
   }
   if (!reader.GetReason().empty()) {
     reason = reader.GetReason();
     return std::nullopt;
   }
-  options.collection = FromQString(collections.first());
   options.out = base::WithTrailingSeparator(options.out);
   return command;
 }

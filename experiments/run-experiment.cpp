@@ -14,6 +14,7 @@
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
+#include "experiments/run-reader.h"
 #include "experiments/steps.h"
 
 namespace {
@@ -71,6 +72,33 @@ int StatusOf(const TStepResult& result) {
   }
 }
 
+/// False, and the reason, if an expectation is of a set or a measure that there is not.
+bool AreKnown(const std::vector<TExpectation>& expectations, const std::vector<std::string>& sets,
+              std::string& reason) {
+  return std::all_of(expectations.begin(), expectations.end(), [&](const TExpectation& expectation) {
+    reason = DescribeUnknown(expectation, sets);
+    return reason.empty();
+  });
+}
+
+/// Puts the results in their places, tells what they are, and holds them against what was expected.
+int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out) {
+  if (const std::string file = out.Commit(); !file.empty()) {
+    return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
+  }
+  PrintDamage(experiment.damage);
+  if (!options.isQuiet) {
+    PrintSummary(experiment, options.out);
+  }
+  int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
+  for (const TExpectation& expectation : options.expectations) {
+    if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
+      status = RefuseExperiment(kExperimentFailed, miss);
+    }
+  }
+  return status;
+}
+
 /// An experiment on a collection.
 class TCollectionRun {
  public:
@@ -83,12 +111,7 @@ class TCollectionRun {
     if (!plan) {
       return RefuseExperiment(kExperimentUnusable, reason);
     }
-    for (const TExpectation& expectation : options.expectations) {
-      if (reason = DescribeUnknown(expectation, plan->setNames); !reason.empty()) {
-        return RefuseExperiment(kExperimentUnusable, reason);
-      }
-    }
-    if (!OpenOutputDirectory(options.out, reason)) {
+    if (!AreKnown(options.expectations, plan->setNames, reason) || !OpenOutputDirectory(options.out, reason)) {
       return RefuseExperiment(kExperimentUnusable, reason);
     }
     if (options.step == TStep::kAll || options.step == TStep::kExtract) {
@@ -152,11 +175,11 @@ class TCollectionRun {
     WriteResults(options, *plan, table, collected, out);
     stopwatch.Note("report");
     out.Add("times.tsv", stopwatch.GetTable());
-    if (const std::string file = out.Commit(); !file.empty()) {
-      return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
+    const int status = Conclude(options, collected.experiment, out);
+    if (!out.HasFailed()) {
+      RemoveOtherRuns();
     }
-    RemoveOtherRuns();
-    return Conclude(collected.experiment);
+    return status;
   }
 
   /// Runs of an earlier experiment would stand beside tables that do not know them.
@@ -169,25 +192,65 @@ class TCollectionRun {
     }
   }
 
-  int Conclude(const TExperiment& experiment) const {
-    PrintDamage(experiment.damage);
-    if (!options.isQuiet) {
-      PrintSummary(experiment, options.out);
-    }
-    int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
-    for (const TExpectation& expectation : options.expectations) {
-      if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
-        status = RefuseExperiment(kExperimentFailed, miss);
-      }
-    }
-    return status;
-  }
-
   const TExperimentOptions& options;
   const std::string features;
   TProgress progress;
   TStopwatch stopwatch;
   std::unique_ptr<TPlan> plan;
+};
+
+/// A measurement of runs that other programs wrote.
+class TRunsRun {
+ public:
+  explicit TRunsRun(const TExperimentOptions& options) : options(options) {}
+
+  int Run() {
+    std::string reason;
+    const auto judgements = ReadJudgements(options.judgements, experiment.damage, reason);
+    if (!judgements || !ReadRuns(*judgements, reason) || !AreKnown(options.expectations, experiment.sets, reason) ||
+        !OpenOutputDirectory(options.out, reason)) {
+      return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    if (judgements->qids.empty()) {
+      return RefuseExperiment(kExperimentFailed, FormatString("There is no topic: '%s' names no relevant document",
+                                                              options.judgements.c_str()));
+    }
+    Summarise(experiment, options.seed);
+    stopwatch.Note("measure");
+    TOutputDirectory out(options.out);
+    WriteTables(experiment, out);
+    out.Add("record.json", FormatRunsRecord(options, experiment));
+    out.Add("times.tsv", stopwatch.GetTable());
+    return Conclude(options, experiment, out);
+  }
+
+ private:
+  bool ReadRuns(const TJudgements& judgements, std::string& reason) {
+    for (std::size_t i = 0; i < judgements.qids.size(); ++i) {
+      experiment.topics.push_back({judgements.qids[i], judgements.qids[i], "", i, judgements.relevant[i].size()});
+    }
+    experiment.queryCount = judgements.qids.size();
+    for (const std::string& path : options.runs) {
+      auto run = judgements.qids.empty() ? TMeasuredRun() : ReadRun(path, judgements, experiment.damage, reason);
+      if (!run) {
+        return false;
+      }
+      const auto known = std::find(experiment.sets.begin(), experiment.sets.end(), run->name);
+      if (known != experiment.sets.end() && !judgements.qids.empty()) {
+        const auto& other = options.runs[static_cast<std::size_t>(known - experiment.sets.begin())];
+        reason =
+            FormatString("The runs '%s' and '%s' are both called '%s'", other.c_str(), path.c_str(), run->name.c_str());
+        return false;
+      }
+      experiment.sets.push_back(run->name);
+      experiment.results.push_back(std::move(run->results));
+    }
+    return true;
+  }
+
+  const TExperimentOptions& options;
+  TStopwatch stopwatch;
+  TExperiment experiment;
 };
 
 }  // namespace
@@ -198,5 +261,5 @@ int RefuseExperiment(int status, const std::string& reason) {
 }
 
 int RunExperiment(const TExperimentOptions& options) {
-  return TCollectionRun(options).Run();
+  return options.runs.empty() ? TCollectionRun(options).Run() : TRunsRun(options).Run();
 }

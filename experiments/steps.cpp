@@ -7,6 +7,7 @@
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
+#include "experiments/digest.h"
 #include "experiments/encoding.h"
 #include "experiments/json.h"
 #include "experiments/output-directory.h"
@@ -263,11 +264,36 @@ void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TF
   }
   WriteRuns(options, plan, collected, documents, out);
   WriteJudgements(options, plan, collected, documents, out);
-  const TExperiment& experiment = collected.experiment;
+  WriteTables(collected.experiment, out);
+  out.Add("record.json", FormatRecord(options, plan, table, collected.experiment));
+}
+
+void WriteTables(const TExperiment& experiment, TOutputDirectory& out) {
   out.Add("topics.tsv", FormatTopics(experiment));
   out.Add("summary.tsv", FormatSummary(experiment));
   out.Add("comparison.tsv", FormatComparisons(experiment));
   out.Add("curves.tsv", FormatCurves(experiment));
   out.Add("damage.tsv", FormatDamage(experiment.damage));
-  out.Add("record.json", FormatRecord(options, plan, table, experiment));
+}
+
+std::string FormatRunsRecord(const TExperimentOptions& options, const TExperiment& experiment) {
+  TJsonWriter json;
+  json.Add("program", options.version);
+  json.BeginObject("options");
+  json.Add("measure", options.runs);
+  json.Add("qrels", options.judgements);
+  json.Add("seed", std::size_t{options.seed});
+  json.Add("expect", TextsOf(options.expectations));
+  json.EndObject();
+  json.BeginObject("sha256");
+  for (const std::string& run : options.runs) {
+    json.Add(run, DigestOfFile(base::NativePath(run)).value_or(""));
+  }
+  json.Add(options.judgements, DigestOfFile(base::NativePath(options.judgements)).value_or(""));
+  json.EndObject();
+  json.BeginObject("counts");
+  json.Add("topics", experiment.topics.size());
+  json.Add("damage", experiment.damage.size());
+  json.EndObject();
+  return json.Finish();
 }

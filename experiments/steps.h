@@ -47,3 +47,9 @@ TStepResult CollectResults(const TExperimentOptions& options, const TPlan& plan,
 /// Adds runs/, qrels.txt, the tables and record.json to the files of the directory.
 void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,
                   const TCollected& collected, TOutputDirectory& out);
+
+/// Adds the tables alone.
+void WriteTables(const TExperiment& experiment, TOutputDirectory& out);
+
+/// The record of a measurement of other programs' runs.
+std::string FormatRunsRecord(const TExperimentOptions& options, const TExperiment& experiment);
