@@ -75,6 +75,9 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   if (!options.rankings.empty() && failedFile.empty()) {
     failedFile = WriteRankings(controller.GetVarList(), options.rankings);
   }
+  if (!options.runs.empty() && failedFile.empty()) {
+    failedFile = WriteRuns(controller.GetVarList(), options.runs);
+  }
   if (!failedFile.empty()) {
     return Refuse(FormatString("File '%s' cannot be written", failedFile.c_str()));
   }
@@ -103,7 +106,7 @@ int Run(int argc, char** argv) {
     return Refuse(FormatString("Script '%s' cannot be read", options->script.c_str()));
   }
   // Whether the results can be written is better known before an hour of work than after it.
-  for (const std::string& directory : {options->pictures, options->rankings}) {
+  for (const std::string& directory : {options->pictures, options->rankings, options->runs}) {
     if (!directory.empty() && !base::MakeWritableDirectory(directory)) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
     }

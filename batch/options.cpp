@@ -5,8 +5,8 @@
 #include "gui/eight-bit-text.h"
 
 const char* const kUsage =
-    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [--seed N]
-                      [SCRIPT]
+    R"(Usage: tessimar-batch [--pictures DIR] [--variables FILE] [--rankings DIR] [--runs DIR]
+                      [--seed N] [SCRIPT]
 
 Runs each line of SCRIPT, or of standard input when SCRIPT is - or left out, as if
 it were typed into the command line of the workbench, and prints what the output
@@ -16,6 +16,8 @@ pane would show.
                     (without it dialogs are skipped)
   --variables FILE  write the variables at the end: name, type, description
   --rankings DIR    write each ranking at the end to DIR/NAME.tsv
+  --runs DIR        write each ranking at the end to DIR/NAME.run, in the form that
+                    evaluation programs of information retrieval read
   --seed N          draw the same lots in every run (neural networks, the map)
   --help            print this text
   --version         print the version
@@ -31,7 +33,11 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
-  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"seed", "", "N"}});
+  parser.addOptions({{"pictures", "", "DIR"},
+                     {"variables", "", "FILE"},
+                     {"rankings", "", "DIR"},
+                     {"runs", "", "DIR"},
+                     {"seed", "", "N"}});
   parser.addOptions({QCommandLineOption("help"), QCommandLineOption("version")});
   if (!parser.parse(arguments)) {
     reason = FromQString(parser.errorText());
@@ -60,6 +66,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   options.pictures = FromQString(parser.value("pictures"));
   options.variables = FromQString(parser.value("variables"));
   options.rankings = FromQString(parser.value("rankings"));
+  options.runs = FromQString(parser.value("runs"));
   options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
   options.help = parser.isSet("help");
   options.version = parser.isSet("version");

@@ -12,6 +12,8 @@ struct TOptions {
   std::string variables;
   /// Directory for one table a ranking; empty: none.
   std::string rankings;
+  /// Directory for one run a ranking; empty: none.
+  std::string runs;
   /// Script file; empty: standard input.
   std::string script;
   /// What makes everything drawn by lot repeatable; nothing: the clock decides.

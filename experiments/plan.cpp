@@ -111,10 +111,33 @@ bool ResolveSets(const TExperimentOptions& options, TPlan& plan, std::string& re
   return true;
 }
 
+/// Plug-ins that do not take part though they are there.
+void NotePlugins(TPlan& plan) {
+  for (const std::string& refusal : plan.featureList.GetRefusals()) {
+    // A refusal names the file between its first quotes.
+    const std::size_t begin = refusal.find('\'') + 1;
+    plan.damage.push_back({refusal.substr(begin, refusal.find('\'', begin) - begin), 0, refusal});
+  }
+  for (const auto& feature : plan.featureList.GetFeatures()) {
+    const auto* plugin = dynamic_cast<const TFeaturePlugin*>(feature.get());
+    if (plugin != nullptr && plan.featureList.Find(plugin->GetName()) != plugin) {
+      plan.damage.push_back(
+          {plugin->GetFile(), 0, FormatString("there is a feature '%s' already", plugin->GetName().c_str())});
+    }
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<TPlan> MakePlan(const TExperimentOptions& options, std::string& reason) {
+  for (const std::string& directory : options.plugins) {
+    if (!base::IsDirectory(directory)) {
+      reason = FormatString("Directory '%s' of --plugins cannot be read", directory.c_str());
+      return nullptr;
+    }
+  }
   auto plan = std::make_unique<TPlan>(options.plugins);
+  NotePlugins(*plan);
   auto collection =
       options.hasClasses ? ReadClasses(options.collection, reason) : ReadCollection(options.collection, reason);
   if (!collection || !ResolveSets(options, *plan, reason)) {

@@ -24,8 +24,8 @@ void PrintDamage(const TDamageList& damage) {
   constexpr std::size_t kMost = 20;
   for (std::size_t i = 0; i < std::min(kMost, damage.size()); ++i) {
     const TDamage& each = damage[i];
-    const std::string line = each.line == 0 ? std::string() : FormatString("%zu: ", each.line);
-    std::fprintf(stderr, "%s:%s%s%s\n", each.file.c_str(), line.empty() ? " " : "", line.c_str(), each.reason.c_str());
+    const std::string line = each.line == 0 ? std::string() : FormatString(":%zu", each.line);
+    std::fprintf(stderr, "%s%s: %s\n", each.file.c_str(), line.c_str(), each.reason.c_str());
   }
   if (!damage.empty()) {
     std::fprintf(stderr, "tessimar-experiment: %zu %s skipped; damage.tsv has all.\n", damage.size(),
