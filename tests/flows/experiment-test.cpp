@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <gtest/gtest.h>
 
+#include "base/format-string.h"
 #include "tests/support/scratch-directory.h"
 #include "tests/support/test-pictures.h"
 
@@ -448,10 +449,46 @@ TEST_F(TExperimentFlow, ItsApRanksIsTheFigureOfEvaluateindex) {
   // What the commands of the tour print for the same query.
   for (const auto& [set, map] :
        std::map<std::string, std::string>{{"hsv", "0.02886189"}, {"lbp", "0.07920094"}, {"hsv+lbp", "0.05086129"}}) {
-    const std::size_t begin = topics.find("\n" + set + "\twindmill:im5.jpg\t") + 1;
+    const std::string start = FormatString("\n%s\twindmill:im5.jpg\t", set.c_str());
+    const std::size_t begin = topics.find(start) + 1;
     const std::string line = topics.substr(begin, topics.find('\n', begin) - begin);
-    EXPECT_TRUE(line.ends_with("\t" + map)) << line;
+    EXPECT_TRUE(line.ends_with(map)) << line;
   }
+}
+
+TEST_F(TExperimentFlow, TheSampleExperimentHasTheNumbersOfItsPageToTheLastDigit) {
+  ASSERT_EQ(QProcess::execute(LAY_OUT_SAMPLES, {"."}), 0);
+  const std::string page = FileBytes(SAMPLES_DIRECTORY "/experiment.md");
+  ASSERT_NE(page.find("\n    tessimar-experiment photos --truth tags --out result\n"), std::string::npos);
+  ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "result"}).status, 0);
+  const std::string tables = FileBytes("result/summary.tsv") + FileBytes("result/comparison.tsv");
+  // Lines of the page with a TAB in them are lines of the tables. Three sets have ten measures and five tags, and make
+  // three pairs.
+  int lines = 0;
+  for (std::size_t begin = 0; begin < page.size(); begin = page.find('\n', begin) + 1) {
+    const std::string line = page.substr(begin, page.find('\n', begin) - begin);
+    if (line.find('\t') != std::string::npos) {
+      ++lines;
+      EXPECT_NE(tables.find(line.substr(4).insert(0, 1, '\n').append(1, '\n')), std::string::npos) << line;
+    }
+  }
+  EXPECT_EQ(lines, 3 * 10 + 3 * 5 + 3);
+}
+
+TEST_F(TExperimentFlow, TheManualsRecipeForParallelGivesTheBytesOfOneProcess) {
+  ASSERT_EQ(QProcess::execute(LAY_OUT_SAMPLES, {"."}), 0);
+  ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "result"}).status, 0);
+  const std::map<std::string, std::string> whole = Results("result");
+  filesystem::remove_all("result");
+  const std::string manual = FileBytes(MANUAL);
+  const std::size_t begin = manual.find("    seq 4 | parallel");
+  ASSERT_NE(begin, std::string::npos);
+  const std::string recipe = manual.substr(begin, manual.find("\n\n", begin) - begin);
+  const filesystem::path program(EXPERIMENT_PROGRAM);
+  EXPECT_EQ(QProcess::execute("/bin/sh", {"-ec", QString::fromStdString("PATH=" + program.parent_path().string() +
+                                                                        ":$PATH\n" + recipe)}),
+            0);
+  EXPECT_EQ(Results("result"), whole);
 }
 
 TEST_F(TExperimentFlow, CtrlCLeavesNoHalfResultAndTheNextStartGoesOn) {
