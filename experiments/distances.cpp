@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "kernels/l1-distance.h"
+#include "kernels/l1-distance-tile.h"
 
 TDistanceWork::TDistanceWork(const TFeatureTable& table, const std::vector<TFeatureSet>& sets) : table(table) {
   for (std::size_t set = 0; set < sets.size(); ++set) {
@@ -56,9 +56,11 @@ void TDistanceWork::Visit(const TNode& node, std::span<const std::uint32_t> quer
 
 void TDistanceWork::AddFeature(std::size_t feature, std::span<const std::uint32_t> queries, std::vector<double>& sums) {
   const TFeatureRows& rows = table.GetFeatures()[feature];
-  const std::size_t count = table.GetPictureCount();
-  for (std::size_t q = 0; q < queries.size(); ++q) {
-    const std::span<const double> query(rows.rows[queries[q]], rows.length);
-    kernels::AddL1Distances({&query, 1}, rows.rows.data(), count, &sums[q * count]);
+  std::vector<const double*> vectors;
+  vectors.reserve(queries.size());
+  for (const std::uint32_t query : queries) {
+    vectors.push_back(rows.rows[query]);
   }
+  const std::size_t count = table.GetPictureCount();
+  kernels::AddL1DistanceTile(vectors.data(), vectors.size(), rows.rows.data(), count, rows.length, sums.data(), count);
 }
