@@ -11,10 +11,9 @@ namespace {
 
 /// True for the name of a file or directory that an experiment makes.
 bool IsOwn(std::string name) {
-  constexpr std::array<std::string_view, 15> kNames = {
-      "runs",        "features",       "parts",        "qrels.txt",    "topics.tsv",
-      "summary.tsv", "comparison.tsv", "curves.tsv",   "damage.tsv",   "record.json",
-      "report.html", "times.tsv",      "concepts.tsv", "segments.tsv", ""};
+  constexpr std::array<std::string_view, 14> kNames = {
+      "runs",       "features",   "parts",       "qrels.txt",   "topics.tsv", "summary.tsv",  "comparison.tsv",
+      "curves.tsv", "damage.tsv", "record.json", "report.html", "times.tsv",  "concepts.tsv", "segments.tsv"};
   // What an end by force left behind.
   if (name.ends_with(".new")) {
     name.resize(name.size() - 4);

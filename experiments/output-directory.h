@@ -18,8 +18,8 @@ class TOutputDirectory {
   /// Puts all files in their places. On failure the path of the file that cannot be written; every earlier file is then
   /// as it was, unless a file that was written cannot be renamed.
   std::string Commit();
-  /// True once Commit failed.
-  bool HasFailed() const { return !files.empty(); }
+  /// True if every file that was begun is in its place.
+  bool IsCommitted() const { return files.empty(); }
 
  private:
   std::string path;

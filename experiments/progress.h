@@ -25,6 +25,7 @@ class TProgress {
   void Show();
 
   bool isShown;
+  bool isBegun = false;
   std::string label;
   std::size_t done = 0;
   std::size_t total = 0;

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "experiments/expectation.h"
@@ -83,6 +84,9 @@ bool AreKnown(const std::vector<TExpectation>& expectations, const std::vector<s
 
 /// Puts the results in their places, tells what they are, and holds them against what was expected.
 int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out) {
+  if (base::Interrupted()) {
+    return kExperimentInterrupted;
+  }
   if (const std::string file = out.Commit(); !file.empty()) {
     return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
   }
@@ -176,7 +180,7 @@ class TCollectionRun {
     stopwatch.Note("report");
     out.Add("times.tsv", stopwatch.GetTable());
     const int status = Conclude(options, collected.experiment, out);
-    if (!out.HasFailed()) {
+    if (out.IsCommitted()) {
       RemoveOtherRuns();
     }
     return status;

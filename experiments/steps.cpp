@@ -174,7 +174,8 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
   TDistanceWork distances(table, plan.sets);
   TRanker ranker(topics.tagsOfPictures, topics.carriers, options.keepsQuery, CountOfTop(options, plan));
   const auto [begin, end] = options.part.ShareOf(topics.queries.size());
-  progress.Begin("Queries:", end - begin);
+  const std::vector<std::size_t> topicCounts = TopicCounts(topics, options.part);
+  progress.Begin("Topics:", std::accumulate(topicCounts.begin(), topicCounts.end(), std::size_t{0}));
   const std::size_t pictureCount = table.GetPictureCount();
   for (std::size_t first = begin; first < end; first += distances.GetQueriesAtATime()) {
     const std::size_t count = std::min(distances.GetQueriesAtATime(), end - first);
@@ -192,7 +193,8 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
     if (base::Interrupted()) {
       return {TStepOutcome::kInterrupted, ""};
     }
-    progress.Advance(count);
+    const auto counted = topicCounts.begin() + static_cast<std::ptrdiff_t>(first - begin);
+    progress.Advance(std::accumulate(counted, counted + static_cast<std::ptrdiff_t>(count), std::size_t{0}));
   }
   progress.End();
   if (!writer.Finish()) {

@@ -491,6 +491,23 @@ TEST_F(TExperimentFlow, TheManualsRecipeForParallelGivesTheBytesOfOneProcess) {
   EXPECT_EQ(Results("result"), whole);
 }
 
+TEST_F(TExperimentFlow, ATerminalSeesACountAndAPipeDoesNot) {
+  MakeSixPictures();
+  const auto run = [](const std::string& more) {
+    QProcess process;
+    // A terminal of its own.
+    process.start("script", {"-qec", QString::fromStdString(EXPERIMENT_PROGRAM " photos --truth tags --out o " + more),
+                             "/dev/null"});
+    EXPECT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.exitCode(), 0);
+    return process.readAllStandardOutput().toStdString();
+  };
+  const std::string seen = run("");
+  EXPECT_NE(seen.find("\rPictures: 0 of 6\x1b[K"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("\rTopics: 0 of 7\x1b[K"), std::string::npos) << seen;
+  EXPECT_EQ(run("--quiet"), "");
+}
+
 TEST_F(TExperimentFlow, CtrlCLeavesNoHalfResultAndTheNextStartGoesOn) {
   ASSERT_EQ(QProcess::execute(LAY_OUT_SAMPLES, {"."}), 0);
   const QStringList options = {"photos", "--truth", "tags", "--out", "o"};
