@@ -20,10 +20,10 @@ struct TQueryRanking {
 /// Ranks queries. Keeps its memory from one query to the next.
 class TRanker {
  public:
-  /// `tagsOfPictures` has the tags of each picture as numbers, ascending; it must outlive the ranker. `carriers` is the
-  /// number of pictures with each tag. With `keepsQuery` a query stays in its own ranking, and is relevant there.
-  TRanker(const std::vector<std::vector<std::uint32_t>>& tagsOfPictures, std::vector<std::size_t> carriers,
-          bool keepsQuery, std::size_t topCount);
+  /// `tagsOfPictures` has the tags of each picture as numbers from 0 to `tagCount` - 1, ascending; it must outlive the
+  /// ranker. With `keepsQuery` a query stays in its own ranking, and is relevant there.
+  TRanker(const std::vector<std::vector<std::uint32_t>>& tagsOfPictures, std::size_t tagCount, bool keepsQuery,
+          std::size_t topCount);
 
   /// Ranks by distance, ties in the order of the collection, and measures the ranking for each of these tags of the
   /// query.
@@ -31,11 +31,14 @@ class TRanker {
 
  private:
   const std::vector<std::vector<std::uint32_t>>& tagsOfPictures;
-  std::vector<std::size_t> carriers;
+  /// By tag: its pictures.
+  std::vector<std::vector<std::uint32_t>> carriers;
   bool keepsQuery;
   std::size_t topCount;
   std::vector<TDatabaseIndexEntry> entries;
   /// By tag: the ranks of its carriers, for the tags that are asked for.
   std::vector<std::vector<std::uint32_t>> ranks;
   std::vector<bool> isAsked;
+  /// By picture: 1 if it carries a tag that is asked for. Bytes, because every rank looks one up.
+  std::vector<char> isRelevant;
 };

@@ -20,8 +20,8 @@
 
 namespace {
 
-/// What --quiet does not keep back: each damage, up to a number that can be read.
-void PrintDamage(const TDamageList& damage) {
+/// What --quiet does not keep back: each damage, up to a number that can be read. `ending` says where the rest is.
+void PrintDamage(const TDamageList& damage, const char* ending) {
   constexpr std::size_t kMost = 20;
   for (std::size_t i = 0; i < std::min(kMost, damage.size()); ++i) {
     const TDamage& each = damage[i];
@@ -29,8 +29,8 @@ void PrintDamage(const TDamageList& damage) {
     std::fprintf(stderr, "%s%s: %s\n", each.file.c_str(), line.c_str(), each.reason.c_str());
   }
   if (!damage.empty()) {
-    std::fprintf(stderr, "tessimar-experiment: %zu %s skipped; damage.tsv has all.\n", damage.size(),
-                 damage.size() == 1 ? "file or line was" : "files or lines were");
+    std::fprintf(stderr, "tessimar-experiment: %zu %s skipped%s.\n", damage.size(),
+                 damage.size() == 1 ? "file or line was" : "files or lines were", ending);
   }
 }
 
@@ -90,7 +90,7 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
   if (const std::string file = out.Commit(); !file.empty()) {
     return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
   }
-  PrintDamage(experiment.damage);
+  PrintDamage(experiment.damage, "; damage.tsv has all");
   if (!options.isQuiet) {
     PrintSummary(experiment, options.out);
   }
@@ -162,6 +162,10 @@ class TCollectionRun {
       }
     }
     TStepResult result = RankQueries(options, *plan, table, progress);
+    if (result.outcome == TStepOutcome::kFailed) {
+      // What was skipped may be the reason.
+      PrintDamage(AllDamage(*plan, table), "");
+    }
     stopwatch.Note("rank");
     return result;
   }

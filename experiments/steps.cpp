@@ -75,17 +75,6 @@ void ListTopics(const TExperimentOptions& options, const TPlan& plan, TCollected
   }
 }
 
-TDamageList AllDamage(const TPlan& plan, const TFeatureTable& table) {
-  TDamageList damage;
-  for (std::size_t picture = 0; picture < table.GetPictureCount(); ++picture) {
-    if (!table.GetDamage(picture).empty()) {
-      damage.push_back({plan.collection.names[picture], 0, table.GetDamage(picture)});
-    }
-  }
-  damage.insert(damage.end(), plan.damage.begin(), plan.damage.end());
-  return damage;
-}
-
 void WriteRuns(const TExperimentOptions& options, const TPlan& plan, const TCollected& collected,
                const std::vector<std::string>& documents, TOutputDirectory& out) {
   const TExperiment& experiment = collected.experiment;
@@ -172,7 +161,7 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
   const std::string path = PartPath(options, options.part);
   TRankFileWriter writer(path, MakeFingerprint(options, plan, table));
   TDistanceWork distances(table, plan.sets);
-  TRanker ranker(topics.tagsOfPictures, topics.carriers, options.keepsQuery, CountOfTop(options, plan));
+  TRanker ranker(topics.tagsOfPictures, topics.tags.size(), options.keepsQuery, CountOfTop(options, plan));
   const auto [begin, end] = options.part.ShareOf(topics.queries.size());
   const std::vector<std::size_t> topicCounts = TopicCounts(topics, options.part);
   progress.Begin("Topics:", std::accumulate(topicCounts.begin(), topicCounts.end(), std::size_t{0}));
@@ -256,6 +245,17 @@ TStepResult CollectResults(const TExperimentOptions& options, const TPlan& plan,
   }
   Summarise(experiment, options.seed);
   return {};
+}
+
+TDamageList AllDamage(const TPlan& plan, const TFeatureTable& table) {
+  TDamageList damage;
+  for (std::size_t picture = 0; picture < table.GetPictureCount(); ++picture) {
+    if (!table.GetDamage(picture).empty()) {
+      damage.push_back({plan.collection.names[picture], 0, table.GetDamage(picture)});
+    }
+  }
+  damage.insert(damage.end(), plan.damage.begin(), plan.damage.end());
+  return damage;
 }
 
 void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,

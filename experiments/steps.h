@@ -44,6 +44,9 @@ struct TCollected {
 TStepResult CollectResults(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,
                            TCollected& collected);
 
+/// What was not used: pictures in the order of the collection, then what the plan found.
+TDamageList AllDamage(const TPlan& plan, const TFeatureTable& table);
+
 /// Adds runs/, qrels.txt, the tables and record.json to the files of the directory.
 void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,
                   const TCollected& collected, TOutputDirectory& out);

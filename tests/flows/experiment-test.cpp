@@ -346,6 +346,8 @@ TEST_F(TExperimentFlow, WithoutATopicNothingIsWritten) {
     const TOutcome outcome = Run(arguments + QStringList{"--out", "o"});
     EXPECT_EQ(outcome.status, 1) << arguments.join(' ').toStdString();
     EXPECT_NE(outcome.errors.find("There is no topic"), std::string::npos) << outcome.errors;
+    // An unreadable picture may be the reason.
+    EXPECT_EQ(outcome.errors.starts_with("im1.jpg: cannot be read as a picture\n"), arguments[0] == "bad");
     EXPECT_FALSE(filesystem::exists("o/summary.tsv"));
     filesystem::remove_all("o");
   }
