@@ -26,6 +26,8 @@
 
 namespace {
 
+/// No larger picture is decoded.
+constexpr std::uint64_t kMostBytes = std::numeric_limits<std::int32_t>::max();
 constexpr const char* kUnfinished = ".unfinished";
 constexpr const char* kUnreadable = "cannot be read as a picture";
 /// In place of the digest of a file that cannot be opened.
@@ -321,8 +323,7 @@ class TExtraction {
   bool AddPicture(std::size_t row) {
     const std::size_t picture = share.first + row;
     TPictureLine line = {collection.names[picture], kNoDigest, ""};
-    const bool isThere = reader.Read(collection.GetPath(picture), std::numeric_limits<std::uint32_t>::max()) ==
-                         base::TReadOutcome::kRead;
+    const bool isThere = reader.Read(collection.GetPath(picture), kMostBytes) == base::TReadOutcome::kRead;
     if (isThere) {
       line.digest = DigestOf(reader.GetBytes());
     }
@@ -554,8 +555,7 @@ bool TFeatureTable::IsCurrent(const TPictureCollection& collection, std::size_t 
                               std::size_t& changed) const {
   base::TFileReader reader;
   for (changed = begin; changed < end; ++changed) {
-    const bool isThere = reader.Read(collection.GetPath(changed), std::numeric_limits<std::uint32_t>::max()) ==
-                         base::TReadOutcome::kRead;
+    const bool isThere = reader.Read(collection.GetPath(changed), kMostBytes) == base::TReadOutcome::kRead;
     if (pictureDigests[changed] != (isThere ? DigestOf(reader.GetBytes()) : kNoDigest)) {
       return false;
     }
