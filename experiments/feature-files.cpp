@@ -509,8 +509,12 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
       const std::string& name = sources[i].feature->GetName();
       const auto origin = stored->origins.find(name);
       const auto file = stored->files.find(name);
-      if (origin == stored->origins.end() || origin->second != sources[i].origin || file == stored->files.end() ||
-          !file->second.IsComplete() || file->second.GetRows() != end - begin) {
+      if (origin != stored->origins.end() && origin->second != sources[i].origin) {
+        return refuse(
+            FormatString("has the feature '%s' of another version; run the step extract again", name.c_str()));
+      }
+      if (origin == stored->origins.end() || file == stored->files.end() || !file->second.IsComplete() ||
+          file->second.GetRows() != end - begin) {
         return refuse(FormatString("lacks the feature '%s'; run the step extract again", name.c_str()));
       }
       TFeatureRows& rows = table.features[i];

@@ -271,7 +271,11 @@ void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TF
 }
 
 void WriteTables(const TExperiment& experiment, TOutputDirectory& out) {
-  out.Add("topics.tsv", FormatTopics(experiment));
+  base::TFileReplacement& topics = out.Begin("topics.tsv");
+  topics.Write(FormatTopicsHeading());
+  for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
+    topics.Write(FormatTopics(experiment, set));
+  }
   out.Add("summary.tsv", FormatSummary(experiment));
   out.Add("comparison.tsv", FormatComparisons(experiment));
   out.Add("curves.tsv", FormatCurves(experiment));

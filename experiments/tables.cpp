@@ -20,20 +20,23 @@ std::string Line(const TFields& fields) {
 
 }  // namespace
 
-std::string FormatTopics(const TExperiment& experiment) {
+std::string FormatTopicsHeading() {
   TFields heading = {"set", "qid", "picture", "tag", "relevant"};
   heading.insert(heading.end(), kMeasureNames.begin(), kMeasureNames.end());
-  std::string table = Line(heading);
-  for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
-    for (std::size_t i = 0; i < experiment.topics.size(); ++i) {
-      const TTopic& topic = experiment.topics[i];
-      TFields fields = {EncodeField(experiment.sets[set]), EncodeField(topic.qid), EncodeField(topic.picture),
-                        EncodeField(topic.tag), std::to_string(topic.relevant)};
-      for (const double value : experiment.results[set][i].measures) {
-        fields.push_back(Number(value));
-      }
-      table += Line(fields);
+  return Line(heading);
+}
+
+std::string FormatTopics(const TExperiment& experiment, std::size_t set) {
+  std::string table;
+  for (std::size_t i = 0; i < experiment.topics.size(); ++i) {
+    const TTopic& topic = experiment.topics[i];
+    // The qid is encoded as it is in the runs, which it leads to.
+    TFields fields = {EncodeField(experiment.sets[set]), topic.qid, EncodeField(topic.picture), EncodeField(topic.tag),
+                      std::to_string(topic.relevant)};
+    for (const double value : experiment.results[set][i].measures) {
+      fields.push_back(Number(value));
     }
+    table += Line(fields);
   }
   return table;
 }

@@ -321,7 +321,7 @@ TEST_F(TExperimentFlow, DirectoriesAreClassesAndAwkwardNamesStayInTheirFields) {
                   .starts_with("a:a/x.png Q0 a/y.TIFF 1 3 hsv\n"
                                "a:a/x.png Q0 zwei%20W%C3%B6rter/a%0A%09%25.jpeg 2 2 hsv\n"));
   EXPECT_NE(FileBytes("o/topics.tsv")
-                .find("hsv\tzwei%2520W%25C3%25B6rter:zwei%2520W%25C3%25B6rter/a%250A%2509%2525.jpeg\t"
+                .find("hsv\tzwei%20W%C3%B6rter:zwei%20W%C3%B6rter/a%0A%09%25.jpeg\t"
                       "zwei W\xc3\xb6rter/a%0A%09%25.jpeg\tzwei W\xc3\xb6rter\t1\t"),
             std::string::npos)
       << FileBytes("o/topics.tsv");
