@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <limits>
@@ -19,6 +20,9 @@
 
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
+#ifdef __linux__
+#include <sys/resource.h>
+#endif
 
 namespace {
 
@@ -594,6 +598,48 @@ TEST(Sift, ParametersWithoutSenseGiveNoOctaves) {
   EXPECT_EQ(doubled.KeypointsBegin(), doubled.KeypointsEnd());
 }
 
+TEST(Sift, AfterAPictureThatWasTooLargeASmallOneWorks) {
+  const Picture picture = Noise(64, 64, 1);
+  TestSift expected(picture, {});
+  const std::vector<Keypoint> keypoints = expected.Detect();
+  ASSERT_FALSE(keypoints.empty());
+  constexpr int kMost = std::numeric_limits<int>::max();
+  TestSift sift(picture, {});
+  for (int round = 0; round < 2; ++round) {
+    sift.BuildPyramid(picture.values.data(), kMost, kMost);
+    EXPECT_TRUE(sift.Detect().empty());
+    EXPECT_EQ(sift.Descriptor(keypoints[0], 0, 7)[0], 7);
+    sift.BuildPyramid(picture.values.data(), picture.width, picture.height);
+    const std::vector<Keypoint> found = sift.Detect();
+    ASSERT_EQ(found.size(), keypoints.size());
+    EXPECT_EQ(std::tie(found[0].x, found[0].y, found[0].sigma),
+              std::tie(keypoints[0].x, keypoints[0].y, keypoints[0].sigma));
+    EXPECT_EQ(sift.Descriptor(found[0], 1), expected.Descriptor(keypoints[0], 1));
+  }
+}
+
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+// What a process of its own finds that may not have the memory for a picture: whether it has no octaves then, and some
+// again with a small picture.
+void BuildWithoutMemory() {
+  rlimit limit = {};
+  getrlimit(RLIMIT_AS, &limit);
+  limit.rlim_cur = rlim_t{2} << 30;
+  setrlimit(RLIMIT_AS, &limit);
+  const Picture picture = Noise(64, 64, 1);
+  // 4 GiB of differences; the picture is not read.
+  TestSift sift(picture, {});
+  sift.BuildPyramid(picture.values.data(), 15000, 15000);
+  const bool isEmpty = sift.Detect().empty();
+  sift.BuildPyramid(picture.values.data(), picture.width, picture.height);
+  std::_Exit(isEmpty && !sift.Detect().empty() ? 0 : 1);
+}
+
+TEST(Sift, AfterMemoryRanOutASmallPictureWorks) {
+  EXPECT_EXIT(BuildWithoutMemory(), testing::ExitedWithCode(0), "");
+}
+#endif
+
 TEST(Sift, IndicesOutsideTheScaleSpaceStopTheProgram) {
   const TestSift sift(Noise(32, 32, 1), {});
   EXPECT_DEATH(static_cast<void>(sift.GetOctaveWidth(0)), "omin <= o && o < omin \\+ O");
@@ -806,6 +852,30 @@ TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
     EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 2.45F / 15) << sigma;
   }
   std::cerr.rdbuf(before);
+}
+
+TEST(Sift, AWindowAtTheLimitOfTheWeightsStaysInsideWhenItIsTurned) {
+  TestSift sift(Noise(128, 128, 1), {});
+  // Narrow bins, so that the window's corner comes to the largest argument of expn before its centre does.
+  sift.magnification = 0.2F;
+  std::mt19937 random(3);
+  int computed = 0;
+  for (int place = 0; place < 200; ++place) {
+    const float away = static_cast<float>(random() % 1000) / 2000;
+    // The corner lies `away` samples of period 2 from the keypoint on both axes, and 2 * (away / bin)^2 / 8 is 25 here.
+    float sigma = away / 10 / sift.magnification * 2;
+    for (int i = 0; i < 12; ++i) {
+      sigma = std::nextafter(sigma, 0.0F);
+    }
+    for (int i = 0; i < 24; ++i, sigma = std::nextafter(sigma, 1e9F)) {
+      const Keypoint keypoint = sift.MakeKeypoint(64 + 2 * away, 64 + 2 * away, sigma);
+      for (int turn = 0; turn < 16; ++turn) {
+        const float angle = static_cast<float>(random() % 6283) / 1000;
+        computed += sift.Descriptor(keypoint, angle, 7)[0] != 7 ? 1 : 0;
+      }
+    }
+  }
+  EXPECT_GT(computed, 10000);
 }
 
 // Invariance

@@ -289,15 +289,13 @@ float_t expn(float_t x) {
 Sift::Sift(const float_t* image, std::int32_t width, std::int32_t height, float_t sigman, float_t sigma0,
            std::int32_t O, std::int32_t S, std::int32_t omin, std::int32_t smin, std::int32_t smax)
     : sigman(sigman), sigma0(sigma0), O(O), S(S), omin(omin), smin(smin), smax(smax) {
-  if (!HasSense()) {
-    GiveUp();
-  }
+  octavesAskedFor = ParametersAreValid() ? O : 0;
   BuildPyramid(image, width, height);
 }
 
 Sift::~Sift() = default;
 
-bool Sift::HasSense() const {
+bool Sift::ParametersAreValid() const {
   // Beyond 2^24, neighbouring levels are the same float.
   constexpr std::int32_t kFarthestLevel = 1 << 24;
   if (S < 1 || O < 1 || omin < -8 || omin > 16 || O > 128 - omin || smin > smax || smin < -kFarthestLevel ||
@@ -312,7 +310,7 @@ bool Sift::HasSense() const {
   return 4.0F * widest <= static_cast<float_t>(Detail::kLargestRadius);
 }
 
-void Sift::GiveUp() {
+void Sift::Reset() {
   O = 0;
   workBuffer.reset();
   workBufferSize = 0;
@@ -402,13 +400,21 @@ void Sift::BuildPyramid(const float_t* image, std::int32_t width, std::int32_t h
   this->height = empty ? 0 : height;
   keypoints.clear();
   workHoldsGradients = false;
-  if (O == 0 || !AllocateBuffers()) {
-    GiveUp();
-    return;
+  O = octavesAskedFor;
+  try {
+    if (O == 0 || !AllocateBuffers()) {
+      Reset();
+    } else if (!empty) {
+      FillOctaves(image);
+    }
+  } catch (...) {
+    // The lists of filters and of octaves take memory too.
+    Reset();
+    throw;
   }
-  if (empty) {
-    return;
-  }
+}
+
+void Sift::FillOctaves(const float_t* image) {
   if (omin < 0) {
     Double(Level(omin, smin), image);
   }
@@ -505,8 +511,13 @@ void Sift::DetectKeypoints(float_t threshold, float_t edgeThreshold) {
     workHoldsGradients = false;
     const auto first = static_cast<std::ptrdiff_t>(keypoints.size());
     FindCandidates(o, kCandidateRatio * threshold);
-    const auto rejected = [&](Keypoint& keypoint) { return !Refine(o, threshold, edgeThreshold, keypoint); };
-    keypoints.erase(std::remove_if(keypoints.begin() + first, keypoints.end(), rejected), keypoints.end());
+    auto accepted = keypoints.begin() + first;
+    for (auto candidate = accepted; candidate != keypoints.end(); ++candidate) {
+      if (Refine(o, threshold, edgeThreshold, *candidate)) {
+        *accepted++ = *candidate;
+      }
+    }
+    keypoints.erase(accepted, keypoints.end());
   }
 }
 
@@ -639,8 +650,11 @@ float_t DescriptorRadius(float_t bin) {
 }
 
 // Whether the farthest sample of a window stays in the range of expn, and its radius in that of integers. NaN does not.
+// The argument of a sample that is turned is summed up from other terms than `largestExponent`: each of the eight
+// roundings on the way can take it up by a half epsilon, of which the margin is four times the sum.
 bool WindowFits(float_t radius, float_t largestExponent) {
-  return radius < static_cast<float_t>(1 << 30) && largestExponent <= Detail::expnTableMax;
+  constexpr float_t kMargin = 1.0F - 16 * std::numeric_limits<float_t>::epsilon();
+  return radius < static_cast<float_t>(1 << 30) && largestExponent <= kMargin * Detail::expnTableMax;
 }
 
 bool OrientationFits(float_t sigma) {

@@ -36,8 +36,8 @@ float_t expn(float_t x);
 // The scale space has two indices. Octave o, from omin to omin + O - 1, samples the picture with a period of 2^o
 // pixels. Level s, from smin to smax, has the nominal scale sigma0 * 2^(o + s / S) in pixels of the picture.
 //
-// An object has no octaves and no keypoints, and then never has any, if its parameters make no sense (see the
-// constructor) or if it was given a picture whose work buffer would exceed 2^31 - 1 floats or the memory there is.
+// An object has no octaves and no keypoints if its parameters make no sense (see the constructor), and after a picture
+// whose work buffer would exceed 2^31 - 1 floats or the memory there is, until BuildPyramid is given a smaller one.
 class Sift {
  public:
   struct Keypoint {
@@ -132,6 +132,8 @@ class Sift {
   std::int32_t smax;
   std::int32_t width = 0;
   std::int32_t height = 0;
+  // O is 0 as long as there are no octaves.
+  std::int32_t octavesAskedFor = 0;
 
  public:
   // The width of a descriptor's spatial bin, in units of the keypoint's scale; above 0.
@@ -142,16 +144,17 @@ class Sift {
  private:
   struct Placement;
 
-  [[nodiscard]] bool HasSense() const;
+  [[nodiscard]] bool ParametersAreValid() const;
   bool AllocateBuffers();
   bool AllocateOctaves(std::int64_t area);
-  void GiveUp();
+  void Reset();
 
   [[nodiscard]] float_t LevelFactor(std::int32_t s) const;
   [[nodiscard]] float_t StepSigma(std::int32_t s) const;
   float_t* Level(std::int32_t o, std::int32_t s);
   [[nodiscard]] std::int32_t BestLevel() const;
   [[nodiscard]] float_t BaseSigma(std::int32_t o) const;
+  void FillOctaves(const float_t* image);
   void MakeChain(std::int32_t o);
   void MakeLevels(std::int32_t o, const float_t* image);
   void FillBase(std::int32_t o, const float_t* image, std::int32_t begin, std::int32_t end);

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <string_view>
 
 #include <fcntl.h>
 #ifdef _WIN32
@@ -62,30 +63,74 @@ ssize_t ReadSome(int descriptor, char* data, std::size_t size) {
 
 #endif
 
-extern "C" void OnInterrupt(int signal) {
+#ifdef _WIN32
+constexpr std::array kEndingSignals = {SIGINT, SIGTERM};
+#else
+// Ctrl-C; what timeout(1) and job schedulers send; the terminal is closed.
+constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
+#endif
+
+/// Only what may be called while anything else is under way.
+extern "C" void OnInterrupt(int /*signal*/) {
+  constexpr std::string_view kMessage = "Ends after the command under way; once more ends at once\n";
   interrupted = 1;
-  std::signal(signal, SIG_DFL);
-#ifndef _WIN32
+  for (const int signal : kEndingSignals) {
+    std::signal(signal, SIG_DFL);
+  }
+#ifdef _WIN32
+  _write(2, kMessage.data(), static_cast<unsigned int>(kMessage.size()));
+#else
   const int savedError = errno;
-  [[maybe_unused]] const ssize_t written = write(wakeUp[1], "!", 1);
+  [[maybe_unused]] ssize_t written = write(wakeUp[1], "!", 1);
+  written = write(STDERR_FILENO, kMessage.data(), kMessage.size());
   errno = savedError;
 #endif
 }
 
+/// Has OnInterrupt called at a signal, unless whoever started the program has it ignored, as nohup(1) does.
+#ifdef _WIN32
+
+void Catch(int signal) {
+  if (std::signal(signal, OnInterrupt) == SIG_IGN) {
+    std::signal(signal, SIG_IGN);
+  }
+}
+
+#else
+
+void Catch(int signal) {
+  struct sigaction before = {};
+  if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler == SIG_IGN) {
+    return;
+  }
+  struct sigaction action = {};
+  action.sa_handler = OnInterrupt;
+  action.sa_flags = SA_RESTART;
+  // A second signal waits until the first one has been answered, so that the message comes once and whole.
+  for (const int other : kEndingSignals) {
+    sigaddset(&action.sa_mask, other);
+  }
+  sigaction(signal, &action, nullptr);
+}
+
+#endif
+
 }  // namespace
 
-std::FILE* TakeStandardOutput() {
+std::FILE* TakeStandardOutput(bool verbose) {
   std::fflush(stdout);
 #ifdef _WIN32
   const int own = _dup(_fileno(stdout));
-  if (own < 0 || _dup2(_fileno(stderr), _fileno(stdout)) < 0) {
+  const int other = verbose ? _fileno(stderr) : _open("NUL", _O_WRONLY);
+  if (own < 0 || other < 0 || _dup2(other, _fileno(stdout)) < 0) {
     return nullptr;
   }
   _setmode(own, _O_BINARY);
   return _fdopen(own, "wb");
 #else
   const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
-  if (own < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
+  const int other = verbose ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (own < 0 || other < 0 || dup2(other, STDOUT_FILENO) < 0) {
     return nullptr;
   }
   return fdopen(own, "wb");
@@ -107,7 +152,9 @@ void CatchSignals() {
     return;
   }
 #endif
-  std::signal(SIGINT, OnInterrupt);
+  for (const int signal : kEndingSignals) {
+    Catch(signal);
+  }
 }
 
 bool Interrupted() {

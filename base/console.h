@@ -4,18 +4,19 @@
 #include <string>
 
 /// What a program without a window needs of its terminal: standard output for its own lines only, lines as they arrive,
-/// and Ctrl-C as a wish that it can grant between two commands.
+/// and Ctrl-C as a wish that it can grant between two commands. SIGTERM and SIGHUP count as Ctrl-C.
 namespace base {
 
-/// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on.
-/// The stream stays open until the program ends. Null if the platform refuses.
-std::FILE* TakeStandardOutput();
+/// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on if
+/// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
+std::FILE* TakeStandardOutput(bool verbose);
 
-/// True if the stream is a terminal, where somebody watches.
+/// True if the stream is a terminal, before somebody's eyes.
 bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
-/// only sets what Interrupted() tells; a second one ends the program at once.
+/// only sets what Interrupted() tells and says so on standard error; a second one ends the program at once. Signals
+/// that the program was started to ignore stay ignored.
 void CatchSignals();
 
 /// True once Ctrl-C was pressed after CatchSignals(); always false in a program that did not call it.

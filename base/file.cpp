@@ -3,14 +3,15 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 
 #include <boost/filesystem.hpp>
 #include <fcntl.h>
 #include <sys/stat.h>
 #ifdef _WIN32
 #include <io.h>
+#include <process.h>
 #else
+#include <poll.h>
 #include <unistd.h>
 #endif
 
@@ -20,15 +21,11 @@ namespace base {
 
 namespace {
 
-struct TFileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-using TFilePointer = std::unique_ptr<std::FILE, TFileCloser>;
-
 #ifdef _WIN32
 
 using TStatus = struct _stat64;
+
+constexpr const char* kSeparators = "/\\";
 
 int Open(const std::string& path, int flags) {
   return _open(path.c_str(), flags | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
@@ -36,8 +33,15 @@ int Open(const std::string& path, int flags) {
 bool GetStatus(int descriptor, TStatus& status) {
   return _fstat64(descriptor, &status) == 0;
 }
+bool GetStatus(const std::string& path, TStatus& status) {
+  return _stat64(path.c_str(), &status) == 0;
+}
 bool IsRegular(const TStatus& status) {
   return (status.st_mode & _S_IFMT) == _S_IFREG;
+}
+bool IsWritable(const std::string& path) {
+  constexpr int kWrite = 2;
+  return _access(path.c_str(), kWrite) == 0;
 }
 auto ReadSome(int descriptor, void* bytes, std::size_t count) {
   return _read(descriptor, bytes, static_cast<unsigned int>(count));
@@ -52,20 +56,41 @@ auto WriteSome(int descriptor, const void* bytes, std::size_t count) {
 bool Close(int descriptor) {
   return _close(descriptor) == 0;
 }
+int ProcessNumber() {
+  return _getpid();
+}
+bool FollowLink(std::string& /*path*/) {
+  return false;
+}
+bool TakeOverRights(int /*descriptor*/, const TStatus& /*earlier*/) {
+  return true;
+}
+// Files have no numbers to compare.
+int DuplicateStandardStream(const TStatus& /*status*/) {
+  return -1;
+}
 
 #else
 
 using TStatus = struct stat;
 
-// Without O_NONBLOCK a pipe in the place of a file would wait for its other end.
+constexpr const char* kSeparators = "/";
+
+// Without O_NONBLOCK a pipe in the place of a file would wait for its other end; a terminal shall not become ours.
 int Open(const std::string& path, int flags) {
-  return open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0666);
+  return open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
 }
 bool GetStatus(int descriptor, TStatus& status) {
   return fstat(descriptor, &status) == 0;
 }
+bool GetStatus(const std::string& path, TStatus& status) {
+  return stat(path.c_str(), &status) == 0;
+}
 bool IsRegular(const TStatus& status) {
   return S_ISREG(status.st_mode);
+}
+bool IsWritable(const std::string& path) {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 auto ReadSome(int descriptor, void* bytes, std::size_t count) {
   return read(descriptor, bytes, count);
@@ -73,11 +98,56 @@ auto ReadSome(int descriptor, void* bytes, std::size_t count) {
 std::ptrdiff_t ReadFromStart(int descriptor, void* bytes, std::size_t count) {
   return pread(descriptor, bytes, count, 0);
 }
-auto WriteSome(int descriptor, const void* bytes, std::size_t count) {
-  return write(descriptor, bytes, count);
-}
 bool Close(int descriptor) {
   return close(descriptor) == 0;
+}
+int ProcessNumber() {
+  return getpid();
+}
+
+/// A pipe whose reader is slow is full at times, and says so in place of waiting; that reader is there, so that we may.
+ssize_t WriteSome(int descriptor, const void* bytes, std::size_t count) {
+  const ssize_t written = write(descriptor, bytes, count);
+  if (written < 0 && errno == EAGAIN) {
+    pollfd wait = {descriptor, POLLOUT, 0};
+    poll(&wait, 1, -1);
+    errno = EINTR;
+  }
+  return written;
+}
+
+/// If `path` is a symbolic link, makes it the path that the link holds.
+bool FollowLink(std::string& path) {
+  boost::system::error_code error;
+  const boost::filesystem::path content = boost::filesystem::read_symlink(path, error);
+  if (!error) {
+    path = content.is_absolute() ? content.string() : (boost::filesystem::path(path).parent_path() / content).string();
+  }
+  return !error;
+}
+
+/// Gives a new file the owner and the rights of the one whose place it takes.
+bool TakeOverRights(int descriptor, const TStatus& earlier) {
+  TStatus status = {};
+  if (!GetStatus(descriptor, status)) {
+    return false;
+  }
+  if (status.st_uid != earlier.st_uid || status.st_gid != earlier.st_gid) {
+    // Only root may give a file away. Where we may not, ours has the same rights at least.
+    [[maybe_unused]] const int ignored = fchown(descriptor, earlier.st_uid, earlier.st_gid);
+  }
+  return status.st_mode == earlier.st_mode || fchmod(descriptor, earlier.st_mode & 0777) == 0;
+}
+
+/// Another descriptor of standard output or standard error if that is the file of this status; negative if neither is.
+int DuplicateStandardStream(const TStatus& status) {
+  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+    TStatus own = {};
+    if (GetStatus(stream, own) && own.st_dev == status.st_dev && own.st_ino == status.st_ino) {
+      return fcntl(stream, F_DUPFD_CLOEXEC, 3);
+    }
+  }
+  return -1;
 }
 
 #endif
@@ -97,12 +167,124 @@ bool TransferAll(TByte* bytes, std::size_t count, const TTransfer& transfer) {
   return true;
 }
 
+bool WriteAll(int descriptor, const void* bytes, std::size_t count) {
+  return TransferAll(static_cast<const char*>(bytes), count,
+                     [=](const void* next, std::size_t rest) { return WriteSome(descriptor, next, rest); });
+}
+
+/// Why a file could not be opened just now.
+TReadOutcome OutcomeOfFailedOpen(const std::string& path) {
+  TStatus status = {};
+  return errno != ENOENT && GetStatus(path, status) && IsRegular(status) ? TReadOutcome::kUnreadable
+                                                                         : TReadOutcome::kAbsent;
+}
+
+TReadOutcome ReadToEnd(int descriptor, std::string& bytes) {
+  TStatus status = {};
+  if (!GetStatus(descriptor, status) || !IsRegular(status)) {
+    return TReadOutcome::kAbsent;
+  }
+  // The size is a hint only: another program may be writing, and the kernel's own files have none.
+  bytes.reserve(static_cast<std::size_t>(status.st_size));
+  std::array<char, 65536> block;
+  for (;;) {
+    const auto count = ReadSome(descriptor, block.data(), block.size());
+    if (count > 0) {
+      bytes.append(block.data(), static_cast<std::size_t>(count));
+    } else if (count == 0) {
+      return TReadOutcome::kRead;
+    } else if (errno != EINTR) {
+      return TReadOutcome::kUnreadable;
+    }
+  }
+}
+
+/// Where a file is to be written.
+struct TTarget {
+  std::string path;
+  /// The file that stands there; only if there is one.
+  std::optional<TStatus> earlier;
+};
+
+/// Follows symbolic links to their end. Nothing if something stands there that must not be replaced.
+std::optional<TTarget> FindTarget(std::string path) {
+  if (path.empty()) {
+    return std::nullopt;
+  }
+  constexpr int kMostLinks = 40;
+  int links = 0;
+  while (FollowLink(path)) {
+    if (++links > kMostLinks) {
+      return std::nullopt;
+    }
+  }
+  TStatus status = {};
+  if (!GetStatus(path, status)) {
+    return errno == ENOENT ? std::optional<TTarget>({std::move(path), std::nullopt}) : std::nullopt;
+  }
+  if (!IsRegular(status) || !IsWritable(path)) {
+    return std::nullopt;
+  }
+  return TTarget{std::move(path), status};
+}
+
+/// A new file in the directory of another one, under a name of its own.
+class TNeighbor {
+ public:
+  explicit TNeighbor(const std::string& target) {
+    constexpr int kAttempts = 100;
+    static unsigned int counter = 0;
+    const std::string start =
+        target.substr(0, target.find_last_of(kSeparators) + 1) + ".tessimar-" + std::to_string(ProcessNumber()) + '-';
+    for (int attempt = 0; attempt < kAttempts && descriptor < 0; ++attempt) {
+      path = start + std::to_string(++counter);
+      // O_EXCL makes the file or fails, so that nobody's file is lost and no link is followed.
+      descriptor = Open(path, O_WRONLY | O_CREAT | O_EXCL);
+      if (descriptor < 0 && errno != EEXIST) {
+        return;
+      }
+    }
+  }
+  ~TNeighbor() {
+    if (descriptor >= 0) {
+      Close(descriptor);
+      std::remove(path.c_str());
+    }
+  }
+  TNeighbor(const TNeighbor&) = delete;
+  TNeighbor& operator=(const TNeighbor&) = delete;
+
+  /// Negative if the file could not be made.
+  int GetDescriptor() const { return descriptor; }
+
+  /// Closes the file and gives it the other's name. Where that fails the file goes.
+  bool TakePlaceOf(const std::string& target) {
+    // A full disk may show only here.
+    const bool isClosed = Close(descriptor);
+    descriptor = -1;
+    boost::system::error_code error;
+    if (isClosed) {
+      boost::filesystem::rename(path, target, error);
+    }
+    if (!isClosed || error) {
+      std::remove(path.c_str());
+      return false;
+    }
+    return true;
+  }
+
+ private:
+  std::string path;
+  int descriptor = -1;
+};
+
 }  // namespace
 
 TReadOutcome TFileReader::Read(const std::string& path, std::uint64_t most) {
   const int descriptor = Open(path, O_RDONLY);
   if (descriptor < 0) {
-    return TReadOutcome::kAbsent;
+    size = 0;
+    return OutcomeOfFailedOpen(path);
   }
   const TReadOutcome outcome =
       size <= most && HasSizeAsBefore(descriptor) ? TReadOutcome::kRead : ReadToSize(descriptor, most);
@@ -131,60 +313,73 @@ TReadOutcome TFileReader::ReadToSize(int descriptor, std::uint64_t most) {
   bytes.resize(size + 1);
   const bool isRead =
       TransferAll(bytes.data(), size, [=](void* next, std::size_t rest) { return ReadSome(descriptor, next, rest); });
-  return isRead ? TReadOutcome::kRead : TReadOutcome::kAbsent;
+  return isRead ? TReadOutcome::kRead : TReadOutcome::kUnreadable;
+}
+
+TReadOutcome ReadFile(const std::string& path, std::string& bytes) {
+  bytes.clear();
+  const std::string nativePath = NativePath(path);
+  const int descriptor = Open(nativePath, O_RDONLY);
+  if (descriptor < 0) {
+    return OutcomeOfFailedOpen(nativePath);
+  }
+  const TReadOutcome outcome = ReadToEnd(descriptor, bytes);
+  if (outcome != TReadOutcome::kRead) {
+    bytes.clear();
+  }
+  Close(descriptor);
+  return outcome;
 }
 
 std::optional<std::string> ReadFile(const std::string& path) {
-  const TFilePointer file(std::fopen(NativePath(path).c_str(), "rb"));
-  if (!file) {
-    return std::nullopt;
-  }
   std::string bytes;
-  std::array<char, 65536> block;
-  std::size_t count = 0;
-  while ((count = std::fread(block.data(), 1, block.size(), file.get())) > 0) {
-    bytes.append(block.data(), count);
-  }
-  if (std::ferror(file.get()) != 0) {
-    return std::nullopt;
-  }
-  return bytes;
-}
-
-bool WriteFile(const std::string& path, const std::string& bytes) {
-  TFilePointer file(std::fopen(path.c_str(), "wb"));
-  if (!file) {
-    return false;
-  }
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-  // A full disk may show only when the last block goes out.
-  return std::fclose(file.release()) == 0 && written;
+  return ReadFile(path, bytes) == TReadOutcome::kRead ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 bool ReplaceFile(const std::string& path, const void* bytes, std::size_t count) {
-  // O_EXCL makes the file or fails. Where nothing stands yet, nothing can be lost, and the detour is saved.
-  std::string target = path;
-  int descriptor = Open(target, O_WRONLY | O_CREAT | O_EXCL);
-  if (descriptor < 0) {
-    target += ".new";
-    descriptor = Open(target, O_WRONLY | O_CREAT | O_TRUNC);
-  }
-  if (descriptor < 0) {
+  const std::optional<TTarget> target = FindTarget(path);
+  if (!target) {
     return false;
   }
-  const bool filled = TransferAll(static_cast<const char*>(bytes), count, [=](const void* next, std::size_t rest) {
-    return WriteSome(descriptor, next, rest);
-  });
-  const bool written = Close(descriptor) && filled;
-  boost::system::error_code error;
-  if (written && target != path) {
-    boost::filesystem::rename(target, path, error);
+  TNeighbor file(target->path);
+  return file.GetDescriptor() >= 0 && (!target->earlier || TakeOverRights(file.GetDescriptor(), *target->earlier)) &&
+         WriteAll(file.GetDescriptor(), bytes, count) && file.TakePlaceOf(target->path);
+}
+
+TNamedOutput::TNamedOutput(const std::string& path) : path(path) {
+  TStatus status = {};
+  const bool exists = GetStatus(path, status);
+  if (exists) {
+    descriptor = DuplicateStandardStream(status);
   }
-  if (!written || error) {
-    std::remove(target.c_str());
-    return false;
+  if (descriptor < 0 && exists && !IsRegular(status)) {
+    descriptor = Open(path, O_WRONLY);
+    isOpen = descriptor >= 0;
+    return;
   }
-  return true;
+  const std::optional<TTarget> target = descriptor < 0 ? FindTarget(path) : std::nullopt;
+  isOpen = descriptor >= 0 || (target && TNeighbor(target->path).GetDescriptor() >= 0);
+}
+
+TNamedOutput::~TNamedOutput() {
+  if (descriptor >= 0) {
+    Close(descriptor);
+  }
+}
+
+bool TNamedOutput::Write(const std::string& bytes) {
+  if (descriptor < 0) {
+    return isOpen && ReplaceFile(path, bytes.data(), bytes.size());
+  }
+  const bool isWritten = WriteAll(descriptor, bytes.data(), bytes.size());
+  const bool isClosed = Close(descriptor);
+  descriptor = -1;
+  isOpen = false;
+  return isWritten && isClosed;
+}
+
+bool WriteFile(const std::string& path, const std::string& bytes) {
+  return TNamedOutput(path).Write(bytes);
 }
 
 }  // namespace base

@@ -6,26 +6,14 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "base/plugin-library.h"
+#include "tests/support/ordinary-user.h"
 #include "tests/support/scratch-directory.h"
 
 namespace filesystem = std::filesystem;
 
 namespace {
-
-/// Takes a user's rights away from the process as long as it lives: as root every directory can be read.
-class TOrdinaryUser {
- public:
-  TOrdinaryUser() : user(geteuid()), isOrdinary(user != 0 || seteuid(65534) == 0) {}
-  ~TOrdinaryUser() { [[maybe_unused]] const int status = seteuid(user); }
-  TOrdinaryUser(const TOrdinaryUser&) = delete;
-  TOrdinaryUser& operator=(const TOrdinaryUser&) = delete;
-
-  const uid_t user;
-  const bool isOrdinary;
-};
 
 struct TLookUp {
   const char* asked;

@@ -264,6 +264,14 @@ std::string FileIdentity(const std::string& path) {
   return error ? nativePath : canonical.string();
 }
 
+bool RemoveFile(const std::string& path) {
+  boost::system::error_code error;
+  if (!filesystem::is_directory(Status(path))) {
+    filesystem::remove(ToPath(path), error);
+  }
+  return !filesystem::exists(Status(path));
+}
+
 std::optional<std::vector<std::string>> ListDirectory(const std::string& path) {
   return List(NativePath(path), TEntryKind::kAny);
 }

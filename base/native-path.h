@@ -38,6 +38,9 @@ bool IsDirectory(const std::string& path);
 /// The same text for every way to write the path of an existing file: absolute, without links and detours.
 std::string FileIdentity(const std::string& path);
 
+/// Removes the file of exactly this name, but no directory. True if nothing stands there afterwards.
+bool RemoveFile(const std::string& path);
+
 /// The names of the entries directly in a directory, in the order in which the system delivers them; nothing if the
 /// directory cannot be read.
 std::optional<std::vector<std::string>> ListDirectory(const std::string& path);

@@ -1,5 +1,14 @@
 #include "base/plugin-library.h"
 
+#ifdef __ELF__
+#include <algorithm>
+#include <cstdint>
+#include <fstream>
+#include <type_traits>
+
+#include <elf.h>
+#endif
+
 #include <boost/filesystem.hpp>
 
 namespace base {
@@ -12,6 +21,34 @@ constexpr const char* kLibrarySuffix = ".dll";
 constexpr const char* kLibrarySuffix = ".so";
 #endif
 
+#ifdef __ELF__
+
+using THeader = std::conditional_t<sizeof(void*) == 8, Elf64_Ehdr, Elf32_Ehdr>;
+using TSegment = std::conditional_t<sizeof(void*) == 8, Elf64_Phdr, Elf32_Phdr>;
+
+template <typename TRecord>
+bool ReadRecord(std::istream& file, TRecord& record) {
+  file.read(reinterpret_cast<char*>(&record), sizeof record);
+  return file.gcount() == sizeof record;
+}
+
+/// The number of bytes that the segments to be loaded need; 0 if they cannot be read.
+std::uint64_t LoadedBytes(std::istream& file, const THeader& header) {
+  std::uint64_t most = 0;
+  for (unsigned int i = 0; i < header.e_phnum; ++i) {
+    TSegment segment;
+    if (!file.seekg(static_cast<std::streamoff>(header.e_phoff + i * sizeof segment)) || !ReadRecord(file, segment)) {
+      return 0;
+    }
+    if (segment.p_type == PT_LOAD) {
+      most = std::max<std::uint64_t>(most, segment.p_offset + segment.p_filesz);
+    }
+  }
+  return most;
+}
+
+#endif
+
 }  // namespace
 
 bool IsPluginFileName(const std::string& fileName) {
@@ -20,7 +57,48 @@ bool IsPluginFileName(const std::string& fileName) {
 
 std::string PluginLoadPath(const std::string& fileName) {
   boost::system::error_code error;
-  return (boost::filesystem::current_path(error) / fileName).string();
+  const boost::filesystem::path path(fileName);
+  return path.is_absolute() ? fileName : (boost::filesystem::current_path(error) / path).string();
 }
+
+#ifdef __ELF__
+
+std::string WhyNoPlugin(const std::string& fileName) {
+  boost::system::error_code error;
+  const auto status = boost::filesystem::status(fileName, error);
+  if (!boost::filesystem::is_regular_file(status)) {
+    // The loader would wait for the other end of a pipe.
+    return boost::filesystem::exists(status) ? "it is no library" : "";
+  }
+  std::ifstream file(fileName, std::ios::binary);
+  THeader header;
+  if (!file) {
+    return {};
+  }
+  if (!ReadRecord(file, header) || !std::equal(header.e_ident, header.e_ident + SELFMAG, ELFMAG) ||
+      header.e_type != ET_DYN) {
+    return "it is no library";
+  }
+  std::ifstream program("/proc/self/exe", std::ios::binary);
+  THeader own;
+  if (!program || !ReadRecord(program, own)) {
+    return {};
+  }
+  if (header.e_ident[EI_CLASS] != own.e_ident[EI_CLASS] || header.e_ident[EI_DATA] != own.e_ident[EI_DATA] ||
+      header.e_machine != own.e_machine) {
+    return "it is a library for another processor";
+  }
+  // The loader maps what the header promises, and dies at the first page behind the end of the file.
+  const std::uint64_t needed = LoadedBytes(file, header);
+  return needed == 0 || needed > boost::filesystem::file_size(fileName, error) ? "it is cut off or damaged" : "";
+}
+
+#else
+
+std::string WhyNoPlugin(const std::string& /*fileName*/) {
+  return {};
+}
+
+#endif
 
 }  // namespace base

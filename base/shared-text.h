@@ -2,17 +2,23 @@
 
 #include <string>
 
-#include <boost/flyweight.hpp>
-#include <boost/flyweight/no_locking.hpp>
-#include <boost/flyweight/no_tracking.hpp>
-
 namespace base {
 
-/// A text that thousands of records have in common, such as the name of a feature or of a concept: the records keep a
-/// pointer to the one copy of it, which stays until the program ends. get() has the text.
-using TSharedText = boost::flyweight<std::string, boost::flyweights::no_locking, boost::flyweights::no_tracking>;
+/// A text that thousands of records have in common, such as the name of a feature or of a concept: a record keeps a
+/// pointer to the one copy of it, which stays until the program ends.
+class TSharedText {
+ public:
+  /// The empty text, without looking for it.
+  TSharedText() = default;
+  TSharedText& operator=(const std::string& newText);
 
-/// What a record without a text starts with; to copy it saves looking for the empty text.
-inline const TSharedText kNoText;
+  const std::string& Get() const { return *text; }
+
+ private:
+  static const std::string kEmpty;
+
+  // Never null, and not owned.
+  const std::string* text = &kEmpty;
+};
 
 }  // namespace base

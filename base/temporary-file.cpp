@@ -31,7 +31,7 @@ TTemporaryFile::~TTemporaryFile() {
 }
 
 bool TTemporaryFile::Write(const std::string& bytes) const {
-  return Exists() && base::WriteFile(name, bytes);
+  return Exists() && base::ReplaceFile(name, bytes.data(), bytes.size());
 }
 
 std::optional<std::string> TTemporaryFile::Read() const {

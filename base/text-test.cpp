@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "base/format-string.h"
+#include "base/shared-text.h"
 #include "tests/support/scratch-directory.h"
 
 namespace {
@@ -103,4 +104,23 @@ TEST(Join, SeparatorsStandOnlyBetweenTexts) {
   EXPECT_EQ(base::Join(std::vector<std::string>(), ", "), "");
   EXPECT_EQ(base::Join(std::vector<std::string>{"hsv"}, ", "), "hsv");
   EXPECT_EQ(base::Join(std::vector<std::string>{"", "lbp", ""}, ", "), ", lbp, ");
+}
+
+TEST(TSharedText, EqualTextsAreOneThatStays) {
+  base::TSharedText first;
+  EXPECT_EQ(first.Get(), "");
+  first = "grass";
+  const std::string* const place = &first.Get();
+  std::vector<base::TSharedText> others(10000);
+  for (std::size_t i = 0; i < others.size(); ++i) {
+    others[i] = std::to_string(i);
+    EXPECT_EQ(others[i].Get(), std::to_string(i));
+  }
+  base::TSharedText second;
+  second = std::string("gra") + "ss";
+  EXPECT_EQ(&second.Get(), place);
+  first = "sea";
+  EXPECT_EQ(second.Get(), "grass");
+  second = "";
+  EXPECT_EQ(&second.Get(), &base::TSharedText().Get());
 }

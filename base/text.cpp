@@ -33,6 +33,41 @@ std::string_view Trim(std::string_view text) {
   return text;
 }
 
+std::string EscapeField(std::string_view field) {
+  std::string escaped;
+  escaped.reserve(field.size());
+  for (const char character : field) {
+    switch (character) {
+      case '\t':
+        escaped += "\\t";
+        break;
+      case '\n':
+        escaped += "\\n";
+        break;
+      case '\\':
+        escaped += "\\\\";
+        break;
+      default:
+        escaped += character;
+    }
+  }
+  return escaped;
+}
+
+std::string UnescapeField(std::string_view field) {
+  std::string text;
+  text.reserve(field.size());
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    if (field[i] != '\\' || i + 1 == field.size()) {
+      text += field[i];
+      continue;
+    }
+    const char kind = field[++i];
+    text += kind == 't' ? '\t' : kind == 'n' ? '\n' : kind;
+  }
+  return text;
+}
+
 void UseClassicNumbers() {
   std::setlocale(LC_NUMERIC, "C");
 }

@@ -17,6 +17,11 @@ std::string FoldCase(std::string text);
 /// the argument's characters.
 std::string_view Trim(std::string_view text);
 
+/// The text as a field of a line of fields with tabs between: tabs, line feeds and backslashes become \\t, \\n, \\\\.
+std::string EscapeField(std::string_view field);
+/// The text that EscapeField made the field of.
+std::string UnescapeField(std::string_view field);
+
 /// The texts one behind the other, with `separator` between each two.
 template <typename TRange>
 std::string Join(const TRange& texts, std::string_view separator) {

@@ -1,9 +1,10 @@
-// tessimar-batch: the workbench without a screen, for servers, scripts and tests. The same window and engine run on the
-// toolkit's offscreen platform; the window is never shown.
+// tessimar-batch: the workbench without a screen, for servers, scripts and tests. The same engine runs with a stream of
+// text in place of the window; dialogs are made on the toolkit's offscreen platform.
 
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include <QApplication>
 #include <boost/bind/bind.hpp>
@@ -14,13 +15,14 @@
 #include "base/memory.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "base/trial.h"
 #include "batch/options.h"
-#include "batch/output-tap.h"
 #include "batch/picture-saver.h"
+#include "batch/stream-view.h"
 #include "batch/tables.h"
 #include "engine/ctrl-main.h"
+#include "features/plugin-doctor.h"
 #include "gui/dialog-runner.h"
-#include "gui/main-window.h"
 
 namespace {
 
@@ -55,9 +57,8 @@ void ForgetScreen() {
 }
 
 /// Runs the lines and writes what was asked for.
-int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap) {
-  MainWindow window;
-  TCtrlMain controller(&window, boost::bind(&TOutputTap::Write, &tap, boost::placeholders::_1));
+int RunLines(const TOptions& options, base::TLineReader& reader, TStreamView& view, base::TNamedOutput* variables) {
+  TCtrlMain controller(view, options.plugins);
   if (options.seed) {
     controller.SetSeed(*options.seed);
   }
@@ -65,10 +66,10 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   const TDialogRunnerScope scope(
       options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
   std::string line;
-  while (!tap.HasFailed() && reader.Next(line)) {
+  while (!view.HasFailed() && reader.Next(line)) {
     controller.ExecuteCommand(line);
   }
-  if (!options.variables.empty() && !base::WriteFile(options.variables, FormatVariables(controller.GetVarList()))) {
+  if (variables != nullptr && !variables->Write(FormatVariables(controller.GetVarList()))) {
     return Refuse(FormatString("File '%s' cannot be written", options.variables.c_str()));
   }
   std::string failedFile = saver.GetFailedFile();
@@ -84,10 +85,24 @@ int RunLines(const TOptions& options, base::TLineReader& reader, TOutputTap& tap
   if (base::Interrupted()) {
     return kInterrupted;
   }
-  if (tap.HasFailed()) {
+  if (view.HasFailed()) {
     return kNobodyReads;
   }
   return controller.GetFailedLines() == 0 ? kSucceeded : kLineFailed;
+}
+
+int CheckOnePlugin(const std::string& fileName) {
+  if (!base::CanRunTrials()) {
+    return Refuse("Plug-ins cannot be checked on this system");
+  }
+  if (!base::IsRegularFile(fileName)) {
+    return Refuse(FormatString("Plug-in '%s' cannot be read", fileName.c_str()));
+  }
+  const bool isSound = CheckPlugin(base::NativePath(fileName), [](const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+  });
+  return isSound ? kSucceeded : kLineFailed;
 }
 
 int Run(int argc, char** argv) {
@@ -100,6 +115,14 @@ int Run(int argc, char** argv) {
     std::fputs(options->help ? kUsage : "tessimar-batch " TESSIMAR_VERSION "\n", stdout);
     return kSucceeded;
   }
+  if (!options->checkedPlugin.empty()) {
+    return CheckOnePlugin(options->checkedPlugin);
+  }
+  for (const std::string& directory : options->plugins) {
+    if (!base::ListDirectory(directory)) {
+      return Refuse(FormatString("Directory '%s' cannot be read", directory.c_str()));
+    }
+  }
   const auto reader = options->script.empty() ? std::make_unique<base::TLineReader>()
                                               : std::make_unique<base::TLineReader>(options->script);
   if (!reader->IsOpen()) {
@@ -111,11 +134,12 @@ int Run(int argc, char** argv) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
     }
   }
-  if (!options->variables.empty() && !base::WriteFile(options->variables, {})) {
+  std::optional<base::TNamedOutput> variables;
+  if (!options->variables.empty() && !variables.emplace(options->variables).IsOpen()) {
     return Refuse(FormatString("File '%s' cannot be written", options->variables.c_str()));
   }
   qInstallMessageHandler(ReportErrors);
-  std::FILE* output = base::TakeStandardOutput();
+  std::FILE* output = base::TakeStandardOutput(options->verbose);
   if (output == nullptr) {
     return Refuse("Standard output cannot be used");
   }
@@ -125,8 +149,8 @@ int Run(int argc, char** argv) {
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
-  TOutputTap tap(output);
-  return RunLines(*options, *reader, tap);
+  TStreamView view(output);
+  return RunLines(*options, *reader, view, variables ? &*variables : nullptr);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What the command line of tessimar-batch asks for.
 struct TOptions {
@@ -16,8 +17,14 @@ struct TOptions {
   std::string runs;
   /// Script file; empty: standard input.
   std::string script;
+  /// Directories with plug-ins, beside the working directory.
+  std::vector<std::string> plugins;
+  /// Plug-in to be tried in place of running lines; empty: none.
+  std::string checkedPlugin;
   /// What makes everything drawn by lot repeatable; nothing: the clock decides.
   std::optional<std::uint32_t> seed;
+  /// What the training libraries print goes to standard error.
+  bool verbose = false;
   bool help = false;
   bool version = false;
 };

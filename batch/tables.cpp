@@ -1,8 +1,6 @@
 #include "batch/tables.h"
 
-#include <algorithm>
 #include <string_view>
-#include <vector>
 
 #include "base/file.h"
 #include "base/format-string.h"
@@ -16,27 +14,6 @@
 #include "retrieval/var-database-index.h"
 
 namespace {
-
-/// Keeps a field in its column and its line.
-std::string Escape(std::string_view field) {
-  std::string escaped;
-  for (const char character : field) {
-    switch (character) {
-      case '\t':
-        escaped += "\\t";
-        break;
-      case '\n':
-        escaped += "\\n";
-        break;
-      case '\\':
-        escaped += "\\\\";
-        break;
-      default:
-        escaped += character;
-    }
-  }
-  return escaped;
-}
 
 /// A variable's name as a file name: variables may be called anything, "../a" included.
 std::string EncodeForFileName(std::string_view name) {
@@ -52,28 +29,17 @@ std::string EncodeForFileName(std::string_view name) {
   return encoded;
 }
 
-/// The tags of an image, each once, in the order in which it got them.
-std::string FormatTags(const TVarImage& image) {
-  std::vector<std::string> tags;
-  for (const std::string& tag : image.GetTags()) {
-    if (std::find(tags.begin(), tags.end(), tag) == tags.end()) {
-      tags.push_back(tag);
-    }
-  }
-  return Escape(base::Join(tags, ","));
-}
-
 std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varList) {
   std::string reason;
   // Without its database a ranking still has its numbers; only what the database knows of its images is missing.
   const TVarDatabase* database = index.FindDatabase(varList, reason);
-  std::string table = "rank\timageIndex\tdistance\tfile name\ttags\n";
+  std::string table = "rank\timageIndex\tdistance\tfile\ttags\n";
   int rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
       const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
-      table += Escape(image.GetFilename()) + "\t" + FormatTags(image) + "\n";
+      table += base::EscapeField(image.GetFilename()) + "\t" + base::EscapeField(image.JoinTags(",")) + "\n";
     } else {
       table += "\t\n";
     }
@@ -112,7 +78,8 @@ std::string WriteIndices(const TVarList& varList, const std::string& directory, 
   for (const auto& variable : varList.GetVariables()) {
     if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
       std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ending;
-      if (!base::WriteFile(file, format(*index, varList))) {
+      const std::string text = format(*index, varList);
+      if (!base::ReplaceFile(file, text.data(), text.size())) {
         return file;
       }
     }
@@ -123,10 +90,10 @@ std::string WriteIndices(const TVarList& varList, const std::string& directory, 
 }  // namespace
 
 std::string FormatVariables(const TVarList& varList) {
-  std::string table;
+  std::string table = "name\ttype\tdescription\n";
   for (const auto& variable : varList.GetVariables()) {
-    table +=
-        Escape(variable->GetName()) + '\t' + variable->GetType() + '\t' + Escape(variable->GetDescription()) + '\n';
+    table += base::EscapeField(variable->GetName()) + '\t' + variable->GetType() + '\t' +
+             base::EscapeField(variable->GetDescription()) + '\n';
   }
   return table;
 }

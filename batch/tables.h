@@ -4,11 +4,11 @@
 
 class TVarList;
 
-/// The Variables table as text: a line for each variable, name TAB type TAB description.
+/// The Variables table as text: a header line, and one for each variable, name TAB type TAB description.
 std::string FormatVariables(const TVarList& varList);
 
-/// Writes one table for each ranking in the store: DIRECTORY/NAME.tsv with the columns rank, imageIndex, distance and
-/// file name. The directory exists. Returns the first file that could not be written; empty if all could.
+/// Writes one table for each ranking in the store: DIRECTORY/NAME.tsv with the columns rank, imageIndex, distance,
+/// file and tags. The directory exists. Returns the first file that could not be written; empty if all could.
 std::string WriteRankings(const TVarList& varList, const std::string& directory);
 
 /// Writes one run for each ranking in the store: DIRECTORY/NAME.run. Documents are the names of the pictures below the

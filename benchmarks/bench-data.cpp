@@ -73,6 +73,28 @@ std::unique_ptr<TCollection> MakeCollection(const TCollectionKind& kind) {
   return collection;
 }
 
+/// A directory with what `change(photo, changed)` makes of the sample photographs, made on first use.
+template <typename TChange>
+std::string ChangedSamples(const std::string& name, int first, int last, const TChange& change) {
+  const filesystem::path directory =
+      BenchDirectory() / (name + "-" + std::to_string(first) + "-" + std::to_string(last));
+  if (filesystem::exists(directory / "complete")) {
+    return directory;
+  }
+  filesystem::create_directories(directory);
+  for (int i = first; i <= last; ++i) {
+    TImageRGB photo;
+    TImageRGB changed;
+    if (!photo.LoadFromFile(SamplePhoto(i))) {
+      std::abort();
+    }
+    change(photo, changed);
+    changed.SaveToFile(directory / filesystem::path(SamplePhoto(i)).filename());
+  }
+  std::ofstream(directory / "complete");
+  return directory;
+}
+
 filesystem::path DirectoryName(int count, int width, int height) {
   return BenchDirectory() / (std::to_string(count) + "-" + std::to_string(width) + "x" + std::to_string(height));
 }
@@ -152,20 +174,16 @@ std::string SampleDirectory(int first, int last) {
 }
 
 std::string CutSampleDirectory(int first, int last) {
-  const filesystem::path directory = BenchDirectory() / ("cut-" + std::to_string(first) + "-" + std::to_string(last));
-  filesystem::create_directories(directory);
-  for (int i = first; i <= last; ++i) {
-    TImageRGB photo;
-    TImageRGB cut;
-    if (!photo.LoadFromFile(SamplePhoto(i))) {
-      std::abort();
-    }
+  return ChangedSamples("cut", first, last, [](const TImageRGB& photo, TImageRGB& cut) {
     const int left = photo.GetWidth() / 16;
     const int top = photo.GetHeight() / 16;
     CropImage(photo, left, top, photo.GetWidth() - left, photo.GetHeight() - top, cut);
-    cut.SaveToFile(directory / filesystem::path(SamplePhoto(i)).filename());
-  }
-  return directory;
+  });
+}
+
+std::string EnlargedSampleDirectory(int first, int last) {
+  return ChangedSamples("enlarged", first, last,
+                        [](const TImageRGB& photo, TImageRGB& enlarged) { photo.ScaleTo(enlarged, 4000, 3000); });
 }
 
 void EnterWorkDirectory(const std::string& name) {

@@ -24,6 +24,9 @@ std::string SampleDirectory(int first, int last);
 /// Those photographs without the left and the upper sixteenth.
 std::string CutSampleDirectory(int first, int last);
 
+/// Those photographs enlarged to 4000 x 3000, whatever their own proportions.
+std::string EnlargedSampleDirectory(int first, int last);
+
 /// The working directory of the run from now on, of that name below the directory for temporary files: commands write
 /// below the working directory.
 void EnterWorkDirectory(const std::string& name = "work");

@@ -1,9 +1,16 @@
-// learnvisualconcept and findvisualconceptlocations with "svm" beside the bare calls of its library.
+// learnvisualconcept and findvisualconceptlocations beside the bare calls of the libraries below the classifiers, and
+// beside what is left of the command if the vectors of all segments are at hand.
 
+#include <algorithm>
+#include <cstddef>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <benchmark/benchmark.h>
+#include <doublefann.h>
 #include <svm.h>
 
 #include "benchmarks/bench-data.h"
@@ -28,10 +35,12 @@ constexpr int kPhotos = 10;
 /// and the concept "concept" that the classifier "classifier" has learned from them.
 class TLesson {
  public:
-  explicit TLesson(int length) {
+  TLesson(int length, const std::string& type) : type(type) {
     svm_set_print_string_function([](const char*) {});
-    AddDatabase("positive", 1, length);
-    AddDatabase("negative", 1 + kPhotos, length);
+    // The same network in every run.
+    classifiers.SetSeed(1);
+    AddDatabase("positive", 1, kPhotos, length);
+    AddDatabase("negative", 1 + kPhotos, 2 * kPhotos, length);
     auto classifier = std::make_unique<TVarClassifier>();
     classifier->SetName("classifier");
     store.Add(std::move(classifier));
@@ -46,17 +55,19 @@ class TLesson {
 
   TVarClassifier& Classifier() { return *dynamic_cast<TVarClassifier*>(store.Find("classifier")); }
 
-  void Forget() { Classifier().SetClassifierType("svm"); }
+  void Forget() { Classifier().SetClassifierType(type); }
 
   void Learn() { learn.ExecuteWithReturn(*store.Find("concept"), {"positive", "negative", "classifier"}); }
 
-  TVarList store;
+  const TVarVisualConcept& Concept() const { return *dynamic_cast<const TVarVisualConcept*>(store.Find("concept")); }
 
- private:
-  void AddDatabase(const char* name, int first, int length) {
+  const TVarDatabase& Database(const char* name) const { return *dynamic_cast<const TVarDatabase*>(store.Find(name)); }
+
+  /// The photographs from `first` to `last` with the concept's features on every segment.
+  void AddDatabase(const char* name, int first, int last, int length) {
     auto database = std::make_unique<TVarDatabase>();
     database->SetName(name);
-    database->SetLocation(SampleDirectory(first, first + kPhotos - 1));
+    database->SetLocation(SampleDirectory(first, last));
     database->ScanDirectory();
     store.Add(std::move(database));
     const TFeatureList features;
@@ -72,14 +83,23 @@ class TLesson {
     }
   }
 
+  TVarList store;
+
+ private:
+  const std::string type;
   TClassifierList classifiers;
   TFunctionLearnVisualConcept learn;
 };
 
 TLesson& Lesson(const benchmark::State& state) {
-  static TLesson one(kVectorLength);
-  static TLesson two(2 * kVectorLength);
+  static TLesson one(kVectorLength, "svm");
+  static TLesson two(2 * kVectorLength, "svm");
   return state.range(0) == kVectorLength ? one : two;
+}
+
+TLesson& NeuralLesson() {
+  static TLesson lesson(kVectorLength, "neural");
+  return lesson;
 }
 
 void BM_SvmLearn(benchmark::State& state) {
@@ -129,6 +149,120 @@ void BM_SvmLocateLibraryAlone(benchmark::State& state) {
   svm_free_and_destroy_model(&model);
 }
 
+void BM_NeuralLocate(benchmark::State& state) {
+  TFunctionFindVisualConceptLocations find;
+  find.SetVarList(&NeuralLesson().store);
+  for (auto _ : state) {
+    find.Execute({"positive", "concept", Quoted("here")});
+  }
+}
+
+/// A network as the classifier makes it, run on the examples, which training has scaled.
+void BM_NeuralLocateLibraryAlone(benchmark::State& state) {
+  const unsigned layers[] = {kVectorLength, 5, 1};
+  const std::unique_ptr<fann, decltype(&fann_destroy)> network(fann_create_standard_array(3, layers), &fann_destroy);
+  const auto& rows = NeuralLesson().Classifier().GetClassifier()->GetPositiveExamples().GetItems();
+  for (auto _ : state) {
+    for (TFeatureVector* row : rows) {
+      benchmark::DoNotOptimize(fann_run(network.get(), row->GetData()));
+    }
+  }
+  state.counters["rows"] = static_cast<double>(rows.size());
+}
+
+constexpr int kManyImages = 1000;
+
+/// A concept of both features, and the database "many": as many images, each with the segments of one of the other
+/// sample photographs in turn.
+TLesson& LessonOfMany(const std::string& type) {
+  static std::map<std::string, std::unique_ptr<TLesson>> lessons;
+  auto& lesson = lessons[type];
+  if (!lesson) {
+    lesson = std::make_unique<TLesson>(2 * kVectorLength, type);
+    lesson->AddDatabase("others", 2 * kPhotos + 1, 110, 2 * kVectorLength);
+    const auto& others = lesson->Database("others").GetImages();
+    auto many = std::make_unique<TVarDatabase>();
+    many->SetName("many");
+    many->SetLocation(PictureDirectory(kManyImages, 0, 0));
+    many->ScanDirectory();
+    for (std::size_t i = 0; i < many->GetImages().size(); ++i) {
+      CopySegments(many->GetImages()[i]->GetSegments(), others[i % others.size()]->GetSegments());
+    }
+    lesson->store.Add(std::move(many));
+  }
+  return *lesson;
+}
+
+void BM_LocateMany(benchmark::State& state, const char* type) {
+  TLesson& lesson = LessonOfMany(type);
+  TFunctionFindVisualConceptLocations find;
+  find.SetVarList(&lesson.store);
+  for (auto _ : state) {
+    find.Execute({"many", "concept", Quoted("here")});
+  }
+}
+
+void BM_LocateManyClassifyAlone(benchmark::State& state, const char* type) {
+  TLesson& lesson = LessonOfMany(type);
+  const TClassifier& classifier = *lesson.Classifier().GetClassifier();
+  std::vector<std::unique_ptr<TFeatureVector>> vectors;
+  for (const auto& image : lesson.Database("others").GetImages()) {
+    for (const auto& segment : image->GetSegments()) {
+      vectors.push_back(std::make_unique<TFeatureVector>());
+      lesson.Concept().Combine(*segment, *vectors.back());
+    }
+  }
+  const std::size_t segments = 64 * std::size_t{kManyImages};
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < segments; ++i) {
+      benchmark::DoNotOptimize(classifier.Classify(*vectors[i % vectors.size()]));
+    }
+  }
+}
+
+/// Finds nothing.
+class TNoClassifier : public TClassifier {
+ public:
+  double Classify(const TFeatureVector& vector) const override {
+    benchmark::DoNotOptimize(vector.GetData());
+    benchmark::ClobberMemory();
+    return 0.0;
+  }
+};
+
+/// The part of the command that is not classifying.
+void BM_Gather(benchmark::State& state) {
+  TLesson& lesson = LessonOfMany("nearest");
+  const TNoClassifier classifier;
+  for (auto _ : state) {
+    for (const auto& image : lesson.Database("many").GetImages()) {
+      lesson.Concept().Locate(classifier, "here", *image);
+    }
+  }
+}
+
+/// The same numbers to the same place, from where they are known to lie.
+void BM_GatherPlainCopy(benchmark::State& state) {
+  TLesson& lesson = LessonOfMany("nearest");
+  std::vector<const double*> parts;
+  for (const auto& image : lesson.Database("many").GetImages()) {
+    for (const auto& segment : image->GetSegments()) {
+      for (const TFeatureVector* vector : segment->GetFeatures().GetItems()) {
+        parts.push_back(vector->GetData());
+      }
+    }
+  }
+  std::vector<double> combined(2 * kVectorLength);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < parts.size(); i += 2) {
+      std::copy_n(parts[i], kVectorLength, combined.data());
+      std::copy_n(parts[i + 1], kVectorLength, combined.data() + kVectorLength);
+      benchmark::DoNotOptimize(combined.data());
+      benchmark::ClobberMemory();
+    }
+  }
+}
+
 /// How the rows happen to lie in the cache makes a repetition up to a quarter dearer: fifteen, where a few percent
 /// count.
 void Lengths(benchmark::internal::Benchmark* benchmark) {
@@ -139,5 +273,15 @@ BENCHMARK(BM_SvmLearn)->Apply(Lengths);
 BENCHMARK(BM_SvmLearnLibraryAlone)->Apply(Lengths);
 BENCHMARK(BM_SvmLocate)->Apply(Lengths);
 BENCHMARK(BM_SvmLocateLibraryAlone)->Apply(Lengths);
+BENCHMARK(BM_NeuralLocate)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NeuralLocateLibraryAlone)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LocateMany, nearest, "nearest")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LocateMany, neural, "neural")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LocateMany, svm, "svm")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LocateManyClassifyAlone, nearest, "nearest")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LocateManyClassifyAlone, neural, "neural")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_LocateManyClassifyAlone, svm, "svm")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Gather)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GatherPlainCopy)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -92,13 +92,13 @@ void BM_ExperimentRank(benchmark::State& state) {
 
 void BM_ExperimentSortAlone(benchmark::State& state) {
   const std::vector<double> distances = RandomDistances();
-  std::vector<TDatabaseIndexEntry> entries;
+  std::vector<kernels::TRankEntry> entries;
   for (auto _ : state) {
     entries.clear();
     for (std::size_t i = 0; i < distances.size(); ++i) {
       entries.push_back({static_cast<std::int32_t>(i), distances[i]});
     }
-    SortByDistance(entries);
+    kernels::RankSort(entries);
     benchmark::DoNotOptimize(entries.data());
   }
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -15,10 +16,12 @@
 
 #include "benchmarks/bench-data.h"
 #include "classifiers/classifier-nearest-neighbor.h"
+#include "classifiers/distance-bounds.h"
 #include "features/feature-list.h"
 #include "features/function-update-feature.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "kernels/l1-distance.h"
 #include "segmentation/function-segment-image.h"
 
 namespace {
@@ -100,12 +103,6 @@ const TNeighbours& Histograms() {
   return *neighbours;
 }
 
-void CountNumbers(benchmark::State& state) {
-  state.counters["perNumber"] =
-      benchmark::Counter(static_cast<double>(state.range(0)) * kVectorLength,
-                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
 void CountQueries(benchmark::State& state) {
   state.counters["perQuery"] =
       benchmark::Counter(kQueries, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
@@ -179,7 +176,6 @@ void FindWithOpenCv(benchmark::State& state, const TNeighbours& neighbours) {
 
 void BM_Nearest(benchmark::State& state) {
   Classify(state, *AtRandom(state));
-  CountNumbers(state);
 }
 
 void BM_NearestPlainRead(benchmark::State& state) {
@@ -194,22 +190,46 @@ void BM_NearestPlainRead(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(sum);
   }
-  CountNumbers(state);
 }
 
 void BM_NearestFaiss(benchmark::State& state) {
   FindWithFaiss(state, *AtRandom(state));
-  CountNumbers(state);
 }
 
 void BM_NearestOpenCv(benchmark::State& state) {
   FindWithOpenCv(state, *AtRandom(state));
-  CountNumbers(state);
 }
 
 void BM_NearestHistograms(benchmark::State& state) {
   Classify(state, Histograms());
   CountQueries(state);
+}
+
+std::vector<const double*> Rows(const TNeighbours& neighbours) {
+  std::vector<const double*> rows;
+  for (const TFeatureVector* example : neighbours.examples) {
+    rows.push_back(example->GetData());
+  }
+  return rows;
+}
+
+/// What the first question after a change takes more than the next: making the compact form.
+void BM_NearestFirstQuestion(benchmark::State& state) {
+  const std::vector<const double*> rows = Rows(Histograms());
+  std::size_t memory = 0;
+  for (auto _ : state) {
+    memory = TDistanceBounds::Make(rows, kVectorLength)->GetMemory();
+  }
+  state.counters["bytesForEachByte"] = static_cast<double>(memory) / (kHistograms * kVectorLength * sizeof(double));
+}
+
+void BM_NearestCompareAll(benchmark::State& state) {
+  const std::vector<const double*> rows = Rows(Histograms());
+  const double* query = Histograms().queries.front()->GetData();
+  for (auto _ : state) {
+    double distance = std::numeric_limits<double>::max();
+    benchmark::DoNotOptimize(kernels::FindNearestL1(query, kVectorLength, rows.data(), rows.size(), distance));
+  }
 }
 
 void BM_NearestHistogramsFaiss(benchmark::State& state) {
@@ -227,6 +247,8 @@ BENCHMARK(BM_NearestPlainRead)->Arg(10000)->Arg(20000)->Unit(benchmark::kMillise
 BENCHMARK(BM_NearestFaiss)->Arg(10000)->Arg(20000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NearestOpenCv)->Arg(10000)->Arg(20000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NearestHistograms)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NearestFirstQuestion)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NearestCompareAll)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NearestHistogramsFaiss)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NearestHistogramsOpenCv)->Unit(benchmark::kMillisecond);
 

@@ -5,12 +5,13 @@
 namespace {
 
 const TFigure kPerPixel = {"perPixel", TUnit::kSeconds};
-const TFigure kPerNumber = {"perNumber", TUnit::kSeconds};
 const TFigure kPerPicture = {"perPicture", TUnit::kSeconds};
 const TFigure kPerQuery = {"perQuery", TUnit::kSeconds};
 const TFigure kChildTime = {"processorTime", TUnit::kSeconds};
 const TFigure kWallTime = {"wallTime", TUnit::kSeconds};
 const TFigure kPeakMemory = {"peakMemory", TUnit::kBytes};
+const TFigure kMean = {"mean", TUnit::kNumber};
+const TFigure kLargest = {"largest", TUnit::kNumber};
 const TFigure kBytesForEachByte = {"bytesForEachByte", TUnit::kNumber};
 
 std::vector<TPeer> Searches(const std::string& arguments) {
@@ -49,6 +50,8 @@ const std::vector<TRow>& Rows() {
       {"`searchimage`, 1,000,000 vectors of 256", {"BM_Search/1000000/1/256"}, {{"plain read", "BM_SearchPlainRead/1000000/1/256"}}, 1.6},
       {"`searchimage`, 100,000 images, both features", {"BM_Search/100000/2/256"}, {{"plain read", "BM_SearchPlainRead/100000/2/256"}}, 2},
       {"Memory of that database for each byte of its vectors", {"BM_Search/100000/2/256"}, {{"the vectors", "", 1}}, 1.1, kBytesForEachByte},
+      {"Ranking of 100,000 distances", {"BM_RankSort/100000"}, {{"stable sort", "BM_RankSortPlain/100000"}}, 1 / 3.0},
+      {"Ranking of 1,000,000 distances", {"BM_RankSort/1000000"}, {{"stable sort", "BM_RankSortPlain/1000000"}}, 1 / 3.0},
       // Detection
       {"Keypoints, 640x480", {"BM_SiftDetect/640/480"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/640/480"}}, 1 / 1.7},
       {"Keypoints, 1920x1080", {"BM_SiftDetect/1920/1080"}, {{"OpenCV's `detect`", "BM_SiftDetectOpenCv/1920/1080"}}, 1 / 1.7},
@@ -71,15 +74,19 @@ const std::vector<TRow>& Rows() {
       {"Scale space, a pixel of the dearest of the three sizes", {"BM_SiftPyramid/640/480", "BM_SiftPyramid/1920/1080", "BM_SiftPyramid/4000/3000"}, {{"640x480", "BM_SiftPyramid/640/480"}, {"1920x1080", "BM_SiftPyramid/1920/1080"}, {"4000x3000", "BM_SiftPyramid/4000/3000"}}, 1.3, kPerPixel},
       {"Keypoints, a pixel of the dearest of the three sizes", {"BM_SiftDetect/640/480", "BM_SiftDetect/1920/1080", "BM_SiftDetect/4000/3000"}, {{"640x480", "BM_SiftDetect/640/480"}, {"1920x1080", "BM_SiftDetect/1920/1080"}, {"4000x3000", "BM_SiftDetect/4000/3000"}}, 1.3, kPerPixel},
       // Classifiers
-      {"\"nearest\", a query over 10,000 histograms of 256", {"BM_NearestHistograms"}, {{"OpenCV", "BM_NearestHistogramsOpenCv"}, {"FAISS", "BM_NearestHistogramsFaiss"}}, 1 / 3.5, kPerQuery},
-      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"plain read", "BM_NearestPlainRead/10000"}}, 1.5},
-      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"OpenCV", "BM_NearestOpenCv/10000"}}},
-      {"\"nearest\", each number of 10,000 random rows, double against float", {"BM_Nearest/10000"}, {{"FAISS", "BM_NearestFaiss/10000"}}, 1, kPerNumber},
-      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"plain read", "BM_NearestPlainRead/20000"}}, 1.5},
-      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"OpenCV", "BM_NearestOpenCv/20000"}}},
-      {"\"nearest\", each number of 20,000 random rows, double against float", {"BM_Nearest/20000"}, {{"FAISS", "BM_NearestFaiss/20000"}}, 1, kPerNumber},
-      {"`findvisualconceptlocations` \"svm\", 640 rows of 256", {"BM_SvmLocate/256"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/256"}}, 1.05},
-      {"`findvisualconceptlocations` \"svm\", 640 rows of 512", {"BM_SvmLocate/512"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/512"}}, 1.1},
+      {"\"nearest\", a query over 10,000 histograms of 256", {"BM_NearestHistograms"}, {{"OpenCV", "BM_NearestHistogramsOpenCv"}, {"FAISS", "BM_NearestHistogramsFaiss"}}, 0.12, kPerQuery},
+      {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"OpenCV", "BM_NearestOpenCv/10000"}, {"FAISS", "BM_NearestFaiss/10000"}}, 0.4},
+      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"OpenCV", "BM_NearestOpenCv/20000"}, {"FAISS", "BM_NearestFaiss/20000"}}, 0.4},
+      {"\"nearest\", a query over 20,000 random rows of 256", {"BM_Nearest/20000"}, {{"plain read", "BM_NearestPlainRead/20000"}}},
+      {"\"nearest\", the first question to 10,000 histograms of 256", {"BM_NearestFirstQuestion"}, {{"a comparison with all of them", "BM_NearestCompareAll"}}},
+      {"\"nearest\", memory of the compact form for each byte of 10,000 histograms", {"BM_NearestFirstQuestion"}, {{"the histograms", "", 1}}, 0.35, kBytesForEachByte},
+      {"`findvisualconceptlocations` \"svm\", 640 rows of 256", {"BM_SvmLocate/256"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/256"}}, 0.25},
+      {"`findvisualconceptlocations` \"svm\", 640 rows of 512", {"BM_SvmLocate/512"}, {{"`svm_predict`", "BM_SvmLocateLibraryAlone/512"}}, 0.25},
+      {"`findvisualconceptlocations` \"neural\", 640 rows of 256", {"BM_NeuralLocate"}, {{"`fann_run`", "BM_NeuralLocateLibraryAlone"}}, 1.05},
+      {"`findvisualconceptlocations` \"nearest\", 1,000 images of 64 segments, both features", {"BM_LocateMany/nearest"}, {{"classifying alone", "BM_LocateManyClassifyAlone/nearest"}}},
+      {"`findvisualconceptlocations` \"neural\", 1,000 images of 64 segments, both features", {"BM_LocateMany/neural"}, {{"classifying alone", "BM_LocateManyClassifyAlone/neural"}}},
+      {"`findvisualconceptlocations` \"svm\", 1,000 images of 64 segments, both features", {"BM_LocateMany/svm"}, {{"classifying alone", "BM_LocateManyClassifyAlone/svm"}}},
+      {"Gathering those vectors", {"BM_Gather"}, {{"plain copy", "BM_GatherPlainCopy"}}, 1},
       {"`learnvisualconcept` \"svm\", 1,280 rows of 256", {"BM_SvmLearn/256"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/256"}}, 1.05},
       {"`learnvisualconcept` \"svm\", 1,280 rows of 512", {"BM_SvmLearn/512"}, {{"`svm_train` and a copy", "BM_SvmLearnLibraryAlone/512"}}, 1.05},
       // Pictures
@@ -93,7 +100,18 @@ const std::vector<TRow>& Rows() {
       {"`LoadFromFile`, 4000x3000", {"BM_DecodeLoadFromFile/4000/3000"}, {{"FreeImage alone", "BM_DecodeLibraryAlone/4000/3000"}}, 1.15},
       {"`updatefeature` \"hsv\", 200 photographs of 640x480", {"BM_UpdateFeature/hsv"}, {{"decoding", "BM_PhotosDecodeAlone"}}, 1.35},
       {"`updatefeature` \"lbp\", 200 photographs of 640x480", {"BM_UpdateFeature/lbp"}, {{"decoding", "BM_PhotosDecodeAlone"}}, 1.25},
+      {"`updatefeature` \"hsv\" with 64 segments each, 200 photographs of 640x480", {"BM_UpdateFeatureGrid/hsv"}, {{"without segments", "BM_UpdateFeature/hsv"}}, 1.5},
+      {"`updatefeature` \"lbp\" with 64 segments each, 200 photographs of 640x480", {"BM_UpdateFeatureGrid/lbp"}, {{"without segments", "BM_UpdateFeature/lbp"}}, 1.5},
       {"`segmentimage` \"grid\", 200 photographs of 640x480", {"BM_SegmentGrid"}, {{"decoding", "BM_PhotosDecodeAlone"}}},
+      {"`segmentimage` \"sift\", 200 photographs of 640x480", {"BM_SegmentSift"}, {{"decoding and detecting", "BM_SegmentSiftDetectAlone"}}, 1.15},
+      {"`displayindex`, 16 photographs of 4000x3000", {"BM_DisplayIndex"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/16/160"}}, 0.3},
+      {"16 photographs of 4000x3000, libjpeg-turbo alone at a quarter", {"BM_DisplayIndexJpegTurbo/4"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/16/160"}}},
+      {"16 photographs of 4000x3000, libjpeg-turbo alone at an eighth", {"BM_DisplayIndexJpegTurbo/8"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/16/160"}}},
+      {"`displayindexmap`, 40 photographs of 4000x3000", {"BM_DisplayIndexMap"}, {{"tiles of whole pictures", "BM_DisplayFullDecoding/40/120"}}, 0.3},
+      {"Tiles of 160 of 4000x3000, mean difference in gray levels", {"BM_TileDifference/160"}, {{"limit", "", 1}}, 1, kMean},
+      {"Tiles of 160 of 4000x3000, largest difference in gray levels", {"BM_TileDifference/160"}, {{"limit", "", 16}}, 1, kLargest},
+      {"Tiles of 120 of 4000x3000, mean difference in gray levels", {"BM_TileDifference/120"}, {{"limit", "", 1}}, 1, kMean},
+      {"Tiles of 120 of 4000x3000, largest difference in gray levels", {"BM_TileDifference/120"}, {{"limit", "", 16}}, 1, kLargest},
       {"Tile of 4000x3000", {"BM_Tile"}, {{"`QImage`, RGB32", "BM_TileQt/RGB32"}, {"`QImage`, RGB888", "BM_TileQt/RGB888"}}, 1},
       {"Tile of 4000x3000", {"BM_Tile"}, {{"OpenCV, areas", "BM_TileOpenCv"}}},
       {"Tile of 4000x3000", {"BM_Tile"}, {{"FreeImage, cubic", "BM_TileFreeImage"}}},

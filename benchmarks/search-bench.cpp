@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -18,6 +19,8 @@
 #include "benchmarks/simd-level.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "kernels/rank-sort.h"
+#include "kernels/reference.h"
 #include "retrieval/function-search-image.h"
 #include "retrieval/var-database-index.h"
 
@@ -192,6 +195,21 @@ void BM_SearchFlann(benchmark::State& state) {
   });
 }
 
+/// Sorts as many distances as the argument says, in no order, over and over again.
+template <auto TSort>
+void BM_Rank(benchmark::State& state) {
+  std::mt19937_64 random(1);
+  std::vector<kernels::TRankEntry> entries;
+  for (int i = 0; i < state.range(0); ++i) {
+    entries.push_back({i, 0x1p-52 * static_cast<double>(random() >> 11)});
+  }
+  for (auto _ : state) {
+    std::vector<kernels::TRankEntry> ranking = entries;
+    TSort(ranking);
+    benchmark::DoNotOptimize(ranking.data());
+  }
+}
+
 void OneFeature(benchmark::internal::Benchmark* benchmark) {
   benchmark->Unit(benchmark::kMillisecond)->Args({kCollectionSize, 1, 256})->Args({kCollectionSize, 1, 512});
   benchmark->Args({kMillion, 1, 256});
@@ -209,5 +227,15 @@ BENCHMARK(BM_SearchOpenCv)->Apply(OneFeature);
 BENCHMARK(BM_SearchFaissDistances)->Apply(OneFeature);
 BENCHMARK(BM_SearchFaissIndex)->Apply(OnlySmall);
 BENCHMARK(BM_SearchFlann)->Apply(OneFeature);
+BENCHMARK(BM_Rank<kernels::RankSort>)
+    ->Name("BM_RankSort")
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(kCollectionSize)
+    ->Arg(kMillion);
+BENCHMARK(BM_Rank<kernels::reference::RankSort>)
+    ->Name("BM_RankSortPlain")
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(kCollectionSize)
+    ->Arg(kMillion);
 
 }  // namespace

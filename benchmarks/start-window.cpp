@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "benchmarks/start-window.h"
 #include "engine/ctrl-main.h"
+#include "engine/window-view.h"
 #include "gui/main-window.h"
 
 int main(int argc, char** argv) {
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   base::UseClassicNumbers();
   MainWindow window;
-  TCtrlMain controller(&window);
+  TWindowView view(window);
+  const TCtrlMain controller(view);
   return ShowOnce(window);
 }

@@ -22,7 +22,7 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "retrieval/function-load-mir-flickr-tags.h"
-#include "retrieval/recall-precision.h"
+#include "retrieval/recall-precision-text.h"
 
 namespace {
 
@@ -216,16 +216,16 @@ void BM_MeasureAndWrite(benchmark::State& state) {
   EnterWorkDirectory();
   const std::vector<bool> relevance = Relevance();
   for (auto _ : state) {
-    const TRecallPrecision result = MeasureRanking(relevance, kRankCount / 10);
-    base::WriteFile("recallprecision.txt", result.curve);
+    const std::string curve = FormatCurve(MeasureRanking(relevance, kRankCount / 10).curve);
+    base::ReplaceFile("recallprecision.txt", curve.data(), curve.size());
   }
 }
 
 void BM_MeasureAndWriteWriteAlone(benchmark::State& state) {
   EnterWorkDirectory();
-  const TRecallPrecision result = MeasureRanking(Relevance(), kRankCount / 10);
+  const std::string curve = FormatCurve(MeasureRanking(Relevance(), kRankCount / 10).curve);
   for (auto _ : state) {
-    base::WriteFile("recallprecision.txt", result.curve);
+    base::ReplaceFile("recallprecision.txt", curve.data(), curve.size());
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <memory>
 #include <numeric>
 #include <random>
 #include <string>
@@ -64,6 +66,120 @@ TEST(TClassifierNearestNeighbor, AgreesWithAPlainSearchAmongManyExamples) {
   }
   EXPECT_GT(found, 40);
   EXPECT_LT(found, 160);
+}
+
+namespace {
+
+/// The answer by comparing with all examples, one after the other.
+double PlainAnswer(const TClassifierNearestNeighbor& nearest, const TFeatureVector& query) {
+  double best = std::numeric_limits<double>::max();
+  double answer = 0.0;
+  const auto compare = [&](const TFeatureVectorList& list, double result) {
+    for (const TFeatureVector* example : list.GetItems()) {
+      double distance = 0.0;
+      for (std::uint32_t i = 0; i < query.GetLength() && example->GetLength() == query.GetLength(); ++i) {
+        distance += std::fabs(query.GetData()[i] - example->GetData()[i]);
+      }
+      if (example != &query && example->GetLength() == query.GetLength() && distance < best) {
+        best = distance;
+        answer = result;
+      }
+    }
+  };
+  compare(nearest.GetPositiveExamples(), 1.0);
+  compare(nearest.GetNegativeExamples(), -1.0);
+  return answer;
+}
+
+}  // namespace
+
+TEST(TClassifierNearestNeighbor, AnswersAmongLongExamplesAsAPlainSearchDoes) {
+  std::mt19937 random(5);
+  int positives = 0;
+  int asked = 0;
+  // Numbers of few values make ties between the classes; others differ in the last bits of their sums alone.
+  for (const int kind : {0, 1, 2, 3}) {
+    const auto number = [&] {
+      const double bits = static_cast<double>(random());
+      return kind == 0   ? static_cast<double>(random() % 3)
+             : kind == 1 ? std::ldexp(bits, -32) - 0.5
+             : kind == 2 ? 1e15 + static_cast<double>(random() % 2)
+                         : std::ldexp(bits, static_cast<int>(random() % 80));
+    };
+    const auto row = [&] {
+      TValues values(kind == 0 ? 64 : 65 + kind);
+      std::generate(values.begin(), values.end(), number);
+      return values;
+    };
+    TClassifierNearestNeighbor nearest;
+    for (int round = 0; round < 4; ++round) {
+      for (int i = 0; i < 40; ++i) {
+        const TValues values = row();
+        TValues turned = values;
+        std::rotate(turned.begin(), turned.begin() + i % 7, turned.end());
+        // Each second pair has one example in both classes, equal or with the same numbers in another order.
+        Teach(nearest, {values}, {i % 2 == 0 ? turned : row()});
+      }
+      for (int i = 0; i < 50; ++i) {
+        const auto query = Vector(i < 40 ? row() : TValues(row().size(), std::ldexp(-1.0, 40 * (i - 40))));
+        const double expected = PlainAnswer(nearest, *query);
+        ASSERT_EQ(nearest.Classify(*query), expected) << kind << ", " << round << ", " << i;
+        positives += expected > 0 ? 1 : 0;
+        ++asked;
+      }
+      // The examples ask too, and do not find themselves.
+      for (const TFeatureVector* example : nearest.GetNegativeExamples().GetItems()) {
+        ASSERT_EQ(nearest.Classify(*example), PlainAnswer(nearest, *example));
+      }
+    }
+  }
+  EXPECT_GT(positives, asked / 4);
+  EXPECT_LT(positives, asked * 9 / 10);
+}
+
+TEST(TClassifierNearestNeighbor, KnowsOfEveryChangeAtTheNextQuestion) {
+  TClassifierNearestNeighbor nearest;
+  const auto row = [](double value) { return TValues(64, value); };
+  const auto fill = [&](double positive, double negative) {
+    for (int i = 0; i < 20; ++i) {
+      Teach(nearest, {row(positive + i)}, {row(negative + i)});
+    }
+  };
+  fill(0, 100);
+  EXPECT_EQ(Answer(nearest, row(50)), 1.0);
+  Teach(nearest, {}, {row(49)});
+  EXPECT_EQ(Answer(nearest, row(50)), -1.0);
+  const std::string bytes = Stored(nearest);
+  nearest.Clear();
+  EXPECT_EQ(Answer(nearest, row(50)), 0.0);
+  // As many as before, most likely in the same places.
+  fill(100, 0);
+  Teach(nearest, {row(49)}, {});
+  EXPECT_EQ(Answer(nearest, row(51)), 1.0);
+  ASSERT_TRUE(Restore(nearest, bytes));
+  EXPECT_EQ(Answer(nearest, row(51)), -1.0);
+  EXPECT_EQ(Answer(nearest, row(0)), 1.0);
+  // One of another length, or one that is not finite, takes no part and disturbs no other.
+  for (const TValues& strange : {TValues(65, 51.0), row(INFINITY), row(NAN)}) {
+    Teach(nearest, {strange}, {});
+    EXPECT_EQ(Answer(nearest, row(51)), -1.0);
+    EXPECT_EQ(Answer(nearest, row(NAN)), 0.0);
+    EXPECT_EQ(Answer(nearest, row(-INFINITY)), 0.0);
+  }
+  EXPECT_EQ(Answer(nearest, TValues(65, 51.0)), 1.0);
+  // The caller's own vectors may change without a word.
+  TClassifierNearestNeighbor ours;
+  ours.SetCopyExamples(false);
+  std::vector<std::unique_ptr<TFeatureVector>> vectors;
+  for (int i = 0; i < 40; ++i) {
+    vectors.push_back(Vector(row(i)));
+    ours.AddPositiveExample(vectors.back().get());
+  }
+  vectors.push_back(Vector(row(1000)));
+  ours.AddNegativeExample(vectors.back().get());
+  EXPECT_EQ(Answer(ours, row(50)), 1.0);
+  std::fill_n(vectors.back()->GetData(), 64, 50.0);
+  EXPECT_EQ(Answer(ours, row(50)), -1.0);
 }
 
 TEST(TClassifierNearestNeighbor, StoresItsExamplesFieldByField) {

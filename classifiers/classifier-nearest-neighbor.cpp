@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "base/little-endian.h"
+#include "classifiers/distance-bounds.h"
 #include "kernels/l1-distance.h"
 
 namespace {
@@ -24,16 +26,19 @@ struct TNearest {
   double result = 0.0;
 };
 
-/// Compares the query with the examples of one list, a block of them at a time, which needs no memory of its own.
-void Compare(const TFeatureVector& query, const TFeatureVectorList& list, double result, TNearest& nearest) {
+/// Compares the query with the examples of one class, a block of them at a time, which needs no memory of its own. The
+/// result becomes theirs if one of them is nearer than all before. `next` gives the next example, and null behind the
+/// last.
+template <typename TNext>
+void Compare(const TFeatureVector& query, double result, TNearest& nearest, const TNext& next) {
   constexpr std::size_t kBlock = 64;
   std::array<const double*, kBlock> candidates;
-  const auto& items = list.GetItems();
-  for (std::size_t i = 0; i < items.size();) {
+  const TFeatureVector* example = next();
+  while (example != nullptr) {
     std::size_t count = 0;
-    for (; i < items.size() && count < kBlock; ++i) {
-      if (items[i] != &query && items[i]->GetLength() == query.GetLength()) {
-        candidates[count++] = items[i]->GetData();
+    for (; example != nullptr && count < kBlock; example = next()) {
+      if (example != &query && example->GetLength() == query.GetLength()) {
+        candidates[count++] = example->GetData();
       }
     }
     if (kernels::FindNearestL1(query.GetData(), query.GetLength(), candidates.data(), count, nearest.distance) <
@@ -41,6 +46,12 @@ void Compare(const TFeatureVector& query, const TFeatureVectorList& list, double
       nearest.result = result;
     }
   }
+}
+
+void CompareAll(const TFeatureVector& query, const TFeatureVectorList& list, double result, TNearest& nearest) {
+  const auto& items = list.GetItems();
+  std::size_t i = 0;
+  Compare(query, result, nearest, [&] { return i < items.size() ? items[i++] : nullptr; });
 }
 
 /// Reads a count and that many vectors. Nothing if the file cannot hold them.
@@ -85,11 +96,71 @@ TClassifierNearestNeighbor::TClassifierNearestNeighbor() {
   name = "NearestNeighbor";
 }
 
+TClassifierNearestNeighbor::~TClassifierNearestNeighbor() = default;
+
 double TClassifierNearestNeighbor::Classify(const TFeatureVector& vector) const {
+  UpdateBounds();
+  if (bounds && vector.GetLength() == Example(0)->GetLength() && bounds->SetQuery(vector.GetData())) {
+    return ClassifyWithBounds(vector);
+  }
   TNearest nearest;
-  Compare(vector, *positiveExamples, 1.0, nearest);
-  Compare(vector, *negativeExamples, -1.0, nearest);
+  CompareAll(vector, *positiveExamples, 1.0, nearest);
+  CompareAll(vector, *negativeExamples, -1.0, nearest);
   return nearest.result;
+}
+
+double TClassifierNearestNeighbor::ClassifyWithBounds(const TFeatureVector& vector) const {
+  std::size_t promising = bounds->Nearest(std::numeric_limits<std::size_t>::max());
+  if (Example(promising) == &vector) {
+    promising = bounds->Nearest(promising);
+  }
+  const double* const values = Example(promising)->GetData();
+  double limit = TNearest().distance;
+  kernels::FindNearestL1(vector.GetData(), vector.GetLength(), &values, 1, limit);
+  // One as near as the promising one may come before it and win the tie.
+  TNearest nearest;
+  nearest.distance = std::min(std::nextafter(limit, HUGE_VAL), nearest.distance);
+  const std::vector<std::uint32_t>& rows = bounds->Within(limit);
+  auto row = rows.begin();
+  const auto compareUpTo = [&](std::size_t end, double result) {
+    Compare(vector, result, nearest, [&] { return row != rows.end() && *row < end ? Example(*row++) : nullptr; });
+  };
+  compareUpTo(positiveExamples->GetItems().size(), 1.0);
+  compareUpTo(std::numeric_limits<std::size_t>::max(), -1.0);
+  return nearest.result;
+}
+
+const TFeatureVector* TClassifierNearestNeighbor::Example(std::size_t row) const {
+  const auto& positives = positiveExamples->GetItems();
+  return row < positives.size() ? positives[row] : negativeExamples->GetItems()[row - positives.size()];
+}
+
+void TClassifierNearestNeighbor::UpdateBounds() const {
+  const std::pair revision(positiveExamples->GetRevision(), negativeExamples->GetRevision());
+  if (revision != boundsRevision) {
+    bounds.reset();
+    bounds = MakeBounds();
+    boundsRevision = revision;
+  }
+}
+
+std::unique_ptr<TDistanceBounds> TClassifierNearestNeighbor::MakeBounds() const {
+  // What belongs to the caller may change or go without a word.
+  if (!positiveExamples->GetOwnsItems() || !negativeExamples->GetOwnsItems()) {
+    return nullptr;
+  }
+  std::vector<const double*> rows;
+  std::uint32_t length = 0;
+  for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
+    for (const TFeatureVector* example : list->GetItems()) {
+      if (!rows.empty() && example->GetLength() != length) {
+        return nullptr;
+      }
+      length = example->GetLength();
+      rows.push_back(example->GetData());
+    }
+  }
+  return TDistanceBounds::Make(rows, length);
 }
 
 bool TClassifierNearestNeighbor::Save(std::FILE* file) const {

@@ -37,6 +37,10 @@ class TClassifierNeuralNetwork : public TClassifier {
   /// From -1 to 1; 0 if untrained.
   double Classify(const TFeatureVector& vector) const override;
 
+  std::optional<double> GetTrainingError() const override {
+    return network ? std::optional<double>(mse) : std::nullopt;
+  }
+
   /// Whether training draws its weights from the seed instead of from the clock. With a fixed seed the same examples
   /// give the same network, bit for bit.
   bool GetFixedSeed() const { return fixedSeed; }

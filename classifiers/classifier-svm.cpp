@@ -12,6 +12,7 @@
 
 #include "base/little-endian.h"
 #include "base/temporary-file.h"
+#include "classifiers/svm-decision.h"
 #include "classifiers/svm-model-text.h"
 
 namespace {
@@ -143,6 +144,7 @@ void TClassifierSVM::SetDefaultParameters() {
 }
 
 void TClassifierSVM::FreeModel() {
+  decision.reset();
   model.reset();
   problem.reset();
 }
@@ -168,6 +170,7 @@ void TClassifierSVM::Train() {
     return;
   }
   model.reset(svm_train(&problem->view, parameters.get()));
+  decision = std::make_unique<TSvmDecision>(*model, rowLength);
 }
 
 void TClassifierSVM::BuildProblem() {
@@ -203,16 +206,16 @@ void TClassifierSVM::ApplyKernelSetting() {
 
 double TClassifierSVM::Classify(const TFeatureVector& vector) const {
   const std::uint32_t length = vector.GetLength();
-  if (!model || (rowLength != 0 && length != rowLength)) {
+  if (!decision || (rowLength != 0 && length != rowLength)) {
     return 0.0;
   }
-  const auto nodes = std::make_unique_for_overwrite<svm_node[]>(std::size_t{length} + 1);
-  for (std::uint32_t i = 0; i < length; ++i) {
-    const double value = vector.GetData()[i];
-    nodes[i] = {static_cast<int>(i), normalize ? Scaled(i, value) : value};
+  std::vector<double> values(vector.GetData(), vector.GetData() + length);
+  if (normalize) {
+    for (std::uint32_t i = 0; i < length; ++i) {
+      values[i] = Scaled(i, values[i]);
+    }
   }
-  nodes[length] = kRowEnd;
-  return svm_predict(model.get(), nodes.get()) < 0 ? -1.0 : 1.0;
+  return decision->Label(values.data()) < 0 ? -1.0 : 1.0;
 }
 
 bool TClassifierSVM::WriteParameters(std::FILE* file) const {
@@ -270,6 +273,7 @@ bool TClassifierSVM::Load(std::FILE* file) {
   normalize = scaling->dimension > 0;
   SetScaling(std::move(*scaling));
   *parameters = *stored;
+  decision = loaded ? std::make_unique<TSvmDecision>(*loaded, length) : nullptr;
   model = std::move(loaded);
   rowLength = length;
   return true;

@@ -6,6 +6,7 @@
 
 #include "classifiers/classifier.h"
 
+class TSvmDecision;
 struct svm_model;
 struct svm_parameter;
 
@@ -52,6 +53,8 @@ class TClassifierSVM : public TClassifier {
   std::unique_ptr<TProblem> problem;
   const std::unique_ptr<svm_parameter> parameters;
   std::unique_ptr<svm_model, TFreeModel> model;
+  /// Answers for the model; there is one exactly if there is a model.
+  std::unique_ptr<TSvmDecision> decision;
   /// The rows in the problem.
   std::int32_t exampleCount = 0;
   /// The elements of the vectors that the model knows; 0 if a loaded one did not tell.

@@ -22,6 +22,10 @@ constexpr TClassifierType kTypes[] = {
 
 }  // namespace
 
+std::span<const TClassifierType> ClassifierTypes() {
+  return kTypes;
+}
+
 const TClassifierType* FindClassifierType(const std::string& name) {
   const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
                                          [&](const TClassifierType& type) { return type.name == name; });

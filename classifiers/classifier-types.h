@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 
 #include "classifiers/classifier.h"
@@ -15,6 +16,9 @@ struct TClassifierType {
   const char* describedSetting;
   std::unique_ptr<TClassifier> (*make)();
 };
+
+/// All types, in the order of the Classifiers table.
+std::span<const TClassifierType> ClassifierTypes();
 
 /// The type of exactly that name; null for any other text.
 const TClassifierType* FindClassifierType(const std::string& name);

@@ -46,6 +46,10 @@ class TClassifier {
   /// Above 0 means positive. 0 if untrained, or if the vector has another length than the examples.
   virtual double Classify(const TFeatureVector& vector) const = 0;
 
+  /// The mean square error over the examples that the last training left; nothing if the class knows none or there was
+  /// no training.
+  virtual std::optional<double> GetTrainingError() const { return std::nullopt; }
+
   TFeatureVectorList& GetPositiveExamples() { return *positiveExamples; }
   const TFeatureVectorList& GetPositiveExamples() const { return *positiveExamples; }
   TFeatureVectorList& GetNegativeExamples() { return *negativeExamples; }

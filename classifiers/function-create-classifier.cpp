@@ -3,21 +3,13 @@
 #include "classifiers/classifier-types.h"
 #include "classifiers/var-classifier.h"
 
-TFunctionCreateClassifier::TFunctionCreateClassifier() {
-  name = "createclassifier";
-  returnsValue = true;
-  returnType = "classifier";
-  SetParameters({"string"});
-  SetHelp({"Name:        CreateClassifier",                               //
-           "Description: Creates 'classifier' variable of a given type",  //
-           "Syntax:      classifier = createclassifier(\"neural\")",      //
-           "Returns:     'classifier'",                                   //
-           "Parameters:  1 - string"});
-}
-
-std::unique_ptr<TVar> TFunctionCreateClassifier::CreateReturnVariable() const {
-  return std::make_unique<TVarClassifier>();
-}
+TFunctionCreateClassifier::TFunctionCreateClassifier()
+    : TFunction({.name = "createclassifier", .kinds = {"string"}, .returns = Returns<TVarClassifier>(), .help = R"(
+Name:        CreateClassifier
+Description: Creates 'classifier' variable of a given type
+Syntax:      classifier = createclassifier("neural")
+Returns:     'classifier'
+Parameters:  1 - string)"}) {}
 
 bool TFunctionCreateClassifier::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   const std::string type = StripQuotes(params[0]);

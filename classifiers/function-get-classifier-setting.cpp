@@ -4,16 +4,14 @@
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
 
-TFunctionGetClassifierSetting::TFunctionGetClassifierSetting() {
-  name = "getclassifiersetting";
-  SetParameters({"variable", "string"}, 1);
-  SetHelp({"Name:        GetClassifierSetting",                          //
-           "Description: Shows the settings of a 'classifier'",          //
-           "Syntax:      getclassifiersetting(classifier, \"kernel\")",  //
-           "Returns:     nothing",                                       //
-           "Parameters:  1 - 'classifier'",                              //
-           "             2 - string (optional)"});
-}
+TFunctionGetClassifierSetting::TFunctionGetClassifierSetting()
+    : TFunction({.name = "getclassifiersetting", .kinds = {"variable", "string"}, .optional = 1, .help = R"(
+Name:        GetClassifierSetting
+Description: Shows the settings of a 'classifier'
+Syntax:      getclassifiersetting(classifier, "kernel")
+Returns:     nothing
+Parameters:  1 - 'classifier'
+             2 - string (optional))"}) {}
 
 bool TFunctionGetClassifierSetting::Execute(const std::vector<std::string>& params) {
   const auto* variable = FindVariable<TVarClassifier>(params[0]);

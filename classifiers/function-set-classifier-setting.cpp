@@ -4,17 +4,15 @@
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
 
-TFunctionSetClassifierSetting::TFunctionSetClassifierSetting() {
-  name = "setclassifiersetting";
-  SetParameters({"variable", "string", "string"});
-  SetHelp({"Name:        SetClassifierSetting",                                      //
-           "Description: Changes a setting of a 'classifier'",                       //
-           "Syntax:      setclassifiersetting(classifier, \"kernel\", \"linear\")",  //
-           "Returns:     nothing",                                                   //
-           "Parameters:  1 - 'classifier'",                                          //
-           "             2 - string",                                                //
-           "             3 - string"});
-}
+TFunctionSetClassifierSetting::TFunctionSetClassifierSetting()
+    : TFunction({.name = "setclassifiersetting", .kinds = {"variable", "string", "string"}, .help = R"(
+Name:        SetClassifierSetting
+Description: Changes a setting of a 'classifier'
+Syntax:      setclassifiersetting(classifier, "kernel", "linear")
+Returns:     nothing
+Parameters:  1 - 'classifier'
+             2 - string
+             3 - string)"}) {}
 
 bool TFunctionSetClassifierSetting::Execute(const std::vector<std::string>& params) {
   const auto* variable = FindVariable<TVarClassifier>(params[0]);

@@ -3,7 +3,7 @@
 #include "classifiers/classifier-types.h"
 #include "classifiers/classifier.h"
 
-TVarClassifier::TVarClassifier() : TVar("classifier") {}
+TVarClassifier::TVarClassifier() : TVar(kTypeName) {}
 
 TVarClassifier::~TVarClassifier() = default;
 

@@ -12,6 +12,8 @@ class TClassifier;
 /// WatchClassifier returns, which knows when it is gone, and locks it for the length of one operation at most.
 class TVarClassifier : public TVar {
  public:
+  static constexpr const char* kTypeName = "classifier";
+
   TVarClassifier();
   ~TVarClassifier() override;
 

@@ -3,16 +3,14 @@
 #include "concepts/var-visual-concept-locations.h"
 #include "images/var-image.h"
 
-TFunctionDisplayVisualConceptLocations::TFunctionDisplayVisualConceptLocations() {
-  name = "displayvisualconceptlocations";
-  SetParameters({"variable", "variable"});
-  SetHelp({"Name:        DisplayVisualConceptLocations",                    //
-           "Description: Displays 'visualconceptlocations' in an 'image'",  //
-           "Syntax:      displayvisualconceptlocations(image, locations)",  //
-           "Returns:     nothing",                                          //
-           "Parameters:  1 - 'image'",                                      //
-           "Parameters:  2 - 'visualconceptlocations'"});
-}
+TFunctionDisplayVisualConceptLocations::TFunctionDisplayVisualConceptLocations()
+    : TFunction({.name = "displayvisualconceptlocations", .kinds = {"variable", "variable"}, .help = R"(
+Name:        DisplayVisualConceptLocations
+Description: Displays 'visualconceptlocations' in an 'image'
+Syntax:      displayvisualconceptlocations(image, locations)
+Returns:     nothing
+Parameters:  1 - 'image'
+Parameters:  2 - 'visualconceptlocations')"}) {}
 
 bool TFunctionDisplayVisualConceptLocations::Execute(const std::vector<std::string>& params) {
   if (FindVariable<TVarImage>(params[0]) == nullptr || FindVariable<TVarVisualConceptLocations>(params[1]) == nullptr) {

@@ -1,10 +1,11 @@
 #include "concepts/function-learn-visual-concept.h"
 
 #include <algorithm>
-
-#include <QCoreApplication>
+#include <array>
+#include <utility>
 
 #include "base/format-string.h"
+#include "base/text.h"
 #include "classifiers/classifier-list.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
@@ -31,18 +32,16 @@ bool HoldsOtherLengths(const TFeatureVectorList& examples, std::uint32_t length)
                      [length](const auto* example) { return example->GetLength() != length; });
 }
 
-/// Hands the combined vector of every usable segment to `add`. Returns how many segments were left out.
+/// Hands the combined vector of every usable segment of the image to `add`. Returns how many segments were left out.
 template <typename TAdd>
-int AddExamples(const TVarVisualConcept& visualConcept, const TVarDatabase& database, const TAdd& add) {
+int AddExamples(const TVarVisualConcept& visualConcept, const TVarImage& image, const TAdd& add) {
   int skipped = 0;
   TFeatureVector combined;
-  for (const auto& image : database.GetImages()) {
-    for (const auto& segment : image->GetSegments()) {
-      if (visualConcept.Combine(*segment, combined)) {
-        add(&combined);
-      } else {
-        ++skipped;
-      }
+  for (const auto& segment : image.GetSegments()) {
+    if (visualConcept.Combine(*segment, combined)) {
+      add(&combined);
+    } else {
+      ++skipped;
     }
   }
   return skipped;
@@ -50,40 +49,26 @@ int AddExamples(const TVarVisualConcept& visualConcept, const TVarDatabase& data
 
 }  // namespace
 
-TFunctionLearnVisualConcept::TFunctionLearnVisualConcept() {
-  name = "learnvisualconcept";
-  returnsValue = true;
-  returnType = "visualconcept";
-  SetParameters({"variable", "variable", "variable"});
-  SetHelp({"Name:        LearnVisualConcept",                                                  //
-           "Description: Learns a visual concept from two 'database' variables, with",         //
-           "             positive and negative examples, and applying a classifier to them",   //
-           "Syntax:      concept = learnvisualconcept(db_positive, db_negative, classifier)",  //
-           "Returns:     'visualconcept'",                                                     //
-           "Parameters:  1 - 'database'",                                                      //
-           "             2 - 'database'",                                                      //
-           "             3 - 'classifier'"});
-}
-
-std::unique_ptr<TVar> TFunctionLearnVisualConcept::CreateReturnVariable() const {
-  return std::make_unique<TVarVisualConcept>();
-}
+TFunctionLearnVisualConcept::TFunctionLearnVisualConcept()
+    : TFunction({.name = "learnvisualconcept",
+                 .kinds = {"variable", "variable", "variable"},
+                 .returns = Returns<TVarVisualConcept>(),
+                 .help = R"(
+Name:        LearnVisualConcept
+Description: Learns a visual concept from two 'database' variables, with
+             positive and negative examples, and applying a classifier to them
+Syntax:      concept = learnvisualconcept(db_positive, db_negative, classifier)
+Returns:     'visualconcept'
+Parameters:  1 - 'database'
+             2 - 'database'
+             3 - 'classifier')"}) {}
 
 bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& visualConcept = dynamic_cast<TVarVisualConcept&>(variable);
-  const auto* positive = FindVariable<TVarDatabase>(params[0]);
-  const auto* negative = FindVariable<TVarDatabase>(params[1]);
-  const auto* classifierVariable = FindVariable<TVarClassifier>(params[2]);
-  if (positive == nullptr) {
-    Print("First parameter is not of type 'database'");
-    return false;
-  }
-  if (negative == nullptr) {
-    Print("Second parameter is not of type 'database'");
-    return false;
-  }
-  if (classifierVariable == nullptr || classifierVariable->GetClassifier() == nullptr) {
-    Print("Third parameter is not of type 'classifier'");
+  const auto* positive = Require<TVarDatabase>(params, 1);
+  const auto* negative = positive == nullptr ? nullptr : Require<TVarDatabase>(params, 2);
+  const auto* classifierVariable = negative == nullptr ? nullptr : Require<TVarClassifier>(params, 3);
+  if (classifierVariable == nullptr) {
     return false;
   }
   if (!CheckSegmented(*positive, *negative)) {
@@ -95,26 +80,23 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   if (!CheckExamples(visualConcept, classifier, *positive, *negative)) {
     return false;
   }
-  Train(visualConcept, classifier, *positive, *negative);
-  return true;
+  return Train(visualConcept, classifier, *positive, *negative);
 }
 
 bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
-  if (positive.GetImages().empty()) {
-    Print("First database does not contain images");
-    return false;
+  const std::array<std::pair<const char*, const TVarDatabase*>, 2> databases = {
+      {{"First", &positive}, {"Second", &negative}}};
+  for (const auto& [ordinal, database] : databases) {
+    if (database->GetImages().empty()) {
+      Print(FormatString("%s database does not contain images", ordinal));
+      return false;
+    }
   }
-  if (negative.GetImages().empty()) {
-    Print("Second database does not contain images");
-    return false;
-  }
-  if (positive.GetImages().front()->GetSegments().empty()) {
-    Print("Images in first database are not segmented");
-    return false;
-  }
-  if (negative.GetImages().front()->GetSegments().empty()) {
-    Print("Images in second database are not segmented");
-    return false;
+  for (const auto& [ordinal, database] : databases) {
+    if (database->GetImages().front()->GetSegments().empty()) {
+      Print(FormatString("Images in %s database are not segmented", base::FoldCase(ordinal).c_str()));
+      return false;
+    }
   }
   return true;
 }
@@ -124,6 +106,7 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
   if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetDimension()) ||
       HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetDimension())) {
     Print("Classifier holds examples of another length");
+    Print("createclassifier makes it new");
     return false;
   }
   if (!HasUsableSegment(visualConcept, positive)) {
@@ -137,16 +120,38 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
   return true;
 }
 
-void TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, TClassifier& classifier,
+bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, TClassifier& classifier,
                                         const TVarDatabase& positive, const TVarDatabase& negative) const {
+  const bool hasFeatures = !visualConcept.GetFeatures().empty();
+  if (!hasFeatures) {
+    Print("No features in common: no example holds a number");
+  }
   // One vector serves every example.
   classifier.SetCopyExamples(true);
-  int skipped = AddExamples(visualConcept, positive, [&](auto* example) { classifier.AddPositiveExample(example); });
-  skipped += AddExamples(visualConcept, negative, [&](auto* example) { classifier.AddNegativeExample(example); });
+  const std::size_t positives = positive.GetImages().size();
+  const std::size_t total = positives + negative.GetImages().size();
+  int skipped = 0;
+  std::size_t done = 0;
+  for (; done < total && ReportProgress(done, total); ++done) {
+    if (done < positives) {
+      skipped += AddExamples(visualConcept, *positive.GetImages()[done],
+                             [&](auto* example) { classifier.AddPositiveExample(example); });
+    } else {
+      skipped += AddExamples(visualConcept, *negative.GetImages()[done - positives],
+                             [&](auto* example) { classifier.AddNegativeExample(example); });
+    }
+  }
   if (skipped > 0) {
     Print(FormatString("%d segments without usable features skipped", skipped));
   }
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  if (done < total) {
+    return Interrupted(done, total);
+  }
+  ProcessEvents();
   classifierList->PrepareTraining(classifier);
   classifier.Train();
+  if (const auto error = classifier.GetTrainingError(); error && hasFeatures) {
+    Print(FormatString("Mean square error: %.6f", *error));
+  }
+  return true;
 }

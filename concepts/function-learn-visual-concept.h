@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,7 +14,6 @@ class TVarVisualConcept;
 class TFunctionLearnVisualConcept : public TFunction {
  public:
   TFunctionLearnVisualConcept();
-  std::unique_ptr<TVar> CreateReturnVariable() const override;
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
 
  private:
@@ -24,6 +22,7 @@ class TFunctionLearnVisualConcept : public TFunction {
   /// Tests that the concept's examples would fit the classifier and that there are some; prints a line if not.
   bool CheckExamples(const TVarVisualConcept& visualConcept, const TClassifier& classifier,
                      const TVarDatabase& positive, const TVarDatabase& negative) const;
-  void Train(const TVarVisualConcept& visualConcept, TClassifier& classifier, const TVarDatabase& positive,
+  /// Adds all examples and trains. False if the user ended it before all were added.
+  bool Train(const TVarVisualConcept& visualConcept, TClassifier& classifier, const TVarDatabase& positive,
              const TVarDatabase& negative) const;
 };

@@ -7,17 +7,15 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionUpdateVisualConceptTags::TFunctionUpdateVisualConceptTags() {
-  name = "updatevisualconcepttags";
-  SetParameters({"variable", "variable", "string"});
-  SetHelp({"Name:        UpdateVisualConceptTags",                                       //
-           "Description: Adds tags to 'database' if a 'concept' is found in the image",  //
-           "Syntax:      updatevisualconcepttags(db, concept, \"tree\")",                //
-           "Returns:     nothing",                                                       //
-           "Parameters:  1 - 'database'",                                                //
-           "             2 - 'visualconcept'",                                           //
-           "             3 - tag"});
-}
+TFunctionUpdateVisualConceptTags::TFunctionUpdateVisualConceptTags()
+    : TConceptCommand({.name = "updatevisualconcepttags", .kinds = {"variable", "variable", "string"}, .help = R"(
+Name:        UpdateVisualConceptTags
+Description: Adds tags to 'database' if a 'concept' is found in the image
+Syntax:      updatevisualconcepttags(db, concept, "tree")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - 'visualconcept'
+             3 - tag)"}) {}
 
 bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& params) {
   const auto* database = FindVariable<TVarDatabase>(params[0]);
@@ -31,26 +29,19 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
     Print("Second variable is not of type 'visualconcept'");
     return false;
   }
-  const auto classifier = visualConcept->LockClassifier();
-  if (!classifier) {
-    Print("Concept has no classifier");
-    return false;
-  }
-  int skipped = 0;
   int tagged = 0;
-  for (const auto& image : database->GetImages()) {
-    skipped += visualConcept->Locate(*classifier, tag, *image);
-    const bool isFound = std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
+  const auto visit = [&](TVarImage& image) {
+    const bool isFound = std::any_of(image.GetSegments().begin(), image.GetSegments().end(),
                                      [](const auto& segment) { return !segment->GetLabel().empty(); });
     if (isFound) {
       ++tagged;
-      if (!image->HasTag(tag)) {
-        image->GetTags().push_back(tag);
+      if (!image.HasTag(tag)) {
+        image.GetTags().push_back(tag);
       }
     }
-  }
-  if (skipped > 0) {
-    Print(FormatString("%d segments without usable features skipped", skipped));
+  };
+  if (!Locate(TImageSelection(*database), *visualConcept, tag, visit)) {
+    return false;
   }
   Print(FormatString("%d images tagged", tagged));
   return true;

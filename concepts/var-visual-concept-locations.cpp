@@ -1,6 +1,6 @@
 #include "concepts/var-visual-concept-locations.h"
 
-TVarVisualConceptLocations::TVarVisualConceptLocations() : TVar("visualconceptlocations") {}
+TVarVisualConceptLocations::TVarVisualConceptLocations() : TVar(kTypeName) {}
 
 std::unique_ptr<TVar> TVarVisualConceptLocations::CreateNew() const {
   return std::make_unique<TVarVisualConceptLocations>();

@@ -9,6 +9,8 @@
 /// the labels of the segments.
 class TVarVisualConceptLocations : public TVar {
  public:
+  static constexpr const char* kTypeName = "visualconceptlocations";
+
   TVarVisualConceptLocations();
 
   std::unique_ptr<TVar> CreateNew() const override;

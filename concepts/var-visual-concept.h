@@ -24,6 +24,8 @@ struct TConceptFeature {
 /// to its own variable; the concept only watches it, and all concepts that were learned with it share its state.
 class TVarVisualConcept : public TVar {
  public:
+  static constexpr const char* kTypeName = "visualconcept";
+
   TVarVisualConcept();
 
   std::unique_ptr<TVar> CreateNew() const override;
@@ -51,6 +53,12 @@ class TVarVisualConcept : public TVar {
   int Locate(const TClassifier& usedClassifier, const std::string& label, TVarImage& image) const;
 
  private:
+  /// Fills `parts`, as many as there are features, with where the numbers of the segment's vectors lie. False, with
+  /// `parts` undefined, if one is missing or has another length.
+  bool FindParts(const TImageSegment& segment, const double** parts) const;
+  /// Puts the numbers one behind the other. False if one is not finite.
+  bool Join(const double* const* parts, TFeatureVector& combined) const;
+
   std::weak_ptr<TClassifier> classifier;
   std::vector<TConceptFeature> features;
   std::uint32_t dimension = 0;

@@ -2,15 +2,19 @@
 
 #include "base/file.h"
 
-void TCommandHistory::Load(const std::string& filename) {
+bool TCommandHistory::Load(const std::string& filename) {
   entries.clear();
-  std::string text = base::ReadFile(filename).value_or(std::string());
-  text.resize(text.find('\0') == std::string::npos ? text.size() : text.find('\0'));
+  hasBareLineFeed = false;
+  const auto bytes = base::ReadFile(filename);
+  const std::string text = bytes ? bytes->substr(0, bytes->find('\0')) : std::string();
   std::size_t start = 0;
   for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', start)) {
+    hasBareLineFeed = hasBareLineFeed || end == start || text[end - 1] != '\r';
     entries.push_back(text.substr(start, end == start ? 0 : end - start - 1));
     start = end + 1;
   }
+  hasOpenLastLine = start < text.size();
+  return bytes.has_value();
 }
 
 void TCommandHistory::Save(const std::string& filename) const {
@@ -18,5 +22,5 @@ void TCommandHistory::Save(const std::string& filename) const {
   for (const std::string& entry : entries) {
     text += entry + "\r\n";
   }
-  base::WriteFile(filename, text);
+  base::ReplaceFile(filename, text.data(), text.size());
 }

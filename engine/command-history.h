@@ -8,8 +8,14 @@
 /// in front of each, whatever it is; text behind the last line feed is not read.
 class TCommandHistory {
  public:
-  /// Replaces `entries` by the lines of the file, up to its first zero byte. A file that cannot be read leaves none.
-  void Load(const std::string& filename);
+  /// Replaces `entries` by the lines of the file, up to its first zero byte. False, without entries, if the file cannot
+  /// be read.
+  bool Load(const std::string& filename);
+
+  /// Whether the text that was loaded last had a line feed without a carriage return in front of it, where a character
+  /// of the line was lost, and whether text stood behind the last line feed, which was lost.
+  bool HasBareLineFeed() const { return hasBareLineFeed; }
+  bool HasOpenLastLine() const { return hasOpenLastLine; }
 
   /// Writes every entry and its line end, in place of what the file held. A failure is not reported.
   void Save(const std::string& filename) const;
@@ -18,4 +24,8 @@ class TCommandHistory {
   void Assign(const TCommandHistory& other) { entries = other.entries; }
 
   std::vector<std::string> entries;
+
+ private:
+  bool hasBareLineFeed = false;
+  bool hasOpenLastLine = false;
 };

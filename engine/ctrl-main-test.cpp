@@ -49,12 +49,12 @@ TEST(TCtrlMain, AFeatureDirectoryThatCannotBeMadeIsReported) {
   MakeFile("FeatureStorage", "a file");
   MakeFile("FeatureBroken.so", "no library");
   MainWindow window;
-  std::string output;
-  const TCtrlMain controller(&window, [&](const std::string& text) { output += text; });
+  TRecordingView view(window);
+  const TCtrlMain controller(view);
   EXPECT_TRUE(
-      output.starts_with("  Directory 'FeatureStorage' cannot be created\n"
-                         "  Plug-in 'FeatureBroken.so' was left out: "))
-      << output;
+      view.output.starts_with("  Directory 'FeatureStorage' cannot be created\n"
+                              "  Plug-in 'FeatureBroken.so' was left out: "))
+      << view.output;
 }
 
 TEST(TCtrlMain, TheEchoIsNotIndentedAndThePaneShowsWhatTheObserverGot) {
@@ -100,15 +100,16 @@ TEST(TCtrlMain, TheHistoryKeepsTheLast25LinesOverARestart) {
     longHistory += "old" + std::to_string(i) + "\r\n";
   }
   MakeFile("CommandHistory.txt", longHistory);
-  const auto nothing = [](const std::string&) {};
   {
     MainWindow window;
-    const TCtrlMain controller(&window, nothing);
+    TWindowView view(window);
+    const TCtrlMain controller(view);
   }
   EXPECT_EQ(FileBytes("CommandHistory.txt"), longHistory) << "a longer file is read whole";
   {
     MainWindow window;
-    TCtrlMain controller(&window, nothing);
+    TWindowView view(window);
+    TCtrlMain controller(view);
     for (int i = 1; i <= 26; ++i) {
       controller.ExecuteCommand(i % 2 == 0 ? "Line " + std::to_string(i) : "");
     }
@@ -135,7 +136,8 @@ TEST(TCtrlMain, TheVariablesTableFollowsTheStore) {
   EXPECT_EQ(workbench.GetColumn(0), (TTexts{"b", "a"})) << "a replaced variable moves to the end";
   EXPECT_EQ(workbench.Run("b = loadimage(\"a.jpg\")"),
             "Destination variable already exists but has a different type, replacing it\n");
-  EXPECT_EQ(workbench.Run("b = loadimage(\"none.jpg\")"), "File does not exist\nFunction failed\n");
+  EXPECT_EQ(workbench.Run("b = loadimage(\"none.jpg\")"),
+            "File does not exist\nFunction failed\nVariable 'b' was removed\n");
   EXPECT_EQ(workbench.GetColumn(0), (TTexts{"a"})) << "a failed command takes its destination with it";
   workbench.Run("reset(1,2)");
   EXPECT_EQ(workbench.GetColumn(0), TTexts{});

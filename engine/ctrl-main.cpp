@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -14,14 +15,13 @@
 #include "classifiers/classifier-list.h"
 #include "engine/command-history.h"
 #include "engine/command-parser.h"
+#include "engine/completion.h"
 #include "engine/function-list.h"
 #include "engine/function.h"
 #include "engine/parsed-command.h"
 #include "engine/var-list.h"
 #include "engine/var.h"
 #include "features/feature-list.h"
-#include "gui/main-window.h"
-#include "images/var-image.h"
 #include "segmentation/segmentation-methods.h"
 
 namespace {
@@ -30,37 +30,75 @@ constexpr const char* kHistoryFile = "CommandHistory.txt";
 constexpr const char* kFeatureDirectory = "FeatureStorage";
 constexpr std::size_t kMaxHistory = 25;
 
+/// How long the view may stand still while a command is under way: well below the tenth of a second at which people
+/// begin to notice.
+constexpr std::chrono::milliseconds kDrawInterval(50);
+
+/// The number with a comma between thousands.
+std::string GroupThousands(std::size_t number) {
+  std::string digits = std::to_string(number);
+  for (std::size_t end = digits.size(); end > 3; end -= 3) {
+    digits.insert(end - 3, 1, ',');
+  }
+  return digits;
+}
+
+/// Calls `run` and returns what it returned. What a library throws, an allocation that fails included, ends the command
+/// and not the program: its text goes to `print`, and the result is false.
+template <typename TRun, typename TPrint>
+bool RunGuarded(const TRun& run, const TPrint& print) {
+  try {
+    return run();
+  } catch (const std::bad_alloc&) {
+    print("Out of memory");
+  } catch (const std::exception& failure) {
+    print(failure.what());
+  }
+  return false;
+}
+
+/// Calls a function at the end of its own lifetime, however that comes.
+template <typename TFunctor>
+class TAtEnd {
+ public:
+  explicit TAtEnd(const TFunctor& functor) : functor(functor) {}
+  ~TAtEnd() { functor(); }
+  TAtEnd(const TAtEnd&) = delete;
+  TAtEnd& operator=(const TAtEnd&) = delete;
+
+ private:
+  TFunctor functor;
+};
+
 }  // namespace
 
-TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
-    : window(window),
-      observer(observer),
+TCtrlMain::TCtrlMain(TView& view, const std::vector<std::string>& pluginDirectories)
+    : view(view),
       parser(std::make_unique<TCommandParser>()),
       history(std::make_unique<TCommandHistory>()),
       varList(std::make_unique<TVarList>()),
       functionList(std::make_unique<TFunctionList>()),
-      featureList(std::make_unique<TFeatureList>()),
+      featureList(std::make_unique<TFeatureList>(pluginDirectories)),
       classifierList(std::make_unique<TClassifierList>()) {
-  window->OnKeyUp = boost::bind(&TCtrlMain::PreviousCommand, this);
-  window->OnKeyDown = boost::bind(&TCtrlMain::NextCommand, this);
-  window->OnReturnPressed = boost::bind(&TCtrlMain::OnCommandEntered, this);
+  view.SetListener(this);
   const auto print = boost::bind(&TCtrlMain::PrintLine, this, boost::placeholders::_1);
   parser->SetOutput(print);
   varList->SetOutput(print);
   functionList->SetOutput(print);
   functionList->SetCommand(boost::bind(&TCtrlMain::ExecuteCommand, this, boost::placeholders::_1));
+  functionList->SetWork(this);
   history->Load(kHistoryFile);
   functionList->SetVarList(varList.get());
   functionList->SetFeatureList(featureList.get());
   functionList->SetClassifierList(classifierList.get());
   for (const auto& feature : featureList->GetFeatures()) {
-    window->AddFeature(feature->GetName());
+    view.AddFeature(feature->GetName());
   }
   for (const char* classifier : {"nearest", "neural", "svm"}) {
-    window->AddClassifier(classifier);
+    view.AddClassifier(classifier);
   }
   for (const std::string_view method : {kGridMethod, kSiftMethod}) {
-    window->AddSegmentationMethod(std::string(method));
+    view.AddSegmentationMethod(std::string(method));
   }
   if (!base::MakeDirectory(kFeatureDirectory)) {
     PrintLine(FormatString("Directory '%s' cannot be created", kFeatureDirectory));
@@ -72,101 +110,137 @@ TCtrlMain::TCtrlMain(MainWindow* window, const TOutputObserver& observer)
 
 TCtrlMain::~TCtrlMain() {
   history->Save(kHistoryFile);
-  // The window outlives this object and must not call into it.
-  window->OnKeyUp.clear();
-  window->OnKeyDown.clear();
-  window->OnReturnPressed.clear();
-}
-
-void TCtrlMain::AddOutput(const std::string& text) {
-  if (observer) {
-    observer(text);
-  }
-  window->AddOutput(text);
+  // The view outlives this object and must not call into it.
+  view.SetListener(nullptr);
 }
 
 void TCtrlMain::PrintLine(const std::string& line) {
-  AddOutput("  " + line + "\n");
+  view.AddOutput("  " + line + "\n");
 }
 
 void TCtrlMain::AddToHistory(const std::string& line) {
   auto& entries = history->entries;
-  entries.insert(entries.begin(), line);
+  // A line feed would make two entries of one in the file.
+  std::string entry = line;
+  std::erase(entry, '\n');
+  entries.insert(entries.begin(), std::move(entry));
   // A file edited by hand may have brought more.
   entries.resize(std::min(entries.size(), kMaxHistory));
   historyIndex = -1;
 }
 
 void TCtrlMain::ExecuteCommand(const std::string& line) {
-  AddOutput("> " + line + "\n");
-  AddToHistory(line);
-  if (!RunLine(line)) {
+  Execute(line, TOrigin::kTyped);
+}
+
+void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
+  if (depth++ == 0) {
+    isInterrupted = false;
+  }
+  view.BeginWork();
+  const TAtEnd atEnd([this] {
+    --depth;
+    if (std::exchange(showsWork, false)) {
+      view.ShowWork(std::string());
+    }
+    view.EndWork();
+  });
+  const auto runs = [&] {
+    view.AddOutput("> " + line + "\n");
+    AddToHistory(line);
+    // Whoever watches sees what was asked for before it begins.
+    view.ProcessEvents();
+    return RunLine(line, origin);
+  };
+  if (!RunGuarded(runs, [this](const char* reason) { PrintLine(reason); })) {
     ++failedLines;
   }
 }
 
-bool TCtrlMain::RunLine(const std::string& line) {
+bool TCtrlMain::RunLine(const std::string& line, TOrigin origin) {
   const THelpRequest help = ProcessHelp(line);
   if (help != THelpRequest::kNone) {
+    if (depth == 1) {
+      view.SelectCommandText();
+    }
     return help == THelpRequest::kAnswered;
   }
   const auto parsed = parser->Parse(line);
-  if (!parsed) {
-    window->ClearCommandText();
-    return false;
+  const bool succeeded = parsed && RunParsed(*parsed, origin);
+  if (parsed) {
+    UpdateVariables();
   }
-  bool succeeded = false;
-  try {
-    succeeded = RunParsed(*parsed);
-  } catch (const std::exception& failure) {
-    // What a library throws, an allocation that fails included, ends the command and not the program.
-    PrintLine(failure.what());
-    PrintLine("Function failed");
-    if (parsed->Type == "assignfunction") {
-      varList->Remove(parsed->Destination);
-    }
-  }
-  UpdateVariables();
-  window->ClearCommandText();
+  view.SetCommandText(std::string());
   return succeeded;
 }
 
-bool TCtrlMain::RunParsed(const TParsedCommand& parsed) {
+bool TCtrlMain::RunParsed(const TParsedCommand& parsed, TOrigin origin) {
   if (parsed.Type == "assign") {
     return RunAssign(parsed);
   }
-  return parsed.Type == "assignfunction" ? RunAssignFunction(parsed) : RunFunction(parsed);
+  return parsed.Type == "assignfunction" ? RunAssignFunction(parsed, origin) : RunFunction(parsed);
 }
 
-void TCtrlMain::OnCommandEntered() {
-  pendingLines.push_back(window->GetCommandText());
+void TCtrlMain::RunFromView(TOrigin origin) {
+  pendingLines.push_back({view.GetCommandText(), origin});
   if (isRunning) {
     return;
   }
   isRunning = true;
-  while (!pendingLines.empty()) {
-    const std::string line = std::move(pendingLines.front());
+  // One piece of work for all lines, so that what is typed meanwhile comes behind them.
+  view.BeginWork();
+  const TAtEnd atEnd([this] {
+    isRunning = false;
+    view.EndWork();
+  });
+  while (!pendingLines.empty() && !view.IsClosing()) {
+    const TPendingLine line = std::move(pendingLines.front());
     pendingLines.pop_front();
-    ExecuteCommand(line);
+    Execute(line.text, line.origin);
   }
-  isRunning = false;
 }
 
 void TCtrlMain::PreviousCommand() {
   if (historyIndex < static_cast<int>(history->entries.size()) - 1) {
     ++historyIndex;
-    window->SetCommandText(history->entries[static_cast<std::size_t>(historyIndex)]);
+    view.SetCommandText(history->entries[static_cast<std::size_t>(historyIndex)]);
   }
 }
 
 void TCtrlMain::NextCommand() {
   if (historyIndex > 0) {
     --historyIndex;
-    window->SetCommandText(history->entries[static_cast<std::size_t>(historyIndex)]);
+    view.SetCommandText(history->entries[static_cast<std::size_t>(historyIndex)]);
   } else if (historyIndex == 0) {
     historyIndex = -1;
-    window->ClearCommandText();
+    view.SetCommandText(std::string());
   }
+}
+
+void TCtrlMain::Interrupt() {
+  isInterrupted = depth > 0;
+}
+
+TCompletion TCtrlMain::Complete(const std::string& before) const {
+  return CompleteCommand(before, *functionList, *varList, *featureList);
+}
+
+bool TCtrlMain::Continue(const std::string& command, std::size_t done, std::size_t total) {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lastDrawn >= kDrawInterval) {
+    view.ShowWork(command + ", " + GroupThousands(done) + " of " + GroupThousands(total));
+    showsWork = true;
+    lastDrawn = std::chrono::steady_clock::now();
+  }
+  return !isInterrupted;
+}
+
+void TCtrlMain::ProcessEvents() {
+  view.ProcessEvents();
+}
+
+void TCtrlMain::Pause(int milliseconds) {
+  view.Pause(milliseconds);
 }
 
 void TCtrlMain::SetSeed(std::uint32_t seed) {
@@ -175,12 +249,7 @@ void TCtrlMain::SetSeed(std::uint32_t seed) {
 }
 
 void TCtrlMain::UpdateVariables() {
-  window->ClearVariables();
-  for (const auto& variable : varList->GetVariables()) {
-    const auto* image = dynamic_cast<const TVarImage*>(variable.get());
-    window->AddVariable(variable->GetName(), variable->GetType(), variable->GetDescription(),
-                        image != nullptr ? image->GetFilename() : std::string());
-  }
+  view.ShowVariables(*varList);
 }
 
 TCtrlMain::THelpRequest TCtrlMain::ProcessHelp(const std::string& line) {
@@ -219,14 +288,15 @@ bool TCtrlMain::RunFunction(const TParsedCommand& parsed) {
   if (!function->CheckParameters(parsed.Parameters)) {
     return false;
   }
-  if (!function->Execute(parsed.Parameters)) {
+  const auto run = [&] { return function->Execute(parsed.Parameters); };
+  if (!RunGuarded(run, [this](const char* reason) { PrintLine(reason); })) {
     PrintLine("Function failed");
     return false;
   }
   return true;
 }
 
-bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed) {
+bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) {
   TFunction* function = functionList->Find(parsed.Function);
   if (function == nullptr) {
     PrintLine(FormatString("Function '%s' not found", parsed.Function.c_str()));
@@ -239,21 +309,37 @@ bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed) {
   if (!function->CheckParameters(parsed.Parameters)) {
     return false;
   }
+  if (origin == TOrigin::kDropped && parsed.Function == "loaddatabase" &&
+      !base::IsDirectory(TFunction::StripQuotes(parsed.Parameters.front()))) {
+    // A hand that slipped must not cost the database that stands there.
+    PrintLine("Path is not a directory");
+    PrintLine("Function failed");
+    return false;
+  }
+  const bool existedBefore = varList->Find(parsed.Destination) != nullptr;
+  const auto run = [&] { return FillDestination(*function, parsed); };
+  if (RunGuarded(run, [this](const char* reason) { PrintLine(reason); })) {
+    return true;
+  }
+  varList->Remove(parsed.Destination);
+  PrintLine("Function failed");
+  if (existedBefore) {
+    PrintLine(FormatString("Variable '%s' was removed", parsed.Destination.c_str()));
+  }
+  return false;
+}
+
+bool TCtrlMain::FillDestination(TFunction& function, const TParsedCommand& parsed) {
   TVar* destination = varList->Find(parsed.Destination);
-  if (destination != nullptr && destination->GetType() != function->GetReturnType()) {
+  if (destination != nullptr && destination->GetType() != function.GetReturnType()) {
     PrintLine("Destination variable already exists but has a different type, replacing it");
     varList->Remove(parsed.Destination);
     destination = nullptr;
   }
   if (destination == nullptr) {
-    destination = AddVariable(function->CreateReturnVariable(), parsed.Destination);
+    destination = AddVariable(function.CreateReturnVariable(), parsed.Destination);
   }
-  if (!function->ExecuteWithReturn(*destination, parsed.Parameters)) {
-    varList->Remove(parsed.Destination);
-    PrintLine("Function failed");
-    return false;
-  }
-  return true;
+  return function.ExecuteWithReturn(*destination, parsed.Parameters);
 }
 
 bool TCtrlMain::RunAssign(const TParsedCommand& parsed) {
@@ -263,15 +349,18 @@ bool TCtrlMain::RunAssign(const TParsedCommand& parsed) {
     PrintLine(FormatString("Variable '%s' not found", parsed.Source.c_str()));
     return false;
   }
-  if (destination != nullptr && destination->GetType() != source->GetType()) {
+  if (destination != nullptr && destination->GetType() == source->GetType()) {
+    destination->Assign(source);
+    return true;
+  }
+  // The copy is made before anything goes, since memory may not suffice for it.
+  std::unique_ptr<TVar> copy = source->CreateNew();
+  copy->Assign(source);
+  if (destination != nullptr) {
     PrintLine("Destination variable has a different type, replacing it");
     varList->Remove(parsed.Destination);
-    destination = nullptr;
   }
-  if (destination == nullptr) {
-    destination = AddVariable(source->CreateNew(), parsed.Destination);
-  }
-  destination->Assign(source);
+  AddVariable(std::move(copy), parsed.Destination);
   return true;
 }
 

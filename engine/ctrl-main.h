@@ -1,51 +1,44 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include <boost/function.hpp>
+#include "engine/view.h"
+#include "engine/work.h"
 
-class MainWindow;
 class TClassifierList;
 class TCommandHistory;
 class TCommandParser;
 class TFeatureList;
+class TFunction;
 class TFunctionList;
 class TVar;
 class TVarList;
 struct TParsedCommand;
 
 /// The program's centre: owns every engine object and is the road of every command line, whether typed, dropped or read
-/// from a script. The window reaches it through three callbacks; it drives the window by plain calls.
-class TCtrlMain {
+/// from a script. It drives the view by plain calls and hears of the user as the view's listener.
+class TCtrlMain : private TViewListener, private TWork {
  public:
-  /// Sees every text that goes to the output pane, as the engine's own bytes.
-  using TOutputObserver = boost::function<void(const std::string&)>;
-
-  /// Builds the engine around a window that outlives it, reads the command history of the working directory and makes
-  /// the directory "FeatureStorage" there.
-  explicit TCtrlMain(MainWindow* window, const TOutputObserver& observer = TOutputObserver());
+  /// Builds the engine around a view that outlives it, reads the command history of the working directory and makes
+  /// the directory "FeatureStorage" there. Feature plug-ins come from there and from `pluginDirectories`.
+  explicit TCtrlMain(TView& view, const std::vector<std::string>& pluginDirectories = {});
   /// Writes the command history.
-  ~TCtrlMain();
+  ~TCtrlMain() override;
   TCtrlMain(const TCtrlMain&) = delete;
   TCtrlMain& operator=(const TCtrlMain&) = delete;
 
-  /// Appends one line to the output pane, indented by two blanks.
+  /// Prints one line, indented by two blanks.
   void PrintLine(const std::string& line);
 
   /// Runs one command line from start to end. A script command calls it again for each of its lines.
   void ExecuteCommand(const std::string& line);
 
-  /// Runs the text of the command line. While a command is under way the line waits until that command has ended.
-  void OnCommandEntered();
-
-  /// Moves the command line to an older or a newer entry of the history.
-  void PreviousCommand();
-  void NextCommand();
-
-  /// Rebuilds the Variables table.
+  /// Has the view show the variables as they are now.
   void UpdateVariables();
 
   /// Makes everything that is drawn by lot come out the same in every run: the weights that a network starts from, and
@@ -59,25 +52,47 @@ class TCtrlMain {
 
  private:
   enum class THelpRequest { kNone, kAnswered, kUnknownName };
+  enum class TOrigin { kTyped, kDropped };
 
-  void AddOutput(const std::string& text);
+  struct TPendingLine {
+    std::string text;
+    TOrigin origin;
+  };
+
+  /// The text of the command line runs. While a command is under way it waits until that command has ended.
+  void OnCommandEntered() override { RunFromView(TOrigin::kTyped); }
+  void OnFileDropped() override { RunFromView(TOrigin::kDropped); }
+  void PreviousCommand() override;
+  void NextCommand() override;
+  void Interrupt() override;
+  TCompletion Complete(const std::string& before) const override;
+
+  bool Continue(const std::string& command, std::size_t done, std::size_t total) override;
+  void ProcessEvents() override;
+  void Pause(int milliseconds) override;
+  bool IsInterrupted() const override { return isInterrupted; }
+
+  void RunFromView(TOrigin origin);
+  void Execute(const std::string& line, TOrigin origin);
   void AddToHistory(const std::string& line);
 
   /// Answers "help" and "help name". Does not fold case, unlike the parser.
   THelpRequest ProcessHelp(const std::string& line);
 
-  /// True if the line succeeded.
-  bool RunLine(const std::string& line);
-  bool RunParsed(const TParsedCommand& parsed);
+  /// True if the line succeeded. Nothing thrown leaves it.
+  bool RunLine(const std::string& line, TOrigin origin);
+  bool RunParsed(const TParsedCommand& parsed, TOrigin origin);
   bool RunFunction(const TParsedCommand& parsed);
-  bool RunAssignFunction(const TParsedCommand& parsed);
+  bool RunAssignFunction(const TParsedCommand& parsed, TOrigin origin);
   bool RunAssign(const TParsedCommand& parsed);
+
+  /// Runs a command into its destination, which it makes where there is none of the type.
+  bool FillDestination(TFunction& function, const TParsedCommand& parsed);
 
   /// Names the variable, adds it to the store and returns it.
   TVar* AddVariable(std::unique_ptr<TVar> variable, const std::string& name);
 
-  MainWindow* window;
-  TOutputObserver observer;
+  TView& view;
   std::unique_ptr<TCommandParser> parser;
   std::unique_ptr<TCommandHistory> history;
   /// The entry that the up and down keys have reached; -1 for none.
@@ -87,7 +102,13 @@ class TCtrlMain {
   std::unique_ptr<TFeatureList> featureList;
   std::unique_ptr<TClassifierList> classifierList;
   int failedLines = 0;
-  /// Set while OnCommandEntered runs a line; what is dropped meanwhile waits in pendingLines.
+  /// How many lines are under way, one inside the other.
+  int depth = 0;
+  bool isInterrupted = false;
+  /// Set while RunFromView runs lines; what arrives meanwhile waits in pendingLines.
   bool isRunning = false;
-  std::deque<std::string> pendingLines;
+  std::deque<TPendingLine> pendingLines;
+  bool showsWork = false;
+  /// When the view last drew the work under way.
+  std::chrono::steady_clock::time_point lastDrawn;
 };

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
-
 #include "base/console.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
+#include "engine/work.h"
 
 namespace {
 
@@ -26,22 +25,16 @@ class TListScope {
 
 }  // namespace
 
-TFunctionExecuteScript::TFunctionExecuteScript() {
-  name = "executescript";
-  SetParameters({"string"});
-  SetHelp({"Name:        ExecuteScript",                              //
-           "Description: Executes a series of commands from a file",  //
-           "Syntax:      ExecuteScript(\"C:\\File.txt\")",            //
-           "Returns:     nothing",                                    //
-           "Parameters:  1 - script file"});
-}
+TFunctionExecuteScript::TFunctionExecuteScript()
+    : TFunction({.name = "executescript", .kinds = {"string"}, .help = R"(
+Name:        ExecuteScript
+Description: Executes a series of commands from a file
+Syntax:      ExecuteScript("C:\File.txt")
+Returns:     nothing
+Parameters:  1 - script file)"}) {}
 
 bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
   const std::string filename = StripQuotes(params[0]);
-  if (!base::IsRegularFile(filename)) {
-    Print("File not found");
-    return false;
-  }
   const std::string identity = base::FileIdentity(filename);
   if (std::find(running.begin(), running.end(), identity) != running.end()) {
     Print("Script is already running");
@@ -52,14 +45,17 @@ bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
     return false;
   }
   TCommandHistory script;
-  script.Load(filename);
+  if (!LoadLines(filename, script)) {
+    return false;
+  }
   const TListScope scope(running, identity);
-  for (const std::string& line : script.entries) {
-    if (base::Interrupted()) {
-      break;
+  for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
+    if (work != nullptr && work->IsInterrupted()) {
+      Print("Script interrupted");
+      return false;
     }
-    command(line);
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    command(script.entries[i]);
+    ProcessEvents();
   }
   return true;
 }

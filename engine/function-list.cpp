@@ -84,6 +84,12 @@ void TFunctionList::SetClassifierList(const TClassifierList* list) {
   }
 }
 
+void TFunctionList::SetWork(TWork* work) {
+  for (const auto& function : functions) {
+    function->SetWork(work);
+  }
+}
+
 void TFunctionList::Print(const std::string& line) const {
   if (output) {
     output(line);

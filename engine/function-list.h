@@ -10,6 +10,7 @@ class TClassifierList;
 class TFeatureList;
 class TFunction;
 class TVarList;
+class TWork;
 
 /// All commands of the language, made once in a fixed order, which is also the order of the help list. A new command is
 /// a class and one line in the constructor.
@@ -29,6 +30,7 @@ class TFunctionList {
   void SetVarList(TVarList* list);
   void SetFeatureList(const TFeatureList* list);
   void SetClassifierList(const TClassifierList* list);
+  void SetWork(TWork* work);
 
   /// Where the commands' lines of output go, and where the command lines go that they want run.
   void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }

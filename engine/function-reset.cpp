@@ -2,13 +2,12 @@
 
 #include "engine/var.h"
 
-TFunctionReset::TFunctionReset() {
-  name = "reset";
-  SetHelp({"Name:        Reset",                                    //
-           "Description: Resets the program to its startup state",  //
-           "Syntax:      reset()",                                  //
-           "Returns:     nothing"});
-}
+TFunctionReset::TFunctionReset()
+    : TFunction({.name = "reset", .takesAnything = true, .help = R"(
+Name:        Reset
+Description: Resets the program to its startup state
+Syntax:      reset()
+Returns:     nothing)"}) {}
 
 bool TFunctionReset::Execute(const std::vector<std::string>& /*params*/) {
   while (!varList->GetVariables().empty()) {

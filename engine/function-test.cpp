@@ -38,12 +38,12 @@ class TVarProbe : public TVar {
 /// A command with the declarations that a test gives it, and a record of what it prints.
 class TFunctionProbe : public TFunction {
  public:
-  TFunctionProbe() {
+  explicit TFunctionProbe(const TCommandFacts& facts) : TFunction(facts) {
     SetOutput([this](const std::string& line) { lines.push_back(line); });
     SetVarList(&variables);
     variables.Add(std::make_unique<TVarProbe>("x"));
   }
-  TFunctionProbe(TLines kinds, int optional) : TFunctionProbe() { SetParameters(std::move(kinds), optional); }
+  TFunctionProbe(const TLines& kinds, int optional) : TFunctionProbe({.kinds = kinds, .optional = optional}) {}
 
   TVarList variables;
   TLines lines;
@@ -100,7 +100,7 @@ TEST(TFunction, EveryParameterIsCheckedByItsKind) {
 }
 
 TEST(TFunction, WithoutOverridesItTakesAnythingAndRunsNothing) {
-  TFunctionProbe function;
+  TFunctionProbe function({.takesAnything = true});
   EXPECT_TRUE(function.CheckParameters({"1", "", "\"", "y"}));
   EXPECT_EQ(function.lines, TLines());
   EXPECT_EQ(function.CreateReturnVariable(), nullptr);

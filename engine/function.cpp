@@ -1,25 +1,42 @@
 #include "engine/function.h"
 
-#include <utility>
+#include <array>
+#include <sstream>
 
 #include "base/format-string.h"
+#include "base/native-path.h"
+#include "engine/command-history.h"
 #include "engine/var.h"
+#include "engine/work.h"
+
+TFunction::TFunction(const TCommandFacts& facts)
+    : name(facts.name),
+      returnsValue(facts.returns.create != nullptr),
+      returnType(facts.returns.type),
+      minParameters(static_cast<int>(facts.kinds.size()) - facts.optional),
+      maxParameters(static_cast<int>(facts.kinds.size())),
+      kinds(facts.kinds),
+      takesAnything(facts.takesAnything),
+      createReturn(facts.returns.create),
+      help(facts.help) {}
 
 void TFunction::ShowHelp() const {
-  if (help.empty()) {
+  std::istringstream lines(help);
+  std::string line;
+  if (!std::getline(lines, line)) {
     Print("No help available for this function");
   }
-  for (const std::string& line : help) {
+  while (std::getline(lines, line)) {
     Print(line);
   }
 }
 
 std::unique_ptr<TVar> TFunction::CreateReturnVariable() const {
-  return nullptr;
+  return createReturn == nullptr ? nullptr : createReturn();
 }
 
 bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
-  if (!checksParameters) {
+  if (takesAnything) {
     return true;
   }
   if (!CheckParameterCount(static_cast<int>(params.size()))) {
@@ -80,19 +97,53 @@ std::string TFunction::StripQuotes(const std::string& parameter) {
   return parameter.size() < 2 ? std::string() : parameter.substr(1, parameter.size() - 2);
 }
 
-void TFunction::SetParameters(std::vector<std::string> newKinds, int optional) {
-  checksParameters = true;
-  kinds = std::move(newKinds);
-  maxParameters = static_cast<int>(kinds.size());
-  minParameters = maxParameters - optional;
-}
-
-void TFunction::SetHelp(std::vector<std::string> lines) {
-  help = std::move(lines);
+void TFunction::PrintWrongType(int position, const std::string& quotedType) const {
+  constexpr std::array<const char*, 3> kOrdinals = {"First", "Second", "Third"};
+  Print(std::string(kOrdinals.at(static_cast<std::size_t>(position) - 1)) + " parameter is not of type " + quotedType);
 }
 
 void TFunction::Print(const std::string& line) const {
   if (output) {
     output(line);
+  }
+}
+
+bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const {
+  if (!base::IsRegularFile(path)) {
+    Print("File not found");
+    return false;
+  }
+  if (!lines.Load(path)) {
+    Print("File cannot be read");
+    return false;
+  }
+  if (lines.HasBareLineFeed()) {
+    Print(FormatString("File '%s' has line ends without carriage return: the last character of such a line is lost",
+                       path.c_str()));
+  }
+  if (lines.HasOpenLastLine()) {
+    Print(FormatString("The last line of '%s' has no line end and is not read", path.c_str()));
+  }
+  return true;
+}
+
+bool TFunction::ReportProgress(std::size_t done, std::size_t total) const {
+  return work == nullptr || work->Continue(name, done, total);
+}
+
+bool TFunction::Interrupted(std::size_t done, std::size_t total) const {
+  Print(FormatString("Interrupted after %d of %d images", static_cast<int>(done), static_cast<int>(total)));
+  return false;
+}
+
+void TFunction::ProcessEvents() const {
+  if (work != nullptr) {
+    work->ProcessEvents();
+  }
+}
+
+void TFunction::Pause(int milliseconds) const {
+  if (work != nullptr) {
+    work->Pause(milliseconds);
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,11 +10,38 @@
 #include "engine/var-list.h"
 
 class TClassifierList;
+class TCommandHistory;
 class TFeatureList;
 class TVar;
+class TWork;
 
-/// Base of every command of the language. A command says in its constructor what it is called, what it returns, which
-/// parameters it takes and what its help says, and overrides Execute or ExecuteWithReturn. The objects live as long as
+/// The variable that a command fills: its type name, and how a new one is made. Empty for a command that fills none.
+struct TReturn {
+  std::string type = {};
+  std::unique_ptr<TVar> (*create)() = nullptr;
+};
+
+template <typename TVariable>
+TReturn Returns() {
+  return {TVariable::kTypeName, []() -> std::unique_ptr<TVar> { return std::make_unique<TVariable>(); }};
+}
+
+/// What the language knows of a command.
+struct TCommandFacts {
+  std::string name = {};
+  /// The kinds of the parameters: "variable", "string" or "boolean".
+  std::vector<std::string> kinds = {};
+  /// How many of them, the last, may be left out.
+  int optional = 0;
+  /// True for a command that accepts any parameters.
+  bool takesAnything = false;
+  TReturn returns = {};
+  /// The lines of the help text, each behind a line feed.
+  const char* help = "";
+};
+
+/// Base of every command of the language. A command gives its facts to the base and overrides Execute or
+/// ExecuteWithReturn. The objects live as long as
 /// the list of commands and are used for every call.
 ///
 /// Parameters arrive as the parser left them, double quotes included. A command that fails prints its reason through
@@ -30,8 +58,7 @@ class TFunction {
   /// A new empty variable of the return type; null for a command that returns nothing.
   virtual std::unique_ptr<TVar> CreateReturnVariable() const;
 
-  /// Tests number and kinds of the parameters and prints one line for each fault found. A command that declared no
-  /// parameters accepts any.
+  /// Tests number and kinds of the parameters and prints one line for each fault found.
   virtual bool CheckParameters(const std::vector<std::string>& params) const;
 
   /// Runs a command that returns nothing.
@@ -50,6 +77,9 @@ class TFunction {
   void SetFeatureList(const TFeatureList* list) { featureList = list; }
   void SetClassifierList(const TClassifierList* list) { classifierList = list; }
 
+  /// Whom the command tells how far it is; without one nobody watches and nobody interrupts.
+  void SetWork(TWork* newWork) { work = newWork; }
+
   void SetOutput(const boost::function<void(std::string)>& newOutput) { output = newOutput; }
   void SetCommand(const boost::function<void(std::string)>& newCommand) { command = newCommand; }
 
@@ -64,12 +94,7 @@ class TFunction {
   static std::string StripQuotes(const std::string& parameter);
 
  protected:
-  TFunction() = default;
-
-  /// Declares the parameters by their kinds. The last `optional` of them may be left out.
-  void SetParameters(std::vector<std::string> newKinds, int optional = 0);
-
-  void SetHelp(std::vector<std::string> lines);
+  explicit TFunction(const TCommandFacts& facts);
 
   /// The variable of that name as a `TVariable`; null if there is none or it is of another class.
   template <typename TVariable>
@@ -77,23 +102,56 @@ class TFunction {
     return dynamic_cast<TVariable*>(varList->Find(variableName));
   }
 
+  /// The parameter at `position` (from 1 to 3) as a `TVariable`. Null if it is none, and the line that says so has been
+  /// printed: "First parameter is not of type 'database'".
+  template <typename TVariable>
+  TVariable* Require(const std::vector<std::string>& params, int position) const {
+    auto* variable = FindVariable<TVariable>(params[static_cast<std::size_t>(position) - 1]);
+    if (variable == nullptr) {
+      PrintWrongType(position, std::string("'") + TVariable::kTypeName + "'");
+    }
+    return variable;
+  }
+
+  /// Says that the parameter at `position` is not of the type, which stands in quotes.
+  void PrintWrongType(int position, const std::string& quotedType) const;
+
   /// Prints one line of output.
   void Print(const std::string& line) const;
+
+  /// Reads a text file that the user named into lines. False if there is none; the reason has been printed, and so has
+  /// what the reader loses of the file.
+  bool LoadLines(const std::string& path, TCommandHistory& lines) const;
+
+  /// To be called before each of `total` images, when `done` are through: lets the window draw itself and count on.
+  /// False if the user wants the command to end; the command then returns Interrupted().
+  bool ReportProgress(std::size_t done, std::size_t total) const;
+
+  /// Says behind how many images the command ended. Always false, the result of a command that failed.
+  bool Interrupted(std::size_t done, std::size_t total) const;
+
+  /// Lets the window draw itself now.
+  void ProcessEvents() const;
+
+  /// Waits, where there is somebody to watch.
+  void Pause(int milliseconds) const;
 
   TVarList* varList = nullptr;
   const TFeatureList* featureList = nullptr;
   const TClassifierList* classifierList = nullptr;
+  TWork* work = nullptr;
   std::string name;
-  bool returnsValue = false;
+  bool returnsValue;
   std::string returnType;
-  int minParameters = 0;
-  int maxParameters = 0;
+  int minParameters;
+  int maxParameters;
   boost::function<void(std::string)> output;
   /// Runs a command line like a typed one.
   boost::function<void(std::string)> command;
 
  private:
-  bool checksParameters = false;
   std::vector<std::string> kinds;
-  std::vector<std::string> help;
+  bool takesAnything;
+  std::unique_ptr<TVar> (*createReturn)();
+  const char* help;
 };

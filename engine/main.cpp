@@ -6,6 +6,7 @@
 #include "base/memory.h"
 #include "base/text.h"
 #include "engine/ctrl-main.h"
+#include "engine/window-view.h"
 #include "gui/main-window.h"
 
 namespace {
@@ -25,9 +26,12 @@ int main(int argc, char** argv) {
   base::KeepFreedMemory();
   qInstallMessageHandler(ReportAndLeaveIfFatal);
   QApplication application(argc, argv);
+  // Where the desktop looks up the icon by that name.
+  QGuiApplication::setDesktopFileName("tessimar");
   base::UseClassicNumbers();
   MainWindow window;
-  TCtrlMain controller(&window);
+  TWindowView view(window);
+  const TCtrlMain controller(view);
   window.show();
   return QApplication::exec();
 }

@@ -10,31 +10,38 @@
 TVarList::TVarList() = default;
 
 TVarList::~TVarList() {
-  while (!variables.empty()) {
-    Remove(variables.front()->GetName());
+  byName.clear();
+  for (auto& variable : variables) {
+    variable.reset();
   }
 }
 
 TVar* TVarList::Find(const std::string& name) const {
-  const auto found = std::find_if(variables.begin(), variables.end(),
-                                  [&](const auto& variable) { return variable->GetName() == name; });
-  return found == variables.end() ? nullptr : found->get();
+  const auto found = byName.find(name);
+  return found == byName.end() ? nullptr : found->second.first;
 }
 
 void TVarList::Add(std::unique_ptr<TVar> variable) {
   variable->SetOutput(boost::bind(&TVarList::Print, this, boost::placeholders::_1));
+  ++byName.try_emplace(variable->GetName(), TNamed{variable.get(), 0}).first->second.count;
   variables.push_back(std::move(variable));
 }
 
 void TVarList::Remove(const std::string& name) {
-  const auto found = std::find_if(variables.begin(), variables.end(),
-                                  [&](const auto& variable) { return variable->GetName() == name; });
-  if (found == variables.end()) {
+  const auto named = byName.find(name);
+  if (named == byName.end()) {
     return;
   }
+  const auto isNamed = [&](const auto& variable) { return variable->GetName() == named->first; };
+  const auto first = std::find_if(variables.begin(), variables.end(), isNamed);
   // `name` may be the variable's own string, so the variable goes last.
-  const std::unique_ptr<TVar> removed = std::move(*found);
-  variables.erase(found);
+  const std::unique_ptr<TVar> removed = std::move(*first);
+  const auto behind = variables.erase(first);
+  if (--named->second.count == 0) {
+    byName.erase(named);
+  } else {
+    named->second.first = std::find_if(behind, variables.end(), isNamed)->get();
+  }
 }
 
 void TVarList::Print(const std::string& line) const {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <boost/function.hpp>
@@ -20,7 +22,7 @@ class TVarList {
   /// The first variable of exactly this name, or null.
   TVar* Find(const std::string& name) const;
 
-  /// Takes the variable, binds its output to the store's and appends it.
+  /// Takes the variable, which keeps its name from now on, binds its output to the store's and appends it.
   void Add(std::unique_ptr<TVar> variable);
 
   /// Destroys the first variable of that name; the others keep their order. An absent name is no error.
@@ -35,5 +37,11 @@ class TVarList {
 
  private:
   std::vector<std::unique_ptr<TVar>> variables;
+  struct TNamed {
+    TVar* first;
+    std::size_t count;
+  };
+  /// By name: a script may make thousands of variables, and every line looks some up.
+  std::unordered_map<std::string, TNamed> byName;
   boost::function<void(std::string)> output;
 };

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include <boost/function.hpp>
+#include <boost/function/function_fwd.hpp>
 
 #include "base/shared-text.h"
 
@@ -12,7 +12,7 @@
 /// database.
 class TVar {
  public:
-  virtual ~TVar() = default;
+  virtual ~TVar();
   TVar(const TVar&) = delete;
   TVar& operator=(const TVar&) = delete;
 
@@ -26,28 +26,22 @@ class TVar {
   /// One line about the contents, for the Variables table.
   virtual std::string GetDescription() const = 0;
 
-  const std::string& GetName() const { return name.get(); }
+  const std::string& GetName() const { return name.Get(); }
   std::string GetType() const { return type; }
   void SetName(const std::string& newName) { name = newName; }
 
   /// Where Print() sends its lines; bound by the store that takes the variable.
-  void SetOutput(const boost::function<void(std::string)>& newOutput) {
-    output = std::make_unique<boost::function<void(std::string)>>(newOutput);
-  }
+  void SetOutput(const boost::function<void(std::string)>& newOutput);
 
  protected:
   /// The name of the type is a constant of the derived class.
-  explicit TVar(const char* typeName) : type(typeName) {}
+  explicit TVar(const char* typeName);
 
   /// Prints one line, if the variable stands in a store.
-  void Print(const std::string& line) const {
-    if (output && *output) {
-      (*output)(line);
-    }
-  }
+  void Print(const std::string& line) const;
 
  private:
-  base::TSharedText name = base::kNoText;
+  base::TSharedText name;
   const char* const type;
   // Most variables are images of a database: these have no name and no output, and there may be a million of them.
   std::unique_ptr<boost::function<void(std::string)>> output;

@@ -118,13 +118,6 @@ void NotePlugins(TPlan& plan) {
     const std::size_t begin = refusal.find('\'') + 1;
     plan.damage.push_back({refusal.substr(begin, refusal.find('\'', begin) - begin), 0, refusal});
   }
-  for (const auto& feature : plan.featureList.GetFeatures()) {
-    const auto* plugin = dynamic_cast<const TFeaturePlugin*>(feature.get());
-    if (plugin != nullptr && plan.featureList.Find(plugin->GetName()) != plugin) {
-      plan.damage.push_back(
-          {plugin->GetFile(), 0, FormatString("there is a feature '%s' already", plugin->GetName().c_str())});
-    }
-  }
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TQueryRanking TRanker::Rank(std::span<const double> distances, std::uint32_t que
   if (!keepsQuery) {
     entries.erase(entries.begin() + query);
   }
-  SortByDistance(entries);
+  kernels::RankSort(entries);
   for (const std::uint32_t tag : tags) {
     ranks[tag].clear();
     isAsked[tag] = true;

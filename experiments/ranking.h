@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "experiments/measures.h"
-#include "retrieval/ranking.h"
+#include "kernels/rank-sort.h"
 
 /// The ranking of one query and what it is worth for each of the query's topics.
 struct TQueryRanking {
@@ -35,7 +35,7 @@ class TRanker {
   std::vector<std::vector<std::uint32_t>> carriers;
   bool keepsQuery;
   std::size_t topCount;
-  std::vector<TDatabaseIndexEntry> entries;
+  std::vector<kernels::TRankEntry> entries;
   /// By tag: the ranks of its carriers, for the tags that are asked for.
   std::vector<std::vector<std::uint32_t>> ranks;
   std::vector<bool> isAsked;

@@ -15,27 +15,38 @@ TFeatureList::TFeatureList(const std::vector<std::string>& pluginDirectories) {
   features.push_back(std::make_unique<TFeatureLbp>());
   for (const std::string& fileName : base::ListDirectory(".").value_or(std::vector<std::string>())) {
     if (base::IsPluginFileName(fileName)) {
-      AddPlugin(fileName);
+      LoadPlugin(fileName);
     }
   }
   for (const std::string& directory : pluginDirectories) {
-    std::vector<std::string> fileNames = base::ListDirectory(directory).value_or(std::vector<std::string>());
-    std::sort(fileNames.begin(), fileNames.end());
-    for (const std::string& fileName : fileNames) {
-      if (base::IsPluginFileName(fileName)) {
-        AddPlugin(base::WithTrailingSeparator(base::NativePath(directory)) + fileName);
+    auto fileNames = base::ListDirectory(directory);
+    if (!fileNames) {
+      refusals.push_back(FormatString("Directory '%s' cannot be read", directory.c_str()));
+      continue;
+    }
+    std::sort(fileNames->begin(), fileNames->end());
+    for (const std::string& fileName : *fileNames) {
+      const std::string path = base::WithTrailingSeparator(base::NativePath(directory)) + fileName;
+      if (base::IsPluginFileName(fileName) && !triedFiles.contains(base::FileIdentity(path))) {
+        LoadPlugin(path);
       }
     }
   }
 }
 
-void TFeatureList::AddPlugin(const std::string& fileName) {
+void TFeatureList::LoadPlugin(const std::string& fileName) {
+  triedFiles.insert(base::FileIdentity(fileName));
   std::string reason;
-  if (auto plugin = TFeaturePlugin::Load(fileName, reason)) {
-    features.push_back(std::move(plugin));
-  } else {
+  auto plugin = TFeaturePlugin::Load(fileName, reason);
+  if (!plugin) {
     refusals.push_back(FormatString("Plug-in '%s' was left out: %s", fileName.c_str(), reason.c_str()));
+    return;
   }
+  if (Find(plugin->GetName()) != nullptr) {
+    refusals.push_back(FormatString("Plug-in '%s' never runs: there is another feature \"%s\" before it",
+                                    fileName.c_str(), plugin->GetName().c_str()));
+  }
+  features.push_back(std::move(plugin));
 }
 
 const TFeature* TFeatureList::Find(const std::string& name) const {

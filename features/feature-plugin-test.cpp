@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "features/feature-list.h"
 #include "images/feature-vector.h"
@@ -71,8 +72,8 @@ TEST_F(TPluginTest, WithoutPluginsThereAreTheTwoBuiltInFeatures) {
   EXPECT_EQ(list.Find(""), nullptr);
 }
 
-TEST_F(TPluginTest, TheExampleOfTheSdkRuns) {
-  filesystem::copy_file(EXAMPLE_PLUGIN, "FeatureMeanColor.so");
+TEST_F(TPluginTest, TheTemplateOfTheSdkRuns) {
+  filesystem::copy_file(TEMPLATE_PLUGIN, "FeatureMeanColor.so");
   const TFeatureList list;
   EXPECT_EQ(list.GetRefusals(), TLines());
   ASSERT_EQ(Names(list), (TLines{"hsv", "lbp", "meancolor"}));
@@ -81,7 +82,7 @@ TEST_F(TPluginTest, TheExampleOfTheSdkRuns) {
   EXPECT_FALSE(feature->NeedsGrayscale());
   ASSERT_TRUE(feature->ProcessColor(colour, vector));
   EXPECT_EQ(vector.GetName(), "meancolor");
-  EXPECT_EQ(Numbers(vector), (TNumbers{264.0 / 6.0, 8.0 / 6.0, 19.0 / 6.0}));
+  EXPECT_EQ(Numbers(vector), (TNumbers{264.0 / (255.0 * 6.0), 8.0 / (255.0 * 6.0), 19.0 / (255.0 * 6.0)}));
   ASSERT_TRUE(feature->ProcessColor(TImageRGB(), vector));
   EXPECT_EQ(Numbers(vector), (TNumbers{0.0, 0.0, 0.0}));
 }
@@ -144,6 +145,34 @@ TEST_F(TPluginTest, APluginThatTakesABuiltInNameNeverRuns) {
   const TFeatureList list = ListWith("named-lbp");
   EXPECT_EQ(Names(list), (TLines{"hsv", "lbp", "lbp"}));
   EXPECT_EQ(list.Find("lbp"), list.GetFeatures()[1].get());
+  EXPECT_EQ(list.GetRefusals(), (TLines{"Plug-in 'Feature-named-lbp.so' never runs: there is another feature \"lbp\" "
+                                        "before it"}));
+}
+
+TEST_F(TPluginTest, FurtherDirectoriesComeAfterwardsByName) {
+  filesystem::create_directories("one");
+  filesystem::create_directories("two/with a blank");
+  CopyFixture("plain", "FeaturePlain.so");
+  CopyFixture("willing", "one/FeatureB.so");
+  CopyFixture("gray", "one/FeatureC.so");
+  filesystem::copy_file(TEMPLATE_PLUGIN, "one/FeatureA.so");
+  MakeFile("one/FeatureText.so", "no library");
+  CopyFixture("named-lbp", "one/other.so");
+  CopyFixture("both", "two/with a blank/Feature.so");
+  // Met in the working directory already.
+  filesystem::create_symlink(filesystem::absolute("FeaturePlain.so"), "one/FeatureAgain.so");
+  const TFeatureList list({"one", filesystem::absolute("two") / "WITH A BLANK", "one", "none"});
+  EXPECT_EQ(Names(list), (TLines{"hsv", "lbp", "fixture", "meancolor", "fixture", "fixture", "fixture"}));
+  EXPECT_EQ(list.GetFeatures()[5]->NeedsGrayscale(), true) << "FeatureC.so";
+  const auto hides = [](const std::string& file) {
+    return "Plug-in '" + file + "' never runs: there is another feature \"fixture\" before it";
+  };
+  EXPECT_EQ(list.GetRefusals(), (TLines{hides("one/FeatureB.so"), hides("one/FeatureC.so"),
+                                        "Plug-in 'one/FeatureText.so' was left out: it is no library",
+                                        hides(filesystem::absolute("two") / "with a blank/Feature.so"),
+                                        "Directory 'none' cannot be read"}));
+  ASSERT_TRUE(list.Find("meancolor")->ProcessColor(colour, vector));
+  EXPECT_EQ(vector.GetLength(), 3u);
 }
 
 TEST_F(TPluginTest, TheLengthIsAskedForEachTime) {
@@ -194,6 +223,7 @@ TEST_F(TPluginTest, LibrariesThatCannotServeAreLeftOutWithAReason) {
       {"without-color", "does not export ProcessColor"},
       {"without-gray", "does not export ProcessGrayscale"},
       {"needs-nothing", "needs neither colour nor gray"},
+      {"refusing", ": the wind is wrong"},
   };
   for (const TCase& each : cases) {
     const TScratchDirectory ownDirectory;
@@ -211,11 +241,13 @@ TEST_F(TPluginTest, WhatIsNoLibraryIsNamedAndTheOthersLoad) {
   MakeFile("FeatureEmpty.so", "");
   filesystem::create_directory("FeatureDir.so");
   filesystem::create_symlink("nowhere", "FeatureDead.so");
+  ASSERT_EQ(mkfifo("FeaturePipe.so", 0600), 0) << "which nobody must wait for";
   CopyFixture("plain", "FeatureGood.so");
   const TFeatureList list;
   EXPECT_EQ(Names(list), (TLines{"hsv", "lbp", "fixture"}));
-  ASSERT_EQ(list.GetRefusals().size(), 4u);
-  for (const std::string file : {"FeatureText.so", "FeatureEmpty.so", "FeatureDir.so", "FeatureDead.so"}) {
+  ASSERT_EQ(list.GetRefusals().size(), 5u);
+  for (const std::string file :
+       {"FeatureText.so", "FeatureEmpty.so", "FeatureDir.so", "FeatureDead.so", "FeaturePipe.so"}) {
     EXPECT_EQ(std::count_if(list.GetRefusals().begin(), list.GetRefusals().end(),
                             [&file](const std::string& line) {
                               const std::string start = "Plug-in '" + file + "' was left out: ";

@@ -3,15 +3,23 @@
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "base/little-endian.h"
 #include "base/native-path.h"
+#include "base/text.h"
 #include "images/feature-vector.h"
+
+namespace {
+
+constexpr const char* kDirectory = "FeatureStorage";
+
+}  // namespace
 
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename) {
   std::string_view stem = base::FileNameOf(imageFilename);
   stem = stem.substr(0, stem.rfind('.'));
-  static const std::string directory = base::WithTrailingSeparator("FeatureStorage");
+  static const std::string directory = base::WithTrailingSeparator(kDirectory);
   std::string path;
   // One block of memory for all pieces: a collection asks for a path an image.
   path.reserve(directory.size() + featureName.size() + stem.size() + 5);
@@ -26,9 +34,9 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
   return base::ReplaceFile(path, stored.GetData(), stored.GetLength() * sizeof(double));
 }
 
-base::TReadOutcome LoadStoredFeature(base::TFileReader& reader, const std::string& path, TFeatureVector& vector) {
-  constexpr std::uint64_t kMost = (std::uint64_t{1} << 24) * sizeof(double) + sizeof(double) - 1;
-  const base::TReadOutcome outcome = reader.Read(path, kMost);
+base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVector& vector) {
+  path = StoredFeaturePath(featureName, imageFilename);
+  const base::TReadOutcome outcome = ReadFile();
   if (outcome == base::TReadOutcome::kRead) {
     const std::string_view bytes = reader.GetBytes();
     vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
@@ -36,4 +44,25 @@ base::TReadOutcome LoadStoredFeature(base::TFileReader& reader, const std::strin
     base::OrderDoubles(vector.GetData(), vector.GetLength());
   }
   return outcome;
+}
+
+base::TReadOutcome TStoredFeatureReader::ReadFile() {
+  constexpr std::uint64_t kMost = (std::uint64_t{1} << 24) * sizeof(double) + sizeof(double) - 1;
+  const base::TReadOutcome outcome = reader.Read(path, kMost);
+  if (outcome != base::TReadOutcome::kAbsent) {
+    return outcome;
+  }
+  if (!names) {
+    names.emplace();
+    for (std::string& name : base::ListFiles(kDirectory).value_or(std::vector<std::string>())) {
+      std::string& known = names->try_emplace(base::FoldCase(name), name).first->second;
+      known = std::min(known, name);
+    }
+  }
+  const auto found = names->find(base::FoldCase(std::string(base::FileNameOf(path))));
+  if (found == names->end()) {
+    return outcome;
+  }
+  path = base::WithTrailingSeparator(kDirectory) + found->second;
+  return reader.Read(path, kMost);
 }

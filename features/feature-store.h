@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "base/file.h"
 
@@ -16,7 +18,27 @@ std::string StoredFeaturePath(const std::string& featureName, const std::string&
 /// Writes the vector's numbers in place of an earlier file, which stays whole if that fails. False if it fails.
 bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 
-/// Fills the vector with the doubles of the file; bytes behind the last whole one do not count. Too large is a
-/// file of more than 2^24 doubles. Unless the outcome is kRead, the vector is as it was. Its name is the caller's
-/// business.
-base::TReadOutcome LoadStoredFeature(base::TFileReader& reader, const std::string& path, TFeatureVector& vector);
+/// Reads the stored vectors of one feature, image after image.
+class TStoredFeatureReader {
+ public:
+  explicit TStoredFeatureReader(const std::string& featureName) : featureName(featureName) {}
+
+  /// Fills the vector with the doubles of the image's file; bytes behind the last whole one do not count. Where there
+  /// is no file of exactly that name, one that differs in the case of ASCII letters serves, of several the first in
+  /// byte order. Too large is a file of more than 2^24 doubles. Unless the outcome is kRead, the vector is as it was.
+  /// Its name is the caller's business.
+  base::TReadOutcome Read(const std::string& imageFilename, TFeatureVector& vector);
+
+  /// The path of the file that was read last, or sought in vain.
+  const std::string& GetPath() const { return path; }
+
+ private:
+  base::TReadOutcome ReadFile();
+
+  std::string featureName;
+  std::string path;
+  base::TFileReader reader;
+  /// The names in the directory by their folded form; read when the first file is not found, since one listing costs
+  /// less than a search for each image.
+  std::optional<std::unordered_map<std::string, std::string>> names;
+};

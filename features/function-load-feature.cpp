@@ -1,29 +1,27 @@
 #include "features/function-load-feature.h"
 
-#include <QCoreApplication>
-
 #include "base/format-string.h"
+#include "base/native-path.h"
 #include "features/feature-list.h"
+#include "features/feature-sources.h"
 #include "features/feature-store.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionLoadFeature::TFunctionLoadFeature() {
-  name = "loadfeature";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        LoadFeature",                                          //
-           "Description: Loads a feature for a 'database' from local storage",  //
-           "Syntax:      loadfeature(database, \"lbp\")",                       //
-           "Returns:     nothing",                                              //
-           "Parameters:  1 - 'database'",                                       //
-           "             2 - string"});
-}
+TFunctionLoadFeature::TFunctionLoadFeature()
+    : TImageCommand({.name = "loadfeature", .kinds = {"variable", "string"}, .help = R"(
+Name:        LoadFeature
+Description: Loads a feature for a 'database' from local storage
+Syntax:      loadfeature(database, "lbp")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - string)"}) {}
 
 bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* database = Require<TVarDatabase>(params, 1);
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
     return false;
   }
   if (database->GetImages().empty()) {
@@ -35,28 +33,52 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   Print("Loading features..");
-  base::TFileReader reader;
-  for (const auto& image : database->GetImages()) {
-    LoadImage(reader, featureName, *image);
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  const TFeatureSources sources(featureName);
+  TStoredFeatureReader reader(featureName);
+  TPictureReport report(output);
+  int fromOthers = 0;
+  int missing = 0;
+  const auto step = [&](TVarImage& image) {
+    const base::TReadOutcome outcome = LoadImage(reader, featureName, image);
+    if (outcome == base::TReadOutcome::kRead) {
+      fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
+    } else if (outcome == base::TReadOutcome::kUnreadable) {
+      report.AddUnreadable(reader.GetPath());
+    } else if (outcome == base::TReadOutcome::kAbsent) {
+      ++missing;
+    }
+    ProcessEvents();
+    return true;
+  };
+  const auto atEnd = [&] {
+    report.PrintRest();
+    if (fromOthers > 0) {
+      Print(FormatString("%d stored features come from other pictures", fromOthers));
+    }
+    if (missing > 0) {
+      Print(FormatString("%d images without a stored feature", missing));
+    }
+  };
+  if (!ForEachImage(TImageSelection(*database), step, atEnd)) {
+    return false;
   }
   Print("Done");
   return true;
 }
 
-void TFunctionLoadFeature::LoadImage(base::TFileReader& reader, const std::string& featureName,
-                                     TVarImage& image) const {
-  const std::string path = StoredFeaturePath(featureName, image.GetFilename());
+base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader, const std::string& featureName,
+                                                   TVarImage& image) const {
   TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
   TFeatureVector* known = features.Find(featureName);
   auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
   if (added) {
     added->SetName(featureName);
   }
-  const base::TReadOutcome outcome = LoadStoredFeature(reader, path, added ? *added : *known);
+  const base::TReadOutcome outcome = reader.Read(image.GetFilename(), added ? *added : *known);
   if (outcome == base::TReadOutcome::kTooLarge) {
-    Print(FormatString("File '%s' is too large", path.c_str()));
+    Print(FormatString("File '%s' is too large", reader.GetPath().c_str()));
   } else if (outcome == base::TReadOutcome::kRead && added) {
     features.Add(added.release());
   }
+  return outcome;
 }

@@ -3,20 +3,19 @@
 #include <string>
 #include <vector>
 
-#include "engine/function.h"
+#include "base/file.h"
+#include "images/image-command.h"
 
+class TStoredFeatureReader;
 class TVarImage;
-namespace base {
-class TFileReader;
-}
 
 /// loadfeature: reads one feature of the running system for all images of a database from "FeatureStorage". Images
-/// without a file there stay as they are.
-class TFunctionLoadFeature : public TFunction {
+/// without a file there stay as they are, and are counted; so are vectors that are known to come from other pictures.
+class TFunctionLoadFeature : public TImageCommand {
  public:
   TFunctionLoadFeature();
   bool Execute(const std::vector<std::string>& params) override;
 
  private:
-  void LoadImage(base::TFileReader& reader, const std::string& featureName, TVarImage& image) const;
+  base::TReadOutcome LoadImage(TStoredFeatureReader& reader, const std::string& featureName, TVarImage& image) const;
 };

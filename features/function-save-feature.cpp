@@ -1,26 +1,25 @@
 #include "features/function-save-feature.h"
 
 #include "base/format-string.h"
+#include "base/native-path.h"
+#include "features/feature-sources.h"
 #include "features/feature-store.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionSaveFeature::TFunctionSaveFeature() {
-  name = "savefeature";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        SaveFeature",                                         //
-           "Description: Saves a feature from a 'database' in local storage",  //
-           "Syntax:      savefeature(database, \"lbp\")",                      //
-           "Returns:     nothing",                                             //
-           "Parameters:  1 - 'database'",                                      //
-           "             2 - string"});
-}
+TFunctionSaveFeature::TFunctionSaveFeature()
+    : TImageCommand({.name = "savefeature", .kinds = {"variable", "string"}, .help = R"(
+Name:        SaveFeature
+Description: Saves a feature from a 'database' in local storage
+Syntax:      savefeature(database, "lbp")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - string)"}) {}
 
 bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* database = Require<TVarDatabase>(params, 1);
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
     return false;
   }
   if (database->GetImages().empty()) {
@@ -31,21 +30,32 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     Print("Feature not found in database");
     return false;
   }
+  TFeatureSources sources(featureName);
   int skipped = 0;
-  for (const auto& image : database->GetImages()) {
-    const TFeatureVector* vector = image->GetImageSegment().GetFeatures().Find(featureName);
+  const auto step = [&](const TVarImage& image) {
+    const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
     if (vector == nullptr) {
       ++skipped;
-      continue;
+      return true;
     }
-    const std::string path = StoredFeaturePath(featureName, image->GetFilename());
+    const std::string path = StoredFeaturePath(featureName, image.GetFilename());
     if (!SaveStoredFeature(path, *vector)) {
-      Print(FormatString("File '%s' cannot be written", path.c_str()));
-      return false;
+      return RefuseFile(path);
     }
-  }
-  if (skipped > 0) {
-    Print(FormatString("%d images without the feature skipped", skipped));
-  }
-  return true;
+    sources.Note(base::FileNameOf(path), image.GetFilename());
+    return true;
+  };
+  const auto atEnd = [&] {
+    if (skipped > 0) {
+      Print(FormatString("%d images without the feature skipped", skipped));
+    }
+  };
+  const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);
+  // Whatever ended the loop, what was saved so far has its sources.
+  return (sources.Save() || RefuseFile(sources.GetPath())) && succeeded;
+}
+
+bool TFunctionSaveFeature::RefuseFile(const std::string& path) const {
+  Print(FormatString("File '%s' cannot be written", path.c_str()));
+  return false;
 }

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
-
 #include "base/format-string.h"
 #include "features/feature-list.h"
 #include "images/crop.h"
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -44,55 +43,56 @@ bool ProcessSegment(const TFeature& feature, const TImageRGB& color, const TImag
 
 }  // namespace
 
-TFunctionUpdateFeature::TFunctionUpdateFeature() {
-  name = "updatefeature";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        UpdateFeature",                                                       //
-           "Description: Calculates a feature for an 'image' or a 'database' and stores the",  //
-           "             results in that variable. Feature arguments can be given as ",        //
-           "             parameters 3..n.",                                                    //
-           "Syntax:      updatefeature(a, \"lbp\")",                                           //
-           "Returns:     nothing",                                                             //
-           "Parameters:  1 - 'image' or 'database'",                                           //
-           "             2 - string",                                                          //
-           "             3..n - integer"});
-}
+TFunctionUpdateFeature::TFunctionUpdateFeature()
+    : TImageCommand({.name = "updatefeature", .kinds = {"variable", "string"}, .help = R"(
+Name:        UpdateFeature
+Description: Calculates a feature for an 'image' or a 'database' and stores the
+             results in that variable. Feature arguments can be given as 
+             parameters 3..n.
+Syntax:      updatefeature(a, "lbp")
+Returns:     nothing
+Parameters:  1 - 'image' or 'database'
+             2 - string
+             3..n - integer)"}) {}
 
 bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
-  auto* image = FindVariable<TVarImage>(params[0]);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto images = RequireImages(params);
   const TFeature* feature = featureList->Find(StripQuotes(params[1]));
-  if (image == nullptr && database == nullptr) {
-    Print("First parameter is not of type 'image' or 'database'");
+  if (!images) {
     return false;
   }
   if (feature == nullptr) {
     Print("Feature not found");
     return false;
   }
-  return image != nullptr ? ProcessImage(*feature, *image) : ProcessDatabase(*feature, *database);
-}
-
-bool TFunctionUpdateFeature::ProcessDatabase(const TFeature& feature, const TVarDatabase& database) const {
-  Print("Processing.. this could take some time");
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  if (images->IsDatabase()) {
+    Print("Processing.. this could take some time");
+    ProcessEvents();
+  }
+  TPictureReport report(output);
   int count = 0;
-  for (const auto& image : database.GetImages()) {
-    if (!ProcessImage(feature, *image)) {
+  const auto step = [&](TVarImage& image) {
+    if (!ProcessImage(*feature, image, report)) {
       return false;
     }
     if (++count % 100 == 0) {
-      QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+      ProcessEvents();
       Print(FormatString("%d images processed", count));
     }
+    return true;
+  };
+  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
+    return false;
   }
-  Print("Processing done");
+  if (images->IsDatabase()) {
+    Print("Processing done");
+  }
   return true;
 }
 
-bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image) const {
+bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const {
   TImageRGB color;
-  color.LoadFromFile(image.GetFilename());
+  report.Load(image.GetFilename(), color);
   TImageGray gray;
   if (feature.NeedsGrayscale()) {
     color.ToGray(gray);

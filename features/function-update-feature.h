@@ -4,24 +4,23 @@
 #include <string>
 #include <vector>
 
-#include "engine/function.h"
+#include "images/image-command.h"
 
 class TFeature;
 class TImageGray;
 class TImageRGB;
 class TImageSegment;
-class TVarDatabase;
+class TPictureReport;
 class TVarImage;
 
 /// updatefeature: computes a feature for an image, or for every image of a database, on the whole image and on each of
 /// its segments. The one place where pixels meet features.
-class TFunctionUpdateFeature : public TFunction {
+class TFunctionUpdateFeature : public TImageCommand {
  public:
   TFunctionUpdateFeature();
   bool Execute(const std::vector<std::string>& params) override;
 
  private:
-  bool ProcessDatabase(const TFeature& feature, const TVarDatabase& database) const;
   /// Decodes the file once for all segments. A file that cannot be read acts as a picture of 0 x 0.
-  bool ProcessImage(const TFeature& feature, TVarImage& image) const;
+  bool ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const;
 };

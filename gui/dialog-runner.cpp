@@ -23,3 +23,7 @@ void RunDialog(QDialog& dialog) {
     innermost->runner(dialog);
   }
 }
+
+bool DialogsAreShown() {
+  return innermost == nullptr || innermost->HasRunner();
+}

@@ -3,10 +3,13 @@
 #include <QImage>
 #include <QPainter>
 
+#include "base/format-string.h"
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/var-image.h"
 
 namespace {
@@ -22,17 +25,37 @@ void DrawSegments(const TImageSegmentList& segments, QImage& canvas) {
   }
 }
 
+/// The picture as a whole, and its segments on top of it.
+std::vector<TPictureItem> DescribePicture(const TVarImage& image) {
+  std::string text = image.GetFilename();
+  if (!image.GetTags().empty()) {
+    text += "\nTags: " + image.JoinTags(", ");
+  }
+  std::vector<TPictureItem> items = {{QRect(), image.GetFilename(), text}};
+  for (const auto& segment : image.GetSegments()) {
+    const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
+    const QRect place(rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight());
+    if (place.isEmpty()) {
+      continue;
+    }
+    const std::string label = rect.GetLabel().empty() ? "No label" : "Label: " + rect.GetLabel();
+    items.push_back(
+        {place, image.GetFilename(),
+         text + "\n" + label +
+             FormatString("\nx %d, y %d, %d x %d pixels", place.x(), place.y(), place.width(), place.height())});
+  }
+  return items;
+}
+
 }  // namespace
 
-TFunctionDisplayImage::TFunctionDisplayImage() {
-  name = "displayimage";
-  SetParameters({"variable"});
-  SetHelp({"Name:        DisplayImage",                         //
-           "Description: Displays a variable of type 'image'",  //
-           "Syntax:      displayimage(a)",                      //
-           "Returns:     nothing",                              //
-           "Parameters:  1 - 'image'"});
-}
+TFunctionDisplayImage::TFunctionDisplayImage()
+    : TFunction({.name = "displayimage", .kinds = {"variable"}, .help = R"(
+Name:        DisplayImage
+Description: Displays a variable of type 'image'
+Syntax:      displayimage(a)
+Returns:     nothing
+Parameters:  1 - 'image')"}) {}
 
 bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
   const auto* image = FindVariable<TVarImage>(params[0]);
@@ -40,14 +63,21 @@ bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
     Print("Parameter is not of type 'image'");
     return false;
   }
+  TPictureReport report(output);
+  if (!DialogsAreShown()) {
+    report.Check(image->GetFilename());
+    return true;
+  }
   TImageRGB picture;
-  picture.LoadFromFile(image->GetFilename());
+  report.Load(image->GetFilename(), picture);
   QImage canvas = ToQImage(picture);
   if (!canvas.isNull()) {
     DrawSegments(image->GetSegments(), canvas);
   }
   TImageDisplay dialog;
-  dialog.SetImage(canvas);
+  dialog.SetImage(canvas, DescribePicture(*image));
+  dialog.setAccessibleName(
+      ToQString(FormatString("Image '%s', file '%s'", params[0].c_str(), image->GetFilename().c_str())));
   RunDialog(dialog);
   return true;
 }

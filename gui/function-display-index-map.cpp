@@ -4,15 +4,17 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <numbers>
 
 #include <QImage>
 
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/tile.h"
-#include "retrieval/var-database-index.h"
 
 namespace {
 
@@ -33,58 +35,85 @@ void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
   }
 }
 
-/// Draws the files, the worst first, at distances from the middle that fall with the rank among `count` results. A
-/// query behind the best result lies one step beyond the middle.
-void DrawMap(const std::vector<std::string>& filenames, int count, TImageRGB& canvas) {
-  TImageRGB tile;
-  int rank = count - 1;
-  for (const std::string& filename : filenames) {
-    const double angle = (std::rand() % 360) * 3.141592653589793 / 180.0;
-    const int x = static_cast<int>(kCentre + std::cos(angle) * rank * kCentre / count);
-    const int y = static_cast<int>(kCentre + std::sin(angle) * -rank * kCentre / count);
-    if (LoadTile(filename, kTileWidth, tile)) {
-      DrawTile(tile, x, y, canvas);
-    }
-    --rank;
+/// A canvas of the map, with `ratio` pixels for one of the screen's logical ones, and what lies where on it.
+class TMapCanvas {
+ public:
+  TMapCanvas(int count, qreal ratio) : count(count), ratio(ratio) {
+    const int size = qRound(kCanvasSize * ratio);
+    canvas.SetSize(size, size, true);
   }
-}
+
+  /// Draws a result in a direction drawn by lot, at a distance from the middle that grows with its rank, from 0, among
+  /// all that are shown. The query, of rank -1, lies one step beyond the middle.
+  void Draw(const TTopResult& result, int rank, TPictureReport& report) {
+    const double angle = (std::rand() % 360) * std::numbers::pi / 180.0;
+    const double x = kCentre + std::cos(angle) * rank * kCentre / count;
+    const double y = kCentre + std::sin(angle) * -rank * kCentre / count;
+    if (!LoadTile(result.filename, qRound(kTileWidth * ratio), tile, &report)) {
+      return;
+    }
+    DrawTile(tile, static_cast<int>(x * ratio), static_cast<int>(y * ratio), canvas);
+    const int height = qRound(tile.GetHeight() / ratio);
+    items.push_back({QRect(static_cast<int>(x) - kTileWidth / 2, static_cast<int>(y) - height / 2, kTileWidth, height),
+                     result.filename, result.description});
+  }
+
+  QImage GetPicture() const {
+    QImage picture = ToQImage(canvas);
+    picture.setDevicePixelRatio(ratio);
+    return picture;
+  }
+
+  const std::vector<TPictureItem>& GetItems() const { return items; }
+
+ private:
+  int count;
+  qreal ratio;
+  TImageRGB canvas;
+  TImageRGB tile;
+  std::vector<TPictureItem> items;
+};
 
 }  // namespace
 
-TFunctionDisplayIndexMap::TFunctionDisplayIndexMap() {
-  name = "displayindexmap";
-  SetParameters({"variable", "boolean"}, 1);
-  SetHelp({"Name:        DisplayIndexMap",                                            //
-           "Description: Displays the top results of a 'databaseindex' as a 2D map",  //
-           "Syntax:      displayindexmap(dbindex)",                                   //
-           "Returns:     nothing",                                                    //
-           "Parameters:  1 - 'databaseindex'",                                        //
-           "Parameters:  2 - bool (ShowQueryImage)"});
-}
+TFunctionDisplayIndexMap::TFunctionDisplayIndexMap()
+    : TIndexCommand({.name = "displayindexmap", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+Name:        DisplayIndexMap
+Description: Displays the top results of a 'databaseindex' as a 2D map
+Syntax:      displayindexmap(dbindex)
+Returns:     nothing
+Parameters:  1 - 'databaseindex'
+Parameters:  2 - bool (ShowQueryImage))"}) {}
 
 bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
-  const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);
-  if (index == nullptr) {
-    Print("Parameter is not of type 'databaseindex'");
+  auto top = RequireTop(params, kMaxTiles, false);
+  if (!top) {
     return false;
   }
-  const bool showsQuery = !index->GetImageName().empty() && (params.size() < 2 || params[1] == "true");
-  std::string reason;
-  auto filenames = index->FindTopFilenames(*varList, kMaxTiles, reason);
-  if (!filenames) {
-    Print(reason);
-    return false;
+  // The worst is drawn first, so that the best lie on top.
+  std::vector<TTopResult>& results = top->results;
+  const int count = static_cast<int>(results.size());
+  std::reverse(results.begin(), results.end());
+  if (top->query) {
+    results.push_back(*top->query);
   }
-  const int count = static_cast<int>(filenames->size());
-  std::reverse(filenames->begin(), filenames->end());
-  if (showsQuery) {
-    filenames->push_back(index->GetImageName());
-  }
-  TImageRGB canvas;
-  canvas.SetSize(kCanvasSize, kCanvasSize, true);
-  DrawMap(*filenames, count, canvas);
   TImageDisplay dialog;
-  dialog.SetImage(ToQImage(canvas));
+  dialog.setAccessibleName(ToQString(top->index->GetTitle()));
+  TMapCanvas map(count, dialog.devicePixelRatioF());
+  TPictureReport report(output);
+  std::size_t done = 0;
+  for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
+    if (DialogsAreShown()) {
+      map.Draw(results[done], count - 1 - static_cast<int>(done), report);
+    } else {
+      report.Check(results[done].filename);
+    }
+  }
+  report.PrintRest();
+  if (done < results.size()) {
+    return Interrupted(done, results.size());
+  }
+  dialog.SetImage(map.GetPicture(), map.GetItems());
   RunDialog(dialog);
   return true;
 }

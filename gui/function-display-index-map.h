@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "engine/function.h"
+#include "retrieval/index-command.h"
 
 /// displayindexmap: draws the top of a ranking on one canvas, each picture in a direction drawn by lot, the best in the
 /// middle and weaker ones towards the rim.
-class TFunctionDisplayIndexMap : public TFunction {
+class TFunctionDisplayIndexMap : public TIndexCommand {
  public:
   TFunctionDisplayIndexMap();
   bool Execute(const std::vector<std::string>& params) override;

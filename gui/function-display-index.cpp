@@ -3,45 +3,59 @@
 #include <QImage>
 
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/index-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/tile.h"
-#include "retrieval/var-database-index.h"
 
-TFunctionDisplayIndex::TFunctionDisplayIndex() {
-  name = "displayindex";
-  SetParameters({"variable", "boolean"}, 1);
-  SetHelp({"Name:        DisplayIndex",                                                 //
-           "Description: Displays the top results of a 'databaseindex' as a 4x4 grid",  //
-           "Syntax:      displayindex(a)",                                              //
-           "Returns:     nothing",                                                      //
-           "Parameters:  1 - 'databaseindex'",                                          //
-           "Parameters:  2 - bool (ShowQueryImage)"});
-}
+namespace {
+
+constexpr int kTileWidth = 160;
+
+}  // namespace
+
+TFunctionDisplayIndex::TFunctionDisplayIndex()
+    : TIndexCommand({.name = "displayindex", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+Name:        DisplayIndex
+Description: Displays the top results of a 'databaseindex' as a 4x4 grid
+Syntax:      displayindex(a)
+Returns:     nothing
+Parameters:  1 - 'databaseindex'
+Parameters:  2 - bool (ShowQueryImage))"}) {}
 
 bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
-  const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);
-  if (index == nullptr) {
-    Print("Parameter is not of type 'databaseindex'");
+  auto top = RequireTop(params, TIndexDisplay::kTileCount, true);
+  if (!top) {
     return false;
   }
-  const bool showsQuery = !index->GetImageName().empty() && (params.size() < 2 || params[1] == "true");
-  std::string reason;
-  auto filenames = index->FindTopFilenames(*varList, TIndexDisplay::kTileCount - (showsQuery ? 1 : 0), reason);
-  if (!filenames) {
-    Print(reason);
-    return false;
-  }
-  if (showsQuery) {
-    filenames->insert(filenames->begin(), index->GetImageName());
+  std::vector<TTopResult>& results = top->results;
+  if (top->query) {
+    results.insert(results.begin(), *top->query);
   }
   TIndexDisplay dialog;
+  dialog.setAccessibleName(ToQString(top->index->GetTitle()));
+  const qreal ratio = dialog.devicePixelRatioF();
+  TPictureReport report(output);
   TImageRGB tile;
-  for (std::size_t i = 0; i < filenames->size(); ++i) {
-    if (LoadTile((*filenames)[i], 160, tile)) {
-      dialog.SetImage(ToQImage(tile), static_cast<int>(i));
+  std::size_t done = 0;
+  for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
+    const auto& [filename, description] = results[done];
+    if (!DialogsAreShown()) {
+      report.Check(filename);
+      continue;
     }
+    QImage picture;
+    if (LoadTile(filename, qRound(kTileWidth * ratio), tile, &report)) {
+      picture = ToQImage(tile);
+      picture.setDevicePixelRatio(ratio);
+    }
+    dialog.SetImage(picture, static_cast<int>(done), {QRect(), filename, description});
+  }
+  report.PrintRest();
+  if (done < results.size()) {
+    return Interrupted(done, results.size());
   }
   RunDialog(dialog);
   return true;

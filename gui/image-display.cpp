@@ -4,7 +4,9 @@
 #include <QImage>
 #include <QPixmap>
 #include <QScreen>
+#include <QShowEvent>
 
+#include "gui/fit-dialog.h"
 #include "ui_image-display.h"
 
 TImageDisplay::TImageDisplay(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::TImageDisplay>()) {
@@ -13,15 +15,25 @@ TImageDisplay::TImageDisplay(QWidget* parent) : QDialog(parent), ui(std::make_un
 
 TImageDisplay::~TImageDisplay() = default;
 
-void TImageDisplay::SetImage(const QImage& image) {
-  const int width = image.width() + 20;
-  const int height = image.height() + 50;
+void TImageDisplay::SetImage(const QImage& image, const std::vector<TPictureItem>& items) {
+  const QSize size = image.deviceIndependentSize().toSize();
+  const int width = size.width() + 20;
+  const int height = size.height() + 50;
   resize(width, height);
   const QSize screen = QGuiApplication::screens().first()->size();
   move((screen.width() - width) / 2, (screen.height() - height) / 2);
-  ui->laImage->resize(image.size());
-  ui->pbClose->move(image.width() - 65, image.height() + 20);
-  ui->laImage->setPixmap(QPixmap::fromImage(image));
+  ui->laImage->resize(size);
+  ui->pbClose->move(size.width() - 65, size.height() + 20);
+  ui->laImage->SetPicture(QPixmap::fromImage(image), items);
+}
+
+void TImageDisplay::showEvent(QShowEvent* event) {
+  if (!event->spontaneous() && ExceedsScreen(*this)) {
+    ReduceToScreen(*this, *ui->laImage, *ui->pbClose, ui->laImage->size());
+  } else if (!event->spontaneous()) {
+    MoveOntoScreen(*this);
+  }
+  QDialog::showEvent(event);
 }
 
 void TImageDisplay::on_pbClose_clicked() {

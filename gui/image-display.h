@@ -1,8 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include <QDialog>
+
+#include "gui/picture-view.h"
 
 class QImage;
 
@@ -10,7 +13,7 @@ namespace Ui {
 class TImageDisplay;
 }
 
-/// A modal dialog that shows one picture at its own size.
+/// A modal dialog that shows one picture at its own size, or scaled down where the screen is smaller.
 class TImageDisplay : public QDialog {
   Q_OBJECT
 
@@ -18,8 +21,12 @@ class TImageDisplay : public QDialog {
   explicit TImageDisplay(QWidget* parent = nullptr);
   ~TImageDisplay() override;
 
-  /// Shows the picture, and fits the dialog around it in the middle of the screen.
-  void SetImage(const QImage& image);
+  /// Shows the picture, and fits the dialog around it in the middle of the screen. The items are what can be seen in
+  /// the picture.
+  void SetImage(const QImage& image, const std::vector<TPictureItem>& items = {});
+
+ protected:
+  void showEvent(QShowEvent* event) override;
 
  private slots:
   void on_pbClose_clicked();

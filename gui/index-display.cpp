@@ -2,7 +2,9 @@
 
 #include <QImage>
 #include <QPixmap>
+#include <QShowEvent>
 
+#include "gui/fit-dialog.h"
 #include "ui_index-display.h"
 
 TIndexDisplay::TIndexDisplay(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::TIndexDisplay>()), labels() {
@@ -14,8 +16,39 @@ TIndexDisplay::TIndexDisplay(QWidget* parent) : QDialog(parent), ui(std::make_un
 
 TIndexDisplay::~TIndexDisplay() = default;
 
-void TIndexDisplay::SetImage(const QImage& image, int position) {
-  labels.at(static_cast<std::size_t>(position))->setPixmap(QPixmap::fromImage(image));
+void TIndexDisplay::SetImage(const QImage& image, int position, const TPictureItem& item) {
+  labels.at(static_cast<std::size_t>(position))->SetPicture(QPixmap::fromImage(image), {item});
+}
+
+void TIndexDisplay::showEvent(QShowEvent* event) {
+  if (!event->spontaneous() && !isReduced && ExceedsScreen(*this)) {
+    Reduce();
+  } else if (!event->spontaneous()) {
+    MoveOntoScreen(*this);
+  }
+  QDialog::showEvent(event);
+}
+
+void TIndexDisplay::Reduce() {
+  QRect tiles;
+  for (const TPictureView* label : labels) {
+    tiles |= label->geometry();
+  }
+  std::vector<TPictureItem> items;
+  for (const TPictureView* label : labels) {
+    for (TPictureItem item : label->GetItems()) {
+      item.place = label->geometry().translated(-tiles.topLeft());
+      items.push_back(item);
+    }
+  }
+  auto* whole = new TPictureView(this);
+  whole->SetPicture(grab(tiles), items);
+  for (TPictureView* label : labels) {
+    label->hide();
+  }
+  ReduceToScreen(*this, *whole, *ui->pbClose, tiles.size());
+  whole->show();
+  isReduced = true;
 }
 
 void TIndexDisplay::on_pbClose_clicked() {

@@ -1,23 +1,33 @@
 #include "gui/main-window.h"
 
+#include <chrono>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDialog>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QGroupBox>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QSplitter>
 #include <QTableWidget>
+#include <QTimer>
+#include <QToolTip>
 #include <QUrl>
 #include <gtest/gtest.h>
 
+#include "gui/command-offer.h"
 #include "tests/support/scratch-directory.h"
 
 namespace {
@@ -52,9 +62,13 @@ class TMainWindowTest : public testing::Test {
     return drop.isAccepted();
   }
 
-  QLabel* Cell(const char* table, int row, int column) {
-    return dynamic_cast<QLabel*>(Find<QTableWidget>(table)->cellWidget(row, column));
+  QLabel* SideCell(const char* table, int row) {
+    return dynamic_cast<QLabel*>(Find<QTableWidget>(table)->cellWidget(row, 0));
   }
+
+  QString CellText(int row, int column) { return Find<TVariablesTable>("twVariables")->item(row, column)->text(); }
+
+  QPixmap Thumbnail(int row) { return Find<TVariablesTable>("twVariables")->GetThumbnail(row, 1); }
 
   TScratchDirectory directory;
   MainWindow window;
@@ -103,30 +117,29 @@ TEST_F(TMainWindowTest, SideTablesGetOneRowAName) {
   window.AddClassifier("svm");
   window.AddSegmentationMethod("grid");
   EXPECT_EQ(Find<QTableWidget>("twFeatures")->rowCount(), 2);
-  EXPECT_EQ(Cell("twFeatures", 0, 0)->text(), "hsv");
-  EXPECT_EQ(Cell("twFeatures", 0, 0)->indent(), 5);
-  EXPECT_EQ(Cell("twFeatures", 1, 0)->textFormat(), Qt::PlainText);
-  EXPECT_EQ(Cell("twClassifiers", 0, 0)->text(), "svm");
-  EXPECT_EQ(Cell("twSegmentationMethods", 0, 0)->text(), "grid");
+  EXPECT_EQ(SideCell("twFeatures", 0)->text(), "hsv");
+  EXPECT_EQ(SideCell("twFeatures", 0)->indent(), 5);
+  EXPECT_EQ(SideCell("twFeatures", 1)->textFormat(), Qt::PlainText);
+  EXPECT_EQ(SideCell("twClassifiers", 0)->text(), "svm");
+  EXPECT_EQ(SideCell("twSegmentationMethods", 0)->text(), "grid");
 }
 
 TEST_F(TMainWindowTest, AnImageShowsAThumbnailInPlaceOfItsType) {
   QImage picture(400, 300, QImage::Format_RGB888);
   picture.fill(Qt::red);
   ASSERT_TRUE(picture.save("Red \u00c4.png"));
-  window.AddVariable("a", "image", "first", "red \u00c4.png");
-  window.AddVariable("b", "image", "second", "gone.jpg");
-  window.AddVariable("c", "database", "third", "");
-  EXPECT_EQ(Cell("twVariables", 0, 0)->text(), "a");
-  EXPECT_EQ(Cell("twVariables", 0, 0)->font().family(), "Courier");
-  EXPECT_EQ(Cell("twVariables", 0, 0)->indent(), 5);
-  const QPixmap thumbnail = Cell("twVariables", 0, 1)->pixmap();
+  window.SetVariables({{"a", "image", "first", "red \u00c4.png"},
+                       {"b", "image", "second", "gone.jpg"},
+                       {"c", "database", "third", ""}});
+  EXPECT_EQ(CellText(0, 0), "a");
+  EXPECT_EQ(CellText(0, 1), "");
+  const QPixmap thumbnail = Thumbnail(0);
   EXPECT_EQ(thumbnail.size(), QSize(40, 30));
   EXPECT_EQ(thumbnail.toImage().pixelColor(20, 15), QColor(Qt::red));
-  EXPECT_TRUE(Cell("twVariables", 1, 1)->pixmap().isNull());
-  EXPECT_EQ(Cell("twVariables", 2, 1)->text(), "database");
-  EXPECT_EQ(Cell("twVariables", 2, 2)->text(), "third");
-  window.ClearVariables();
+  EXPECT_TRUE(Thumbnail(1).isNull());
+  EXPECT_EQ(CellText(2, 1), "database");
+  EXPECT_EQ(CellText(2, 2), "third");
+  window.SetVariables({});
   EXPECT_EQ(Find<QTableWidget>("twVariables")->rowCount(), 0);
 }
 
@@ -139,8 +152,8 @@ TEST_F(TMainWindowTest, AThumbnailOfALargePhotographShowsTheWholeOfIt) {
     }
   }
   ASSERT_TRUE(picture.save("large.jpg", nullptr, 95));
-  window.AddVariable("a", "image", "", "large.jpg");
-  const QImage thumbnail = Cell("twVariables", 0, 1)->pixmap().toImage();
+  window.SetVariables({{"a", "image", "", "large.jpg"}});
+  const QImage thumbnail = Thumbnail(0).toImage();
   ASSERT_EQ(thumbnail.size(), QSize(40, 30));
   EXPECT_GT(thumbnail.pixelColor(2, 27).lightness(), 245);
   EXPECT_LT(thumbnail.pixelColor(37, 27).lightness(), 10);
@@ -156,6 +169,386 @@ TEST_F(TMainWindowTest, OutputIsInsertedWhereTheCursorStands) {
   pane->moveCursor(QTextCursor::Start);
   window.AddOutput("zero\n");
   EXPECT_EQ(pane->toPlainText(), "zero\none\ntwo \u00e9\n");
+}
+
+TEST_F(TMainWindowTest, OutputLeavesTheSelectionWhatItIs) {
+  auto* pane = Find<QPlainTextEdit>("pteInfo");
+  window.AddOutput("one\ntwo\n");
+  pane->selectAll();
+  window.AddOutput("three\n");
+  window.AddOutput("four\n");
+  EXPECT_EQ(pane->toPlainText(), "one\ntwo\nthree\nfour\n");
+  EXPECT_EQ(pane->textCursor().selectedText(), "one\u2029two\u2029");
+  // A selection made from its end to its start: the cursor, and so the place of output, is in front of it.
+  QTextCursor backwards = pane->textCursor();
+  backwards.setPosition(7);
+  backwards.setPosition(4, QTextCursor::KeepAnchor);
+  pane->setTextCursor(backwards);
+  window.AddOutput("1.5\n");
+  window.AddOutput("1.6\n");
+  EXPECT_EQ(pane->toPlainText(), "one\n1.5\n1.6\ntwo\nthree\nfour\n");
+  EXPECT_EQ(pane->textCursor().selectedText(), "two");
+  pane->moveCursor(QTextCursor::End);
+  window.AddOutput("five\n");
+  EXPECT_TRUE(pane->toPlainText().endsWith("four\nfive\n"));
+}
+
+TEST_F(TMainWindowTest, AChangedFileShowsWithTheNextRowsAndNoneIsReadTwice) {
+  const auto paint = [](const char* file, QColor colour, std::chrono::seconds age) {
+    QImage picture(40, 30, QImage::Format_RGB888);
+    picture.fill(colour);
+    ASSERT_TRUE(picture.save(file, "BMP"));
+    std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() - age);
+  };
+  const std::vector<TVariableRow> rows = {{"a", "image", "", "a.png"}, {"b", "image", "", "./a.png"}};
+  const auto colourOf = [&](int row) { return Thumbnail(row).toImage().pixelColor(20, 15); };
+  paint("a.png", Qt::red, std::chrono::hours(2));
+  window.SetVariables(rows);
+  EXPECT_EQ(colourOf(0), QColor(Qt::red));
+  paint("a.png", Qt::blue, std::chrono::hours(1));
+  EXPECT_EQ(colourOf(0), QColor(Qt::red)) << "a picture changes with a line, not under the eye";
+  window.SetVariables(rows);
+  EXPECT_EQ(colourOf(0), QColor(Qt::blue));
+  // A change that the file's size and time do not show: what is kept is shown, under any name of the file.
+  const auto changed = std::filesystem::last_write_time("a.png");
+  paint("a.png", Qt::green, std::chrono::hours(1));
+  std::filesystem::last_write_time("a.png", changed);
+  window.SetVariables(rows);
+  EXPECT_EQ(colourOf(0), QColor(Qt::blue));
+  EXPECT_EQ(colourOf(1), QColor(Qt::blue));
+  // Twice within the grain of a file system's clock.
+  for (const QColor colour : {Qt::red, Qt::green}) {
+    paint("a.png", colour, std::chrono::seconds(0));
+    window.SetVariables(rows);
+    EXPECT_EQ(colourOf(0), colour);
+  }
+  std::filesystem::remove("a.png");
+  window.SetVariables(rows);
+  EXPECT_TRUE(Thumbnail(0).isNull());
+}
+
+TEST_F(TMainWindowTest, AThumbnailIsMadeForTheRatioOfTheScreen) {
+  QImage picture(160, 120, QImage::Format_RGB888);
+  picture.fill(Qt::red);
+  ASSERT_TRUE(picture.save("a.png"));
+  window.SetVariables({{"a", "image", "", "a.png"}, {"b", "image", "", "gone.png"}});
+  auto* table = Find<TVariablesTable>("twVariables");
+  EXPECT_EQ(table->GetThumbnail(0, 2).size(), QSize(80, 60));
+  EXPECT_EQ(table->GetThumbnail(0, 2).deviceIndependentSize(), QSizeF(40, 30));
+  EXPECT_EQ(table->GetThumbnail(0, 1).size(), QSize(40, 30));
+  EXPECT_TRUE(table->GetThumbnail(1, 2).isNull());
+}
+
+TEST_F(TMainWindowTest, APictureOfMoreThan128MegabytesHasAThumbnail) {
+  QImage picture(7000, 5000, QImage::Format_RGB32);
+  picture.fill(QColor(200, 200, 200));
+  ASSERT_TRUE(picture.save("large.png", nullptr, 100));
+  testing::internal::CaptureStderr();
+  window.SetVariables({{"a", "image", "", "large.png"}});
+  const QImage thumbnail = Thumbnail(0).toImage();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  ASSERT_EQ(thumbnail.size(), QSize(40, 30));
+  EXPECT_EQ(thumbnail.pixelColor(20, 15), QColor(200, 200, 200));
+}
+
+TEST_F(TMainWindowTest, TheTableTakesOverWhatDiffersAndDrawsIt) {
+  window.SetVariables({{"a", "x", "1", ""}, {"b", "x", "2", ""}, {"c", "x", "3", ""}});
+  auto* table = Find<QTableWidget>("twVariables");
+  const QTableWidgetItem* last = table->item(2, 0);
+  // A variable that is replaced goes to the end; the rows behind it stay what they were.
+  window.SetVariables({{"a", "x", "1", ""}, {"c", "x", "3", ""}, {"b", "y", "4", ""}});
+  EXPECT_EQ(table->item(1, 0), last);
+  std::string texts;
+  for (int row = 0; row < table->rowCount(); ++row) {
+    for (int column = 0; column < 3; ++column) {
+      texts += CellText(row, column).toStdString();
+    }
+  }
+  EXPECT_EQ(texts, "ax1cx3by4");
+
+  QImage picture(40, 30, QImage::Format_RGB888);
+  picture.fill(Qt::red);
+  ASSERT_TRUE(picture.save("a.png"));
+  window.SetVariables({{"a", "image", "1", "a.png"}});
+  window.show();
+  const QImage drawn = table->viewport()->grab().toImage();
+  EXPECT_EQ(drawn.pixelColor(100, 15), QColor(Qt::red));
+  EXPECT_EQ(drawn.pixelColor(139, 15), QColor(Qt::red));
+  EXPECT_NE(drawn.pixelColor(140, 15), QColor(Qt::red));
+}
+
+TEST_F(TMainWindowTest, CellsAndTitlesHaveTooltipsWithTheirWholeText) {
+  window.SetVariables({{"<b>a</b>", "image", std::string(500, 'd'), "pictures/a.png"}});
+  window.show();
+  auto* table = Find<QTableWidget>("twVariables");
+  const std::vector<QString> texts = {"&lt;b&gt;a&lt;/b&gt;", "pictures/a.png", QString(500, 'd')};
+  for (int column = 0; column < 3; ++column) {
+    const QPoint place = table->visualItemRect(table->item(0, column)).center();
+    QHelpEvent event(QEvent::ToolTip, place, table->viewport()->mapToGlobal(place));
+    QApplication::sendEvent(table->viewport(), &event);
+    EXPECT_TRUE(QToolTip::text().contains(texts[static_cast<std::size_t>(column)])) << column;
+  }
+  EXPECT_EQ(Find<QGroupBox>("groupBox_3")->toolTip(), "Segmentation methods");
+  window.AddFeature("<i>plug-in</i>");
+  EXPECT_TRUE(SideCell("twFeatures", 0)->toolTip().contains("&lt;i&gt;plug-in"));
+}
+
+TEST_F(TMainWindowTest, TheContentsFollowTheirPanes) {
+  window.show();
+  const auto placeOf = [&](const char* name) { return Find<QWidget>(name)->geometry(); };
+  EXPECT_EQ(placeOf("twVariables"), QRect(10, 20, 1001, 221));
+  EXPECT_EQ(placeOf("pteInfo"), QRect(10, 20, 1001, 221));
+  // 551 pixels without two handles of 4, shared as 260 to 260 to 50.
+  EXPECT_EQ(placeOf("gbVariables"), QRect(0, 0, 1021, 248));
+  EXPECT_EQ(placeOf("gbOutput"), QRect(0, 252, 1021, 247));
+  EXPECT_EQ(placeOf("gbCommand"), QRect(0, 503, 1021, 48));
+  window.resize(1482, 868);
+  EXPECT_EQ(placeOf("splitter"), QRect(10, 10, 1321, 851));
+  EXPECT_EQ(placeOf("twVariables").width(), 1301);
+  EXPECT_EQ(Find<QTableWidget>("twVariables")->columnWidth(2), 1050);
+  EXPECT_EQ(placeOf("leCommand"), QRect(10, 20, 1301, 20));
+  EXPECT_EQ(placeOf("groupBox"), QRect(1340, 10, 131, 261));
+  EXPECT_EQ(placeOf("groupBox_2"), QRect(1340, 280, 131, 261));
+  EXPECT_EQ(placeOf("groupBox_3"), QRect(1340, 550, 131, 261));
+  EXPECT_EQ(placeOf("twSegmentationMethods"), QRect(10, 20, 111, 231));
+  const int both = placeOf("twVariables").height() + placeOf("pteInfo").height();
+  EXPECT_EQ(both, 221 + 221 + 300);
+  auto* splitter = Find<QSplitter>("splitter");
+  const QList<int> sizes = splitter->sizes();
+  splitter->setSizes({sizes[0] - 200, sizes[1] + 200, sizes[2]});
+  EXPECT_EQ(placeOf("twVariables").height() + placeOf("pteInfo").height(), both);
+  EXPECT_EQ(placeOf("pteInfo").height() - placeOf("twVariables").height(), 400);
+  window.resize(1182, 568);
+  splitter->setSizes(QList<int>({260, 260, 50}));
+  EXPECT_EQ(placeOf("groupBox_2"), QRect(1040, 180, 131, 161));
+  EXPECT_EQ(placeOf("leCommand"), QRect(10, 20, 1001, 20));
+  EXPECT_FALSE(window.windowIcon().pixmap(48, 48).isNull());
+}
+
+class TCommandLineTest : public TMainWindowTest {
+ protected:
+  TCommandLineTest() {
+    // As the controller does, which empties the line behind every command but help.
+    window.OnReturnPressed = [this] {
+      lines.push_back(window.GetCommandText());
+      if (lines.back() == "help") {
+        window.SelectCommandText();
+      } else {
+        window.ClearCommandText();
+      }
+    };
+  }
+
+  void SetClipboard(const QString& text) { QApplication::clipboard()->setText(text); }
+
+  bool PressWith(Qt::KeyboardModifiers modifiers, int key) {
+    QKeyEvent event(QEvent::KeyPress, key, modifiers);
+    QApplication::sendEvent(line, &event);
+    return event.isAccepted();
+  }
+
+  QLineEdit* line = Find<QLineEdit>("leCommand");
+  std::vector<std::string> lines;
+};
+
+TEST_F(TCommandLineTest, EachPastedLineRunsAndWhatIsBehindThemStays) {
+  SetClipboard("one\r\ntwo\n\nth\rree\nfo\u00fcr");
+  window.SetCommandText("x = ");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  EXPECT_EQ(lines, (std::vector<std::string>{"x = one", "two", "", "th\rree"}));
+  EXPECT_EQ(window.GetCommandText(), "fo\u00fcr");
+  lines.clear();
+  SetClipboard("a");
+  PressWith(Qt::ShiftModifier, Qt::Key_Insert);
+  EXPECT_EQ(window.GetCommandText(), "fo\u00fcra");
+  SetClipboard("\n");
+  PressWith(Qt::ShiftModifier, Qt::Key_Insert);
+  EXPECT_EQ(lines, (std::vector<std::string>{"fo\u00fcra"}));
+  EXPECT_EQ(window.GetCommandText(), "");
+}
+
+TEST_F(TCommandLineTest, TheTextOfAHelpRequestStaysSelectedUntilTheNextLine) {
+  SetClipboard("help\nnext\n");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  EXPECT_EQ(lines, (std::vector<std::string>{"help", "next"}));
+  SetClipboard("help\n");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  EXPECT_EQ(line->selectedText(), "help");
+  Press(line, Qt::Key_X, "x");
+  EXPECT_EQ(window.GetCommandText(), "x");
+}
+
+TEST_F(TCommandLineTest, TheContextMenuPastesLikewise) {
+  SetClipboard("one\ntwo");
+  window.show();
+  bool found = false;
+  QTimer::singleShot(0, [&] {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (QAction* action : menu->actions()) {
+      if (action->text().startsWith("&Paste")) {
+        found = true;
+        action->trigger();
+      }
+    }
+    menu->close();
+  });
+  QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), line->mapToGlobal(QPoint(5, 5)));
+  QApplication::sendEvent(line, &event);
+  EXPECT_TRUE(found);
+  EXPECT_EQ(lines, std::vector<std::string>{"one"});
+  EXPECT_EQ(window.GetCommandText(), "two");
+}
+
+TEST_F(TCommandLineTest, TheLineTakesAMegabyteAndAPasteOfMoreIsRefused) {
+  const QString megabyte(1 << 20, 'x');
+  SetClipboard(megabyte + "\nrest");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0], megabyte.toStdString());
+  EXPECT_EQ(window.GetCommandText(), "rest");
+  window.show();
+  SetClipboard("one\n" + megabyte + "y\n");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  EXPECT_EQ(lines.size(), 1u) << "all or nothing";
+  EXPECT_TRUE(QToolTip::text().contains("was not pasted"));
+}
+
+TEST_F(TCommandLineTest, LinesThatWaitAreNotLost) {
+  // As the controller does while a command is under way.
+  window.OnReturnPressed = [this] { lines.push_back(window.GetCommandText()); };
+  SetClipboard("one\ntwo\nrest");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  EXPECT_EQ(lines, (std::vector<std::string>{"one", "two"}));
+  EXPECT_EQ(window.GetCommandText(), "rest");
+}
+
+TEST_F(TCommandLineTest, F1IsHelpAndKeepsWhatWasBegun) {
+  Press(line, Qt::Key_F1);
+  EXPECT_EQ(lines, std::vector<std::string>{"help"});
+  EXPECT_EQ(line->selectedText(), "help");
+  window.SetCommandText("begun");
+  Press(line, Qt::Key_F1);
+  EXPECT_EQ(lines.size(), 2u);
+  EXPECT_EQ(window.GetCommandText(), "begun");
+}
+
+TEST_F(TCommandLineTest, ControlQCloses) {
+  window.show();
+  PressWith(Qt::ControlModifier, Qt::Key_Q);
+  EXPECT_FALSE(window.isVisible());
+  EXPECT_TRUE(window.IsClosing());
+}
+
+TEST_F(TCommandLineTest, WhileACommandRunsOnlyEscapeAndClosingGetThrough) {
+  int interrupts = 0;
+  window.OnInterrupt = [&] { ++interrupts; };
+  window.show();
+  window.SetCommandText("running");
+  window.SetBusy(true);
+  window.SetBusy(true);
+  EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::BusyCursor);
+  Press(line, Qt::Key_A, "a");
+  Press(line, Qt::Key_Return);
+  Press(line, Qt::Key_B, "b");
+  EXPECT_EQ(window.GetCommandText(), "running");
+  Press(line, Qt::Key_Escape);
+  EXPECT_EQ(interrupts, 1);
+  EXPECT_EQ(window.GetCommandText(), "running") << "Escape means the command";
+  auto* pane = Find<QPlainTextEdit>("pteInfo");
+  pane->setPlainText("some text");
+  QMouseEvent doubleClick(QEvent::MouseButtonDblClick, QPointF(10, 10), pane->viewport()->mapToGlobal(QPointF(10, 10)),
+                          Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(pane->viewport(), &doubleClick);
+  EXPECT_FALSE(pane->textCursor().hasSelection());
+  window.SetBusy(false);
+  EXPECT_NE(QApplication::overrideCursor(), nullptr) << "the script still runs";
+  QCoreApplication::processEvents();
+  window.ClearCommandText();
+  window.SetBusy(false);
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(window.GetCommandText(), "") << "not before the events are handled";
+  QCoreApplication::processEvents();
+  EXPECT_EQ(lines, std::vector<std::string>{"a"});
+  EXPECT_EQ(window.GetCommandText(), "b");
+  QApplication::sendEvent(pane->viewport(), &doubleClick);
+  EXPECT_TRUE(pane->textCursor().hasSelection()) << "the mouse is back";
+}
+
+TEST_F(TCommandLineTest, KeysKeptOverSeveralCommandsStayInOrder) {
+  window.OnReturnPressed = [this] {
+    lines.push_back(window.GetCommandText());
+    window.SetBusy(true);
+    window.ProcessWorkEvents();
+    window.ClearCommandText();
+    window.SetBusy(false);
+  };
+  window.SetBusy(true);
+  for (const char letter : {'a', '\n', 'b', '\n', 'c'}) {
+    Press(line, letter == '\n' ? Qt::Key_Return : Qt::Key_A + letter - 'a', QString(letter));
+  }
+  window.SetBusy(false);
+  for (int i = 0; i < 5; ++i) {
+    QCoreApplication::processEvents();
+  }
+  EXPECT_EQ(lines, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(window.GetCommandText(), "c");
+}
+
+TEST_F(TCommandLineTest, ClosingDuringACommandIsRemembered) {
+  int interrupts = 0;
+  window.OnInterrupt = [&] { ++interrupts; };
+  window.show();
+  window.OnReturnPressed = [&] {
+    lines.push_back(window.GetCommandText());
+    window.SetBusy(true);
+    Press(line, Qt::Key_Z, "z");
+    window.close();
+    EXPECT_TRUE(window.isVisible());
+    window.ProcessWorkEvents();
+    window.SetBusy(false);
+  };
+  SetClipboard("one\ntwo\n");
+  PressWith(Qt::ControlModifier, Qt::Key_V);
+  EXPECT_EQ(interrupts, 1);
+  EXPECT_FALSE(window.isVisible());
+  EXPECT_EQ(lines, std::vector<std::string>{"one"}) << "nothing runs in a window that is closed";
+}
+
+TEST_F(TCommandLineTest, ADialogOfACommandGetsItsInputAsUsual) {
+  int interrupts = 0;
+  window.OnInterrupt = [&] { ++interrupts; };
+  window.show();
+  window.SetBusy(true);
+  QDialog dialog;
+  bool hadPointer = false;
+  QTimer::singleShot(0, [&] {
+    hadPointer = QApplication::overrideCursor() == nullptr;
+    Press(&dialog, Qt::Key_Escape);
+  });
+  dialog.exec();
+  EXPECT_TRUE(hadPointer);
+  EXPECT_EQ(dialog.result(), QDialog::Rejected);
+  EXPECT_EQ(interrupts, 0);
+  EXPECT_NE(QApplication::overrideCursor(), nullptr);
+  window.SetBusy(false);
+}
+
+TEST_F(TMainWindowTest, TheTitleShowsTheWorkUnderWay) {
+  window.ShowWork("segmentimage, 1,200 of 25,000");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8 - segmentimage, 1,200 of 25,000");
+  window.ShowWork("");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8");
+}
+
+TEST_F(TMainWindowTest, ACommandOfferedDuringAnotherStandsInTheLineAfterwards) {
+  OfferCommand("now");
+  EXPECT_EQ(window.GetCommandText(), "now");
+  window.SetBusy(true);
+  OfferCommand("later");
+  window.ClearCommandText();
+  window.SetBusy(false);
+  EXPECT_EQ(window.GetCommandText(), "later");
 }
 
 TEST_F(TMainWindowTest, KeysOfTheCommandLineFireTheCallbacksOnly) {
@@ -197,7 +590,7 @@ TEST_F(TMainWindowTest, ADroppedFileRunsTheGeneratedLineWhereverItFalls) {
     }
     for (const auto& [url, line] : cases) {
       std::string seen;
-      window.OnReturnPressed = [&] { seen = window.GetCommandText(); };
+      window.OnFileDropped = [&] { seen = window.GetCommandText(); };
       QMimeData data;
       data.setUrls({QUrl(url), QUrl("file:///second.jpg")});
       data.setText("as file managers do");
@@ -210,6 +603,7 @@ TEST_F(TMainWindowTest, ADroppedFileRunsTheGeneratedLineWhereverItFalls) {
 TEST_F(TMainWindowTest, OtherDropsRunNothing) {
   bool fired = false;
   window.OnReturnPressed = [&] { fired = true; };
+  window.OnFileDropped = [&] { fired = true; };
   window.SetCommandText("kept");
   QMimeData text;
   text.setText("tessimar/feature");

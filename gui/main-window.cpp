@@ -1,76 +1,76 @@
 #include "gui/main-window.h"
 
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+#include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QGuiApplication>
-#include <QImageReader>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <QPixmap>
 #include <QScreen>
+#include <QToolTip>
 #include <QUrl>
+#include <boost/bind/bind.hpp>
 
 #include "base/native-path.h"
 #include "gui/eight-bit-text.h"
+#include "gui/fit-dialog.h"
+#include "gui/tool-tip.h"
 #include "ui_main-window.h"
+
+/// Outside of every namespace, as the toolkit asks for.
+static QIcon MakeIcon() {
+  // The linker leaves out what nobody mentions in a static library.
+  Q_INIT_RESOURCE(icons);
+  QIcon icon;
+  for (const char* file :
+       {":/icons/tessimar-16.png", ":/icons/tessimar-32.png", ":/icons/tessimar-48.png", ":/icons/tessimar-256.png"}) {
+    icon.addFile(file);
+  }
+  return icon;
+}
 
 namespace {
 
-constexpr QSize kThumbnail(40, 30);
+constexpr const char* kTitle = "Tessimar v0.1.8";
 
-/// A cell's label. The table takes it over.
-QLabel* AddLabel(QTableWidget* table, int row, int column) {
+/// Adds a row with a label, which the table takes over.
+void AddSideRow(QTableWidget* table, const std::string& text) {
+  const int row = table->rowCount();
+  table->setRowCount(row + 1);
   auto* label = new QLabel(table);
-  table->setCellWidget(row, column, label);
-  return label;
-}
-
-void AddText(QTableWidget* table, int row, int column, const std::string& text) {
-  QLabel* label = AddLabel(table, row, column);
   label->setTextFormat(Qt::PlainText);
   label->setText(ToQString(text));
   label->setIndent(5);
+  label->setToolTip(PlainToolTip(label->text()));
+  table->setCellWidget(row, 0, label);
 }
 
-int AddRow(QTableWidget* table) {
-  const int row = table->rowCount();
-  table->setRowCount(row + 1);
-  return row;
-}
-
-void AddSideRow(QTableWidget* table, const std::string& text) {
-  AddText(table, AddRow(table), 0, text);
-}
-
-/// The picture of a file at 40 x 30; null if it cannot be read. A JPEG file is decoded at the smallest of its format's
-/// own sizes that still has four times the thumbnail's, so that large photographs cost little.
-QPixmap ReadThumbnail(const std::string& filename) {
-  QImageReader reader(ToQString(base::NativePath(filename)));
-  reader.setDecideFormatFromContent(true);
-  const QSize size = reader.size();
-  if (reader.format() == "jpeg" && size.isValid()) {
-    for (const int divisor : {8, 4, 2}) {
-      const QSize reduced((size.width() + divisor - 1) / divisor, (size.height() + divisor - 1) / divisor);
-      if (reduced.width() >= 4 * kThumbnail.width() && reduced.height() >= 4 * kThumbnail.height()) {
-        reader.setScaledSize(reduced);
-        break;
-      }
-    }
-  }
-  const QImage picture = reader.read();
-  return picture.isNull()
-             ? QPixmap()
-             : QPixmap::fromImage(picture).scaled(kThumbnail, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+/// Files are only read: a source that is told of a move would delete them.
+void AcceptAsCopy(QDropEvent& event) {
+  event.setDropAction(Qt::CopyAction);
+  event.accept();
 }
 
 }  // namespace
 
-MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui::MainWindow>()) {
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent),
+      ui(std::make_unique<Ui::MainWindow>()),
+      workInput(this),
+      offerScope(boost::bind(&MainWindow::TakeOffer, this, boost::placeholders::_1)) {
   ui->setupUi(this);
   ui->leCommand->installEventFilter(this);
-  setWindowTitle("Tessimar v0.1.8");
+  setWindowTitle(kTitle);
+  // The dialogs' too.
+  QGuiApplication::setWindowIcon(MakeIcon());
   const QSize available = QGuiApplication::screens().first()->availableGeometry().size();
   const QSize frame = frameGeometry().size();
   move((available.width() - frame.width()) / 2, (available.height() - frame.height()) / 2);
@@ -79,11 +79,22 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_uniq
   ui->twVariables->setColumnWidth(2, 750);
   ui->leCommand->setFocus(Qt::OtherFocusReason);
   ui->splitter->setSizes({260, 260, 50});
+  ui->splitter->setCollapsible(2, false);
+  setMinimumSize(480, 340);
+  for (QGroupBox* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
+    box->setToolTip(box->title());
+  }
   // A file dropped anywhere is the window's. The text widgets would take its address as text; without accepting drops
   // they let it pass to here.
   setAcceptDrops(true);
   ui->pteInfo->setAcceptDrops(false);
   ui->leCommand->setAcceptDrops(false);
+  connect(ui->pteInfo, &QPlainTextEdit::cursorPositionChanged, this, [this] { outputEnd = QTextCursor(); });
+  connect(ui->pteInfo, &QPlainTextEdit::selectionChanged, this, [this] { outputEnd = QTextCursor(); });
+  ui->leCommand->OnComplete = [this](const std::string& before) {
+    return OnComplete ? OnComplete(before) : TCandidates();
+  };
+  workInput.OnInterrupt = [this] { Interrupt(); };
 }
 
 MainWindow::~MainWindow() = default;
@@ -100,26 +111,33 @@ void MainWindow::AddSegmentationMethod(const std::string& name) {
   AddSideRow(ui->twSegmentationMethods, name);
 }
 
-void MainWindow::ClearVariables() {
-  ui->twVariables->setRowCount(0);
-}
-
-void MainWindow::AddVariable(const std::string& name, const std::string& type, const std::string& description,
-                             const std::string& imageFilename) {
-  const int row = AddRow(ui->twVariables);
-  AddText(ui->twVariables, row, 0, name);
-  ui->twVariables->cellWidget(row, 0)->setFont(QFont("Courier"));
-  if (type == "image") {
-    AddLabel(ui->twVariables, row, 1)->setPixmap(ReadThumbnail(imageFilename));
-  } else {
-    AddText(ui->twVariables, row, 1, type);
-  }
-  AddText(ui->twVariables, row, 2, description);
+void MainWindow::SetVariables(const std::vector<TVariableRow>& rows) {
+  ui->twVariables->SetRows(rows);
 }
 
 void MainWindow::AddOutput(const std::string& text) {
-  ui->pteInfo->insertPlainText(ToQString(text));
-  ui->pteInfo->ensureCursorVisible();
+  QPlainTextEdit* pane = ui->pteInfo;
+  const QTextCursor before = pane->textCursor();
+  if (!before.hasSelection()) {
+    pane->insertPlainText(ToQString(text));
+    pane->ensureCursorVisible();
+    return;
+  }
+  QTextCursor place = outputEnd.isNull() ? before : outputEnd;
+  QTextCursor selection = before;
+  // Text inserted at either end of the selection would become part of it.
+  selection.setKeepPositionOnInsert(before.position() > before.anchor());
+  place.setPosition(place.position());
+  place.insertText(ToQString(text));
+  pane->setTextCursor(place);
+  pane->ensureCursorVisible();
+  selection.setKeepPositionOnInsert(false);
+  pane->setTextCursor(selection);
+  outputEnd = place;
+}
+
+void MainWindow::PaintOutput() {
+  ui->pteInfo->viewport()->repaint();
 }
 
 std::string MainWindow::GetCommandText() const {
@@ -134,13 +152,159 @@ void MainWindow::ClearCommandText() {
   ui->leCommand->clear();
 }
 
+void MainWindow::SelectCommandText() {
+  ui->leCommand->selectAll();
+}
+
+void MainWindow::SetBusy(bool isBusy) {
+  if (isBusy) {
+    if (!workInput.IsActive()) {
+      PaintOutput();
+    }
+    workInput.Begin();
+    return;
+  }
+  if (isClosing) {
+    workInput.DropKept();
+  }
+  workInput.End();
+  if (workInput.IsActive()) {
+    return;
+  }
+  if (!offered.empty()) {
+    SetCommandText(std::exchange(offered, {}));
+  }
+  if (isClosing) {
+    close();
+  }
+}
+
+void MainWindow::ShowWork(const std::string& text) {
+  setWindowTitle(text.empty() ? QString(kTitle) : kTitle + (" - " + ToQString(text)));
+  ProcessWorkEvents();
+}
+
+void MainWindow::ProcessWorkEvents() {
+  QCoreApplication::processEvents(workInput.IsActive() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
+}
+
 void MainWindow::on_leCommand_returnPressed() {
   if (OnReturnPressed) {
     OnReturnPressed();
   }
 }
 
+void MainWindow::on_leCommand_linesPasted(const QString& text) {
+  TCommandLine* line = ui->leCommand;
+  QStringList lines = text.split('\n');
+  for (const QString& each : lines) {
+    if (each.size() + line->text().size() > line->maxLength()) {
+      QToolTip::showText(line->mapToGlobal(QPoint()), "A line of more than 1,048,576 characters was not pasted", line);
+      return;
+    }
+  }
+  const QString rest = lines.takeLast();
+  for (QString each : lines) {
+    if (each.endsWith('\r')) {
+      each.chop(1);
+    }
+    line->insert(each);
+    on_leCommand_returnPressed();
+    if (isClosing) {
+      return;
+    }
+    // A line that waits until another has ended is still there; the text of a help request is selected.
+    if (!line->hasSelectedText()) {
+      line->clear();
+    }
+  }
+  if (!rest.isEmpty()) {
+    line->insert(rest);
+  }
+}
+
+void MainWindow::RunHelp() {
+  const std::string before = GetCommandText();
+  SetCommandText("help");
+  on_leCommand_returnPressed();
+  if (!before.empty()) {
+    SetCommandText(before);
+  }
+}
+
+void MainWindow::TakeOffer(const std::string& line) {
+  SetCommandText(line);
+  if (workInput.IsActive()) {
+    // The command under way will empty the line.
+    offered = line;
+  }
+}
+
+void MainWindow::Interrupt() {
+  if (OnInterrupt) {
+    OnInterrupt();
+  }
+}
+
+void MainWindow::FollowPanes() {
+  const auto follow = [this](QWidget* widget) {
+    QWidget* parent = widget->parentWidget();
+    const QRect place = widget->geometry();
+    followers.push_back({widget, QMargins(place.left(), place.top(), parent->width() - place.left() - place.width(),
+                                          parent->height() - place.top() - place.height())});
+    parent->installEventFilter(this);
+  };
+  for (QWidget* widget :
+       std::initializer_list<QWidget*>{ui->splitter, ui->twVariables, ui->pteInfo, ui->leCommand, ui->twFeatures,
+                                       ui->twClassifiers, ui->twSegmentationMethods}) {
+    follow(widget);
+  }
+  const QList<int> sizes = ui->splitter->sizes();
+  ui->splitter->setStretchFactor(0, 1);
+  ui->splitter->setStretchFactor(1, 1);
+  // One line needs no more than it has.
+  ui->gbCommand->setFixedHeight(ui->gbCommand->height());
+  // Both would move the panes by a pixel.
+  ui->splitter->setSizes(sizes);
+}
+
+void MainWindow::ArrangeChildrenOf(const QWidget* parent) {
+  for (const auto& [widget, margins] : followers) {
+    if (widget->parentWidget() != parent) {
+      continue;
+    }
+    const int widthBefore = widget->width();
+    widget->setGeometry(parent->rect().marginsRemoved(margins));
+    if (widget == ui->twVariables) {
+      constexpr int kDescription = 2;
+      const int width = ui->twVariables->columnWidth(kDescription) + widget->width() - widthBefore;
+      ui->twVariables->setColumnWidth(kDescription, std::max(width, 100));
+    }
+  }
+  if (parent == ui->centralWidget) {
+    ArrangeSideTables();
+  }
+}
+
+/// The three boxes stay at the right edge and share what height there is.
+void MainWindow::ArrangeSideTables() {
+  constexpr QSize kForm(1182, 568);
+  const int wider = ui->centralWidget->width() - kForm.width();
+  const int higher = ui->centralWidget->height() - kForm.height();
+  int index = 0;
+  for (QWidget* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
+    const int above = higher * index / 3;
+    const int including = higher * (index + 1) / 3;
+    box->setGeometry(1040 + wider, 10 + 170 * index + above, 131, 161 + including - above);
+    ++index;
+  }
+}
+
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::Resize && watched != ui->leCommand) {
+    ArrangeChildrenOf(static_cast<QWidget*>(watched));
+    return false;
+  }
   if (watched != ui->leCommand) {
     return QMainWindow::eventFilter(watched, event);
   }
@@ -160,6 +324,9 @@ bool MainWindow::HandleCommandKey(int key) {
       }
       return true;
     case Qt::Key_Escape:
+      if (ui->leCommand->ShowsCandidates()) {
+        return false;
+      }
       ClearCommandText();
       return true;
     default:
@@ -167,9 +334,49 @@ bool MainWindow::HandleCommandKey(int key) {
   }
 }
 
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->keyCombination() == (Qt::CTRL | Qt::Key_Q)) {
+    close();
+  } else if (event->keyCombination() == QKeyCombination(Qt::Key_F1)) {
+    RunHelp();
+  } else {
+    QMainWindow::keyPressEvent(event);
+  }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  isClosing = true;
+  if (workInput.IsActive()) {
+    event->ignore();
+    Interrupt();
+  } else {
+    QMainWindow::closeEvent(event);
+  }
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  // Not where the user brings back a minimised window.
+  if (!event->spontaneous()) {
+    isClosing = false;
+  }
+  if (followers.empty()) {
+    FollowPanes();
+    ShrinkToScreen(*this);
+  }
+  QMainWindow::showEvent(event);
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (event->mimeData()->hasUrls() || event->mimeData()->hasText()) {
+  if (event->mimeData()->hasUrls()) {
+    AcceptAsCopy(*event);
+  } else if (event->mimeData()->hasText()) {
     event->acceptProposedAction();
+  }
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event) {
+  if (event->mimeData()->hasUrls()) {
+    AcceptAsCopy(*event);
   }
 }
 
@@ -177,7 +384,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   if (!event->mimeData()->hasUrls()) {
     return;
   }
-  event->acceptProposedAction();
+  AcceptAsCopy(*event);
   const QList<QUrl> urls = event->mimeData()->urls();
   if (urls.isEmpty()) {
     return;
@@ -185,7 +392,9 @@ void MainWindow::dropEvent(QDropEvent* event) {
   const std::string path = base::DroppedPath(FromQString(urls.first().path()));
   const bool isImage = path.find(".jpg") != std::string::npos;
   SetCommandText((isImage ? "image=loadimage(\"" : "database=loaddatabase(\"") + path + "\")");
-  on_leCommand_returnPressed();
+  if (OnFileDropped) {
+    OnFileDropped();
+  }
 }
 
 void MainWindow::mousePressEvent(QMouseEvent* event) {

@@ -19,6 +19,7 @@ void TFeatureVectorList::Remove(const std::string& name) {
         delete items[i];
       }
       items.erase(items.begin() + static_cast<std::ptrdiff_t>(i));
+      ++revision;
     }
   }
 }
@@ -30,6 +31,7 @@ void TFeatureVectorList::Clear() {
     }
   }
   items.clear();
+  ++revision;
 }
 
 std::vector<std::string> TFeatureVectorList::GetNames() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,10 @@ class TFeatureVectorList {
   TFeatureVectorList& operator=(const TFeatureVectorList&) = delete;
 
   /// Appends the vector. A list that owns its items takes the vector over; otherwise it must outlive its stay here.
-  void Add(TFeatureVector* vector) { items.push_back(vector); }
+  void Add(TFeatureVector* vector) {
+    items.push_back(vector);
+    ++revision;
+  }
 
   /// The first vector of exactly this name, or null.
   TFeatureVector* Find(const std::string& name) const;
@@ -37,9 +41,16 @@ class TFeatureVectorList {
   std::vector<std::string> GetNames() const;
 
   bool GetOwnsItems() const { return ownsItems; }
-  void SetOwnsItems(bool flag) { ownsItems = flag; }
+  void SetOwnsItems(bool flag) {
+    ownsItems = flag;
+    ++revision;
+  }
+
+  /// Another number after every change of the list: what was worked out from its vectors is to be worked out anew.
+  std::uint32_t GetRevision() const { return revision; }
 
  private:
   TItems items;
   bool ownsItems = true;
+  std::uint32_t revision = 0;
 };

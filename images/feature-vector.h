@@ -18,7 +18,7 @@ class TFeatureVector {
   double* GetData() { return data.get(); }
   const double* GetData() const { return data.get(); }
   std::uint32_t GetLength() const { return length; }
-  const std::string& GetName() const { return name.get(); }
+  const std::string& GetName() const { return name.Get(); }
   void SetName(const std::string& newName) { name = newName; }
 
   /// Keeps the numbers if the length is the current one; otherwise they are undefined.
@@ -33,5 +33,5 @@ class TFeatureVector {
  private:
   std::unique_ptr<double[]> data;
   std::uint32_t length = 0;
-  base::TSharedText name = base::kNoText;
+  base::TSharedText name;
 };

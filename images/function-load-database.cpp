@@ -1,26 +1,16 @@
 #include "images/function-load-database.h"
 
-#include <QCoreApplication>
-
 #include "base/native-path.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionLoadDatabase::TFunctionLoadDatabase() {
-  name = "loaddatabase";
-  returnsValue = true;
-  returnType = "database";
-  SetParameters({"string"});
-  SetHelp({"Name:        LoadDatabase",                                              //
-           "Description: Loads a directory with images into a 'database' variable",  //
-           "Syntax:      a = loaddatabase(\"C:\\Directory\")",                       //
-           "Returns:     'database'",                                                //
-           "Parameters:  1 - string"});
-}
-
-std::unique_ptr<TVar> TFunctionLoadDatabase::CreateReturnVariable() const {
-  return std::make_unique<TVarDatabase>();
-}
+TFunctionLoadDatabase::TFunctionLoadDatabase()
+    : TFunction({.name = "loaddatabase", .kinds = {"string"}, .returns = Returns<TVarDatabase>(), .help = R"(
+Name:        LoadDatabase
+Description: Loads a directory with images into a 'database' variable
+Syntax:      a = loaddatabase("C:\Directory")
+Returns:     'database'
+Parameters:  1 - string)"}) {}
 
 bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& database = dynamic_cast<TVarDatabase&>(variable);
@@ -34,7 +24,7 @@ bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<
     return false;
   }
   Print("Scanning..");
-  QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  ProcessEvents();
   database.SetLocation(path);
   if (!database.ScanDirectory()) {
     Print("Directory cannot be read");

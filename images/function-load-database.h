@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,6 +9,5 @@
 class TFunctionLoadDatabase : public TFunction {
  public:
   TFunctionLoadDatabase();
-  std::unique_ptr<TVar> CreateReturnVariable() const override;
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
 };

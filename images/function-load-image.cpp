@@ -3,21 +3,13 @@
 #include "base/native-path.h"
 #include "images/var-image.h"
 
-TFunctionLoadImage::TFunctionLoadImage() {
-  name = "loadimage";
-  returnsValue = true;
-  returnType = "image";
-  SetParameters({"string"});
-  SetHelp({"Name:        LoadImage",                                   //
-           "Description: Loads an image into an 'image' variable",     //
-           "Syntax:      a = loadimage(\"C:\\Directory\\File.jpg\")",  //
-           "Returns:     'image'",                                     //
-           "Parameters:  1 - string"});
-}
-
-std::unique_ptr<TVar> TFunctionLoadImage::CreateReturnVariable() const {
-  return std::make_unique<TVarImage>();
-}
+TFunctionLoadImage::TFunctionLoadImage()
+    : TFunction({.name = "loadimage", .kinds = {"string"}, .returns = Returns<TVarImage>(), .help = R"(
+Name:        LoadImage
+Description: Loads an image into an 'image' variable
+Syntax:      a = loadimage("C:\Directory\File.jpg")
+Returns:     'image'
+Parameters:  1 - string)"}) {}
 
 bool TFunctionLoadImage::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& image = dynamic_cast<TVarImage&>(variable);

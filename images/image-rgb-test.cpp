@@ -17,7 +17,6 @@
 
 #include "images/crop.h"
 #include "images/image-gray.h"
-#include "images/tile.h"
 #include "tests/support/scratch-directory.h"
 #include "tests/support/test-pictures.h"
 
@@ -338,6 +337,20 @@ TEST(TImageRGB, ATruncatedJpegGivesItsUpperPartOrNothing) {
   for (int y = 0; y < 48; ++y) {
     EXPECT_NEAR(image.GetPixels()[y * image.GetStride() + 96], y / 16 * 15, 6) << "row " << y;
   }
+  EXPECT_TRUE(image.IsDamaged());
+  EXPECT_TRUE(image.LoadFromFile("whole.jpg") && !image.IsDamaged());
+
+  // What stands in the header or behind the end costs no pixel.
+  const std::size_t behindHeader = 20;
+  ASSERT_EQ(bytes.substr(6, 5), std::string("JFIF", 5));
+  const std::string profile = std::string("\xff\xe2\x00\x14", 4) + std::string("ICC_PROFILE\0\x01\x02late", 18);
+  const std::string extension = std::string("\xff\xe0\x00\x08JFXX\0\x44", 10);
+  for (const std::string& odd : {bytes + "more", bytes.substr(0, 11) + '\x09' + bytes.substr(12),
+                                 bytes.substr(0, behindHeader) + profile + bytes.substr(behindHeader),
+                                 bytes.substr(0, behindHeader) + extension + bytes.substr(behindHeader)}) {
+    MakeFile("odd.jpg", odd);
+    EXPECT_TRUE(image.LoadFromFile("odd.jpg") && !image.IsDamaged()) << odd.substr(0, 60);
+  }
 }
 
 TEST(TImageRGB, WhatIsSavedLosslesslyComesBackFromFileAndMemory) {
@@ -463,30 +476,4 @@ TEST(CropImage, RectanglesAreClippedToThePicture) {
   TImageRGB crop;
   CropImage(TImageRGB(), 0, 0, 5, 5, crop);
   EXPECT_EQ(crop.GetWidth() + crop.GetHeight(), 0);
-}
-
-TEST(LoadTile, ProportionsAreKeptInWholeNumbers) {
-  const TScratchDirectory scratch;
-  // A picture, and the height of its tile.
-  constexpr int kCases[][3] = {{40, 30, 75}, {30, 40, 133}, {3, 2, 66}, {1, 1, 100}, {400, 1, 0}, {1, 327, 32700}};
-  for (const auto& [width, height, tileHeight] : kCases) {
-    MakePicture("a.jpg", width, height, [](int, int) { return kOlive; });
-    TImageRGB tile;
-    ASSERT_TRUE(LoadTile("a.jpg", 100, tile)) << width << " x " << height;
-    EXPECT_EQ(tile.GetWidth(), 100);
-    EXPECT_EQ(tile.GetHeight(), tileHeight);
-    EXPECT_EQ(Pixels(tile), TColours(std::size_t{100} * tileHeight, kOlive));
-  }
-}
-
-TEST(LoadTile, UnreadableAndEndlesslyHighPicturesGiveNone) {
-  const TScratchDirectory scratch;
-  MakePicture("high.ppm", 1, 328, [](int, int) { return kOlive; });
-  MakeFile("text.jpg", "words");
-  TImageRGB tile;
-  FillPattern(tile, 2, 2);
-  for (const char* path : {"high.ppm", "text.jpg", "absent.jpg"}) {
-    EXPECT_FALSE(LoadTile(path, 100, tile)) << path;
-    EXPECT_EQ(Pixels(tile), PatternPixels(2, 2)) << path;
-  }
 }

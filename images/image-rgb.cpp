@@ -1,11 +1,13 @@
 #include "images/image-rgb.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 #include <FreeImage.h>
 
@@ -51,6 +53,59 @@ struct TMemoryStream {
 
   static long Tell(fi_handle handle) { return static_cast<TMemoryStream*>(handle)->position; }
 };
+
+/// True for what the decoders remark on pictures of which every pixel is there: an unusual header, or a fault in what
+/// goes with the pixels.
+bool IsHarmless(std::string_view message) {
+  constexpr std::array<std::string_view, 9> kHarmless = {"unknown JFIF revision number",
+                                                         "non-standard JFXX segment",
+                                                         "bad ICC marker",
+                                                         "Warning: loading color model",
+                                                         "Warning: image contains",
+                                                         "additional alpha channel(s) ignored",
+                                                         "Invalid data count for tag",
+                                                         "Unimplemented variable number of parameters for Tiff Tag",
+                                                         "Problem with skipping JPEG2000 box"};
+  return std::any_of(kHarmless.begin(), kHarmless.end(),
+                     [&](std::string_view remark) { return message.find(remark) != std::string_view::npos; });
+}
+
+/// Listens during its own lifetime to whether the library's decoders report damage.
+class TDecoderMessages {
+ public:
+  TDecoderMessages() {
+    anyDamage = false;
+    FreeImage_SetOutputMessage(
+        [](FREE_IMAGE_FORMAT, const char* message) { anyDamage = anyDamage || !IsHarmless(message); });
+  }
+  ~TDecoderMessages() { FreeImage_SetOutputMessage(nullptr); }
+  TDecoderMessages(const TDecoderMessages&) = delete;
+  TDecoderMessages& operator=(const TDecoderMessages&) = delete;
+
+  bool AnyDamage() const { return anyDamage; }
+
+ private:
+  static inline bool anyDamage = false;
+};
+
+/// The format of a regular file, by its contents, or failing that by its name. FIF_UNKNOWN if the library cannot read
+/// it. Nothing else is opened: a named pipe would wait for its other end.
+FREE_IMAGE_FORMAT FindFormat(const std::string& nativePath) {
+  if (!base::IsRegularFile(nativePath)) {
+    return FIF_UNKNOWN;
+  }
+  FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
+  if (format == FIF_UNKNOWN) {
+    format = FreeImage_GetFIFFromFilename(nativePath.c_str());
+  }
+  return FreeImage_FIFSupportsReading(format) == FALSE ? FIF_UNKNOWN : format;
+}
+
+/// The picture without its pixels, as far as the format can leave them out; null if it cannot be read.
+TBitmap ReadHeader(const std::string& path, FREE_IMAGE_FORMAT format) {
+  return TBitmap(format == FIF_UNKNOWN ? nullptr
+                                       : FreeImage_Load(format, base::NativePath(path).c_str(), FIF_LOAD_NOPIXELS));
+}
 
 /// A bitmap of FIT_RGBAF without its alpha. The library's own conversion cuts everything brighter than 1.
 TBitmap DropAlpha(FIBITMAP* bitmap) {
@@ -114,18 +169,33 @@ void TImageRGB::SetPixel(int x, int y, unsigned char red, unsigned char green, u
 
 bool TImageRGB::LoadFromFile(const std::string& path) {
   const std::string nativePath = base::NativePath(path);
-  // Opening a named pipe would wait for its other end.
-  if (!base::IsRegularFile(nativePath)) {
-    return false;
-  }
-  FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
+  return Decode(nativePath, FindFormat(nativePath), 0);
+}
+
+bool TImageRGB::IsReadable(const std::string& path) {
+  return ReadHeader(path, FindFormat(base::NativePath(path))) != nullptr;
+}
+
+std::pair<int, int> TImageRGB::JpegSize(const std::string& path) {
+  const TBitmap header = FindFormat(base::NativePath(path)) == FIF_JPEG ? ReadHeader(path, FIF_JPEG) : nullptr;
+  return {static_cast<int>(FreeImage_GetWidth(header.get())), static_cast<int>(FreeImage_GetHeight(header.get()))};
+}
+
+bool TImageRGB::LoadReduced(const std::string& path, int divisor) {
+  const auto [width, height] = JpegSize(path);
+  // The library takes the longer side that is wanted, in the upper half of the flags, and decodes at the smallest part
+  // of the full size that is not below it.
+  const int side = std::max(width, height) / divisor;
+  return Decode(base::NativePath(path), FIF_JPEG, side << 16);
+}
+
+bool TImageRGB::Decode(const std::string& nativePath, int format, int flags) {
   if (format == FIF_UNKNOWN) {
-    format = FreeImage_GetFIFFromFilename(nativePath.c_str());
-  }
-  if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
     return false;
   }
-  const TBitmap bitmap(FreeImage_Load(format, nativePath.c_str(), 0));
+  const TDecoderMessages messages;
+  const TBitmap bitmap(FreeImage_Load(static_cast<FREE_IMAGE_FORMAT>(format), nativePath.c_str(), flags));
+  isDamaged = messages.AnyDamage();
   return bitmap && CopyFromBitmap(bitmap.get());
 }
 
@@ -143,7 +213,9 @@ bool TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size, cons
     return false;
   }
   stream.position = 0;
+  const TDecoderMessages messages;
   const TBitmap bitmap(FreeImage_LoadFromHandle(format, &io, &stream, 0));
+  isDamaged = messages.AnyDamage();
   return bitmap && CopyFromBitmap(bitmap.get());
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 #include "images/pixel-buffer.h"
 
@@ -27,7 +28,21 @@ class TImageRGB : public TPixelBuffer {
   /// the buffer as it was, if there is no such file or it cannot be decoded.
   bool LoadFromFile(const std::string& path);
 
-  /// The same for a file held in memory; without a name its contents alone must tell the format.
+  /// True if the decoder reported damage in the file that was loaded last: a JPEG that was cut off, for one. What could
+  /// be decoded is in the buffer.
+  bool IsDamaged() const { return isDamaged; }
+
+  /// False for a file whose beginning shows already that LoadFromFile would fail.
+  static bool IsReadable(const std::string& path);
+
+  /// The width and the height that a JPEG file gives its picture; 0 and 0 for a file that is no JPEG or cannot be read.
+  static std::pair<int, int> JpegSize(const std::string& path);
+
+  /// Decodes a JPEG file at the given part of its width and height, rounded up: 2, 4 or 8 for a half, a quarter or an
+  /// eighth. That leaves out most of the decoding, and the eye sees little difference. Fails as LoadFromFile does.
+  bool LoadReduced(const std::string& path, int divisor);
+
+  /// Decodes a file held in memory, as LoadFromFile does; without a name its contents alone must tell the format.
   bool LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name = {});
 
   /// Copies a bitmap of any kind: palettes and gray become colour, alpha goes, high dynamic range is tone-mapped. The
@@ -44,4 +59,10 @@ class TImageRGB : public TPixelBuffer {
   /// Fills `destination` with a cubic resample of the whole picture, antialiased when shrinking. An empty picture gives
   /// zeroes.
   void ScaleTo(TImageRGB& destination, int width, int height) const;
+
+ private:
+  /// Loads a file of a known format of the library, with its flags.
+  bool Decode(const std::string& nativePath, int format, int flags);
+
+  bool isDamaged = false;
 };

@@ -4,6 +4,10 @@
 
 #include "base/native-path.h"
 
+bool IsPictureName(const std::string& name) {
+  return name.find(".jpg") != std::string::npos;
+}
+
 void SortPictureNames(std::vector<std::string>& names) {
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
     return a.size() != b.size() ? a.size() < b.size() : a < b;
@@ -13,7 +17,7 @@ void SortPictureNames(std::vector<std::string>& names) {
 std::optional<std::vector<std::string>> ListPictures(const std::string& directory) {
   auto names = base::ListFiles(directory);
   if (names) {
-    std::erase_if(*names, [](const std::string& name) { return name.find(".jpg") == std::string::npos; });
+    std::erase_if(*names, [](const std::string& name) { return !IsPictureName(name); });
     SortPictureNames(*names);
   }
   return names;

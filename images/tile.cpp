@@ -1,17 +1,58 @@
 #include "images/tile.h"
 
 #include <cstdint>
+#include <initializer_list>
 
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 
-bool LoadTile(const std::string& filename, int width, TImageRGB& tile) {
-  // The toolkit paints no pixmap that is higher than this.
-  constexpr std::int64_t kMaxHeight = 32767;
+namespace {
+
+/// The toolkit paints no pixmap that is higher than this.
+constexpr std::int64_t kMaxHeight = 32767;
+
+/// A picture that is this many times larger than its tile, in both directions, may be decoded at a part of its size.
+constexpr std::int64_t kFarLarger = 8;
+/// What is left of it then is at least this many times larger than the tile, so that the tile shows next to none of it.
+constexpr std::int64_t kStillLarger = 4;
+
+std::int64_t TileHeight(std::int64_t width, std::int64_t height, int tileWidth) {
+  return height * tileWidth / width;
+}
+
+/// The largest part of its size at which a picture may be decoded for its tile, as a divisor; 1 for the whole.
+int Divisor(std::int64_t width, std::int64_t height, int tileWidth) {
+  if (width <= 0) {
+    return 1;
+  }
+  const std::int64_t tileHeight = TileHeight(width, height, tileWidth);
+  const auto isLarger = [&](std::int64_t times, std::int64_t part) {
+    return width / part >= times * tileWidth && height / part >= times * tileHeight;
+  };
+  for (const int divisor : {8, 4, 2}) {
+    if (isLarger(kFarLarger, 1) && isLarger(kStillLarger, divisor)) {
+      return divisor;
+    }
+  }
+  return 1;
+}
+
+}  // namespace
+
+bool LoadTile(const std::string& filename, int width, TImageRGB& tile, TPictureReport* report) {
+  const auto [jpegWidth, jpegHeight] = TImageRGB::JpegSize(filename);
+  const int divisor = Divisor(jpegWidth, jpegHeight, width);
   TImageRGB picture;
-  if (!picture.LoadFromFile(filename)) {
+  const bool isRead = divisor > 1 ? picture.LoadReduced(filename, divisor) : picture.LoadFromFile(filename);
+  if (report != nullptr) {
+    report->Note(filename, isRead, picture);
+  }
+  if (!isRead) {
     return false;
   }
-  const std::int64_t height = static_cast<std::int64_t>(picture.GetHeight()) * width / picture.GetWidth();
+  // Rounding may give the reduced picture slightly other proportions.
+  const std::int64_t height = divisor > 1 ? TileHeight(jpegWidth, jpegHeight, width)
+                                          : TileHeight(picture.GetWidth(), picture.GetHeight(), width);
   if (height > kMaxHeight) {
     return false;
   }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <boost/function.hpp>
 #include <gtest/gtest.h>
 
 #include "images/var-image.h"

@@ -1,5 +1,9 @@
 #include "images/var-database.h"
 
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <string_view>
 #include <utility>
 
 #include "base/format-string.h"
@@ -8,7 +12,20 @@
 #include "images/picture-list.h"
 #include "images/var-image.h"
 
-TVarDatabase::TVarDatabase() : TVar("database") {}
+namespace {
+
+/// True for the ending of a common format of photographs, in any case.
+bool IsNamedLikePicture(const std::string& name) {
+  const std::string folded = base::FoldCase(name);
+  constexpr std::array<std::string_view, 8> kEndings = {".jpg",  ".jpeg", ".png", ".tif",
+                                                        ".tiff", ".gif",  ".bmp", ".webp"};
+  return std::any_of(kEndings.begin(), kEndings.end(),
+                     [&](std::string_view ending) { return folded.ends_with(ending); });
+}
+
+}  // namespace
+
+TVarDatabase::TVarDatabase() : TVar(kTypeName) {}
 
 TVarDatabase::~TVarDatabase() = default;
 
@@ -22,6 +39,7 @@ void TVarDatabase::Assign(const TVar* source) {
     return;
   }
   location = database->location;
+  fingerprint.reset();
   images.clear();
   images.reserve(database->images.size());
   for (const auto& image : database->images) {
@@ -43,22 +61,59 @@ std::string TVarDatabase::GetDescription() const {
 
 void TVarDatabase::SetLocation(const std::string& path) {
   location = base::WithTrailingSeparator(path);
+  fingerprint.reset();
+}
+
+std::uint64_t TVarDatabase::GetFingerprint() const {
+  if (!fingerprint) {
+    // An odd factor keeps every bit of what came before, and makes the order count.
+    constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
+    const std::hash<std::string_view> hash;
+    std::uint64_t sum = hash(location);
+    for (const auto& image : images) {
+      sum = sum * kFactor + hash(image->GetFilename());
+    }
+    fingerprint = sum;
+  }
+  return *fingerprint;
 }
 
 bool TVarDatabase::ScanDirectory() {
   images.clear();
+  fingerprint.reset();
   if (!base::Exists(location)) {
     return true;
   }
-  const auto names = ListPictures(location);
+  auto names = base::ListFiles(location);
   if (!names) {
     return false;
   }
+  int others = 0;
+  std::erase_if(*names, [&](const std::string& name) {
+    const bool isLeftOut = !IsPictureName(name);
+    others += isLeftOut && IsNamedLikePicture(name) ? 1 : 0;
+    return isLeftOut;
+  });
+  SortPictureNames(*names);
   images.reserve(names->size());
   for (const std::string& name : *names) {
     images.push_back(std::make_unique<TVarImage>());
     images.back()->SetFilename(location + name);
   }
+  if (others > 0) {
+    Print(FormatString("%d other pictures left out: their names do not contain '.jpg'", others));
+  }
   Print(FormatString("Database contains %d images", static_cast<int>(images.size())));
+  if (images.empty()) {
+    PrintDirectories();
+  }
   return true;
+}
+
+void TVarDatabase::PrintDirectories() const {
+  const auto entries = base::ListDirectory(location);
+  const auto files = base::ListFiles(location);
+  if (entries && files && entries->size() > files->size()) {
+    Print(FormatString("%d directories left out", static_cast<int>(entries->size() - files->size())));
+  }
 }

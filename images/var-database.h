@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,8 @@ class TVarImage;
 /// and annotations. The database owns its images.
 class TVarDatabase : public TVar {
  public:
+  static constexpr const char* kTypeName = "database";
+
   TVarDatabase();
   ~TVarDatabase() override;
 
@@ -26,12 +30,22 @@ class TVarDatabase : public TVar {
 
   const std::vector<std::unique_ptr<TVarImage>>& GetImages() const { return images; }
 
+  /// A number made of the location and the names of all images in order: databases with different ones are told apart
+  /// by it. Of this run of the program only.
+  std::uint64_t GetFingerprint() const;
+
   /// Replaces the images by what is at the location now, and prints their number: every entry that is no directory and
-  /// has ".jpg" in its name. No file is opened. A location that does not exist leaves the list empty. False if the
-  /// directory cannot be read; the list is empty then too.
+  /// has ".jpg" in its name. Other pictures are counted, and where there is no image at all, so are directories. No
+  /// file is opened. A location that does not exist leaves the list empty. False if the directory cannot be read; the
+  /// list is empty then too.
   bool ScanDirectory();
 
  private:
+  /// Says how many directories there are at the location.
+  void PrintDirectories() const;
+
   std::string location;
   std::vector<std::unique_ptr<TVarImage>> images;
+  /// Worked out at the first question.
+  mutable std::optional<std::uint64_t> fingerprint;
 };

@@ -5,7 +5,7 @@
 #include "base/format-string.h"
 #include "base/text.h"
 
-TVarImage::TVarImage() : TVar("image") {}
+TVarImage::TVarImage() : TVar(kTypeName) {}
 
 std::unique_ptr<TVar> TVarImage::CreateNew() const {
   return std::make_unique<TVarImage>();
@@ -37,4 +37,14 @@ std::string TVarImage::GetDescription() const {
 
 bool TVarImage::HasTag(const std::string& tag) const {
   return std::find(tags.begin(), tags.end(), tag) != tags.end();
+}
+
+std::string TVarImage::JoinTags(std::string_view separator) const {
+  std::vector<std::string> different;
+  for (const std::string& tag : tags) {
+    if (std::find(different.begin(), different.end(), tag) == different.end()) {
+      different.push_back(tag);
+    }
+  }
+  return base::Join(different, separator);
 }

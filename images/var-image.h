@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/var.h"
@@ -12,6 +13,8 @@
 /// database.
 class TVarImage : public TVar {
  public:
+  static constexpr const char* kTypeName = "image";
+
   TVarImage();
 
   std::unique_ptr<TVar> CreateNew() const override;
@@ -34,6 +37,8 @@ class TVarImage : public TVar {
   const std::vector<std::string>& GetTags() const { return tags; }
   /// True if the tag stands in the list at least once. Case counts.
   bool HasTag(const std::string& tag) const;
+  /// The tags, each once, in the order in which the image got them, with `separator` between each two.
+  std::string JoinTags(std::string_view separator) const;
 
  private:
   std::string filename;

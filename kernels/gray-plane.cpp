@@ -1,5 +1,6 @@
 #include "kernels/gray-plane.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -65,7 +66,8 @@ size_t GrayVectors(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, 
   for (size_t i = 0; i < lanes; ++i) {
     // Four pixels to each block.
     first[i] = static_cast<int32_t>(i - i / 4);
-    last[i] = static_cast<int32_t>(i - i / 4 + blocks);
+    // The last lane of all would come from beyond the vector; like each fourth, it is not used.
+    last[i] = static_cast<int32_t>(std::min(i - i / 4 + blocks, lanes - 1));
     inOrder[i] = static_cast<int32_t>(i % blocks * 4 + i / blocks);
   }
   const auto firstLanes = SetTableIndices(kPixels, first);

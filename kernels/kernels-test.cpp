@@ -14,11 +14,14 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include "kernels/byte-distance.h"
 #include "kernels/gray-plane.h"
 #include "kernels/hsv-histogram.h"
 #include "kernels/l1-distance-tile.h"
 #include "kernels/l1-distance.h"
 #include "kernels/lbp-histogram.h"
+#include "kernels/packed-rows.h"
+#include "kernels/rank-sort.h"
 #include "kernels/reference.h"
 #include "kernels/resize-cubic.h"
 #include "kernels/swap-red-blue.h"
@@ -524,6 +527,140 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
       EXPECT_EQ(distance, expectedDistance);
     }
   });
+}
+
+/// The positions of a ranking by these distances, in its order, from the kernel and from the plain sort.
+std::vector<int> SortedPositions(const std::vector<double>& distances) {
+  std::vector<kernels::TRankEntry> entries;
+  for (const double distance : distances) {
+    entries.push_back({static_cast<std::int32_t>(entries.size()), distance});
+  }
+  std::vector<kernels::TRankEntry> expected = entries;
+  kernels::RankSort(entries);
+  kernels::reference::RankSort(expected);
+  std::vector<int> positions;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    EXPECT_EQ(entries[i].imageIndex, expected[i].imageIndex) << i;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(entries[i].distance), std::bit_cast<std::uint64_t>(expected[i].distance));
+    positions.push_back(entries[i].imageIndex);
+  }
+  return positions;
+}
+
+TEST(RankSort, TellsEveryTwoDistancesApartButTheTwoZeros) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+  constexpr double kGreatest = std::numeric_limits<double>::max();
+  EXPECT_EQ(SortedPositions({1.5, 0.0, kInfinity, -0.0, std::nextafter(1.5, 2.0), kGreatest, 0.0, kLeast, 2.5, -1.0,
+                             std::nextafter(1.5, 1.0), -kInfinity, -1.5}),
+            (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
+  EXPECT_EQ(SortedPositions({3.0}), std::vector<int>{0});
+  EXPECT_EQ(SortedPositions({}), std::vector<int>());
+}
+
+TEST(RankSort, EqualsThePlainStableSort) {
+  std::mt19937_64 random(11);
+  // Few distances and many ties; those of a search; all bits there are but those of a NaN. Each number of passes.
+  for (const std::size_t count : {2, 255, 1000, 70000}) {
+    std::vector<double> ties(count);
+    std::vector<double> sums(count);
+    std::vector<double> bits(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      ties[i] = i % 50 == 0 ? std::numeric_limits<double>::infinity() : static_cast<double>(random() % 3);
+      sums[i] = 0x1p-53 * static_cast<double>(random() >> 11);
+      const double any = std::bit_cast<double>(random());
+      bits[i] = std::isnan(any) ? 0.0 : any;
+    }
+    for (const std::vector<double>& distances : {ties, sums, bits}) {
+      SortedPositions(distances);
+    }
+  }
+}
+
+TEST(ByteDistances, EqualThePlainLoopOnEachTarget) {
+  OnEachTarget([] {
+    for (const std::size_t length : {64, 128, 256, 1 << 18}) {
+      for (const std::size_t count : {0, 1, 7}) {
+        SCOPED_TRACE(testing::Message() << count << " rows of " << length);
+        const Bytes query = RunsOfBytes(length, 11);
+        Bytes rows = RandomBytes(count * length, 12);
+        if (count > 1) {
+          // The largest distance there is.
+          std::transform(query.begin(), query.end(), rows.begin(),
+                         [](unsigned char byte) { return static_cast<unsigned char>(byte < 128 ? 255 : 0); });
+        }
+        std::vector<std::uint32_t> expected(count);
+        std::vector<std::uint32_t> found(count);
+        kernels::reference::ByteDistances(query.data(), rows.data(), length, count, expected.data());
+        kernels::ByteDistances(query.data(), rows.data(), length, count, found.data());
+        EXPECT_EQ(found, expected);
+      }
+    }
+  });
+}
+
+// The same number to the last bit, or two NaNs: which NaN a sum of two gives depends on the order of the operands.
+void ExpectSameBits(double found, double expected) {
+  if (!std::isnan(expected)) {
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(found), std::bit_cast<std::uint64_t>(expected));
+  } else {
+    EXPECT_TRUE(std::isnan(found));
+  }
+}
+
+TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
+  std::mt19937 random(10);
+  const auto number = [&] {
+    constexpr std::array kSpecial{0.0, -0.0, std::numeric_limits<double>::quiet_NaN(),
+                                  std::numeric_limits<double>::infinity(), 1e300};
+    return random() % 500 == 0 ? kSpecial[random() % kSpecial.size()]
+                               : std::ldexp(static_cast<double>(random()) - 2e9, static_cast<int>(random() % 40) - 30);
+  };
+  OnEachTarget([&] {
+    for (const std::size_t length : {0, 1, 2, 7, 256}) {
+      for (const std::size_t count : {0, 1, 7, 8, 9, 16, 31, 32, 33, 100}) {
+        SCOPED_TRACE(testing::Message() << count << " rows of " << length);
+        std::vector<double> query(length);
+        std::vector<double> rows(count * length);
+        std::generate(query.begin(), query.end(), number);
+        std::generate(rows.begin(), rows.end(), number);
+        kernels::PackedRows packed(count, length);
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+          packed.Set(i / length, i % length, rows[i]);
+        }
+        std::vector<double> expected(count);
+        std::vector<double> sums(packed.RoundedCount(), -1.0);
+        kernels::reference::DotProducts(query.data(), length, rows.data(), count, expected.data());
+        packed.DotProducts(query.data(), sums.data());
+        for (std::size_t row = 0; row < count; ++row) {
+          ExpectSameBits(sums[row], expected[row]);
+        }
+        kernels::reference::SquaredDistances(query.data(), length, rows.data(), count, expected.data());
+        packed.SquaredDistances(query.data(), sums.data());
+        for (std::size_t row = 0; row < count; ++row) {
+          ExpectSameBits(sums[row], expected[row]);
+        }
+      }
+    }
+  });
+}
+
+TEST(PackedRows, SumProductsAndSquares) {
+  constexpr std::array kQuery{1.0, -2.0, 0.5};
+  kernels::PackedRows rows(9, 3);
+  for (std::size_t i = 0; i < 3; ++i) {
+    rows.Set(0, i, kQuery[i]);
+    rows.Set(8, i, 4.0);
+  }
+  std::array<double, 16> sums;
+  rows.DotProducts(kQuery.data(), sums.data());
+  EXPECT_EQ(sums[0], 5.25);
+  EXPECT_EQ(sums[1], 0.0);
+  EXPECT_EQ(sums[8], -2.0);
+  rows.SquaredDistances(kQuery.data(), sums.data());
+  EXPECT_EQ(sums[0], 0.0);
+  EXPECT_EQ(sums[1], 5.25);
+  EXPECT_EQ(sums[8], 9.0 + 36.0 + 12.25);
 }
 
 }  // namespace

@@ -7,11 +7,13 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <vector>
 
 #include "kernels/cubic-weights.h"
 #include "kernels/l1-distance.h"
+#include "kernels/rank-sort.h"
 
 namespace kernels::reference {
 
@@ -167,6 +169,42 @@ inline std::size_t FindNearestL1(const double* query, std::size_t length, const 
     }
   }
   return nearest;
+}
+
+inline void RankSort(std::vector<TRankEntry>& entries) {
+  std::stable_sort(entries.begin(), entries.end(),
+                   [](const TRankEntry& a, const TRankEntry& b) { return a.distance < b.distance; });
+}
+
+inline void ByteDistances(const std::uint8_t* query, const std::uint8_t* rows, std::size_t length, std::size_t count,
+                          std::uint32_t* distances) {
+  for (std::size_t row = 0; row < count; ++row) {
+    distances[row] = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+      distances[row] += static_cast<std::uint32_t>(std::abs(query[i] - rows[row * length + i]));
+    }
+  }
+}
+
+// `rows` in one block, one behind the other.
+inline void DotProducts(const double* query, std::size_t length, const double* rows, std::size_t count, double* sums) {
+  for (std::size_t row = 0; row < count; ++row) {
+    sums[row] = 0.0;
+    for (std::size_t i = 0; i < length; ++i) {
+      sums[row] += query[i] * rows[row * length + i];
+    }
+  }
+}
+
+inline void SquaredDistances(const double* query, std::size_t length, const double* rows, std::size_t count,
+                             double* sums) {
+  for (std::size_t row = 0; row < count; ++row) {
+    sums[row] = 0.0;
+    for (std::size_t i = 0; i < length; ++i) {
+      const double difference = query[i] - rows[row * length + i];
+      sums[row] += difference * difference;
+    }
+  }
 }
 
 }  // namespace kernels::reference

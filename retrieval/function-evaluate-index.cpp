@@ -6,13 +6,17 @@
 
 #include "base/file.h"
 #include "base/format-string.h"
+#include "base/native-path.h"
 #include "base/run-program.h"
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "retrieval/plot-script.h"
+#include "retrieval/recall-precision-text.h"
 #include "retrieval/recall-precision.h"
 #include "retrieval/var-database-index.h"
 
@@ -21,6 +25,7 @@ namespace {
 constexpr const char* kCurveFile = "recallprecision.txt";
 constexpr const char* kScriptFile = "recallprecision.plt";
 constexpr const char* kChartFile = "recallprecision.png";
+constexpr int kSettlingTime = 500;
 
 TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& index, const std::string& tag) {
   std::vector<bool> carriesTag;
@@ -36,35 +41,21 @@ TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& 
   return MeasureRanking(relevance, static_cast<int>(std::count(carriesTag.begin(), carriesTag.end(), true)));
 }
 
-void DrawAndShowChart() {
-  base::Pause(500);
-  base::RunGnuplot(kScriptFile);
-  base::Pause(500);
-  TImageRGB chart;
-  chart.LoadFromFile(kChartFile);
-  TImageDisplay dialog;
-  dialog.SetImage(ToQImage(chart));
-  RunDialog(dialog);
-}
-
 }  // namespace
 
-TFunctionEvaluateIndex::TFunctionEvaluateIndex() {
-  name = "evaluateindex";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        EvaluateIndex",                                                     //
-           "Description: Evaluates ground truth data for a given tag in a 'databaseindex'",  //
-           "Syntax:      EvaluateIndex(db, \"tree\")",                                       //
-           "Returns:     nothing",                                                           //
-           "Parameters:  1 - 'databaseindex'",                                               //
-           "             2 - string"});
-}
+TFunctionEvaluateIndex::TFunctionEvaluateIndex()
+    : TFunction({.name = "evaluateindex", .kinds = {"variable", "string"}, .help = R"(
+Name:        EvaluateIndex
+Description: Evaluates ground truth data for a given tag in a 'databaseindex'
+Syntax:      EvaluateIndex(db, "tree")
+Returns:     nothing
+Parameters:  1 - 'databaseindex'
+             2 - string)"}) {}
 
 bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
-  const auto* index = FindVariable<TVarDatabaseIndex>(params[0]);
+  const auto* index = Require<TVarDatabaseIndex>(params, 1);
   const std::string tag = StripQuotes(params[1]);
   if (index == nullptr) {
-    Print("First parameter is not of type 'databaseindex'");
     return false;
   }
   std::string reason;
@@ -73,21 +64,47 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
     Print(reason);
     return false;
   }
+  const auto& images = database->GetImages();
+  const bool hasCarrier =
+      std::any_of(images.begin(), images.end(), [&](const auto& image) { return image->HasTag(tag); });
+  if (!hasCarrier) {
+    Print(FormatString("No image carries the tag '%s'", tag.c_str()));
+  }
   const TRecallPrecision result = Measure(*database, *index, tag);
-  Print(FormatString("MAP: %.08f", result.map));
-  if (!Write(kCurveFile, result.curve) || !Write(kScriptFile, FormatPlotScript(tag))) {
+  Print(FormatString("MAP: %.08f", result.averagePrecision));
+  if (!Write(kCurveFile, FormatCurve(result.curve)) || !Write(kScriptFile, FormatPlotScript(tag))) {
     return false;
   }
+  // Whatever happens from here on, no chart of an earlier evaluation is taken for one of this.
+  const bool isRemoved = base::RemoveFile(kChartFile);
   if (!IsSafePlotTitle(tag)) {
     Print("Tag cannot be drawn");
-    return true;
+  } else if (hasCarrier) {
+    DrawAndShowChart(*index, isRemoved);
   }
-  DrawAndShowChart();
   return true;
 }
 
+void TFunctionEvaluateIndex::DrawAndShowChart(const TVarDatabaseIndex& index, bool isRemoved) const {
+  // The file system of a slow disk or share may show the script, and then the chart, a moment late.
+  Pause(kSettlingTime);
+  base::RunGnuplot(kScriptFile);
+  Pause(kSettlingTime);
+  TImageRGB chart;
+  // A file that is only spelt alike is not the one that gnuplot was to write.
+  const bool isExact = base::NativePath(kChartFile) == kChartFile;
+  if (!isRemoved || !isExact || !chart.LoadFromFile(kChartFile)) {
+    Print(FormatString("Chart '%s' was not drawn: is gnuplot installed?", kChartFile));
+    return;
+  }
+  TImageDisplay dialog;
+  dialog.SetImage(ToQImage(chart), {{QRect(), kChartFile, kChartFile}});
+  dialog.setAccessibleName(ToQString(FormatString("Chart of '%s', file '%s'", index.GetName().c_str(), kChartFile)));
+  RunDialog(dialog);
+}
+
 bool TFunctionEvaluateIndex::Write(const char* filename, const std::string& bytes) const {
-  if (base::WriteFile(filename, bytes)) {
+  if (base::ReplaceFile(filename, bytes.data(), bytes.size())) {
     return true;
   }
   Print(FormatString("File '%s' cannot be written", filename));

@@ -1,39 +1,40 @@
 #include "retrieval/function-search-image.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
 #include "base/text.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "retrieval/feature-distance.h"
 #include "retrieval/var-database-index.h"
 
-TFunctionSearchImage::TFunctionSearchImage() {
-  name = "searchimage";
-  returnsValue = true;
-  returnType = "databaseindex";
-  SetParameters({"variable", "variable"});
-  SetHelp({"Name:        SearchImage",                                                      //
-           "Description: Searches for an 'image' in a 'database' and stores the results",   //
-           "             in an index variable, with the first image being the best match",  //
-           "Syntax:      index = searchimage(database, image)",                             //
-           "Returns:     'databaseindex'",                                                  //
-           "Parameters:  1 - 'database'",                                                   //
-           "             2 - 'image'"});
-}
+namespace {
 
-std::unique_ptr<TVar> TFunctionSearchImage::CreateReturnVariable() const {
-  return std::make_unique<TVarDatabaseIndex>();
-}
+/// How many images are compared between two looks at the window: some milliseconds' worth.
+constexpr std::size_t kImagesAtATime = 32768;
+
+}  // namespace
+
+TFunctionSearchImage::TFunctionSearchImage()
+    : TFunction({.name = "searchimage",
+                 .kinds = {"variable", "variable"},
+                 .returns = Returns<TVarDatabaseIndex>(),
+                 .help = R"(
+Name:        SearchImage
+Description: Searches for an 'image' in a 'database' and stores the results
+             in an index variable, with the first image being the best match
+Syntax:      index = searchimage(database, image)
+Returns:     'databaseindex'
+Parameters:  1 - 'database'
+             2 - 'image')"}) {}
 
 bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& index = dynamic_cast<TVarDatabaseIndex&>(variable);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
-  const auto* query = FindVariable<TVarImage>(params[1]);
-  if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
-    return false;
-  }
+  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* query = database == nullptr ? nullptr : Require<TVarImage>(params, 2);
   if (query == nullptr) {
-    Print("Second parameter is not of type 'image'");
     return false;
   }
   if (database->GetImages().empty()) {
@@ -44,17 +45,29 @@ bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<s
     Print("No features found to compare images with");
     return false;
   }
-  std::vector<const TFeatureVectorList*> lists;
-  lists.reserve(database->GetImages().size());
-  for (const auto& image : database->GetImages()) {
-    lists.push_back(&image->GetImageSegment().GetFeatures());
-  }
   index.ClearEntries();
   index.SetDatabaseName(database->GetName());
+  index.SetDatabaseFingerprint(database->GetFingerprint());
   index.SetImageName(query->GetFilename());
-  std::int32_t imageIndex = 0;
-  for (const double distance : GetDistances(query->GetImageSegment().GetFeatures(), featureNames, lists)) {
-    index.AddEntry(imageIndex++, distance);
+  const auto& images = database->GetImages();
+  std::vector<const TFeatureVectorList*> lists;
+  bool anyCompares = false;
+  std::size_t done = 0;
+  while (done < images.size() && ReportProgress(done, images.size())) {
+    lists.clear();
+    for (std::size_t i = done; i < std::min(done + kImagesAtATime, images.size()); ++i) {
+      lists.push_back(&images[i]->GetImageSegment().GetFeatures());
+    }
+    for (const double distance : GetDistances(query->GetImageSegment().GetFeatures(), featureNames, lists)) {
+      index.AddEntry(static_cast<std::int32_t>(done++), distance);
+      anyCompares = anyCompares || std::isfinite(distance);
+    }
+  }
+  if (done < images.size()) {
+    return Interrupted(done, images.size());
+  }
+  if (!anyCompares) {
+    Print("No image can be compared");
   }
   index.SortEntries();
   return true;

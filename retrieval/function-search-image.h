@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,7 +13,6 @@ class TVarImage;
 class TFunctionSearchImage : public TFunction {
  public:
   TFunctionSearchImage();
-  std::unique_ptr<TVar> CreateReturnVariable() const override;
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
 
  private:

@@ -4,30 +4,22 @@
 #include "images/var-image.h"
 #include "retrieval/var-database-index.h"
 
-TFunctionSearchTags::TFunctionSearchTags() {
-  name = "searchtags";
-  returnsValue = true;
-  returnType = "databaseindex";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        SearchTags",                                                       //
-           "Description: Searches for a 'string' in a 'database' and stores the results",   //
-           "             in an index variable, with the first image being the best match",  //
-           "Syntax:      index = searchtags(database, \"tree\")",                           //
-           "Returns:     'databaseindex'",                                                  //
-           "Parameters:  1 - 'database'",                                                   //
-           "             2 - 'string'"});
-}
-
-std::unique_ptr<TVar> TFunctionSearchTags::CreateReturnVariable() const {
-  return std::make_unique<TVarDatabaseIndex>();
-}
+TFunctionSearchTags::TFunctionSearchTags()
+    : TImageCommand(
+          {.name = "searchtags", .kinds = {"variable", "string"}, .returns = Returns<TVarDatabaseIndex>(), .help = R"(
+Name:        SearchTags
+Description: Searches for a 'string' in a 'database' and stores the results
+             in an index variable, with the first image being the best match
+Syntax:      index = searchtags(database, "tree")
+Returns:     'databaseindex'
+Parameters:  1 - 'database'
+             2 - 'string')"}) {}
 
 bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& index = dynamic_cast<TVarDatabaseIndex&>(variable);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto* database = Require<TVarDatabase>(params, 1);
   const std::string tag = StripQuotes(params[1]);
   if (database == nullptr) {
-    Print("First parameter is not of type 'database'");
     return false;
   }
   if (database->GetImages().empty()) {
@@ -36,10 +28,15 @@ bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<st
   }
   index.ClearEntries();
   index.SetDatabaseName(database->GetName());
+  index.SetDatabaseFingerprint(database->GetFingerprint());
   index.SetImageName("");
   std::int32_t imageIndex = 0;
-  for (const auto& image : database->GetImages()) {
-    index.AddEntry(imageIndex++, image->HasTag(tag) ? 0.0 : 1.0);
+  const auto step = [&](const TVarImage& image) {
+    index.AddEntry(imageIndex++, image.HasTag(tag) ? 0.0 : 1.0);
+    return true;
+  };
+  if (!ForEachImage(TImageSelection(*database), step)) {
+    return false;
   }
   index.SortEntries();
   return true;

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "engine/function.h"
+#include "images/image-command.h"
 
 /// searchtags: ranks every image of a database by whether it carries a tag: at distance 0 if it does, at 1 if not.
-class TFunctionSearchTags : public TFunction {
+class TFunctionSearchTags : public TImageCommand {
  public:
   TFunctionSearchTags();
-  std::unique_ptr<TVar> CreateReturnVariable() const override;
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override;
 };

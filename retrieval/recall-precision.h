@@ -1,27 +1,22 @@
 #pragma once
 
-#include <string>
 #include <vector>
+
+/// The first results of a ranking, up to one rank, against ground truth.
+struct TRecallPrecisionPoint {
+  /// The share of all relevant images that is among the results; a NaN if no image is relevant.
+  double recall;
+  /// The share of the results that is relevant.
+  double precision;
+};
 
 /// What a ranking is worth against ground truth.
 struct TRecallPrecision {
-  /// The curve as text: one line a rank, recall and precision over the results up to there with eight decimals each,
-  /// "%.08f %.08f\r\n". A recall of 0 / 0 is written as "nan".
-  std::string curve;
+  /// One point a rank, from the first to the last.
+  std::vector<TRecallPrecisionPoint> curve;
   /// The sum of the precisions at the ranks of relevant results, divided by the number of all ranks.
-  double map;
+  double averagePrecision;
 };
 
 /// Measures a ranking. `relevance` tells for each rank whether the image there is relevant; `relevantTotal` images are.
 TRecallPrecision MeasureRanking(const std::vector<bool>& relevance, int relevantTotal);
-
-/// The script that has gnuplot draw the curve, with the tag as the curve's title.
-std::string FormatPlotScript(const std::string& tag);
-
-/// False for a tag that gnuplot would read as part of its own language: one with a double quote, a back quote or a
-/// control character. A script with such a tag must not be run.
-bool IsSafePlotTitle(const std::string& tag);
-
-/// Writes a number from 0 to 1 as printf's "%.08f" does, a NaN as "nan", without a zero behind it. `text` has room for
-/// 10 characters; the result is the end of what was written.
-char* WriteEightDecimals(double number, char* text);

@@ -1,7 +1,5 @@
 #include "retrieval/var-database-index.h"
 
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +34,7 @@ class TVarDatabaseIndexTest : public testing::Test {
     database->SetName("db");
     database->SetLocation("pics");
     database->ScanDirectory();
+    fingerprint = database->GetFingerprint();
     store.Add(std::move(database));
     auto image = std::make_unique<TVarImage>();
     image->SetName("q");
@@ -46,59 +45,24 @@ class TVarDatabaseIndexTest : public testing::Test {
   std::string Found(const std::string& databaseName, const std::vector<int>& imageNumbers) const {
     TVarDatabaseIndex index;
     index.SetDatabaseName(databaseName);
+    index.SetDatabaseFingerprint(fingerprint);
     for (const int number : imageNumbers) {
       index.AddEntry(number, 0.0);
     }
     std::string reason;
     std::string otherReason;
     const TVarDatabase* database = index.FindDatabase(store, reason);
-    EXPECT_EQ(index.FindTopFilenames(store, 2, otherReason).has_value(), database != nullptr);
+    EXPECT_EQ(index.FindTop(store, 2, otherReason).has_value(), database != nullptr);
     EXPECT_EQ(otherReason, reason);
     return database == nullptr ? reason : database == store.Find("db") ? "found" : "found another";
   }
 
   const TScratchDirectory scratch;
+  std::uint64_t fingerprint = 0;
   TVarList store;
 };
 
 }  // namespace
-
-TEST(TVarDatabaseIndex, SortingPutsTheSmallestFirstAndKeepsTheOrderOfTies) {
-  TVarDatabaseIndex index;
-  index.SortEntries();
-  EXPECT_TRUE(index.GetEntries().empty());
-  const double infinity = std::numeric_limits<double>::infinity();
-  // Enough ties for an unstable sort to show itself: image i has the distance i mod 3, each 50th is out of reach.
-  std::vector<std::vector<int>> classes(4);
-  for (int i = 0; i < 1000; ++i) {
-    const bool isOut = i % 50 == 0;
-    index.AddEntry(i, isOut ? infinity : i % 3);
-    classes[static_cast<std::size_t>(isOut ? 3 : i % 3)].push_back(i);
-  }
-  index.SortEntries();
-  std::vector<int> expected;
-  for (const std::vector<int>& images : classes) {
-    expected.insert(expected.end(), images.begin(), images.end());
-  }
-  EXPECT_EQ(Order(index), expected);
-  EXPECT_EQ(index.GetEntries().back().distance, infinity);
-}
-
-TEST(TVarDatabaseIndex, SortingTellsEveryTwoDistancesApartButTheTwoZeros) {
-  const double least = std::numeric_limits<double>::denorm_min();
-  const double greatest = std::numeric_limits<double>::max();
-  const double infinity = std::numeric_limits<double>::infinity();
-  TVarDatabaseIndex index;
-  int image = 0;
-  for (const double distance : {1.5, 0.0, infinity, -0.0, std::nextafter(1.5, 2.0), greatest, 0.0, least, 2.5, -1.0,
-                                std::nextafter(1.5, 1.0), -infinity, -1.5}) {
-    index.AddEntry(image++, distance);
-  }
-  index.SortEntries();
-  EXPECT_EQ(Order(index), (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
-  index.SortEntries();
-  EXPECT_EQ(Order(index), (std::vector<int>{11, 12, 9, 1, 3, 6, 7, 10, 0, 4, 8, 5, 2}));
-}
 
 TEST(TVarDatabaseIndex, AssignCopiesEntriesAndNames) {
   auto source = std::make_unique<TVarDatabaseIndex>();
@@ -136,21 +100,37 @@ TEST_F(TVarDatabaseIndexTest, TheDatabaseMustStandInTheStoreAndFit) {
   EXPECT_EQ(Found("db", {0, 1, 2, 0}), mismatch);
   EXPECT_EQ(Found("db", {0, 1, 3}), mismatch);
   EXPECT_EQ(Found("db", {-1, 0, 1}), mismatch);
+  ++fingerprint;
+  EXPECT_EQ(Found("db", {2, 0, 1}), mismatch);
 }
 
-TEST_F(TVarDatabaseIndexTest, TheTopFilenamesFollowTheRanking) {
+TEST_F(TVarDatabaseIndexTest, TheTopResultsFollowTheRanking) {
   TVarDatabaseIndex index;
   index.SetDatabaseName("db");
+  index.SetDatabaseFingerprint(fingerprint);
   index.AddEntry(0, 3.0);
-  index.AddEntry(1, 1.0);
-  index.AddEntry(2, 2.0);
+  index.AddEntry(1, 0.12345678);
+  index.AddEntry(2, std::numeric_limits<double>::infinity());
   index.SortEntries();
+  auto& tagged = *dynamic_cast<TVarDatabase&>(*store.Find("db")).GetImages()[1];
+  tagged.GetTags() = {"tree", "sky", "tree"};
   std::string reason;
-  EXPECT_EQ(index.FindTopFilenames(store, 2, reason), (TLines{"pics/1.jpg", "pics/2.jpg"}));
-  EXPECT_EQ(index.FindTopFilenames(store, 36, reason), (TLines{"pics/1.jpg", "pics/2.jpg", "pics/0.jpg"}));
-  EXPECT_EQ(index.FindTopFilenames(store, 0, reason), TLines());
+  const auto descriptions = [&](std::size_t count) {
+    TLines lines;
+    const auto top = index.FindTop(store, count, reason);
+    for (const TTopResult& result : top.value()) {
+      EXPECT_NE(result.description.find(result.filename), std::string::npos);
+      lines.push_back(result.description);
+    }
+    return lines;
+  };
+  const TLines all = {"Rank 1\npics/1.jpg\nDistance 0.123457\nTags: tree, sky", "Rank 2\npics/0.jpg\nDistance 3",
+                      "Rank 3\npics/2.jpg\nDistance inf"};
+  EXPECT_EQ(descriptions(2), TLines(all.begin(), all.begin() + 2));
+  EXPECT_EQ(descriptions(36), all);
+  EXPECT_EQ(descriptions(0), TLines());
   EXPECT_EQ(reason, "");
   store.Remove("db");
-  EXPECT_EQ(index.FindTopFilenames(store, 2, reason), std::nullopt);
+  EXPECT_FALSE(index.FindTop(store, 2, reason).has_value());
   EXPECT_EQ(reason, "Database 'db' not found");
 }

@@ -7,7 +7,7 @@
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TVarDatabaseIndex::TVarDatabaseIndex() : TVar("databaseindex") {}
+TVarDatabaseIndex::TVarDatabaseIndex() : TVar(kTypeName) {}
 
 std::unique_ptr<TVar> TVarDatabaseIndex::CreateNew() const {
   return std::make_unique<TVarDatabaseIndex>();
@@ -19,12 +19,18 @@ void TVarDatabaseIndex::Assign(const TVar* source) {
     return;
   }
   databaseName = index->databaseName;
+  databaseFingerprint = index->databaseFingerprint;
   imageName = index->imageName;
   entries = index->entries;
 }
 
 std::string TVarDatabaseIndex::GetDescription() const {
   return "Database index";
+}
+
+std::string TVarDatabaseIndex::GetTitle() const {
+  return imageName.empty() ? FormatString("Ranking '%s' of database '%s'", GetName().c_str(), databaseName.c_str())
+                           : FormatString("Ranking '%s', query '%s'", GetName().c_str(), imageName.c_str());
 }
 
 const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std::string& reason) const {
@@ -34,7 +40,8 @@ const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std
     return nullptr;
   }
   const std::size_t imageCount = database->GetImages().size();
-  const bool fits = entries.size() == imageCount && std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
+  const bool fits = databaseFingerprint == database->GetFingerprint() && entries.size() == imageCount &&
+                    std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
                       return entry.imageIndex >= 0 && static_cast<std::size_t>(entry.imageIndex) < imageCount;
                     });
   if (!fits) {
@@ -44,15 +51,21 @@ const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std
   return database;
 }
 
-std::optional<std::vector<std::string>> TVarDatabaseIndex::FindTopFilenames(const TVarList& varList, std::size_t count,
-                                                                            std::string& reason) const {
+std::optional<std::vector<TTopResult>> TVarDatabaseIndex::FindTop(const TVarList& varList, std::size_t count,
+                                                                  std::string& reason) const {
   const TVarDatabase* database = FindDatabase(varList, reason);
   if (database == nullptr) {
     return std::nullopt;
   }
-  std::vector<std::string> filenames;
+  std::vector<TTopResult> results;
   for (std::size_t i = 0; i < std::min(count, entries.size()); ++i) {
-    filenames.push_back(database->GetImages()[static_cast<std::size_t>(entries[i].imageIndex)]->GetFilename());
+    const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entries[i].imageIndex)];
+    std::string description = FormatString("Rank %d\n%s\nDistance %.6g", static_cast<int>(i + 1),
+                                           image.GetFilename().c_str(), entries[i].distance);
+    if (!image.GetTags().empty()) {
+      description += "\nTags: " + image.JoinTags(", ");
+    }
+    results.push_back({image.GetFilename(), description});
   }
-  return filenames;
+  return results;
 }

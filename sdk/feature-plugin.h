@@ -1,14 +1,14 @@
 /* The binary interface of a feature plug-in: a library whose file name begins with "Feature" and contains ".so" (on
- * Windows ".dll"), in the directory in which the workbench is started. It exports the seven functions below under
- * exactly these names, with C calling conventions.
+ * Windows ".dll"), in the directory in which the workbench is started or in one that --plugins names. It exports
+ * the seven functions below under exactly these names, with C calling conventions, and may export an eighth.
  *
  * The workbench calls them from one thread and never re-enters them. A plug-in runs inside the program: if it crashes,
  * so does the workbench. */
 #ifndef TESSIMAR_FEATURE_PLUGIN_H
 #define TESSIMAR_FEATURE_PLUGIN_H
 
-#include <stdbool.h>
-#include <stdint.h>
+#include <stdbool.h> /* NOLINT(modernize-deprecated-headers): C has no others. */
+#include <stdint.h>  /* NOLINT(modernize-deprecated-headers) */
 
 #ifdef _WIN32
 #define TESSIMAR_EXPORT __declspec(dllexport)
@@ -20,7 +20,7 @@
 extern "C" {
 #endif
 
-/* A longer text about the feature, for other programs: the workbench does not call it. */
+/* A longer text about the feature, in one line: the workbench does not call it, tessimar-batch --check-plugin does. */
 TESSIMAR_EXPORT const char* GetDescription(void);
 
 /* The feature's name, zero-terminated: the text that users type in updatefeature(db, "name"). Called once and copied.
@@ -44,6 +44,11 @@ TESSIMAR_EXPORT int32_t ProcessGrayscale(const unsigned char* pixels, int32_t wi
                                          double* features);
 TESSIMAR_EXPORT int32_t ProcessColor(const unsigned char* pixels, int32_t width, int32_t height, int32_t stride,
                                      double* features);
+
+/* May be left out. Why the plug-in cannot work here, in one line, zero-terminated; null or empty if it can. Called
+ * once, before all others, and copied. A plug-in that gives a reason is left out, and the user reads "Plug-in 'FILE'
+ * was left out: " and the reason. */
+TESSIMAR_EXPORT const char* GetRefusal(void);
 
 #ifdef __cplusplus
 }

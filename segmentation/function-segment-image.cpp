@@ -1,6 +1,7 @@
 #include "segmentation/function-segment-image.h"
 
 #include "images/image-rgb.h"
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "segmentation/interest-points-sift.h"
@@ -22,9 +23,9 @@ void SegmentSift(TVarImage& image, const TImageRGB& picture) {
   }
 }
 
-void SegmentImage(TVarImage& image, const std::string& method) {
+void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& report) {
   TImageRGB picture;
-  picture.LoadFromFile(image.GetFilename());
+  report.Load(image.GetFilename(), picture);
   if (method == kGridMethod) {
     SegmentGrid(image, picture);
   } else {
@@ -34,38 +35,39 @@ void SegmentImage(TVarImage& image, const std::string& method) {
 
 }  // namespace
 
-TFunctionSegmentImage::TFunctionSegmentImage() {
-  name = "segmentimage";
-  SetParameters({"variable", "string"});
-  SetHelp({"Name:        SegmentImage",                                                        //
-           "Description: Segments an 'image' or a images in a 'database' based on the given",  //
-           "             segmentation method.",                                                //
-           "Syntax:      SegmentImage(image, \"grid\")",                                       //
-           "Returns:     nothing",                                                             //
-           "Parameters:  1 - 'image' or 'database'",                                           //
-           "             2 - string"});
-}
+TFunctionSegmentImage::TFunctionSegmentImage()
+    : TImageCommand({.name = "segmentimage", .kinds = {"variable", "string"}, .help = R"(
+Name:        SegmentImage
+Description: Segments an 'image' or a images in a 'database' based on the given
+             segmentation method.
+Syntax:      SegmentImage(image, "grid")
+Returns:     nothing
+Parameters:  1 - 'image' or 'database'
+             2 - string)"}) {}
 
 bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
-  auto* image = FindVariable<TVarImage>(params[0]);
-  const auto* database = FindVariable<TVarDatabase>(params[0]);
+  const auto images = RequireImages(params);
   const std::string method = StripQuotes(params[1]);
-  if (image == nullptr && database == nullptr) {
-    Print("First parameter is not of type 'image' or 'database'");
+  if (!images) {
     return false;
   }
   if (method != kGridMethod && method != kSiftMethod) {
     Print("Unknown segmentation method");
     return false;
   }
-  if (image != nullptr) {
-    SegmentImage(*image, method);
+  if (images->IsDatabase()) {
+    Print("Processing.. this could take some time");
+  }
+  TPictureReport report(output);
+  const auto step = [&](TVarImage& image) {
+    SegmentImage(image, method, report);
     return true;
+  };
+  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
+    return false;
   }
-  Print("Processing.. this could take some time");
-  for (const auto& each : database->GetImages()) {
-    SegmentImage(*each, method);
+  if (images->IsDatabase()) {
+    Print("Processing done");
   }
-  Print("Processing done");
   return true;
 }

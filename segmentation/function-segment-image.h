@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "engine/function.h"
+#include "images/image-command.h"
 
 /// segmentimage: cuts an image, or every image of a database, into segments. "grid" replaces the segments of an image,
 /// "sift" adds to them.
-class TFunctionSegmentImage : public TFunction {
+class TFunctionSegmentImage : public TImageCommand {
  public:
   TFunctionSegmentImage();
   bool Execute(const std::vector<std::string>& params) override;

@@ -25,12 +25,12 @@ class TImageSegment {
   const TFeatureVectorList& GetFeatures() const { return features; }
 
   /// The name of the concept found on this segment; empty if none was.
-  const std::string& GetLabel() const { return label.get(); }
+  const std::string& GetLabel() const { return label.Get(); }
   void SetLabel(const std::string& newLabel) { label = newLabel; }
 
  private:
   TFeatureVectorList features;
-  base::TSharedText label = base::kNoText;
+  base::TSharedText label;
 };
 
 /// A rectangle of pixels, the only kind of segment. The origin is the image's top left corner.

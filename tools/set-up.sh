@@ -6,8 +6,8 @@ libfann-dev libssl-dev libsvm-dev libgtest-dev python3"
 # gnuplot draws the charts. Fonts: the window's own, and one for everything else; a bare system has none at all.
 run_packages="gnuplot-nox fonts-liberation fonts-dejavu-core"
 
-# The tests run programs under other locales, and an experiment in parts.
-test_packages="locales parallel"
+# The tests run programs under other locales and an experiment in parts, and build a plug-in as its author would.
+test_packages="locales parallel pkgconf"
 
 install_packages() {
   if ! command -v dpkg-query >/dev/null; then

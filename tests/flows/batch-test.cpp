@@ -5,7 +5,11 @@
 
 #include <QImage>
 #include <QProcess>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/support/workbench.h"
 
@@ -105,7 +109,14 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
                                        {"--runs", "q.png/x"},
                                        {"--variables", "folder"},
                                        {"--variables", "no/such/file"},
-                                       {"--pictures="}}) {
+                                       {"--pictures="},
+                                       {"--plugins", "none"},
+                                       {"--plugins", "q.png"},
+                                       {"--plugins", "photos", "--plugins", ""},
+                                       {"--check-plugin", "none.so"},
+                                       {"--check-plugin", "folder"},
+                                       {"--check-plugin", "a.so", "b.so"},
+                                       {"--check-plugin", "a.so", "--seed", "1"}}) {
     const TOutcome outcome = Run(arguments);
     EXPECT_EQ(outcome.status, 2) << arguments.join(' ').toStdString();
     EXPECT_EQ(outcome.output, "");
@@ -113,7 +124,29 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
     EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
   }
   EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-batch"));
+  EXPECT_EQ(Run({"-h"}).output, Run({"--help"}).output);
   EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-batch 0.1.8"));
+}
+
+TEST_F(TBatch, LoadsPluginsOfFurtherDirectoriesAndChecksOne) {
+  const std::filesystem::path fixtures(PLUGIN_FIXTURES);
+  std::filesystem::create_directories("shelf");
+  std::filesystem::create_directories("other");
+  std::filesystem::copy_file(fixtures / "plain", "shelf/FeaturePlain.so");
+  std::filesystem::copy_file(fixtures / "plain", "other/FeaturePlain.so");
+  MakeFile("other/FeatureX.so", "no library");
+  const TOutcome outcome =
+      Run({"--plugins", "shelf", "--plugins", "other/"}, "q = loadimage(\"q.png\")\nupdatefeature(q, \"fixture\")\n");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.output.starts_with(
+      "  Plug-in 'other/FeaturePlain.so' never runs: there is another feature \"fixture\" before it\n"
+      "  Plug-in 'other/FeatureX.so' was left out: it is no library\n> "))
+      << outcome.output;
+  EXPECT_EQ(Run({"--check-plugin", "SHELF/FeaturePlain.so"}).status, 0);
+  const TOutcome check = Run({"--check-plugin", "other/FeatureX.so"});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_EQ(check.output, "FAULT  cannot be used: it is no library\nFeatureX.so is not sound: 1 fault\n");
+  EXPECT_EQ(check.errors, "");
 }
 
 TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
@@ -134,6 +167,7 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
   EXPECT_EQ(QImage("out/p/002.png").size(), QSize(687, 621));
   EXPECT_FALSE(std::filesystem::exists("out/p/003.png"));
   EXPECT_EQ(FileBytes("v.tsv"),
+            "name\ttype\tdescription\n"
             "q\timage\tFilename: \"q.png\", features: hsv\n"
             "db\tdatabase\tLocation: \"photos/\", number of images: 2, features: hsv\n"
             "index\tdatabaseindex\tDatabase index\n"
@@ -141,7 +175,7 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
             "tab\"\\t\"\tdatabaseindex\tDatabase index\n");
   // Green of value 250 and of 255 share a bin, red lies in another: 1 + 1.
   const std::string ranking =
-      "rank\timageIndex\tdistance\tfile name\ttags\n"
+      "rank\timageIndex\tdistance\tfile\ttags\n"
       "1\t1\t0\tphotos/im2.jpg\ttree,green\n2\t0\t2\tphotos/im1.jpg\ttree\n";
   EXPECT_EQ(FileBytes("out/r/index.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/%2E%2E%2Findex%5C.tsv"), ranking);
@@ -164,6 +198,29 @@ TEST_F(TBatch, SavesRankingsAsRuns) {
   EXPECT_TRUE(FileBytes("out/runs/tags.run").starts_with("tags Q0 im1.jpg 1 3 tags\n"));
 }
 
+TEST_F(TBatch, TellsHowFarItIsOnATerminalOnly) {
+  MakeFile("s.txt", "db = loaddatabase(\"photos\")\nsegmentimage(db, \"grid\")\n");
+  EXPECT_EQ(Run({"s.txt"}).errors, "");
+  process.setProgram("script");
+  const std::string shown = Run({"-qec", QStringLiteral("\"" BATCH_PROGRAM "\" s.txt"), "/dev/null"}).output;
+  // The count stands alone on its line, and goes when there is something to say.
+  const std::string count = "segmentimage, 0 of 2";
+  const std::string blanks(count.size(), ' ');
+  EXPECT_NE(shown.find("this could take some time\r\n\r" + count + "\r"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("\r" + blanks + "\r  Processing done\r\n"), std::string::npos) << shown;
+}
+
+TEST_F(TBatch, TheTrainingLibrariesAreHeardOnRequestOnly) {
+  const std::string lines = std::string(kSearch) +
+                            "segmentimage(db, \"grid\")\nupdatefeature(db, \"hsv\")\nc = createclassifier(\"svm\")\n"
+                            "k = learnvisualconcept(db, db, c)\n";
+  const TOutcome quiet = Run({}, lines);
+  const TOutcome verbose = Run({"--verbose"}, lines);
+  EXPECT_EQ(quiet.errors, "");
+  EXPECT_NE(verbose.errors.find("optimization finished"), std::string::npos) << verbose.errors;
+  EXPECT_EQ(verbose.output, quiet.output);
+}
+
 TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
   const std::string plain = Run({"--rankings", "r1"}, kSearch).output;
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -184,14 +241,76 @@ TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
   }
 }
 
-TEST_F(TBatch, CtrlCEndsTheRunAndKeepsTheHistory) {
+/// A named pipe that nobody else has open.
+void MakePipe(const char* name) {
+  std::filesystem::remove(name);
+  ASSERT_EQ(mkfifo(name, 0600), 0);
+}
+
+const std::string kVariablesHeader = "name\ttype\tdescription\n";
+
+constexpr const char* kEnds = "Ends after the command under way; once more ends at once\n";
+
+TEST_F(TBatch, ASignalToEndKeepsTheHistoryAndWritesTheTables) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::filesystem::remove("CommandHistory.txt");
+    std::filesystem::remove("v.tsv");
+    process.setArguments({"--variables", "v.tsv"});
+    process.start();
+    process.write("db = loaddatabase(\"photos\")\n");
+    ASSERT_TRUE(process.waitForReadyRead(30000));
+    kill(static_cast<pid_t>(process.processId()), signal);
+    const TOutcome outcome = Finish();
+    EXPECT_EQ(outcome.status, 130) << signal;
+    EXPECT_EQ(outcome.errors, kEnds);
+    EXPECT_EQ(FileBytes("CommandHistory.txt"), "db = loaddatabase(\"photos\")\r\n");
+    EXPECT_TRUE(FileBytes("v.tsv").starts_with(kVariablesHeader + "db\tdatabase\t")) << FileBytes("v.tsv");
+  }
+}
+
+TEST_F(TBatch, ASecondSignalEndsAtOnceWhicheverItIs) {
+  MakePipe("full");
+  const int reader = open("full", O_RDONLY | O_NONBLOCK);
+  // A command that does not end: its output goes where nobody takes it.
+  std::string lines;
+  for (int i = 0; i < 5000; ++i) {
+    lines += "help\r\n";
+  }
+  MakeFile("s.txt", lines);
+  process.setStandardOutputFile("full");
   process.setArguments({});
+  process.start();
+  process.write("executescript(\"s.txt\")\n");
+  process.waitForBytesWritten(30000);
+  for (int waiting = 0, before = -1; waiting == 0 || waiting > before; usleep(100000)) {
+    before = waiting;
+    ioctl(reader, FIONREAD, &waiting);
+  }
+  const auto number = static_cast<pid_t>(process.processId());
+  kill(number, SIGTERM);
+  process.setReadChannel(QProcess::StandardError);
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  kill(number, SIGINT);
+  ASSERT_TRUE(process.waitForFinished(30000));
+  EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
+  EXPECT_EQ(process.exitCode(), SIGINT);
+  EXPECT_EQ(process.readAllStandardError(), kEnds) << "said once";
+  close(reader);
+}
+
+TEST_F(TBatch, ASignalThatTheStarterIgnoresIsIgnored) {
+  process.setProgram("/bin/sh");
+  process.setArguments({"-c", "trap '' HUP; exec \"$0\"", QStringLiteral(BATCH_PROGRAM)});
   process.start();
   process.write("reset()\n");
   ASSERT_TRUE(process.waitForReadyRead(30000));
-  kill(static_cast<pid_t>(process.processId()), SIGINT);
-  EXPECT_EQ(Finish().status, 130);
-  EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset()\r\n");
+  kill(static_cast<pid_t>(process.processId()), SIGHUP);
+  process.write("reset()\n");
+  process.closeWriteChannel();
+  const TOutcome outcome = Finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.output, "> reset()\n> reset()\n");
+  EXPECT_EQ(outcome.errors, "");
 }
 
 TEST_F(TBatch, CtrlCEndsAScriptInsideAScriptAfterTheLineUnderWay) {
@@ -224,6 +343,73 @@ TEST_F(TBatch, AClosedPipeEndsTheRunAndKeepsTheHistory) {
   EXPECT_EQ(outcome.output, "> help\n");
   EXPECT_EQ(FileBytes("status"), "141\n");
   EXPECT_TRUE(FileBytes("CommandHistory.txt").starts_with("help\r\n"));
+}
+
+TEST_F(TBatch, NamedPipesInTheProgramsPlacesAreRefusedAndNotWaitedFor) {
+  MakePipe("CommandHistory.txt");
+  EXPECT_EQ(Run({}, "reset()\n").status, 0) << "at the start and at the end";
+  EXPECT_TRUE(std::filesystem::is_fifo("CommandHistory.txt"));
+  const std::string evaluation = std::string(kSearch) + "evaluateindex(index, \"x\")\n";
+  for (const std::string name : {"recallprecision.txt", "recallprecision.plt"}) {
+    MakePipe(name.c_str());
+    const TOutcome outcome = Run({}, evaluation);
+    EXPECT_EQ(outcome.status, 1) << name;
+    EXPECT_TRUE(outcome.output.ends_with("  File '" + name + "' cannot be written\n  Function failed\n"))
+        << outcome.output;
+    EXPECT_TRUE(std::filesystem::is_fifo(name));
+    std::filesystem::remove(name);
+  }
+  // Also one with a reader is no place for a file of the program's own.
+  MakePipe("out.tsv");
+  const int reader = open("out.tsv", O_RDONLY | O_NONBLOCK);
+  std::filesystem::create_directory("tables");
+  std::filesystem::rename("out.tsv", "tables/index.tsv");
+  EXPECT_EQ(Run({"--rankings", "tables"}, kSearch).status, 2);
+  char byte = 0;
+  EXPECT_EQ(read(reader, &byte, 1), 0) << "nothing came";
+  close(reader);
+}
+
+TEST_F(TBatch, APipeThatTakesTheHistorysPlaceLaterIsNotWaitedForEither) {
+  process.setArguments({});
+  process.start();
+  process.write("reset()\n");
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  MakePipe("CommandHistory.txt");
+  process.closeWriteChannel();
+  EXPECT_EQ(Finish().status, 0);
+  EXPECT_TRUE(std::filesystem::is_fifo("CommandHistory.txt"));
+}
+
+TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
+  const std::string image = "q = loadimage(\"q.png\")\n";
+  const std::string rows = kVariablesHeader + "q\timage\tFilename: \"q.png\", no features\n";
+  EXPECT_TRUE(Run({"--variables", "/dev/stdout"}, image).output.ends_with(rows));
+  EXPECT_EQ(Run({"--variables", "/dev/stdout"}).output, kVariablesHeader);
+  // The same file under another name: neither the printed lines nor the table are lost.
+  process.setStandardOutputFile("out.txt");
+  EXPECT_EQ(Run({"--variables", "out.txt"}, image).status, 0);
+  EXPECT_EQ(FileBytes("out.txt"), "> q = loadimage(\"q.png\")\n" + rows);
+  process.setStandardOutputFile(QString());
+  EXPECT_EQ(Run({"--variables", "/dev/null"}, image).status, 0);
+  MakePipe("pipe");
+  EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 2) << "nobody reads";
+  const int reader = open("pipe", O_RDONLY | O_NONBLOCK);
+  EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 0);
+  std::string got(100, ' ');
+  got.resize(static_cast<std::size_t>(std::max<ssize_t>(read(reader, got.data(), got.size()), 0)));
+  EXPECT_EQ(got, rows);
+  close(reader);
+  // The table of an earlier run stays until this one has its own.
+  MakeFile("v.tsv", "earlier");
+  process.setArguments({"--variables", "v.tsv"});
+  process.start();
+  process.write(image.data());
+  ASSERT_TRUE(process.waitForReadyRead(30000));
+  EXPECT_EQ(FileBytes("v.tsv"), "earlier");
+  process.closeWriteChannel();
+  Finish();
+  EXPECT_EQ(FileBytes("v.tsv"), rows);
 }
 
 TEST_F(TBatch, TheWorkbenchWithoutADisplaySaysSoAndEndsPlainly) {

@@ -1,7 +1,10 @@
 #include <cmath>
+#include <numbers>
 
+#include <QDialog>
 #include <gtest/gtest.h>
 
+#include "gui/picture-view.h"
 #include "tests/support/workbench.h"
 
 namespace {
@@ -21,6 +24,42 @@ std::string TileColors(const QImage& grid) {
     }
   }
   return colors;
+}
+
+/// The items of the pictures of a dialog, and its name for those who do not see it.
+struct TShown {
+  std::string name;
+  std::vector<TPictureItem> items;
+};
+
+TShown ShowItems(TWorkbench& workbench, const std::string& line) {
+  TShown shown;
+  const TDialogRunnerScope scope([&](QDialog& dialog) {
+    shown.name = dialog.accessibleName().toStdString();
+    for (const TPictureView* view : dialog.findChildren<TPictureView*>()) {
+      shown.items.insert(shown.items.end(), view->GetItems().begin(), view->GetItems().end());
+    }
+  });
+  workbench.Run(line);
+  return shown;
+}
+
+TEST(TFunctionDisplayImage, TellsOfFileTagsAndSegments) {
+  TWorkbench workbench;
+  MakePicture("a.png", 80, 40, kRed);
+  workbench.Run("a = loadimage(\"a.png\")");
+  TShown shown = ShowItems(workbench, "displayimage(a)");
+  EXPECT_EQ(shown.name, "Image 'a', file 'a.png'");
+  ASSERT_EQ(shown.items.size(), 1u);
+  EXPECT_TRUE(shown.items[0].place.isNull()) << "the whole picture";
+  EXPECT_EQ(shown.items[0].text, "a.png");
+  workbench.Run("segmentimage(a, \"grid\")");
+  shown = ShowItems(workbench, "displayimage(a)");
+  ASSERT_EQ(shown.items.size(), 65u);
+  // A grid of 8 x 8; which direction comes first is the method's affair.
+  EXPECT_EQ(shown.items[1].place, QRect(0, 0, 10, 5));
+  EXPECT_EQ(shown.items[1].text, "a.png\nNo label\nx 0, y 0, 10 x 5 pixels");
+  EXPECT_EQ(shown.items[64].text, "a.png\nNo label\nx 70, y 35, 10 x 5 pixels");
 }
 
 TEST(TFunctionDisplayImage, FitsTheDialogAroundThePicture) {
@@ -109,6 +148,26 @@ TEST_F(TIndexDisplays, AShortRankingLeavesTilesEmptyAndUnreadableFilesTheirs) {
   EXPECT_EQ(workbench.dialogs.back().size(), QSize(820, 850));
 }
 
+TEST_F(TIndexDisplays, TilesTellOfRankFileDistanceAndTags) {
+  Search(3);
+  MakeFile("sky.txt", "2\r\n");
+  workbench.Run("loadmirflickrtags(db, \"sky.txt\")");
+  const TShown grid = ShowItems(workbench, "displayindex(index)");
+  EXPECT_EQ(grid.name, "Ranking 'index', query 'query.png'");
+  ASSERT_EQ(grid.items.size(), 4u);
+  EXPECT_EQ(grid.items[0].text, "Query\nquery.png");
+  EXPECT_EQ(grid.items[1].text, "Rank 1\ndb/im2.jpg\nDistance 0\nTags: sky");
+  EXPECT_EQ(grid.items[2].text, "Rank 2\ndb/im3.jpg\nDistance 0");
+  EXPECT_EQ(grid.items[2].filename, "db/im3.jpg");
+  EXPECT_TRUE(grid.items[3].text.starts_with("Rank 3\ndb/im1.jpg\nDistance "));
+
+  const TShown map = ShowItems(workbench, "displayindexmap(index, false)");
+  ASSERT_EQ(map.items.size(), 3u);
+  EXPECT_EQ(map.items[2].place, QRect(340, 355, 120, 90)) << "the best in the middle, on top of all";
+  EXPECT_EQ(map.items[2].text, grid.items[1].text);
+  EXPECT_EQ(map.items[0].text, grid.items[3].text);
+}
+
 TEST_F(TIndexDisplays, TheMapPutsTheBestResultInTheMiddle) {
   Search(1);
   const QImage map = Show("displayindexmap(index, false)");
@@ -131,7 +190,7 @@ TEST_F(TIndexDisplays, TheMapPutsWeakerResultsFurtherOutAndTheQueryOneStepBeyond
   std::srand(7);
   const QImage map = Show("displayindexmap(index)");
   const auto centre = [](int angle, double distance) {
-    const double radians = angle * 3.141592653589793 / 180.0;
+    const double radians = angle * std::numbers::pi / 180.0;
     return QPoint(10 + static_cast<int>(400 + std::cos(radians) * distance),
                   10 + static_cast<int>(400 - std::sin(radians) * distance));
   };

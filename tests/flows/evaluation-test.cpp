@@ -1,8 +1,10 @@
 // Ground truth, evaluation and stored features, through command lines and with the real gnuplot.
 
+#include <algorithm>
 #include <bit>
 #include <filesystem>
 #include <limits>
+#include <memory>
 
 #include <QTableWidget>
 #include <gtest/gtest.h>
@@ -10,6 +12,7 @@
 #include "engine/var-list.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "tests/support/ordinary-user.h"
 #include "tests/support/workbench.h"
 
 namespace {
@@ -34,6 +37,8 @@ class TEvaluation : public testing::Test {
     ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
   }
 
+  static std::string Doubles(double number) { return {reinterpret_cast<const char*>(&number), sizeof number}; }
+
   const TVarDatabase& Database(const std::string& name = "db") {
     return dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find(name));
   }
@@ -55,17 +60,37 @@ class TEvaluation : public testing::Test {
 
 TEST_F(TEvaluation, AnnotationFilesTagByPosition) {
   std::filesystem::create_directory("tags");
-  const std::vector<std::pair<const char*, const char*>> files = {
-      {"Tree.txt", "1\r\n3\r\n"}, {"a.b.txt", "4\r\n"},
-      {"empty.txt", ""},          {"odd.txt", "0\r\n-1\r\n5\r\n99999999999999999999\r\nx\r\n\r\n 2x\r\n"},
-      {"last.txt", "1\r\n2"},     {"unix.txt", "10\n20\n"}};
-  for (const auto& [name, text] : files) {
+  struct TAnnotations {
+    const char* name;
+    std::string text;
+    std::string answer;
+  };
+  const std::string none = "No image was tagged\n";
+  const std::vector<TAnnotations> files = {
+      {"Tree.txt", "1\r\n3\r\n", ""},
+      {"a.b.txt", "4\r\n", ""},
+      {"empty.txt", "", none},
+      {"far.txt", "5\r\n6\r\n", "2 lines name no image\n" + none},
+      {"odd.txt", "0\r\n-1\r\n5\r\n99999999999999999999\r\nx\r\n\r\n 2x\r\n", "6 lines name no image\n"},
+      {"last.txt", "1\r\n2", "The last line of 'tags\\last.txt' has no line end and is not read\n"},
+      {"unix.txt", "10\n20\n",
+       "File 'tags\\unix.txt' has line ends without carriage return: the last character of such a line is lost\n"},
+      {"both.txt", "\n9",
+       "File 'tags\\both.txt' has line ends without carriage return: the last character of such a line is lost\n"
+       "The last line of 'tags\\both.txt' has no line end and is not read\n1 lines name no image\n" +
+           none},
+      {"zero.txt",
+       std::string("1\r\n\0"
+                   "2\n3",
+                   8),
+       ""}};
+  for (const auto& [name, text, answer] : files) {
     MakeFile(std::string("tags/") + name, text);
-    EXPECT_EQ(workbench.Run(std::string("loadmirflickrtags(db, \"tags\\") + name + "\")"), "") << name;
+    EXPECT_EQ(workbench.Run(std::string("loadmirflickrtags(db, \"tags\\") + name + "\")"), answer) << name;
   }
-  EXPECT_EQ(Tags(), "tree last unix |odd unix |tree |a |");
-  workbench.Run("LoadMirFlickrTags(db, \"TAGS/tree.TXT\")");
-  EXPECT_EQ(Tags(), "tree last unix tree |odd unix |tree tree |a |");
+  EXPECT_EQ(Tags(), "tree last unix zero |odd unix |tree |a |");
+  EXPECT_EQ(workbench.Run("LoadMirFlickrTags(db, \"TAGS/tree.TXT\")"), "") << "tagged before is tagged";
+  EXPECT_EQ(Tags(), "tree last unix zero tree |odd unix |tree tree |a |");
   EXPECT_EQ(workbench.Run("loadmirflickrtags(db, \"none.txt\")"), "File not found\nFunction failed\n");
   EXPECT_EQ(workbench.Run("loadmirflickrtags(db, \"tags\")"), "File not found\nFunction failed\n");
   workbench.Run("q = loadimage(\"query.png\")");
@@ -99,12 +124,43 @@ TEST_F(TEvaluation, WritesTheCurveAndShowsTheChartOfGnuplot) {
   EXPECT_GT(colored, 500);
 }
 
+TEST_F(TEvaluation, NoChartOfAnEarlierEvaluationIsEverShown) {
+  MakeFile("tree.txt", "1\r\n");
+  workbench.Run("loadmirflickrtags(db, \"tree.txt\")");
+  Search();
+  const auto restore = [](const QByteArray* path) { qputenv("PATH", *path); };
+  const QByteArray path = qgetenv("PATH");
+  const std::unique_ptr<const QByteArray, decltype(restore)> atEnd(&path, restore);
+  qputenv("PATH", "/none");
+  const std::string notDrawn = "Chart 'recallprecision.png' was not drawn: is gnuplot installed?\n";
+  MakePicture("recallprecision.png", 8, 8, kRed);
+  MakePicture("RecallPrecision.PNG", 8, 8, kRed);
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"tree\")"), "MAP: 0.25000000\n" + notDrawn);
+  EXPECT_FALSE(std::filesystem::exists("recallprecision.png"));
+  std::filesystem::create_directory("recallprecision.png");
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"tree\")"), "MAP: 0.25000000\n" + notDrawn);
+  std::filesystem::remove("recallprecision.png");
+  MakePicture("recallprecision.png", 8, 8, kRed);
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"bush\")"), "No image carries the tag 'bush'\nMAP: 0.00000000\n");
+  EXPECT_TRUE(FileBytes("recallprecision.txt").starts_with("nan 0.00000000\r\n"));
+  EXPECT_NE(FileBytes("recallprecision.plt").find("title \"bush\" with"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists("recallprecision.png"));
+  EXPECT_TRUE(workbench.dialogs.empty());
+  EXPECT_EQ(workbench.controller.GetFailedLines(), 0);
+}
+
 TEST_F(TEvaluation, ATagThatGnuplotWouldRunIsNotDrawn) {
   Search();
-  for (const char* tag : {"`touch ran`", "\"; system \"touch ran"}) {
-    EXPECT_EQ(workbench.Run(std::string("evaluateindex(index, \"") + tag + "\")"),
-              "MAP: 0.00000000\nTag cannot be drawn\n");
+  const std::vector<std::pair<std::string, std::string>> tags = {
+      {"tree\\", "tree\\"}, {"`touch ran`", "`touch ran`"}, {"\"; system \"touch ran", "\";system\"touch ran"}};
+  for (const auto& [typed, tag] : tags) {
+    EXPECT_EQ(workbench.Run("evaluateindex(index, \"" + typed + "\")"),
+              "No image carries the tag '" + tag + "'\nMAP: 0.00000000\nTag cannot be drawn\n");
   }
+  MakeFile("`touch ran`.txt", "1\r\n");
+  workbench.Run("loadmirflickrtags(db, \"`touch ran`.txt\")");
+  EXPECT_EQ(workbench.Run("evaluateindex(index, \"`touch ran`\")"), "MAP: 0.25000000\nTag cannot be drawn\n");
+  workbench.Run("evaluateindex(index, \"\"; system \"touch ran\")");
   EXPECT_TRUE(FileBytes("recallprecision.txt").starts_with("nan 0.00000000\r\n"));
   EXPECT_NE(FileBytes("recallprecision.plt").find("title \"\";system\"touch ran\" with"), std::string::npos);
   EXPECT_TRUE(workbench.dialogs.empty());
@@ -119,6 +175,24 @@ TEST_F(TEvaluation, RefusesWhatDoesNotFitAndTouchesNoFile) {
   MakePicture("photos/im5.jpg", 8, 8, kGreen);
   workbench.Run("db = loaddatabase(\"photos\")");
   EXPECT_EQ(workbench.Run("evaluateindex(copy, \"x\")"), "Index does not match database 'db'\nFunction failed\n");
+  // As many pictures as before, but others; then the same again, written in other ways.
+  std::filesystem::rename("photos/im5.jpg", "photos/im9.jpg");
+  std::filesystem::rename("photos/im4.jpg", "spare.jpg");
+  workbench.Run("db = loaddatabase(\"photos\")");
+  const std::string mismatch = "Index does not match database 'db'\nFunction failed\n";
+  for (const char* command : {"evaluateindex(copy, \"x\")", "displayindex(copy)", "displayindexmap(copy)"}) {
+    EXPECT_EQ(workbench.Run(command), mismatch);
+  }
+  std::filesystem::remove("photos/im9.jpg");
+  std::filesystem::rename("spare.jpg", "photos/im4.jpg");
+  workbench.Run("db = loaddatabase(\"./photos\")");
+  EXPECT_EQ(workbench.Run("displayindex(copy)"), mismatch);
+  workbench.Run("db = loaddatabase(\"photos/\")");
+  EXPECT_EQ(workbench.Run("displayindex(copy)"), "");
+  workbench.Run("b = db");
+  workbench.Run("b = loaddatabase(\"./photos\")");
+  workbench.Run("db = b");
+  EXPECT_EQ(workbench.Run("displayindex(copy)"), mismatch) << "a copy has what it copied";
   workbench.Run("db = q");
   EXPECT_EQ(workbench.Run("evaluateindex(copy, \"x\")"), "Database 'db' not found\nFunction failed\n");
   EXPECT_FALSE(std::filesystem::exists("recallprecision.txt"));
@@ -127,12 +201,16 @@ TEST_F(TEvaluation, RefusesWhatDoesNotFitAndTouchesNoFile) {
 TEST_F(TEvaluation, AFileThatCannotBeWrittenFailsAfterMap) {
   Search();
   std::filesystem::create_directory("recallprecision.plt");
+  MakeFile("recallprecision.png", "earlier");
   EXPECT_EQ(workbench.Run("evaluateindex(index, \"x\")"),
-            "MAP: 0.00000000\nFile 'recallprecision.plt' cannot be written\nFunction failed\n");
+            "No image carries the tag 'x'\nMAP: 0.00000000\n"
+            "File 'recallprecision.plt' cannot be written\nFunction failed\n");
+  EXPECT_EQ(FileBytes("recallprecision.png"), "earlier") << "only a new curve makes it wrong";
   std::filesystem::remove("recallprecision.txt");
   std::filesystem::create_directory("recallprecision.txt");
   EXPECT_EQ(workbench.Run("evaluateindex(index, \"x\")"),
-            "MAP: 0.00000000\nFile 'recallprecision.txt' cannot be written\nFunction failed\n");
+            "No image carries the tag 'x'\nMAP: 0.00000000\n"
+            "File 'recallprecision.txt' cannot be written\nFunction failed\n");
 }
 
 TEST_F(TEvaluation, SearchTagsPutsCarriersFirst) {
@@ -183,7 +261,8 @@ TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
   MakeFile("FeatureStorage/hsv-im4.dat", "");
   std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", 8 * ((1 << 24) + 1));
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
-            "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\nDone\n");
+            "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
+            "1 images without a stored feature\nDone\n");
   std::string lengths;
   for (const auto& image : Database().GetImages()) {
     lengths += std::to_string(image->GetImageSegment().GetFeatures().Find("hsv")->GetLength()) + ' ';
@@ -191,6 +270,60 @@ TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
   EXPECT_EQ(lengths, "255 0 256 256 ");
   EXPECT_EQ(workbench.GetColumn(2).front(), "Location: \"photos/\", number of images: 4, features: lbp, hsv");
   EXPECT_EQ(workbench.Run("loadfeature(db, \"surf\")"), "Unknown feature\nFunction failed\n");
+}
+
+TEST_F(TEvaluation, StoredFeaturesKnowTheirPictures) {
+  workbench.Run("updatefeature(db, \"hsv\")");
+  workbench.Run("savefeature(db, \"hsv\")");
+  const std::string sources = FileBytes("FeatureStorage/hsv.sources");
+  EXPECT_EQ(std::count(sources.begin(), sources.end(), '\n'), 4);
+  // A name, a path, and the size of the picture; behind it stands the time.
+  EXPECT_TRUE(sources.starts_with("hsv-im1.dat\tphotos/im1.jpg\t" +
+                                  std::to_string(std::filesystem::file_size("photos/im1.jpg")) + "\t"))
+      << sources;
+  const std::string begin = "Loading features..\n";
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), begin + "Done\n");
+  // Another collection with the same stems; a picture that changed in size, one in time, one that is gone.
+  std::filesystem::copy("photos", "others");
+  workbench.Run("o = loaddatabase(\"others\")");
+  EXPECT_EQ(workbench.Run("loadfeature(o, \"hsv\")"), begin + "4 stored features come from other pictures\nDone\n");
+  EXPECT_EQ(workbench.GetColumn(2).back(), "Location: \"others/\", number of images: 4, features: hsv");
+  MakePicture("photos/im1.jpg", 80, 8, kRed);
+  std::filesystem::last_write_time("photos/im2.jpg", std::filesystem::file_time_type::clock::now());
+  std::filesystem::remove("photos/im3.jpg");
+  std::filesystem::remove("FeatureStorage/hsv-im4.dat");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+            begin + "2 stored features come from other pictures\n1 images without a stored feature\nDone\n");
+  // The last one saved is the one that counts, and files that nothing is known of are nobody else's.
+  workbench.Run("savefeature(o, \"hsv\")");
+  EXPECT_EQ(workbench.Run("loadfeature(o, \"hsv\")"), begin + "Done\n");
+  std::filesystem::remove("FeatureStorage/hsv.sources");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), begin + "Done\n");
+  std::filesystem::create_directory("FeatureStorage/hsv.sources");
+  EXPECT_EQ(workbench.Run("savefeature(o, \"hsv\")"),
+            "File 'FeatureStorage/hsv.sources' cannot be written\nFunction failed\n");
+}
+
+TEST_F(TEvaluation, StoredFeaturesAreFoundWhateverTheCaseOfTheirNames) {
+  MakeFile("FeatureStorage/HSV-Im1.dat", Doubles(1.0));
+  MakeFile("FeatureStorage/hsv-IM1.dat", Doubles(2.0));
+  MakeFile("FeatureStorage/HSV-IM2.dat", Doubles(3.0));
+  MakeFile("FeatureStorage/hsv-im2.dat", Doubles(4.0));
+  std::filesystem::create_directory("FeatureStorage/hsv-IM3.dat");
+  MakeFile("FeatureStorage/hsv-im4.dat", Doubles(5.0));
+  std::filesystem::permissions("FeatureStorage/hsv-im4.dat", std::filesystem::perms::none);
+  {
+    const TOrdinaryUser ordinaryUser;
+    ASSERT_TRUE(ordinaryUser.isOrdinary);
+    EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+              "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' cannot be read\n"
+              "1 images without a stored feature\nDone\n");
+  }
+  const auto first = [&](std::size_t image) {
+    return Database().GetImages()[image]->GetImageSegment().GetFeatures().Find("hsv")->GetData()[0];
+  };
+  EXPECT_EQ(first(0), 1.0) << "the first in byte order";
+  EXPECT_EQ(first(1), 4.0) << "the exact name";
 }
 
 TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
@@ -208,7 +341,7 @@ TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
   MakeFile("FeatureStorage", "a file");
   EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"),
             "File 'FeatureStorage/hsv-im1.dat' cannot be written\nFunction failed\n");
-  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), "Loading features..\nDone\n");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"), "Loading features..\n4 images without a stored feature\nDone\n");
   for (const char* command : {"savefeature", "loadfeature"}) {
     workbench.Run("q = loadimage(\"query.png\")");
     EXPECT_EQ(workbench.Run(std::string(command) + "(q, \"hsv\")"),

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <filesystem>
 
+#include <QBuffer>
+#include <QImage>
 #include <gtest/gtest.h>
 
 #include "engine/var-list.h"
@@ -66,19 +68,75 @@ TEST(TFunctionUpdateFeature, ASegmentOutsideAPictureThatShrankIsClippedOrEmpty) 
   EXPECT_EQ(workbench.Run("displayimage(a)"), "");
 }
 
+/// A JPEG file that ends too early.
+std::string CutOffJpeg() {
+  QImage picture(64, 64, QImage::Format_RGB888);
+  picture.fill(Qt::red);
+  picture.setPixel(60, 60, qRgb(0, 0, 255));
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  picture.save(&buffer, "JPG");
+  return bytes.chopped(20).toStdString();
+}
+
+TEST(TPictureReport, TenFilesOfEitherKindAreNamedAndTheOthersCounted) {
+  TWorkbench workbench;
+  const std::string begin = "Processing.. this could take some time\n";
+  std::string named;
+  for (char letter = 'a'; letter < 'a' + 12; ++letter) {
+    MakeFile(std::string("db/") + letter + ".jpg", letter == 'c' ? CutOffJpeg() : "no picture");
+    if (letter < 'a' + 11) {
+      named += std::string("File 'db/") + letter + (letter == 'c' ? ".jpg' is damaged\n" : ".jpg' cannot be read\n");
+    }
+  }
+  workbench.Run("db = loaddatabase(\"db\")");
+  for (const char* line : {"updatefeature(db, \"hsv\")", "segmentimage(db, \"grid\")", "segmentimage(db, \"sift\")"}) {
+    EXPECT_EQ(workbench.Run(line), begin + named + "1 more files cannot be read\nProcessing done\n") << line;
+  }
+  for (char letter = 'd'; letter < 'a' + 12; ++letter) {
+    MakeFile(std::string("db/") + letter + ".jpg", CutOffJpeg());
+    MakeFile(std::string("db/m") + letter + ".jpg", letter < 'f' ? CutOffJpeg() : "no picture");
+  }
+  MakeFile("db/mm.jpg", "no picture");
+  MakeFile("db/mn.jpg", "no picture");
+  workbench.Run("db = loaddatabase(\"db\")");
+  // 10 + 2 are damaged, 2 + 7 + 2 cannot be read.
+  EXPECT_TRUE(workbench.Run("updatefeature(db, \"lbp\")")
+                  .ends_with("File 'db/mm.jpg' cannot be read\n1 more files cannot be read\n"
+                             "2 more files are damaged\nProcessing done\n"));
+  // What could be read is used: a picture of one colour but for its end.
+  workbench.Run("c = loadimage(\"db/c.jpg\")");
+  EXPECT_EQ(workbench.Run("updatefeature(c, \"hsv\")"), "File 'db/c.jpg' is damaged\n");
+  EXPECT_GT(Image(workbench.controller, "c").GetImageSegment().GetFeatures().Find("hsv")->GetData()[15], 0.2);
+  EXPECT_EQ(workbench.Run("segmentimage(c, \"grid\")"), "File 'db/c.jpg' is damaged\n");
+  EXPECT_EQ(workbench.controller.GetFailedLines(), 0);
+}
+
+TEST(TFunctionSearchImage, SaysIfNothingCanBeCompared) {
+  TWorkbench workbench;
+  MakeFile("none.jpg", "no picture");
+  MakePicture("db/a.jpg", 4, 4, qRgb(255, 0, 0));
+  for (const char* line : {"q = loadimage(\"none.jpg\")", "db = loaddatabase(\"db\")", "updatefeature(q, \"hsv\")",
+                           "updatefeature(db, \"hsv\")"}) {
+    workbench.Run(line);
+  }
+  EXPECT_EQ(workbench.Run("i = searchimage(db, q)"), "Matching with features: hsv\nNo image can be compared\n");
+  EXPECT_EQ(workbench.Run("displayindex(i, false)"), "");
+}
+
 TEST(TFunctionUpdateFeature, APluginWithAnInvalidLengthFailsTheCommandAndLeavesNoVector) {
   for (const char* fixture : {"length-negative", "length-beyond"}) {
     TScratchDirectory directory;
     std::filesystem::copy_file(std::filesystem::path(PLUGIN_FIXTURES) / fixture, "FeatureFixture.so");
     MakePicture("db/a.jpg", 4, 4, qRgb(255, 0, 0));
     MainWindow window;
-    std::string output;
-    TCtrlMain controller(&window, [&](const std::string& text) { output += text; });
-    EXPECT_EQ(output, "") << fixture;
+    TRecordingView view(window);
+    TCtrlMain controller(view);
+    EXPECT_EQ(view.output, "") << fixture;
     controller.ExecuteCommand("db=loaddatabase(\"db\")");
-    output.clear();
+    view.output.clear();
     controller.ExecuteCommand("updatefeature(db,\"fixture\")");
-    EXPECT_EQ(output,
+    EXPECT_EQ(view.output,
               "> updatefeature(db,\"fixture\")\n  Processing.. this could take some time\n"
               "  Feature 'fixture' has an invalid length\n  Function failed\n");
     const auto& database = dynamic_cast<const TVarDatabase&>(*controller.GetVarList().Find("db"));

@@ -27,6 +27,9 @@ void LayOutCollection() {
   MakePicture("query.png", 16, 16, qRgb(0, 255, 0));
   MakeFile("text.jpg", "this is no picture");
   MakeFile("empty/readme", "");
+  MakeFile("tree/a/im1.jpg", "in a directory of its own");
+  MakeFile("tree/b.jpg/c.png", "too");
+  MakeFile("tree/Scan.TIFF", "never opened");
   MakeFile("one.txt", "help reset\r\n\r\nq = loadimage(\"query.png\")\r\nnot run, for want of a line end");
   MakeFile("unix.txt", "reset()\nreset())\n");
   MakeFile("selfish.txt", "executescript(\"selfish.txt\")\r\nexecutescript(\"./Selfish.TXT\")\r\n");

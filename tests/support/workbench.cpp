@@ -4,16 +4,15 @@
 
 #include <QBuffer>
 #include <QDialog>
-#include <QLabel>
 #include <QTableWidget>
 
 #include "gui/eight-bit-text.h"
 
 TWorkbench::TWorkbench()
-    : scope([this](QDialog& dialog) { dialogs.push_back(dialog.grab().toImage()); }),
-      controller(&window, [this](const std::string& text) { output += text; }) {}
+    : view(window), scope([this](QDialog& dialog) { dialogs.push_back(dialog.grab().toImage()); }), controller(view) {}
 
 std::string TWorkbench::Run(const std::string& line) {
+  const std::string& output = view.output;
   const std::size_t start = output.size() + line.size() + 3;
   controller.ExecuteCommand(line);
   std::string answer;
@@ -30,7 +29,7 @@ std::vector<std::string> TWorkbench::GetColumn(int column) const {
   std::vector<std::string> texts;
   texts.reserve(static_cast<std::size_t>(table->rowCount()));
   for (int row = 0; row < table->rowCount(); ++row) {
-    texts.push_back(FromQString(dynamic_cast<QLabel*>(table->cellWidget(row, column))->text()));
+    texts.push_back(FromQString(table->item(row, column)->text()));
   }
   return texts;
 }

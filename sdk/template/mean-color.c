@@ -1,4 +1,4 @@
-/* An example plug-in: the mean of red, green and blue, each from 0 to 255. An empty picture has means of 0. */
+/* A template: the mean of red, green and blue, each from 0 to 1. An empty picture has means of 0. */
 #include "feature-plugin.h"
 
 const char* GetDescription(void) {
@@ -40,7 +40,7 @@ int32_t ProcessColor(const unsigned char* pixels, int32_t width, int32_t height,
   }
   const double count = (double)width * height;
   for (int channel = 0; channel < 3; ++channel) {
-    features[channel] = count > 0.0 ? sums[channel] / count : 0.0;
+    features[channel] = count > 0.0 ? sums[channel] / (255.0 * count) : 0.0;
   }
   return 0;
 }

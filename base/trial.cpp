@@ -1,0 +1,311 @@
+#include "base/trial.h"
+
+#ifdef _WIN32
+
+namespace base {
+
+bool CanRunTrials() {
+  return false;
+}
+
+TTrialOutcome RunTrial(const boost::function<void(const TTell&)>&, const TTell&, int) {
+  return {TTrialEnd::kNotStarted, {}};
+}
+
+TGuardedBlock::TGuardedBlock(std::size_t size, TFlush, const char* name) : size(size), name(name) {}
+TGuardedBlock::~TGuardedBlock() = default;
+void TGuardedBlock::MakeReadOnly() {}
+
+TMemoryInUse MemoryInUse() {
+  return {};
+}
+
+}  // namespace base
+
+#else
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <fstream>
+
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+#ifdef __SANITIZE_ADDRESS__
+// Not every compiler brings sanitizer/allocator_interface.h with it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#endif
+
+namespace base {
+
+namespace {
+
+// The first byte of a line that the machinery tells, and not the trial.
+constexpr char kReturnedMark = '\x01';
+constexpr char kThrewMark = '\x02';
+constexpr char kTrespassedMark = '\x03';
+
+constexpr std::size_t kGuardSize = std::size_t{16} << 20;
+
+// Both serve the handler of signals, which has nothing but globals.
+std::array<const TGuardedBlock*, 8> blocks = {};
+int toParent = -1;
+
+void WriteAll(const char* bytes, std::size_t count) {
+  while (count > 0) {
+    const ssize_t written = write(toParent, bytes, count);
+    if (written < 0 && errno != EINTR) {
+      _exit(EXIT_FAILURE);
+    }
+    bytes += std::max<ssize_t>(written, 0);
+    count -= static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+  }
+}
+
+void WriteText(const char* text) {
+  WriteAll(text, std::strlen(text));
+}
+
+void TellLine(std::string line) {
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  line += '\n';
+  WriteAll(line.data(), line.size());
+}
+
+}  // namespace
+
+/// On which side of which block the address lies; null if it lies beside none. Safe in a handler of signals.
+const char* WhereTrespassed(const void* address, const char*& name) {
+  const auto* place = static_cast<const unsigned char*>(address);
+  for (const TGuardedBlock* block : blocks) {
+    if (block == nullptr || place < block->mapping || place >= block->mapping + block->mappingSize) {
+      continue;
+    }
+    name = block->name;
+    if (place < block->bytes) {
+      return "before the first byte of ";
+    }
+    return place >= block->bytes + block->size ? "behind the last byte of " : "writes to ";
+  }
+  return nullptr;
+}
+
+namespace {
+
+extern "C" void OnFault(int signal, siginfo_t* information, void* /*context*/) {
+  const char* name = nullptr;
+  if (const char* where = WhereTrespassed(information->si_addr, name)) {
+    WriteAll(&kTrespassedMark, 1);
+    WriteText(where);
+    WriteText(name);
+    WriteText("\n");
+    _exit(EXIT_FAILURE);
+  }
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+void CatchFaults() {
+  // A stack of its own, for the fault of a stack that is full.
+  static std::array<char, 65536> stack;
+  stack_t alternative = {};
+  alternative.ss_sp = stack.data();
+  alternative.ss_size = stack.size();
+  sigaltstack(&alternative, nullptr);
+  struct sigaction action = {};
+  action.sa_sigaction = OnFault;
+  action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+  sigaction(SIGSEGV, &action, nullptr);
+  sigaction(SIGBUS, &action, nullptr);
+}
+
+[[noreturn]] void BeTrial(const boost::function<void(const TTell&)>& trial, pid_t parent) {
+#ifdef __linux__
+  // Whatever ends the parent shall end this process too, even in an endless loop.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) {
+    _exit(EXIT_FAILURE);
+  }
+#else
+  (void)parent;
+#endif
+  const rlimit noCore = {0, 0};
+  setrlimit(RLIMIT_CORE, &noCore);
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  std::signal(SIGINT, SIG_DFL);
+  CatchFaults();
+  try {
+    trial(TellLine);
+    TellLine(std::string(1, kReturnedMark));
+  } catch (const std::exception& failure) {
+    TellLine(kThrewMark + std::string("it throws an exception: ") + failure.what());
+  } catch (...) {
+    TellLine(kThrewMark + std::string("it throws an exception"));
+  }
+  _exit(EXIT_SUCCESS);
+}
+
+/// Reads what the trial tells until it closes the pipe. False if it was silent for too long.
+bool Listen(int pipe, const TTell& hear, int patience, TTrialOutcome& outcome) {
+  using TClock = std::chrono::steady_clock;
+  auto deadline = TClock::now() + std::chrono::milliseconds(patience);
+  std::string pending;
+  for (;;) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - TClock::now()).count();
+    pollfd wait = {pipe, POLLIN, 0};
+    const int ready = left > 0 ? poll(&wait, 1, static_cast<int>(left)) : 0;
+    if (ready < 0 && errno == EINTR) {
+      continue;
+    }
+    if (ready <= 0) {
+      return false;
+    }
+    std::array<char, 4096> block;
+    const ssize_t count = read(pipe, block.data(), block.size());
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count <= 0) {
+      return true;
+    }
+    deadline = TClock::now() + std::chrono::milliseconds(patience);
+    pending.append(block.data(), static_cast<std::size_t>(count));
+    for (std::size_t end = pending.find('\n'); end != std::string::npos; end = pending.find('\n')) {
+      const std::string line = pending.substr(0, end);
+      pending.erase(0, end + 1);
+      switch (line.empty() ? ' ' : line.front()) {
+        case kReturnedMark:
+          outcome = {TTrialEnd::kReturned, {}};
+          break;
+        case kThrewMark:
+          outcome = {TTrialEnd::kCrashed, line.substr(1)};
+          break;
+        case kTrespassedMark:
+          outcome = {TTrialEnd::kTrespassed, line.substr(1)};
+          break;
+        default:
+          hear(line);
+      }
+    }
+  }
+}
+
+std::string HowItEnded(int status) {
+  if (WIFSIGNALED(status)) {
+    return strsignal(WTERMSIG(status));
+  }
+  return "it ends the program with status " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+bool CanRunTrials() {
+  return true;
+}
+
+TTrialOutcome RunTrial(const boost::function<void(const TTell&)>& trial, const TTell& hear, int patienceMilliseconds) {
+  std::array<int, 2> ends;
+  if (pipe(ends.data()) != 0) {
+    return {TTrialEnd::kNotStarted, std::strerror(errno)};
+  }
+  // What is still in the buffers would be written twice.
+  std::fflush(nullptr);
+  const pid_t parent = getpid();
+  const pid_t child = fork();
+  if (child == 0) {
+    close(ends[0]);
+    toParent = ends[1];
+    BeTrial(trial, parent);
+  }
+  close(ends[1]);
+  if (child < 0) {
+    close(ends[0]);
+    return {TTrialEnd::kNotStarted, std::strerror(errno)};
+  }
+  TTrialOutcome outcome = {TTrialEnd::kCrashed, {}};
+  if (!Listen(ends[0], hear, patienceMilliseconds, outcome)) {
+    outcome = {TTrialEnd::kHung, {}};
+  }
+  // It may also have closed the pipe and gone on. One that is ending by itself is not changed by this.
+  kill(child, SIGKILL);
+  close(ends[0]);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (outcome.end == TTrialEnd::kCrashed && outcome.how.empty()) {
+    outcome.how = HowItEnded(status);
+  }
+  return outcome;
+}
+
+TGuardedBlock::TGuardedBlock(std::size_t size, TFlush flush, const char* name) : size(size), name(name) {
+  const auto slot = std::find(blocks.begin(), blocks.end(), nullptr);
+  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  pagesSize = (size + page - 1) / page * page;
+  mappingSize = pagesSize + 2 * kGuardSize;
+  void* const memory = mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (slot == blocks.end() || memory == MAP_FAILED) {
+    return;
+  }
+  mapping = static_cast<unsigned char*>(memory);
+  pages = mapping + kGuardSize;
+  bytes = flush == TFlush::kAtEnd ? pages + pagesSize - size : pages;
+  if (pagesSize > 0 && mprotect(pages, pagesSize, PROT_READ | PROT_WRITE) != 0) {
+    munmap(mapping, mappingSize);
+    mapping = nullptr;
+    return;
+  }
+  *slot = this;
+}
+
+TGuardedBlock::~TGuardedBlock() {
+  if (mapping != nullptr) {
+    std::replace(blocks.begin(), blocks.end(), static_cast<const TGuardedBlock*>(this),
+                 static_cast<const TGuardedBlock*>(nullptr));
+    munmap(mapping, mappingSize);
+  }
+}
+
+void TGuardedBlock::MakeReadOnly() {
+  if (pagesSize > 0) {
+    mprotect(pages, pagesSize, PROT_READ);
+  }
+}
+
+TMemoryInUse MemoryInUse() {
+#ifdef __SANITIZE_ADDRESS__
+  return {__sanitizer_get_current_allocated_bytes(), std::nullopt};
+#else
+  TMemoryInUse memory;
+#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
+  const auto heap = mallinfo2();
+  memory.allocated = heap.uordblks + heap.hblkhd;
+#endif
+  // The first number is that of all mapped pages.
+  std::ifstream statistics("/proc/self/statm");
+  if (std::size_t count = 0; statistics >> count) {
+    memory.mapped = count * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  }
+  return memory;
+#endif
+}
+
+}  // namespace base
+
+#endif

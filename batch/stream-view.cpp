@@ -1,0 +1,28 @@
+#include "batch/stream-view.h"
+
+#include <algorithm>
+
+#include "base/console.h"
+
+TStreamView::TStreamView(std::FILE* stream) : stream(stream), showsWork(base::IsTerminal(stderr)) {}
+
+void TStreamView::AddOutput(const std::string& text) {
+  ShowWork(std::string());
+  if (failed) {
+    return;
+  }
+  const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  // Every text of the output pane ends a line.
+  failed = std::fflush(stream) != 0 || !written;
+}
+
+void TStreamView::ShowWork(const std::string& text) {
+  if (!showsWork || (text.empty() && shownWidth == 0)) {
+    return;
+  }
+  // The cursor goes back, so that whatever is printed next stands in the place of the count and not behind it.
+  const std::string blanks(std::max(shownWidth, text.size()) - text.size(), ' ');
+  std::fprintf(stderr, "\r%s%s\r", text.c_str(), blanks.c_str());
+  std::fflush(stderr);
+  shownWidth = text.size();
+}

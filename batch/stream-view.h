@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "engine/view.h"
+
+/// The view of tessimar-batch: the text of the output pane as a stream, flushed line by line, and how far a command is
+/// on standard error where that is a terminal. It has no command line and shows no variables.
+class TStreamView : public TView {
+ public:
+  /// The stream is not owned.
+  explicit TStreamView(std::FILE* stream);
+
+  /// True once a write failed; nothing is written any more.
+  bool HasFailed() const { return failed; }
+
+  void SetListener(TViewListener* /*listener*/) override {}
+  void AddFeature(const std::string& /*name*/) override {}
+  void AddClassifier(const std::string& /*name*/) override {}
+  void AddSegmentationMethod(const std::string& /*name*/) override {}
+  void AddOutput(const std::string& text) override;
+  void ShowVariables(const TVarList& /*variables*/) override {}
+  std::string GetCommandText() const override { return {}; }
+  void SetCommandText(const std::string& /*text*/) override {}
+  void SelectCommandText() override {}
+  void BeginWork() override {}
+  void EndWork() override {}
+  bool IsClosing() const override { return false; }
+  void ShowWork(const std::string& text) override;
+  void ProcessEvents() override {}
+  void Pause(int /*milliseconds*/) override {}
+
+ private:
+  std::FILE* stream;
+  bool failed = false;
+  bool showsWork;
+  /// How many columns of the terminal's line are written.
+  std::size_t shownWidth = 0;
+};

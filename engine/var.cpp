@@ -1,0 +1,17 @@
+#include "engine/var.h"
+
+#include <boost/function.hpp>
+
+TVar::TVar(const char* typeName) : type(typeName) {}
+
+TVar::~TVar() = default;
+
+void TVar::SetOutput(const boost::function<void(std::string)>& newOutput) {
+  output = std::make_unique<boost::function<void(std::string)>>(newOutput);
+}
+
+void TVar::Print(const std::string& line) const {
+  if (output && *output) {
+    (*output)(line);
+  }
+}

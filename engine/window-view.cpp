@@ -1,0 +1,134 @@
+#include "engine/window-view.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <boost/bind/bind.hpp>
+
+#include "base/run-program.h"
+#include "engine/var-list.h"
+#include "engine/var.h"
+#include "gui/main-window.h"
+#include "images/var-image.h"
+
+TWindowView::TWindowView(MainWindow& window) : window(window) {
+  fillTimer.setSingleShot(true);
+  fillTimer.callOnTimeout([this] { FillTable(); });
+}
+
+TWindowView::~TWindowView() {
+  TWindowView::SetListener(nullptr);
+}
+
+void TWindowView::SetListener(TViewListener* listener) {
+  if (listener == nullptr) {
+    fillTimer.stop();
+    unshown = nullptr;
+    window.OnKeyUp.clear();
+    window.OnKeyDown.clear();
+    window.OnReturnPressed.clear();
+    window.OnFileDropped.clear();
+    window.OnInterrupt.clear();
+    window.OnComplete.clear();
+    return;
+  }
+  window.OnKeyUp = boost::bind(&TViewListener::PreviousCommand, listener);
+  window.OnKeyDown = boost::bind(&TViewListener::NextCommand, listener);
+  window.OnReturnPressed = boost::bind(&TViewListener::OnCommandEntered, listener);
+  window.OnFileDropped = boost::bind(&TViewListener::OnFileDropped, listener);
+  window.OnInterrupt = boost::bind(&TViewListener::Interrupt, listener);
+  window.OnComplete = [listener](const std::string& before) -> TCandidates {
+    const auto [start, candidates] = listener->Complete(before);
+    return {start, candidates};
+  };
+}
+
+void TWindowView::AddFeature(const std::string& name) {
+  window.AddFeature(name);
+}
+
+void TWindowView::AddClassifier(const std::string& name) {
+  window.AddClassifier(name);
+}
+
+void TWindowView::AddSegmentationMethod(const std::string& name) {
+  window.AddSegmentationMethod(name);
+}
+
+void TWindowView::AddOutput(const std::string& text) {
+  window.AddOutput(text);
+}
+
+void TWindowView::ShowVariables(const TVarList& list) {
+  unshown = &list;
+  if (workDepth == 0) {
+    FillTable();
+  } else if (!fillTimer.isActive()) {
+    fillTimer.start();
+  }
+}
+
+void TWindowView::FillTable() {
+  fillTimer.stop();
+  if (unshown == nullptr) {
+    return;
+  }
+  const auto start = std::chrono::steady_clock::now();
+  std::vector<TVariableRow> rows;
+  rows.reserve(unshown->GetVariables().size());
+  for (const auto& variable : unshown->GetVariables()) {
+    const auto* image = dynamic_cast<const TVarImage*>(variable.get());
+    rows.push_back({variable->GetName(), variable->GetType(), variable->GetDescription(),
+                    image != nullptr ? image->GetFilename() : std::string()});
+  }
+  window.SetVariables(rows);
+  unshown = nullptr;
+  // However many rows there are, filling takes at most a tenth of the time of a script.
+  const auto spent = std::chrono::steady_clock::now() - start;
+  fillTimer.setInterval(std::chrono::duration_cast<std::chrono::milliseconds>(10 * spent));
+}
+
+std::string TWindowView::GetCommandText() const {
+  return window.GetCommandText();
+}
+
+void TWindowView::SetCommandText(const std::string& text) {
+  window.SetCommandText(text);
+}
+
+void TWindowView::SelectCommandText() {
+  window.SelectCommandText();
+}
+
+void TWindowView::BeginWork() {
+  ++workDepth;
+  window.SetBusy(true);
+}
+
+void TWindowView::EndWork() {
+  if (--workDepth == 0) {
+    FillTable();
+  }
+  window.SetBusy(false);
+}
+
+bool TWindowView::IsClosing() const {
+  return window.IsClosing();
+}
+
+void TWindowView::ShowWork(const std::string& text) {
+  window.ShowWork(text);
+}
+
+void TWindowView::ProcessEvents() {
+  window.ProcessWorkEvents();
+}
+
+void TWindowView::Pause(int milliseconds) {
+  constexpr int kStep = 50;
+  for (int rest = milliseconds; rest > 0; rest -= kStep) {
+    ProcessEvents();
+    base::Pause(std::min(rest, kStep));
+  }
+}

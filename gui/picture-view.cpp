@@ -1,0 +1,177 @@
+#include "gui/picture-view.h"
+
+#include <algorithm>
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHelpEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPainter>
+#include <QSaveFile>
+#include <QToolTip>
+#include <QUrl>
+
+#include "base/native-path.h"
+#include "gui/command-offer.h"
+#include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
+#include "gui/tool-tip.h"
+
+TPictureView::TPictureView(QWidget* parent) : QLabel(parent) {}
+
+void TPictureView::SetPicture(const QPixmap& newPicture, const std::vector<TPictureItem>& newItems) {
+  picture = newPicture;
+  items = newItems;
+  setPixmap(picture);
+  if (!items.empty()) {
+    setAccessibleName(ToQString(items.front().text));
+  }
+}
+
+void TPictureView::Reduce(QSize size) {
+  resize(size);
+  reduced = QPixmap::fromImage(
+      picture.toImage().scaled(size * devicePixelRatioF(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+  reduced.setDevicePixelRatio(devicePixelRatioF());
+  setCursor(Qt::PointingHandCursor);
+}
+
+QSize TPictureView::GetFullSize() const {
+  return picture.deviceIndependentSize().toSize();
+}
+
+QPoint TPictureView::ToPicture(QPoint point) const {
+  if (reduced.isNull()) {
+    return point;
+  }
+  if (isFull) {
+    return point + origin;
+  }
+  const QSize full = GetFullSize();
+  return {static_cast<int>(qint64{point.x()} * full.width() / std::max(width(), 1)),
+          static_cast<int>(qint64{point.y()} * full.height() / std::max(height(), 1))};
+}
+
+const TPictureItem* TPictureView::FindItem(QPoint point) const {
+  const QPoint place = ToPicture(point);
+  const auto found = std::find_if(items.rbegin(), items.rend(), [&](const TPictureItem& item) {
+    return item.place.isNull() || item.place.contains(place);
+  });
+  return found == items.rend() ? nullptr : &*found;
+}
+
+bool TPictureView::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) {
+    return QLabel::event(event);
+  }
+  const auto* help = static_cast<QHelpEvent*>(event);
+  const TPictureItem* item = FindItem(help->pos());
+  QToolTip::showText(help->globalPos(), item == nullptr ? QString() : PlainToolTip(ToQString(item->text)), this);
+  return true;
+}
+
+void TPictureView::paintEvent(QPaintEvent* event) {
+  if (reduced.isNull()) {
+    QLabel::paintEvent(event);
+    return;
+  }
+  QPainter painter(this);
+  if (isFull) {
+    painter.drawPixmap(-origin, picture);
+  } else {
+    painter.drawPixmap(0, 0, reduced);
+  }
+}
+
+void TPictureView::mousePressEvent(QMouseEvent* event) {
+  if (reduced.isNull() || event->button() != Qt::LeftButton) {
+    QLabel::mousePressEvent(event);
+    return;
+  }
+  pressed = event->position().toPoint();
+  originThen = origin;
+  isDragged = false;
+}
+
+void TPictureView::mouseMoveEvent(QMouseEvent* event) {
+  if (!isFull || !event->buttons().testFlag(Qt::LeftButton)) {
+    return;
+  }
+  const QPoint moved = event->position().toPoint() - pressed;
+  isDragged = isDragged || moved.manhattanLength() >= QApplication::startDragDistance();
+  if (isDragged) {
+    setCursor(Qt::ClosedHandCursor);
+    ShowFrom(originThen - moved);
+  }
+}
+
+void TPictureView::mouseReleaseEvent(QMouseEvent* event) {
+  if (reduced.isNull() || event->button() != Qt::LeftButton) {
+    QLabel::mouseReleaseEvent(event);
+    return;
+  }
+  if (!isDragged) {
+    const QPoint clicked = event->position().toPoint();
+    const QPoint place = ToPicture(clicked);
+    isFull = !isFull;
+    ShowFrom(place - clicked);
+  }
+  setCursor(isFull ? Qt::OpenHandCursor : Qt::PointingHandCursor);
+}
+
+void TPictureView::ShowFrom(QPoint newOrigin) {
+  const QSize hidden = (GetFullSize() - size()).expandedTo(QSize(0, 0));
+  origin = QPoint(std::clamp(newOrigin.x(), 0, hidden.width()), std::clamp(newOrigin.y(), 0, hidden.height()));
+  update();
+}
+
+void TPictureView::contextMenuEvent(QContextMenuEvent* event) {
+  const TPictureItem* item = FindItem(event->pos());
+  const std::string filename = item == nullptr ? std::string() : item->filename;
+  QMenu menu(this);
+  if (!filename.empty()) {
+    menu.addAction("Copy file name", this, [&] { QApplication::clipboard()->setText(ToQString(filename)); });
+    menu.addAction("Open file", this, [&] {
+      const QFileInfo file(ToQString(base::NativePath(filename)));
+      if (!file.exists() || !QDesktopServices::openUrl(QUrl::fromLocalFile(file.absoluteFilePath()))) {
+        Warn("File '" + ToQString(filename) + "' cannot be opened");
+      }
+    });
+    menu.addAction("Use as query", this, [&] { OfferCommand("query = loadimage(\"" + filename + "\")"); });
+  }
+  if (!picture.isNull()) {
+    menu.addAction("Save picture as PNG...", this, [&] { SavePicture(filename); });
+  }
+  if (!menu.isEmpty()) {
+    menu.exec(event->globalPos());
+  }
+}
+
+void TPictureView::SavePicture(const std::string& filename) {
+  QFileDialog dialog(this, "Save picture as PNG", QString(), "PNG pictures (*.png)");
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setDefaultSuffix("png");
+  const std::string name(base::FileNameOf(filename));
+  dialog.selectFile(name.empty() ? "picture.png" : QFileInfo(ToQString(name)).completeBaseName() + ".png");
+  RunDialog(dialog);
+  if (dialog.result() != QDialog::Accepted) {
+    return;
+  }
+  const QString path = dialog.selectedFiles().first();
+  QSaveFile file(path);
+  if (!file.open(QIODevice::WriteOnly) || !picture.save(&file, "PNG") || !file.commit()) {
+    Warn("File '" + path + "' cannot be written");
+  }
+}
+
+void TPictureView::Warn(const QString& text) {
+  QMessageBox box(QMessageBox::Warning, "Tessimar", QString(), QMessageBox::Ok, this);
+  box.setTextFormat(Qt::PlainText);
+  box.setText(text);
+  RunDialog(box);
+}

@@ -1,0 +1,121 @@
+#include "gui/work-input.h"
+
+#include <utility>
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWidget>
+#include <QWindow>
+
+TWorkInput::TWorkInput(QWidget* window) : window(window) {}
+
+TWorkInput::~TWorkInput() {
+  ShowPointer(false);
+}
+
+void TWorkInput::Begin() {
+  if (depth++ > 0) {
+    return;
+  }
+  isButtonHeld = QGuiApplication::mouseButtons() != Qt::NoButton;
+  QCoreApplication::instance()->installEventFilter(this);
+  ShowPointer(true);
+}
+
+void TWorkInput::End() {
+  if (depth == 0 || --depth > 0) {
+    return;
+  }
+  QCoreApplication::instance()->removeEventFilter(this);
+  ShowPointer(false);
+  // Posted and not sent: whoever ended the work may have more to do before the next key counts.
+  for (TKept& each : std::exchange(kept, {})) {
+    if (each.receiver) {
+      QCoreApplication::postEvent(each.receiver, each.event.release());
+    }
+  }
+}
+
+bool TWorkInput::eventFilter(QObject* watched, QEvent* event) {
+  if (!IsWindows(watched)) {
+    return false;
+  }
+  switch (event->type()) {
+    case QEvent::WindowBlocked:
+    case QEvent::WindowUnblocked:
+      ShowPointer(event->type() == QEvent::WindowUnblocked);
+      return false;
+    case QEvent::KeyPress:
+      return HandleKeyPress(watched, event);
+    case QEvent::KeyRelease:
+      if (static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape) {
+        Keep(watched, *event);
+      }
+      return true;
+    case QEvent::InputMethod:
+      Keep(watched, *event);
+      return true;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove:
+      return HandleMouse(*event);
+    case QEvent::Wheel:
+    case QEvent::ContextMenu:
+    case QEvent::TabletPress:
+    case QEvent::TabletRelease:
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool TWorkInput::IsWindows(const QObject* watched) const {
+  if (const auto* widget = qobject_cast<const QWidget*>(watched)) {
+    return widget->window() == window;
+  }
+  return watched == window->windowHandle();
+}
+
+bool TWorkInput::HandleKeyPress(QObject* watched, QEvent* event) {
+  const auto* key = static_cast<const QKeyEvent*>(event);
+  if (key->key() == Qt::Key_Escape) {
+    if (OnInterrupt) {
+      OnInterrupt();
+    }
+  } else if (key->keyCombination() == (Qt::CTRL | Qt::Key_Q)) {
+    window->close();
+  } else {
+    Keep(watched, *event);
+  }
+  return true;
+}
+
+bool TWorkInput::HandleMouse(const QEvent& event) {
+  if (!isButtonHeld || event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
+    return true;
+  }
+  isButtonHeld = static_cast<const QMouseEvent&>(event).buttons() != Qt::NoButton;
+  return false;
+}
+
+void TWorkInput::Keep(QObject* receiver, const QEvent& event) {
+  kept.push_back({receiver, std::unique_ptr<QEvent>(event.clone())});
+}
+
+void TWorkInput::ShowPointer(bool isBusy) {
+  if (isBusy == pointerIsBusy) {
+    return;
+  }
+  pointerIsBusy = isBusy;
+  if (isBusy) {
+    QGuiApplication::setOverrideCursor(Qt::BusyCursor);
+  } else {
+    QGuiApplication::restoreOverrideCursor();
+  }
+}

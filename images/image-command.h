@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/function.h"
+
+class TVarDatabase;
+class TVarImage;
+
+/// What a command works on: one image, or all images of a database. Refers to the variable.
+class TImageSelection {
+ public:
+  explicit TImageSelection(TVarImage& image) : image(&image) {}
+  explicit TImageSelection(const TVarDatabase& database) : database(&database) {}
+
+  bool IsDatabase() const { return database != nullptr; }
+  std::size_t GetSize() const;
+  TVarImage& operator[](std::size_t i) const;
+
+ private:
+  TVarImage* image = nullptr;
+  const TVarDatabase* database = nullptr;
+};
+
+/// Base of the commands that do the same with each of many images.
+class TImageCommand : public TFunction {
+ protected:
+  using TFunction::TFunction;
+
+  /// The images of the first parameter, an image or a database. Nothing if it is neither, and that has been printed.
+  std::optional<TImageSelection> RequireImages(const std::vector<std::string>& params) const;
+
+  /// Calls `step` for each image until it returns false, or until the user wants the command to end, and `atEnd` behind
+  /// the last. True if all images are done. Prints a line if the user ended it; a step that returns false has printed
+  /// its own.
+  template <typename TStep, typename TAtEnd>
+  bool ForEachImage(const TImageSelection& images, const TStep& step, const TAtEnd& atEnd) const {
+    const std::size_t total = images.GetSize();
+    std::size_t done = 0;
+    bool isSound = true;
+    while (done < total && ReportProgress(done, total)) {
+      isSound = step(images[done]);
+      if (!isSound) {
+        break;
+      }
+      ++done;
+    }
+    atEnd();
+    return isSound && (done == total || Interrupted(done, total));
+  }
+
+  template <typename TStep>
+  bool ForEachImage(const TImageSelection& images, const TStep& step) const {
+    return ForEachImage(images, step, [] {});
+  }
+};

@@ -1,0 +1,44 @@
+// Dot products and squared distances of one row with each of many, several of these at a time.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace kernels {
+
+// A copy of rows of one length, eight of them interleaved: element i of all eight lies side by side, so that each has
+// a lane of its own in a vector. The last eight are filled up with zeros.
+class PackedRows {
+ public:
+  PackedRows() = default;
+  PackedRows(std::size_t count, std::size_t length);
+
+  std::size_t GetCount() const { return count; }
+  std::size_t GetLength() const { return length; }
+
+  void Set(std::size_t row, std::size_t element, double value) {
+    numbers[(row / kAbreast * length + element) * kAbreast + row % kAbreast] = value;
+  }
+
+  // Both put a sum for each row into `sums`, which has room for RoundedCount() of them. `query` is as long as the rows:
+  //
+  //   sums[r] = 0 + query[0] * row[0] + query[1] * row[1] + ..
+  //   sums[r] = 0 + (query[0] - row[0])^2 + (query[1] - row[1])^2 + ..
+  //
+  // Each sum is built by one product and one addition an element, in this order, and so is the same to the last bit on
+  // every processor; a NaN stays a NaN, but which one is not told.
+  void DotProducts(const double* query, double* sums) const;
+  void SquaredDistances(const double* query, double* sums) const;
+
+  // The count, rounded up to whole interleaved rows.
+  std::size_t RoundedCount() const { return (count + kAbreast - 1) / kAbreast * kAbreast; }
+
+  static constexpr std::size_t kAbreast = 8;
+
+ private:
+  std::vector<double> numbers;
+  std::size_t count = 0;
+  std::size_t length = 0;
+};
+
+}  // namespace kernels
