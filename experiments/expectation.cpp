@@ -1,10 +1,12 @@
 #include "experiments/expectation.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
-#include <regex>
+#include <string_view>
 
 #include "base/format-string.h"
+#include "base/text.h"
 
 namespace {
 
@@ -17,18 +19,35 @@ std::string Rounded(double number, std::size_t decimals) {
   return FormatString("%.*f", static_cast<int>(decimals), number);
 }
 
+/// True for digits, and as many as fifteen more behind a point.
+bool IsNumber(std::string_view text) {
+  const std::size_t point = std::min(text.find('.'), text.size());
+  const std::string_view decimals = text.substr(std::min(point + 1, text.size()));
+  const auto areDigits = [](std::string_view digits) {
+    return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+  };
+  return areDigits(text.substr(0, point)) && (point == text.size() || (areDigits(decimals) && decimals.size() <= 15));
+}
+
 }  // namespace
 
 std::optional<TExpectation> ParseExpectation(const std::string& text) {
-  static const std::regex form(R"(\s*(\S|\S.*\S)\s+([a-z0-9_]+)\s*(>=|<=|==)\s*([0-9]+(?:\.[0-9]{1,15})?)\s*)");
-  std::smatch parts;
-  if (!std::regex_match(text, parts, form)) {
+  const std::size_t sign = text.find_last_of("<>=");
+  if (sign == std::string::npos || sign == 0 || text[sign] != '=') {
     return std::nullopt;
   }
-  const auto relation = parts[3] == ">="   ? TExpectation::TRelation::kAtLeast
-                        : parts[3] == "<=" ? TExpectation::TRelation::kAtMost
-                                           : TExpectation::TRelation::kEqual;
-  return TExpectation{text, parts[1], parts[2], relation, parts[4]};
+  const std::string_view whole = text;
+  const std::string_view left = base::Trim(whole.substr(0, sign - 1));
+  const std::string_view number = base::Trim(whole.substr(sign + 1));
+  const std::size_t blank = left.find_last_of(" \t");
+  const std::size_t kind = std::string_view("><=").find(text[sign - 1]);
+  if (kind == std::string_view::npos || blank == std::string_view::npos || !IsNumber(number)) {
+    return std::nullopt;
+  }
+  constexpr std::array kRelations = {TExpectation::TRelation::kAtLeast, TExpectation::TRelation::kAtMost,
+                                     TExpectation::TRelation::kEqual};
+  return TExpectation{text, std::string(base::Trim(left.substr(0, blank))), std::string(left.substr(blank + 1)),
+                      kRelations[kind], std::string(number)};
 }
 
 std::string DescribeUnknown(const TExpectation& expectation, const std::vector<std::string>& sets) {
