@@ -71,7 +71,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
     std::erase_if(*names, [](const std::string& name) { return !HasPictureEnding(name); });
     SortPictureNames(*names);
     for (const std::string& name : *names) {
-      collection->names.push_back(entry + "/" + name);
+      collection->names.push_back(std::string(entry).append("/").append(name));
       collection->classes.push_back(entry);
     }
   }

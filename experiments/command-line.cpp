@@ -164,6 +164,23 @@ void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
   }
 }
 
+/// The arguments that are no options: a collection, or runs.
+void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& options, TOptionReader& reader) {
+  if (reader.Has("measure")) {
+    CheckMeasure(options, reader);
+    options.runs = inputs;
+  } else {
+    CheckCollection(options, reader);
+    options.collection = inputs.empty() ? std::string() : inputs.front();
+  }
+  if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
+    reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
+  }
+  if (inputs.size() > 1 && !reader.Has("measure")) {
+    reader.Refuse("More than one collection was given.");
+  }
+}
+
 }  // namespace
 
 std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
@@ -214,20 +231,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   if (options.out.empty()) {
     reader.Refuse("'--out' is missing.");
   }
-  const std::vector<std::string> inputs = Texts(parser.positionalArguments());
-  if (reader.Has("measure")) {
-    CheckMeasure(options, reader);
-    options.runs = inputs;
-  } else {
-    CheckCollection(options, reader);
-    options.collection = inputs.empty() ? std::string() : inputs.front();
-  }
-  if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
-    reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
-  }
-  if (inputs.size() > 1 && !reader.Has("measure")) {
-    reader.Refuse("More than one collection was given.");
-  }
+  TakeInputs(Texts(parser.positionalArguments()), options, reader);
   if (!reader.GetReason().empty()) {
     reason = reader.GetReason();
     return std::nullopt;
