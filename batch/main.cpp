@@ -108,6 +108,9 @@ int RunLines(const TOptions& options, base::TLineReader* reader, TStreamView& vi
   if (!options.rankings.empty() && failedFile.empty()) {
     failedFile = WriteRankings(controller.GetVarList(), options.rankings);
   }
+  if (!options.runs.empty() && failedFile.empty()) {
+    failedFile = WriteRuns(controller.GetVarList(), options.runs);
+  }
   if (!failedFile.empty()) {
     return Refuse(FormatString("File '%s' cannot be written", failedFile.c_str()));
   }
@@ -165,7 +168,7 @@ int Run(int argc, char** argv) {
     reader = std::make_unique<base::TLineReader>();
   }
   // Whether the results can be written is better known before an hour of work than after it.
-  for (const std::string& directory : {options->pictures, options->rankings}) {
+  for (const std::string& directory : {options->pictures, options->rankings, options->runs}) {
     if (!directory.empty() && !base::MakeWritableDirectory(directory)) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
     }

@@ -20,6 +20,8 @@ pane would show. Which lines of the script failed is told on standard error.
                     (without it dialogs are skipped)
   --variables FILE  write the variables at the end: name, type, description
   --rankings DIR    write each ranking at the end to DIR/NAME.tsv
+  --runs DIR        write each ranking at the end to DIR/NAME.run, in the form that
+                    evaluation programs of information retrieval read
   --segments FILE   write all segments at the end: variable, picture, x, y, width,
                     height, label, features
   --seed N          draw the same lots in every run (neural networks, the map)
@@ -50,14 +52,16 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   QCommandLineOption line("e", "", "LINE");
   line.setFlags(QCommandLineOption::ShortOptionStyle);
   parser.addOption(line);
-  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}});
-  parser.addOptions({{"segments", "", "FILE"}, {"seed", "", "N"}, {"plugins", "", "DIR"}, {"check-plugin", "", "FILE"}});
+  parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"runs", "", "DIR"}});
+  parser.addOptions(
+      {{"segments", "", "FILE"}, {"seed", "", "N"}, {"plugins", "", "DIR"}, {"check-plugin", "", "FILE"}});
   parser.addOptions({{{"h", "help"}, ""}, QCommandLineOption("version"), QCommandLineOption("verbose")});
   if (!parser.parse(arguments)) {
     reason = FromQString(parser.errorText());
     return std::nullopt;
   }
-  for (const char* name : {"pictures", "variables", "rankings", "segments", "seed", "plugins", "check-plugin"}) {
+  for (const char* name :
+       {"pictures", "variables", "rankings", "runs", "segments", "seed", "plugins", "check-plugin"}) {
     const QStringList values = parser.values(name);
     if (values.size() > 1 && std::string_view(name) != "plugins") {
       reason = std::string("There is more than one '--") + name + "'.";
@@ -98,6 +102,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
     options.lines.push_back(FromQString(text));
   }
   options.onlyLines = !options.lines.empty() && scripts.isEmpty();
+  options.runs = FromQString(parser.value("runs"));
   options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
   for (const QString& directory : parser.values("plugins")) {
     options.plugins.push_back(FromQString(directory));

@@ -17,6 +17,8 @@ struct TOptions {
   std::string segments;
   /// Command lines, run before the script.
   std::vector<std::string> lines;
+  /// Directory for one run a ranking; empty: none.
+  std::string runs;
   /// Script file; empty: standard input.
   std::string script;
   /// Directories with plug-ins, beside the working directory.

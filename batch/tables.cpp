@@ -7,6 +7,8 @@
 #include "base/native-path.h"
 #include "base/text.h"
 #include "engine/var-list.h"
+#include "experiments/encoding.h"
+#include "experiments/run-file.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "retrieval/var-database-index.h"
@@ -55,6 +57,46 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
   return table;
 }
 
+/// The path below the database's location, or the whole path of a picture that lies elsewhere.
+std::string NameBelow(const std::string& location, const std::string& path) {
+  return path.starts_with(location) ? path.substr(location.size()) : path;
+}
+
+/// Without its database a ranking knows no names: there is no run then.
+std::string FormatRun(const TVarDatabaseIndex& index, const TVarList& varList) {
+  std::string reason;
+  const TVarDatabase* database = index.FindDatabase(varList, reason);
+  if (database == nullptr) {
+    return {};
+  }
+  const std::string& location = database->GetLocation();
+  const std::string query = index.GetImageName().empty() ? index.GetName() : NameBelow(location, index.GetImageName());
+  std::string run;
+  std::size_t rank = 0;
+  for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
+    const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
+    run += FormatRunLine(EncodeName(query), EncodeName(NameBelow(location, image.GetFilename())), ++rank,
+                         index.GetEntries().size(), EncodeSet(index.GetName()));
+  }
+  return run;
+}
+
+/// Calls `format` for each ranking and writes what it gives to a file. The first file that could not be written.
+template <typename TFormat>
+std::string WriteIndices(const TVarList& varList, const std::string& directory, const char* ending,
+                         const TFormat& format) {
+  for (const auto& variable : varList.GetVariables()) {
+    if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
+      std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ending;
+      const std::string text = format(*index, varList);
+      if (!base::ReplaceFile(file, text.data(), text.size())) {
+        return file;
+      }
+    }
+  }
+  return {};
+}
+
 }  // namespace
 
 std::string FormatVariables(const TVarList& varList) {
@@ -81,14 +123,9 @@ std::string FormatSegments(const TVarList& varList) {
 }
 
 std::string WriteRankings(const TVarList& varList, const std::string& directory) {
-  for (const auto& variable : varList.GetVariables()) {
-    if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
-      std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ".tsv";
-      const std::string table = FormatRanking(*index, varList);
-      if (!base::ReplaceFile(file, table.data(), table.size())) {
-        return file;
-      }
-    }
-  }
-  return {};
+  return WriteIndices(varList, directory, ".tsv", FormatRanking);
+}
+
+std::string WriteRuns(const TVarList& varList, const std::string& directory) {
+  return WriteIndices(varList, directory, ".run", FormatRun);
 }

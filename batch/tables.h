@@ -15,3 +15,7 @@ std::string FormatSegments(const TVarList& varList);
 /// Writes one table for each ranking in the store: DIRECTORY/NAME.tsv with the columns rank, imageIndex, distance,
 /// file and tags. The directory exists. Returns the first file that could not be written; empty if all could.
 std::string WriteRankings(const TVarList& varList, const std::string& directory);
+
+/// Writes one run for each ranking in the store: DIRECTORY/NAME.run. Documents are the names of the pictures below the
+/// database's location; the topic is called like the query's file, or like the variable where there was no query.
+std::string WriteRuns(const TVarList& varList, const std::string& directory);

@@ -155,6 +155,10 @@ const std::vector<TRow>& Rows() {
       {"100,000 times `processEvents`", {"BM_LoadFeatureProcessEventsAlone"}, {{"`loadfeature`", "BM_LoadFeature"}}, 0.5},
       {"`loadmirflickrtags`, 25,000 numbers", {"BM_LoadTags"}, {{"limit", "", 0.010}}, 1},
       {"`MeasureRanking` and writing, 1,000,000 ranks", {"BM_MeasureAndWrite"}, {{"writing", "BM_MeasureAndWriteWriteAlone"}}, 3},
+      // Experiments
+      {"An experiment's distances, a query of 41 over 100,000 vectors of 256", {"BM_ExperimentDistances"}, {{"`searchimage`'s", "BM_ExperimentSearchDistances"}}, 0.5, kPerQuery},
+      {"A topic's ranking and measures, 100,000 distances", {"BM_ExperimentRank"}, {{"the sort", "BM_ExperimentSortAlone"}}, 1.3},
+      {"Extraction, 1,000 photographs of 640x480, \"hsv\" and \"lbp\"", {"BM_ExperimentExtract"}, {{"decoding", "BM_ExperimentDecodeAlone"}}, 1.35},
   };
   // clang-format on
   return rows;

@@ -12,6 +12,7 @@ std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName
     return nullptr;
   }
   std::unique_ptr<TFeaturePlugin> plugin(new TFeaturePlugin(*exports));
+  plugin->file = fileName;
   reason = AskPlugin(*exports, plugin->name, plugin->needsGrayscale, plugin->needsColor);
   return reason.empty() ? std::move(plugin) : nullptr;
 }

@@ -13,6 +13,9 @@ class TFeaturePlugin : public TFeature {
   /// that it needs, or says things of itself that the program cannot work with.
   static std::unique_ptr<TFeaturePlugin> Load(const std::string& fileName, std::string& reason);
 
+  /// The library's file.
+  const std::string& GetFile() const { return file; }
+
   bool ProcessColor(const TImageRGB& image, TFeatureVector& vector) const override;
   bool ProcessGrayscale(const TImageGray& image, TFeatureVector& vector) const override;
 
@@ -22,5 +25,6 @@ class TFeaturePlugin : public TFeature {
   /// Gives the vector its name and the length that the library asks for. False if that length is out of range.
   bool PrepareVector(TFeatureVector& vector) const;
 
+  std::string file;
   TPluginExports exports;
 };

@@ -307,9 +307,11 @@ TEST(TImageRGB, WhatIsNoImageLeavesTheBufferAsItWas) {
     EXPECT_EQ(Pixels(image), PatternPixels(2, 2)) << path;
   }
   const std::string text = "no picture";
-  image.LoadFromMemory(reinterpret_cast<const unsigned char*>(text.data()), text.size());
-  image.LoadFromMemory(reinterpret_cast<const unsigned char*>(text.data()), 0);
-  image.LoadFromMemory(nullptr, 0);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  EXPECT_FALSE(image.LoadFromMemory(bytes, text.size()));
+  EXPECT_FALSE(image.LoadFromMemory(bytes, text.size(), "text.jpg"));
+  EXPECT_FALSE(image.LoadFromMemory(bytes, 0));
+  EXPECT_FALSE(image.LoadFromMemory(nullptr, 0));
   EXPECT_EQ(Pixels(image), PatternPixels(2, 2));
 }
 
@@ -360,7 +362,7 @@ TEST(TImageRGB, WhatIsSavedLosslesslyComesBackFromFileAndMemory) {
     ExpectFile(name, 7, 5, PatternPixels(7, 5));
     const std::string bytes = FileBytes(name);
     TImageRGB fromMemory;
-    fromMemory.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    EXPECT_TRUE(fromMemory.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()));
     EXPECT_EQ(fromMemory.GetWidth(), 7) << name;
     EXPECT_EQ(Pixels(fromMemory), PatternPixels(7, 5)) << name;
   }

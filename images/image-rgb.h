@@ -42,8 +42,8 @@ class TImageRGB : public TPixelBuffer {
   /// eighth. That leaves out most of the decoding, and the eye sees little difference. Fails as LoadFromFile does.
   bool LoadReduced(const std::string& path, int divisor);
 
-  /// Decodes an image file held in memory. Nothing changes if it cannot be decoded.
-  void LoadFromMemory(const unsigned char* data, std::size_t size);
+  /// Decodes a file held in memory, as LoadFromFile does; without a name its contents alone must tell the format.
+  bool LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name = {});
 
   /// Copies a bitmap of any kind: palettes and gray become colour, alpha goes, high dynamic range is tone-mapped. The
   /// caller keeps the bitmap. False, and the buffer as it was, for a bitmap that has no such form.

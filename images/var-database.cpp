@@ -9,6 +9,7 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "images/picture-list.h"
 #include "images/var-image.h"
 
 namespace {
@@ -89,14 +90,11 @@ bool TVarDatabase::ScanDirectory() {
   }
   int others = 0;
   std::erase_if(*names, [&](const std::string& name) {
-    const bool isLeftOut = name.find(".jpg") == std::string::npos;
+    const bool isLeftOut = !IsPictureName(name);
     others += isLeftOut && IsNamedLikePicture(name) ? 1 : 0;
     return isLeftOut;
   });
-  // All file names begin with the location, so comparing the names alone gives the same order.
-  std::sort(names->begin(), names->end(), [](const std::string& a, const std::string& b) {
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-  });
+  SortPictureNames(*names);
   images.reserve(names->size());
   for (const std::string& name : *names) {
     images.push_back(std::make_unique<TVarImage>());

@@ -17,6 +17,7 @@
 #include "kernels/byte-distance.h"
 #include "kernels/gray-plane.h"
 #include "kernels/hsv-histogram.h"
+#include "kernels/l1-distance-tile.h"
 #include "kernels/l1-distance.h"
 #include "kernels/lbp-histogram.h"
 #include "kernels/packed-rows.h"
@@ -455,6 +456,41 @@ TEST(AddL1Distances, SumsAbsoluteDifferences) {
   std::array<double, 5> sums{10.0};
   kernels::AddL1Distances(query, candidates.data(), sums.size(), sums.data());
   EXPECT_EQ(sums, (std::array<double, 5>{25.0, 8.25, 15.0, 8.25, 23.0}));
+}
+
+TEST(AddL1DistanceTile, EqualsThePlainLoopToTheLastBit) {
+  std::mt19937 random(10);
+  const auto number = [&] { return std::ldexp(static_cast<double>(random()) - 2e9, static_cast<int>(random() % 40)); };
+  OnEachTarget([&] {
+    for (const std::size_t length : {0, 1, 7, 256, 257, 600}) {
+      for (const std::size_t count : {0, 1, 15, 16, 17, 40}) {
+        for (const std::size_t queryCount : {0, 1, 3, 4, 5, 9}) {
+          SCOPED_TRACE(testing::Message() << queryCount << " from " << count << " of " << length);
+          std::vector<std::vector<double>> vectors(queryCount + count, std::vector<double>(length));
+          std::vector<const double*> pointers;
+          for (auto& vector : vectors) {
+            std::generate(vector.begin(), vector.end(), number);
+            pointers.push_back(vector.data());
+          }
+          if (count > 2 && length > 0) {
+            vectors[queryCount + 2][length / 2] = std::numeric_limits<double>::infinity();
+          }
+          // Rows further apart than they are long; what lies between stays.
+          const std::size_t stride = count + 3;
+          std::vector<double> expected(queryCount * stride);
+          std::generate(expected.begin(), expected.end(), number);
+          std::vector<double> sums = expected;
+          for (std::size_t q = 0; q < queryCount; ++q) {
+            const std::array<std::span<const double>, 1> query{vectors[q]};
+            kernels::reference::AddL1Distances(query, pointers.data() + queryCount, count, &expected[q * stride]);
+          }
+          kernels::AddL1DistanceTile(pointers.data(), queryCount, pointers.data() + queryCount, count, length,
+                                     sums.data(), stride);
+          EXPECT_EQ(sums, expected);
+        }
+      }
+    }
+  });
 }
 
 TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {

@@ -1,13 +1,11 @@
 #include "retrieval/function-load-mir-flickr-tags.h"
 
-#include <cstdlib>
-#include <string_view>
-
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
+#include "retrieval/annotation.h"
 
 TFunctionLoadMirFlickrTags::TFunctionLoadMirFlickrTags()
     : TFunction({.name = "loadmirflickrtags", .kinds = {"variable", "string"}, .help = R"(
@@ -28,14 +26,11 @@ bool TFunctionLoadMirFlickrTags::Execute(const std::vector<std::string>& params)
   if (!LoadLines(path, annotations)) {
     return false;
   }
-  const std::string_view filename = base::FileNameOf(path);
-  const std::string tag(filename.substr(0, filename.find('.')));
+  const std::string tag = AnnotationTag(path);
   int strays = 0;
   for (const std::string& line : annotations.entries) {
-    // A number beyond all bounds comes back as the largest there is, and a text that is none as 0.
-    const long long number = std::strtoll(line.c_str(), nullptr, 10);
-    if (number >= 1 && static_cast<unsigned long long>(number) <= database->GetImages().size()) {
-      database->GetImages()[static_cast<std::size_t>(number) - 1]->GetTags().push_back(tag);
+    if (const auto position = AnnotatedPosition(line, database->GetImages().size())) {
+      database->GetImages()[*position]->GetTags().push_back(tag);
     } else {
       ++strays;
     }

@@ -18,11 +18,12 @@ import re
 import sys
 from pathlib import Path
 
-WINGS = ["images", "segmentation", "features", "classifiers", "retrieval", "concepts", "gui", "engine"]
+WINGS = ["images", "segmentation", "features", "classifiers", "retrieval", "concepts", "experiments", "gui",
+         "engine"]
 GROUND = ["base", "kernels", "sift"]
 FLOORS = {"values": 1, "widgets": 1, "language": 1, "variables": 2, "commands": 3, "engine": 4}
 SEEN_ON_FLOOR_1 = {"values": {"values"}, "widgets": {"widgets", "values"}, "language": {"language"}}
-PROGRAMS = {"engine/main.cpp", "batch"}
+PROGRAMS = {"engine/main.cpp", "experiments/main.cpp", "experiments/command-line.h", "experiments/command-line.cpp", "batch"}
 CODE = (".h", ".cpp")
 
 

@@ -3,12 +3,12 @@
 # To be sourced with the repository as working directory.
 
 build_packages="g++ cmake ninja-build qt6-base-dev libboost-dev libboost-filesystem-dev libfreeimage-dev libhwy-dev \
-libfftw3-dev libfann-dev libsvm-dev libgtest-dev python3"
+libfftw3-dev libfann-dev libssl-dev libsvm-dev libgtest-dev python3"
 # gnuplot draws the charts. Fonts: the window's own, and one for everything else; a bare system has none at all.
 run_packages="gnuplot-nox fonts-liberation fonts-dejavu-core"
 
-# The tests run programs under other locales, and build a plug-in as its author would.
-test_packages="locales pkgconf"
+# The tests run programs under other locales and an experiment in parts, and build a plug-in as its author would.
+test_packages="locales parallel pkgconf"
 
 # A Debian package has man pages and the manual as HTML, and is checked before it goes out.
 package_packages="pandoc lintian mandoc desktop-file-utils appstream"

@@ -8,7 +8,7 @@ _tessimar_batch() {
     word=
   fi
   case "$previous" in
-    --pictures | --rankings | --plugins)
+    --pictures | --rankings | --runs | --plugins)
       mapfile -t COMPREPLY < <(compgen -d -- "$word")
       return
       ;;
@@ -18,7 +18,7 @@ _tessimar_batch() {
     --variables | --segments | --check-plugin) ;;
     *)
       if [[ "$word" == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "-e --pictures --variables --rankings --segments --seed --plugins \
+        mapfile -t COMPREPLY < <(compgen -W "-e --pictures --variables --rankings --runs --segments --seed --plugins \
           --check-plugin --verbose -h --help --version" -- "$word")
         return
       fi

@@ -103,6 +103,7 @@ TEST_F(TBatch, TellsByItsStatusWhetherAllLinesSucceeded) {
                                        {"folder"},
                                        {"--pictures", "q.png"},
                                        {"--rankings", "q.png/x"},
+                                       {"--runs", "q.png/x"},
                                        {"--variables", "folder"},
                                        {"--variables", "no/such/file"},
                                        {"--pictures="},
@@ -174,6 +175,22 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
   EXPECT_EQ(FileBytes("out/r/index.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/%2E%2E%2Findex%5C.tsv"), ranking);
   EXPECT_EQ(FileBytes("out/r/tab%22%09%22.tsv"), ranking);
+}
+
+TEST_F(TBatch, SavesRankingsAsRuns) {
+  MakePicture("photos/a 10%.jpg", 40, 30, qRgb(255, 0, 0));
+  const TOutcome outcome =
+      Run({"--runs", "out/runs"},
+          std::string(kSearch) +
+              "p = loadimage(\"photos/im1.jpg\")\ntags = searchtags(db, \"x\")\n"
+              "updatefeature(p, \"hsv\")\nmy%own = searchimage(db, p)\nreset2 = loadimage(\"q.png\")\n");
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  EXPECT_EQ(FileBytes("out/runs/index.run"),
+            "q.png Q0 im2.jpg 1 3 index\nq.png Q0 im1.jpg 2 2 index\nq.png Q0 a%2010%25.jpg 3 1 index\n");
+  EXPECT_EQ(FileBytes("out/runs/my%25own.run"),
+            "im1.jpg Q0 im1.jpg 1 3 my%25own\nim1.jpg Q0 a%2010%25.jpg 2 2 my%25own\n"
+            "im1.jpg Q0 im2.jpg 3 1 my%25own\n");
+  EXPECT_TRUE(FileBytes("out/runs/tags.run").starts_with("tags Q0 im1.jpg 1 3 tags\n"));
 }
 
 TEST_F(TBatch, TellsHowFarItIsOnATerminalOnly) {

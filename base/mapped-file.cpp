@@ -1,0 +1,23 @@
+#include "base/mapped-file.h"
+
+#include <boost/interprocess/exceptions.hpp>
+#include <boost/interprocess/file_mapping.hpp>
+#include <boost/interprocess/mapped_region.hpp>
+
+namespace base {
+
+std::optional<TMappedFile> TMappedFile::Open(const std::string& path) {
+  namespace interprocess = boost::interprocess;
+  try {
+    const interprocess::file_mapping file(path.c_str(), interprocess::read_only);
+    const auto region = std::make_shared<interprocess::mapped_region>(file, interprocess::read_only);
+    TMappedFile mapped;
+    mapped.size = region->get_size();
+    mapped.bytes = std::shared_ptr<const std::byte>(region, static_cast<const std::byte*>(region->get_address()));
+    return mapped;
+  } catch (const interprocess::interprocess_exception&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace base

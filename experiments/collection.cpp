@@ -1,0 +1,97 @@
+#include "experiments/collection.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "base/format-string.h"
+#include "base/native-path.h"
+#include "base/text.h"
+#include "experiments/encoding.h"
+#include "images/picture-list.h"
+
+namespace {
+
+bool HasPictureEnding(const std::string& name) {
+  constexpr std::array<std::string_view, 5> kEndings = {".jpg", ".jpeg", ".png", ".tif", ".tiff"};
+  const std::string folded = base::FoldCase(name);
+  return std::any_of(kEndings.begin(), kEndings.end(),
+                     [&](std::string_view ending) { return folded.ends_with(ending); });
+}
+
+/// Nothing, and the reason, for what is no directory.
+std::optional<TPictureCollection> OpenCollection(const std::string& directory, std::string& reason) {
+  if (!base::IsDirectory(directory)) {
+    reason = FormatString("Collection '%s' is no directory", directory.c_str());
+    return std::nullopt;
+  }
+  TPictureCollection collection;
+  collection.location = base::WithTrailingSeparator(base::NativePath(directory));
+  return collection;
+}
+
+std::string CannotRead(const std::string& directory) {
+  return FormatString("Directory '%s' cannot be read", directory.c_str());
+}
+
+}  // namespace
+
+std::optional<TPictureCollection> ReadCollection(const std::string& directory, std::string& reason) {
+  auto collection = OpenCollection(directory, reason);
+  if (!collection) {
+    return std::nullopt;
+  }
+  auto names = ListPictures(collection->location);
+  if (!names || names->empty()) {
+    reason = names ? FormatString("Collection '%s' holds no picture", directory.c_str()) : CannotRead(directory);
+    return std::nullopt;
+  }
+  collection->names = std::move(*names);
+  return collection;
+}
+
+std::optional<TPictureCollection> ReadClasses(const std::string& directory, std::string& reason) {
+  auto collection = OpenCollection(directory, reason);
+  if (!collection) {
+    return std::nullopt;
+  }
+  auto entries = base::ListDirectory(collection->location);
+  if (!entries) {
+    reason = CannotRead(directory);
+    return std::nullopt;
+  }
+  std::erase_if(*entries, [&](const std::string& entry) { return !base::IsDirectory(collection->location + entry); });
+  std::sort(entries->begin(), entries->end());
+  for (const std::string& entry : *entries) {
+    auto names = base::ListFiles(collection->location + entry);
+    if (!names) {
+      reason = CannotRead(collection->location + entry);
+      return std::nullopt;
+    }
+    std::erase_if(*names, [](const std::string& name) { return !HasPictureEnding(name); });
+    SortPictureNames(*names);
+    for (const std::string& name : *names) {
+      collection->names.push_back(std::string(entry).append("/").append(name));
+      collection->classes.push_back(entry);
+    }
+  }
+  if (collection->names.empty()) {
+    reason = FormatString("Collection '%s' holds no directory with pictures", directory.c_str());
+    return std::nullopt;
+  }
+  return collection;
+}
+
+TPictureNames::TPictureNames(const TPictureCollection& collection) {
+  for (std::size_t i = 0; i < collection.names.size(); ++i) {
+    positions.emplace(collection.names[i], i);
+  }
+}
+
+std::optional<std::size_t> TPictureNames::Find(const std::string& name) const {
+  auto found = positions.find(name);
+  if (found == positions.end()) {
+    found = positions.find(Decode(name));
+  }
+  return found == positions.end() ? std::nullopt : std::optional(found->second);
+}

@@ -1,0 +1,241 @@
+#include "experiments/command-line.h"
+
+#include <algorithm>
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+#include "base/format-string.h"
+#include "base/native-path.h"
+#include "experiments/expectation.h"
+#include "gui/eight-bit-text.h"
+
+const char* const kExperimentUsage =
+    R"(Usage: tessimar-experiment --truth FILE|DIR --out DIR [OPTIONS] COLLECTION
+       tessimar-experiment --classes --out DIR [OPTIONS] COLLECTION
+       tessimar-experiment --measure --qrels FILE --out DIR RUN...
+
+Ranks the collection for every tag and every picture that carries it, by every set
+of features, and measures the rankings.
+
+  --truth FILE|DIR  the tags of the pictures: an annotation file (.txt), a table
+                    "file TAB tag", or a directory of annotation files; repeatable
+  --classes         COLLECTION is a directory of directories, each of them a tag
+  --out DIR         where the results go
+  --features SETS   sets of features with commas between them, a+b for a sum
+                    (default: each feature, and all together)
+  --plugins DIR     load feature plug-ins from there too; repeatable
+  --queries FILE    use only these pictures as queries: names, one a line
+  --keep-query      leave each query in its own ranking
+  --depth N         ranks that the runs show (default 1000)
+  --seed N          for bootstrap and randomisation test (default 1)
+  --expect "SET MEASURE>=NUMBER"
+                    fail if a mean is not so; >=, <= or ==; repeatable
+  --step extract|rank|report
+                    do one step only
+  --part K/N        do part K of N of the step
+  --measure         measure runs that other programs wrote
+  --qrels FILE      what is relevant to their topics
+  --quiet           print errors only
+  --help            print this text
+  --version         print the version
+
+Exit status: 0, 1 if an expectation does not hold or a step failed, 2 for wrong
+usage or a file or directory that cannot be used, 3 if all is done but something
+was skipped (see damage.tsv), 130 after Ctrl-C.
+)";
+
+namespace {
+
+std::vector<std::string> Texts(const QStringList& list) {
+  std::vector<std::string> texts;
+  for (const QString& text : list) {
+    texts.push_back(FromQString(text));
+  }
+  return texts;
+}
+
+/// Reads options one after the other; the first fault stays.
+class TOptionReader {
+ public:
+  explicit TOptionReader(const QCommandLineParser& parser) : parser(parser) {}
+
+  bool Has(const char* name) const { return parser.isSet(name); }
+  std::vector<std::string> All(const char* name) const { return Texts(parser.values(name)); }
+
+  /// The value of an option that may be given once.
+  std::string One(const char* name) {
+    if (parser.values(name).size() > 1) {
+      Refuse(FormatString("'--%s' was given twice.", name));
+    }
+    return FromQString(parser.value(name));
+  }
+
+  std::uint32_t Number(const char* name, std::uint32_t least, std::uint32_t value) {
+    const std::string text = One(name);
+    if (Has(name)) {
+      bool isNumber = false;
+      value = ToQString(text).toUInt(&isNumber);
+      if (!isNumber || value < least) {
+        Refuse(FormatString("The value of '--%s' is no number from %u to 4294967295.", name, least));
+      }
+    }
+    return value;
+  }
+
+  TPart Part() {
+    const std::string text = One("part");
+    if (!Has("part")) {
+      return {};
+    }
+    static const QRegularExpression form("^([0-9]{1,9})/([0-9]{1,9})$");
+    const auto match = form.match(ToQString(text));
+    const TPart part = {match.captured(1).toUInt(), match.captured(2).toUInt()};
+    if (!match.hasMatch() || part.number < 1 || part.number > part.count) {
+      Refuse(FormatString("The value of '--part', '%s', is not K/N with K from 1 to N.", text.c_str()));
+      return {};
+    }
+    return part;
+  }
+
+  TStep Step() {
+    const std::string text = One("step");
+    if (!Has("step")) {
+      return TStep::kAll;
+    }
+    if (text != "extract" && text != "rank" && text != "report") {
+      Refuse(FormatString("The value of '--step', '%s', is not extract, rank or report.", text.c_str()));
+    }
+    return text == "extract" ? TStep::kExtract : text == "rank" ? TStep::kRank : TStep::kReport;
+  }
+
+  std::vector<TExpectation> Expectations() {
+    std::vector<TExpectation> expectations;
+    for (const std::string& text : All("expect")) {
+      if (const auto expectation = ParseExpectation(text)) {
+        expectations.push_back(*expectation);
+      } else {
+        Refuse(FormatString("The value of '--expect', '%s', is not of the form SET MEASURE>=NUMBER.", text.c_str()));
+      }
+    }
+    return expectations;
+  }
+
+  std::vector<std::string> Sets() {
+    const std::string text = One("features");
+    return Has("features") ? Texts(ToQString(text).split(',')) : std::vector<std::string>();
+  }
+
+  void Refuse(const std::string& fault) {
+    if (reason.empty()) {
+      reason = fault;
+    }
+  }
+
+  const std::string& GetReason() const { return reason; }
+
+ private:
+  const QCommandLineParser& parser;
+  std::string reason;
+};
+
+/// Faults that lie in how options go together.
+void CheckCollection(const TExperimentOptions& options, TOptionReader& reader) {
+  if (options.truth.empty() && !options.hasClasses) {
+    reader.Refuse("There is no truth: '--truth' or '--classes' is missing.");
+  }
+  if (reader.Has("part") && options.step != TStep::kExtract && options.step != TStep::kRank) {
+    reader.Refuse("'--part' belongs to '--step extract' or '--step rank'.");
+  }
+  if (reader.Has("qrels")) {
+    reader.Refuse("'--qrels' belongs to '--measure'.");
+  }
+}
+
+void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
+  for (const char* name :
+       {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "step", "part"}) {
+    if (reader.Has(name)) {
+      reader.Refuse(FormatString("'--%s' does not go with '--measure'.", name));
+    }
+  }
+  if (options.judgements.empty()) {
+    reader.Refuse("'--qrels' is missing.");
+  }
+}
+
+/// The arguments that are no options: a collection, or runs.
+void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& options, TOptionReader& reader) {
+  if (reader.Has("measure")) {
+    CheckMeasure(options, reader);
+    options.runs = inputs;
+  } else {
+    CheckCollection(options, reader);
+    options.collection = inputs.empty() ? std::string() : inputs.front();
+  }
+  if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
+    reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
+  }
+  if (inputs.size() > 1 && !reader.Has("measure")) {
+    reader.Refuse("More than one collection was given.");
+  }
+}
+
+}  // namespace
+
+std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) {
+    arguments << ToQString(argv[i]);
+  }
+  QCommandLineParser parser;
+  for (const char* name :
+       {"truth", "out", "features", "plugins", "queries", "depth", "seed", "expect", "step", "part", "qrels"}) {
+    parser.addOption({name, "", "VALUE"});
+  }
+  for (const char* name : {"classes", "keep-query", "measure", "quiet", "help", "version"}) {
+    parser.addOption(QCommandLineOption(name));
+  }
+  if (!parser.parse(arguments)) {
+    reason = FromQString(parser.errorText()) + ".";
+    return std::nullopt;
+  }
+  TExperimentCommand command;
+  command.help = parser.isSet("help");
+  command.version = parser.isSet("version");
+  if (command.help || command.version) {
+    return command;
+  }
+  for (const QString& name : parser.optionNames()) {
+    if (parser.values(name).contains(QString())) {
+      reason = "The value of '--" + FromQString(name) + "' is empty.";
+      return std::nullopt;
+    }
+  }
+  TOptionReader reader(parser);
+  TExperimentOptions& options = command.options;
+  options.truth = reader.All("truth");
+  options.hasClasses = reader.Has("classes");
+  options.features = reader.Sets();
+  options.plugins = reader.All("plugins");
+  options.queries = reader.One("queries");
+  options.keepsQuery = reader.Has("keep-query");
+  options.depth = reader.Number("depth", 1, 1000);
+  options.seed = reader.Number("seed", 0, 1);
+  options.expectations = reader.Expectations();
+  options.step = reader.Step();
+  options.part = reader.Part();
+  options.isQuiet = reader.Has("quiet");
+  options.out = reader.One("out");
+  options.judgements = reader.One("qrels");
+  if (options.out.empty()) {
+    reader.Refuse("'--out' is missing.");
+  }
+  TakeInputs(Texts(parser.positionalArguments()), options, reader);
+  if (!reader.GetReason().empty()) {
+    reason = reader.GetReason();
+    return std::nullopt;
+  }
+  options.out = base::WithTrailingSeparator(options.out);
+  return command;
+}

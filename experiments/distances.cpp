@@ -1,0 +1,66 @@
+#include "experiments/distances.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "kernels/l1-distance-tile.h"
+
+TDistanceWork::TDistanceWork(const TFeatureTable& table, const std::vector<TFeatureSet>& sets) : table(table) {
+  for (std::size_t set = 0; set < sets.size(); ++set) {
+    TNode* node = &root;
+    for (const std::size_t feature : sets[set]) {
+      auto child = std::find_if(node->children.begin(), node->children.end(),
+                                [&](const TNode& each) { return each.feature == feature; });
+      if (child == node->children.end()) {
+        child = node->children.insert(node->children.end(), TNode{feature, {}, {}});
+      }
+      node = &*child;
+    }
+    node->sets.push_back(set);
+  }
+}
+
+std::size_t TDistanceWork::GetQueriesAtATime() const {
+  // 32 MiB of sums; enough queries at 100,000 pictures that the vectors of a part of the collection are used many times
+  // while they are in the cache.
+  constexpr std::size_t kSums = std::size_t{1} << 22;
+  return std::clamp<std::size_t>(kSums / table.GetPictureCount(), 1, 64);
+}
+
+void TDistanceWork::Run(std::span<const std::uint32_t> queries, const TTake& take) {
+  std::vector<double> sums(queries.size() * table.GetPictureCount(), 0.0);
+  Visit(root, queries, sums, take);
+}
+
+void TDistanceWork::Visit(const TNode& node, std::span<const std::uint32_t> queries, std::vector<double>& sums,
+                          const TTake& take) {
+  for (const std::size_t set : node.sets) {
+    std::vector<double> distances = sums;
+    std::replace_if(
+        distances.begin(), distances.end(), [](double sum) { return std::isnan(sum); },
+        std::numeric_limits<double>::infinity());
+    take(set, distances);
+  }
+  for (const TNode& child : node.children) {
+    if (&child == &node.children.back()) {
+      AddFeature(child.feature, queries, sums);
+      Visit(child, queries, sums, take);
+    } else {
+      std::vector<double> branch = sums;
+      AddFeature(child.feature, queries, branch);
+      Visit(child, queries, branch, take);
+    }
+  }
+}
+
+void TDistanceWork::AddFeature(std::size_t feature, std::span<const std::uint32_t> queries, std::vector<double>& sums) {
+  const TFeatureRows& rows = table.GetFeatures()[feature];
+  std::vector<const double*> vectors;
+  vectors.reserve(queries.size());
+  for (const std::uint32_t query : queries) {
+    vectors.push_back(rows.rows[query]);
+  }
+  const std::size_t count = table.GetPictureCount();
+  kernels::AddL1DistanceTile(vectors.data(), vectors.size(), rows.rows.data(), count, rows.length, sums.data(), count);
+}

@@ -1,0 +1,62 @@
+#include "experiments/json.h"
+
+#include <QString>
+
+#include "base/format-string.h"
+
+std::string TJsonWriter::Quote(std::string_view text) {
+  const QString decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  std::string quoted(1, '"');
+  for (const char character : decoded.toStdString()) {
+    if (character == '"' || character == '\\') {
+      quoted += '\\';
+      quoted += character;
+    } else if (static_cast<unsigned char>(character) < ' ') {
+      quoted += FormatString("\\u%04x", static_cast<unsigned>(character));
+    } else {
+      quoted += character;
+    }
+  }
+  quoted += '"';
+  return quoted;
+}
+
+void TJsonWriter::Add(std::string_view name, const std::vector<std::string>& texts) {
+  std::string value = "[";
+  for (const std::string& text : texts) {
+    value.append(value.size() > 1 ? ", " : "").append(Quote(text));
+  }
+  value += ']';
+  AddValue(name, value);
+}
+
+void TJsonWriter::BeginObject(std::string_view name) {
+  AddValue(name, "");
+  Open('{');
+}
+
+std::string TJsonWriter::Finish() {
+  Close('}');
+  return json + "\n";
+}
+
+void TJsonWriter::AddValue(std::string_view name, const std::string& value) {
+  json.append(isFirst ? "\n" : ",\n").append(2 * depth, ' ');
+  json.append(Quote(name)).append(": ").append(value);
+  isFirst = false;
+}
+
+void TJsonWriter::Open(char bracket) {
+  json += bracket;
+  ++depth;
+  isFirst = true;
+}
+
+void TJsonWriter::Close(char bracket) {
+  --depth;
+  if (!isFirst) {
+    json.append(1, '\n').append(2 * depth, ' ');
+  }
+  json += bracket;
+  isFirst = false;
+}

@@ -1,0 +1,39 @@
+// tessimar-experiment: every query, every set of features, measured against the truth in one run.
+
+#include <cstdio>
+#include <exception>
+
+#include "base/console.h"
+#include "base/memory.h"
+#include "base/text.h"
+#include "experiments/command-line.h"
+#include "experiments/run-experiment.h"
+
+namespace {
+
+int Run(int argc, char** argv) {
+  std::string reason;
+  auto command = ParseExperimentCommand(argc, argv, reason);
+  if (!command) {
+    return RefuseExperiment(kExperimentUnusable, reason + " See tessimar-experiment --help.");
+  }
+  if (command->help || command->version) {
+    std::fputs(command->help ? kExperimentUsage : "tessimar-experiment " TESSIMAR_VERSION "\n", stdout);
+    return kExperimentDone;
+  }
+  command->options.version = "tessimar-experiment " TESSIMAR_VERSION;
+  base::CatchSignals();
+  base::KeepFreedMemory();
+  base::UseClassicNumbers();
+  return RunExperiment(command->options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& failure) {
+    return RefuseExperiment(kExperimentFailed, failure.what());
+  }
+}

@@ -1,0 +1,81 @@
+#include "experiments/output-directory.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "base/format-string.h"
+#include "base/native-path.h"
+
+namespace {
+
+/// True for the name of a file or directory that an experiment makes.
+bool IsOwn(std::string name) {
+  constexpr std::array<std::string_view, 14> kNames = {
+      "runs",       "features",   "parts",       "qrels.txt",   "topics.tsv", "summary.tsv",  "comparison.tsv",
+      "curves.tsv", "damage.tsv", "record.json", "report.html", "times.tsv",  "concepts.tsv", "segments.tsv"};
+  // What an end by force left behind.
+  if (name.ends_with(".new")) {
+    name.resize(name.size() - 4);
+  }
+  return name.starts_with(".tessimar-") || std::find(kNames.begin(), kNames.end(), name) != kNames.end();
+}
+
+bool IsOwnBelow(const std::string& directory, const std::string& name) {
+  const auto endsWith = [&](const char* ending) {
+    return name.ends_with(ending) || name.ends_with(ending + std::string(".new")) ||
+           name.ends_with(ending + std::string(".unfinished"));
+  };
+  if (name.starts_with(".tessimar-")) {
+    return true;
+  }
+  if (directory == "runs") {
+    return endsWith(".run");
+  }
+  return directory == "parts" ? endsWith(".bin") : endsWith(".npy") || endsWith(".txt");
+}
+
+}  // namespace
+
+base::TFileReplacement& TOutputDirectory::Begin(const std::string& name) {
+  return files.emplace_back(path + name);
+}
+
+std::string TOutputDirectory::Commit() {
+  for (base::TFileReplacement& file : files) {
+    if (!file.Finish()) {
+      return file.GetPath();
+    }
+  }
+  for (base::TFileReplacement& file : files) {
+    if (!file.Commit()) {
+      return file.GetPath();
+    }
+  }
+  files.clear();
+  return {};
+}
+
+bool OpenOutputDirectory(const std::string& path, std::string& reason) {
+  const auto refuse = [&](const std::string& name) {
+    reason = FormatString("Directory '%s' holds '%s', which is not of an experiment", path.c_str(), name.c_str());
+    return false;
+  };
+  for (const std::string& name : base::ListDirectory(path).value_or(std::vector<std::string>())) {
+    if (!IsOwn(name)) {
+      return refuse(name);
+    }
+  }
+  for (const std::string below : {"runs", "features", "parts"}) {
+    for (const std::string& name : base::ListDirectory(path + below).value_or(std::vector<std::string>())) {
+      if (!IsOwnBelow(below, name)) {
+        return refuse(below + "/" + name);
+      }
+    }
+  }
+  if (!base::MakeWritableDirectory(path)) {
+    reason = FormatString("Directory '%s' cannot be written", path.c_str());
+    return false;
+  }
+  return true;
+}

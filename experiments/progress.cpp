@@ -1,0 +1,55 @@
+#include "experiments/progress.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "base/console.h"
+#include "base/format-string.h"
+
+TProgress::TProgress(bool isQuiet) : isShown(!isQuiet && base::IsTerminal(stderr)) {}
+
+TProgress::~TProgress() {
+  End();
+}
+
+void TProgress::Begin(const std::string& newLabel, std::size_t newTotal) {
+  End();
+  label = newLabel;
+  total = newTotal;
+  done = 0;
+  begin = shown = TClock::now();
+  isBegun = true;
+  Show();
+}
+
+void TProgress::Advance(std::size_t count) {
+  done += count;
+  const TClock::time_point now = TClock::now();
+  if (now - shown >= std::chrono::milliseconds(200)) {
+    shown = now;
+    Show();
+  }
+}
+
+void TProgress::Show() {
+  if (!isShown) {
+    return;
+  }
+  const double seconds = std::chrono::duration<double>(shown - begin).count();
+  const double left = seconds / static_cast<double>(std::max<std::size_t>(done, 1)) * static_cast<double>(total - done);
+  std::string time;
+  if (done > 0) {
+    time = left < 90.0 ? FormatString(", %.0f s left", left) : FormatString(", %.0f min left", left / 60.0);
+  }
+  // The escape wipes what the line before had more.
+  std::fprintf(stderr, "\r%s %zu of %zu%s\x1b[K", label.c_str(), done, total, time.c_str());
+  std::fflush(stderr);
+}
+
+void TProgress::End() {
+  if (isShown && isBegun) {
+    std::fputs("\r\x1b[K", stderr);
+    std::fflush(stderr);
+  }
+  isBegun = false;
+}

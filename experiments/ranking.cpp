@@ -1,0 +1,62 @@
+#include "experiments/ranking.h"
+
+#include <algorithm>
+
+TRanker::TRanker(const std::vector<std::vector<std::uint32_t>>& tagsOfPictures, std::size_t tagCount, bool keepsQuery,
+                 std::size_t topCount)
+    : tagsOfPictures(tagsOfPictures),
+      carriers(tagCount),
+      keepsQuery(keepsQuery),
+      topCount(topCount),
+      ranks(tagCount),
+      isAsked(tagCount, false),
+      isRelevant(tagsOfPictures.size(), 0) {
+  for (std::uint32_t picture = 0; picture < tagsOfPictures.size(); ++picture) {
+    for (const std::uint32_t tag : tagsOfPictures[picture]) {
+      carriers[tag].push_back(picture);
+    }
+  }
+}
+
+TQueryRanking TRanker::Rank(std::span<const double> distances, std::uint32_t query,
+                            std::span<const std::uint32_t> tags) {
+  entries.resize(distances.size());
+  for (std::size_t picture = 0; picture < distances.size(); ++picture) {
+    entries[picture] = {static_cast<std::int32_t>(picture), distances[picture]};
+  }
+  if (!keepsQuery) {
+    entries.erase(entries.begin() + query);
+  }
+  kernels::RankSort(entries);
+  for (const std::uint32_t tag : tags) {
+    ranks[tag].clear();
+    isAsked[tag] = true;
+    for (const std::uint32_t picture : carriers[tag]) {
+      isRelevant[picture] = 1;
+    }
+  }
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const auto picture = static_cast<std::size_t>(entries[i].imageIndex);
+    if (isRelevant[picture] == 0) {
+      continue;
+    }
+    for (const std::uint32_t tag : tagsOfPictures[picture]) {
+      if (isAsked[tag]) {
+        ranks[tag].push_back(static_cast<std::uint32_t>(i + 1));
+      }
+    }
+  }
+  TQueryRanking ranking;
+  for (std::size_t i = 0; i < std::min(topCount, entries.size()); ++i) {
+    ranking.top.push_back(entries[i].imageIndex);
+  }
+  for (const std::uint32_t tag : tags) {
+    const std::size_t relevant = carriers[tag].size() - (keepsQuery ? 0 : 1);
+    ranking.results.push_back(MeasureTopic(ranks[tag], relevant, entries.size()));
+    isAsked[tag] = false;
+    for (const std::uint32_t picture : carriers[tag]) {
+      isRelevant[picture] = 0;
+    }
+  }
+  return ranking;
+}

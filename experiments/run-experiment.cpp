@@ -1,0 +1,273 @@
+#include "experiments/run-experiment.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/console.h"
+#include "base/format-string.h"
+#include "base/native-path.h"
+#include "experiments/expectation.h"
+#include "experiments/output-directory.h"
+#include "experiments/plan.h"
+#include "experiments/progress.h"
+#include "experiments/run-reader.h"
+#include "experiments/steps.h"
+
+namespace {
+
+/// What --quiet does not keep back: each damage, up to a number that can be read. `ending` says where the rest is.
+void PrintDamage(const TDamageList& damage, const char* ending) {
+  constexpr std::size_t kMost = 20;
+  for (std::size_t i = 0; i < std::min(kMost, damage.size()); ++i) {
+    const TDamage& each = damage[i];
+    const std::string line = each.line == 0 ? std::string() : FormatString(":%zu", each.line);
+    std::fprintf(stderr, "%s%s: %s\n", each.file.c_str(), line.c_str(), each.reason.c_str());
+  }
+  if (!damage.empty()) {
+    std::fprintf(stderr, "tessimar-experiment: %zu %s skipped%s.\n", damage.size(),
+                 damage.size() == 1 ? "file or line was" : "files or lines were", ending);
+  }
+}
+
+void PrintSummary(const TExperiment& experiment, const std::string& out) {
+  std::printf("%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
+              experiment.topics.size(), experiment.queryCount);
+  for (const TSummaryRow& row : experiment.summary) {
+    if (row.interval && row.measure == TMeasure::kAp) {
+      std::printf("  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
+                  row.interval->high);
+    }
+  }
+  std::printf("The results are in %s\n", out.c_str());
+}
+
+/// Measures how long each step took.
+class TStopwatch {
+ public:
+  void Note(const std::string& step) {
+    const auto now = std::chrono::steady_clock::now();
+    table += step + FormatString("\t%.3f\n", std::chrono::duration<double>(now - begin).count());
+    begin = now;
+  }
+
+  const std::string& GetTable() const { return table; }
+
+ private:
+  std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+  std::string table = "step\tseconds\n";
+};
+
+int StatusOf(const TStepResult& result) {
+  switch (result.outcome) {
+    case TStepOutcome::kInterrupted:
+      return kExperimentInterrupted;
+    case TStepOutcome::kFailed:
+      return RefuseExperiment(kExperimentFailed, result.reason);
+    default:
+      return kExperimentDone;
+  }
+}
+
+/// False, and the reason, if an expectation is of a set or a measure that there is not.
+bool AreKnown(const std::vector<TExpectation>& expectations, const std::vector<std::string>& sets,
+              std::string& reason) {
+  return std::all_of(expectations.begin(), expectations.end(), [&](const TExpectation& expectation) {
+    reason = DescribeUnknown(expectation, sets);
+    return reason.empty();
+  });
+}
+
+/// Puts the results in their places, tells what they are, and holds them against what was expected.
+int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out) {
+  if (base::Interrupted()) {
+    return kExperimentInterrupted;
+  }
+  if (const std::string file = out.Commit(); !file.empty()) {
+    return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
+  }
+  PrintDamage(experiment.damage, "; damage.tsv has all");
+  if (!options.isQuiet) {
+    PrintSummary(experiment, options.out);
+  }
+  int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
+  for (const TExpectation& expectation : options.expectations) {
+    if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
+      status = RefuseExperiment(kExperimentFailed, miss);
+    }
+  }
+  return status;
+}
+
+/// An experiment on a collection.
+class TCollectionRun {
+ public:
+  explicit TCollectionRun(const TExperimentOptions& options)
+      : options(options), features(options.out + "features"), progress(options.isQuiet) {}
+
+  int Run() {
+    std::string reason;
+    plan = MakePlan(options, reason);
+    if (!plan) {
+      return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    if (!AreKnown(options.expectations, plan->setNames, reason) || !OpenOutputDirectory(options.out, reason)) {
+      return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    if (options.step == TStep::kAll || options.step == TStep::kExtract) {
+      if (const int status = StatusOf(Extract()); status != kExperimentDone || options.step == TStep::kExtract) {
+        return status;
+      }
+    }
+    auto table = TFeatureTable::Open(plan->collection, plan->sources, features, reason);
+    if (!table) {
+      return RefuseExperiment(kExperimentFailed, reason);
+    }
+    if (options.step == TStep::kAll || options.step == TStep::kRank) {
+      if (const int status = StatusOf(Rank(*table)); status != kExperimentDone || options.step == TStep::kRank) {
+        return status;
+      }
+    }
+    return Report(*table);
+  }
+
+ private:
+  TStepResult Extract() {
+    TStepResult result;
+    // A whole run goes on from the features that are there, in however many parts.
+    const bool isWhole = options.step == TStep::kAll;
+    const std::size_t first = isWhole ? 1 : options.part.number;
+    const std::size_t count = isWhole ? CountOfFeatureParts(features) : options.part.count;
+    const std::size_t last = isWhole ? count : first;
+    for (std::size_t number = first; number <= last && result.outcome == TStepOutcome::kDone; ++number) {
+      result.outcome =
+          ExtractFeatures(plan->collection, plan->sources, {number, count}, features, progress, result.reason);
+    }
+    stopwatch.Note("extract");
+    return result;
+  }
+
+  TStepResult Rank(const TFeatureTable& table) {
+    if (options.step == TStep::kRank) {
+      const auto [begin, end] = options.part.ShareOf(table.GetPictureCount());
+      std::size_t changed = 0;
+      if (!table.IsCurrent(plan->collection, begin, end, changed)) {
+        return {TStepOutcome::kFailed, FormatString("'%s' has changed since its features were extracted; run the step "
+                                                    "extract again",
+                                                    plan->collection.GetPath(changed).c_str())};
+      }
+    }
+    TStepResult result = RankQueries(options, *plan, table, progress);
+    if (result.outcome == TStepOutcome::kFailed) {
+      // What was skipped may be the reason.
+      PrintDamage(AllDamage(*plan, table), "");
+    }
+    stopwatch.Note("rank");
+    return result;
+  }
+
+  int Report(const TFeatureTable& table) {
+    TCollected collected;
+    if (const int status = StatusOf(CollectResults(options, *plan, table, collected)); status != kExperimentDone) {
+      return status;
+    }
+    const std::string runs = options.out + "runs";
+    if (!base::MakeWritableDirectory(runs)) {
+      return RefuseExperiment(kExperimentFailed, FormatString("Directory '%s' cannot be written", runs.c_str()));
+    }
+    TOutputDirectory out(options.out);
+    WriteResults(options, *plan, table, collected, out);
+    stopwatch.Note("report");
+    out.Add("times.tsv", stopwatch.GetTable());
+    const int status = Conclude(options, collected.experiment, out);
+    if (out.IsCommitted()) {
+      RemoveOtherRuns();
+    }
+    return status;
+  }
+
+  /// Runs of an earlier experiment would stand beside tables that do not know them.
+  void RemoveOtherRuns() const {
+    for (const std::string& name : base::ListFiles(options.out + "runs").value_or(std::vector<std::string>())) {
+      if (std::find(plan->setNames.begin(), plan->setNames.end(), name.substr(0, name.rfind(".run"))) ==
+          plan->setNames.end()) {
+        std::remove((options.out + "runs/" + name).c_str());
+      }
+    }
+  }
+
+  const TExperimentOptions& options;
+  const std::string features;
+  TProgress progress;
+  TStopwatch stopwatch;
+  std::unique_ptr<TPlan> plan;
+};
+
+/// A measurement of runs that other programs wrote.
+class TRunsRun {
+ public:
+  explicit TRunsRun(const TExperimentOptions& options) : options(options) {}
+
+  int Run() {
+    std::string reason;
+    const auto judgements = ReadJudgements(options.judgements, experiment.damage, reason);
+    if (!judgements || !ReadRuns(*judgements, reason) || !AreKnown(options.expectations, experiment.sets, reason) ||
+        !OpenOutputDirectory(options.out, reason)) {
+      return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    if (judgements->qids.empty()) {
+      return RefuseExperiment(kExperimentFailed, FormatString("There is no topic: '%s' names no relevant document",
+                                                              options.judgements.c_str()));
+    }
+    Summarise(experiment, options.seed);
+    stopwatch.Note("measure");
+    TOutputDirectory out(options.out);
+    WriteTables(experiment, out);
+    out.Add("record.json", FormatRunsRecord(options, experiment));
+    out.Add("times.tsv", stopwatch.GetTable());
+    return Conclude(options, experiment, out);
+  }
+
+ private:
+  bool ReadRuns(const TJudgements& judgements, std::string& reason) {
+    for (std::size_t i = 0; i < judgements.qids.size(); ++i) {
+      experiment.topics.push_back({judgements.qids[i], judgements.qids[i], "", i, judgements.relevant[i].size()});
+    }
+    experiment.queryCount = judgements.qids.size();
+    for (const std::string& path : options.runs) {
+      auto run = judgements.qids.empty() ? TMeasuredRun() : ReadRun(path, judgements, experiment.damage, reason);
+      if (!run) {
+        return false;
+      }
+      const auto known = std::find(experiment.sets.begin(), experiment.sets.end(), run->name);
+      if (known != experiment.sets.end() && !judgements.qids.empty()) {
+        const auto& other = options.runs[static_cast<std::size_t>(known - experiment.sets.begin())];
+        reason =
+            FormatString("The runs '%s' and '%s' are both called '%s'", other.c_str(), path.c_str(), run->name.c_str());
+        return false;
+      }
+      experiment.sets.push_back(run->name);
+      experiment.results.push_back(std::move(run->results));
+    }
+    return true;
+  }
+
+  const TExperimentOptions& options;
+  TStopwatch stopwatch;
+  TExperiment experiment;
+};
+
+}  // namespace
+
+int RefuseExperiment(int status, const std::string& reason) {
+  std::fprintf(stderr, "tessimar-experiment: %s\n", reason.c_str());
+  return status;
+}
+
+int RunExperiment(const TExperimentOptions& options) {
+  return options.runs.empty() ? TCollectionRun(options).Run() : TRunsRun(options).Run();
+}

@@ -1,0 +1,82 @@
+#include "experiments/tables.h"
+
+#include <vector>
+
+#include "base/format-string.h"
+#include "base/text.h"
+#include "experiments/encoding.h"
+
+namespace {
+
+using TFields = std::vector<std::string>;
+
+std::string Number(double number) {
+  return FormatString("%.8f", number);
+}
+
+std::string Line(const TFields& fields) {
+  return base::Join(fields, "\t").append(1, '\n');
+}
+
+}  // namespace
+
+std::string FormatTopicsHeading() {
+  TFields heading = {"set", "qid", "picture", "tag", "relevant"};
+  heading.insert(heading.end(), kMeasureNames.begin(), kMeasureNames.end());
+  return Line(heading);
+}
+
+std::string FormatTopics(const TExperiment& experiment, std::size_t set) {
+  std::string table;
+  for (std::size_t i = 0; i < experiment.topics.size(); ++i) {
+    const TTopic& topic = experiment.topics[i];
+    // The qid is encoded as it is in the runs, which it leads to.
+    TFields fields = {EncodeField(experiment.sets[set]), topic.qid, EncodeField(topic.picture), EncodeField(topic.tag),
+                      std::to_string(topic.relevant)};
+    for (const double value : experiment.results[set][i].measures) {
+      fields.push_back(Number(value));
+    }
+    table += Line(fields);
+  }
+  return table;
+}
+
+std::string FormatSummary(const TExperiment& experiment) {
+  std::string table = Line({"set", "tag", "measure", "topics", "mean", "low", "high"});
+  for (const TSummaryRow& row : experiment.summary) {
+    table += Line({EncodeField(experiment.sets[row.set]), EncodeField(row.tag),
+                   std::string(kMeasureNames[static_cast<std::size_t>(row.measure)]), std::to_string(row.topics),
+                   Number(row.mean), row.interval ? Number(row.interval->low) : std::string(),
+                   row.interval ? Number(row.interval->high) : std::string()});
+  }
+  return table;
+}
+
+std::string FormatComparisons(const TExperiment& experiment) {
+  std::string table = Line({"a", "b", "difference", "low", "high", "wins", "ties", "losses", "p", "p_holm"});
+  for (const TComparison& each : experiment.comparisons) {
+    table += Line({EncodeField(experiment.sets[each.a]), EncodeField(experiment.sets[each.b]), Number(each.difference),
+                   Number(each.interval.low), Number(each.interval.high), std::to_string(each.wins),
+                   std::to_string(each.ties), std::to_string(each.losses), Number(each.p), Number(each.pHolm)});
+  }
+  return table;
+}
+
+std::string FormatCurves(const TExperiment& experiment) {
+  std::string table = Line({"set", "recall", "precision"});
+  for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
+    for (std::size_t level = 0; level < kRecallLevels; ++level) {
+      table += Line({EncodeField(experiment.sets[set]), FormatString("%zu.%zu", level / 10, level % 10),
+                     Number(experiment.curves[set][level])});
+    }
+  }
+  return table;
+}
+
+std::string FormatDamage(const TDamageList& damage) {
+  std::string table = Line({"file", "line", "reason"});
+  for (const TDamage& each : damage) {
+    table += Line({EncodeField(each.file), std::to_string(each.line), EncodeField(each.reason)});
+  }
+  return table;
+}

@@ -1,0 +1,20 @@
+#include "retrieval/annotation.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include "base/native-path.h"
+
+std::string AnnotationTag(const std::string& path) {
+  const std::string_view filename = base::FileNameOf(path);
+  return std::string(filename.substr(0, filename.find('.')));
+}
+
+std::optional<std::size_t> AnnotatedPosition(const std::string& line, std::size_t count) {
+  // A number beyond all bounds comes back as the largest there is.
+  const long long number = std::strtoll(line.c_str(), nullptr, 10);
+  if (number < 1 || static_cast<unsigned long long>(number) > count) {
+    return std::nullopt;
+  }
+  return static_cast<std::size_t>(number) - 1;
+}
