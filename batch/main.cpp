@@ -23,6 +23,7 @@
 #include "engine/ctrl-main.h"
 #include "features/plugin-doctor.h"
 #include "gui/dialog-runner.h"
+#include "gui/eight-bit-text.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ int Refuse(const std::string& reason) {
 /// here.
 void ReportErrors(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
   if (type == QtCriticalMsg || type == QtFatalMsg) {
-    std::fprintf(stderr, "%s\n", qPrintable(message));
+    std::fprintf(stderr, "%s\n", FromQString(message).c_str());
   }
 }
 

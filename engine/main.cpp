@@ -56,7 +56,7 @@ void RefuseWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/,
 }
 
 void Report(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
-  std::fprintf(stderr, "%s\n", qPrintable(message));
+  std::fprintf(stderr, "%s\n", FromQString(message).c_str());
   if (type == QtFatalMsg) {
     std::_Exit(EXIT_FAILURE);
   }

@@ -49,7 +49,8 @@ QPixmap TThumbnails::Get(const std::string& filename, qreal pixelRatio) {
   if (!stamp) {
     return {};
   }
-  const auto key = QByteArray::fromStdString(base::CanonicalPath(filename));
+  const std::string path = base::CanonicalPath(filename);
+  const QByteArray key(path.data(), static_cast<qsizetype>(path.size()));
   const TEntry* kept = entries.object(key);
   if (kept != nullptr && kept->stamp == *stamp && kept->pixelRatio == pixelRatio) {
     return kept->picture;

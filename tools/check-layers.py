@@ -11,6 +11,9 @@ The floors are read from the wings' CMakeLists.txt: target_sources(tessimar_valu
 image-rgb.cpp and image-rgb.h on the floor of the values. Tests may include their own floor, what lies below it, and
 tests/support.
 
+Libraries of others, differences of platforms, crossings between kinds of text, dialogs and the handling of events have
+one door each, which it checks as well.
+
 Usage: check-layers.py ROOT
 """
 
@@ -72,8 +75,43 @@ def check_plugins(root, rooms):
     return faults
 
 
-def check(root):
+# What may stand in few places only: a name for it, how it looks, and the files that may hold it.
+DOORS = [
+    ("FreeImage", r"#include <FreeImage", r"images/image-rgb\.cpp"),
+    ("QLibrary", r"#include <QLibrary", r"features/plugin-exports\.cpp"),
+    ("FANN", r"#include <\w*fann\.h", r"classifiers/classifier-neural-network\.cpp"),
+    ("libsvm", r"#include <svm\.h", r"classifiers/(classifier-svm|svm-decision)\.cpp|classifiers/svm-parameter-record\.h"),
+    ("Highway", r"#include [<\"]hwy/", r"kernels/.*\.cpp|Sift/sift-conv\.cpp|plugins/.*-rows\.cpp"),
+    ("FFTW", r"#include <fftw3", r"plugins/gist\.cpp"),
+    ("OpenCV", r"#include <opencv2/", r"plugins/embedding/.*"),
+    ("OpenSSL", r"#include <openssl/", r"experiments/digest\.cpp"),
+    ("a platform's difference", r"\b_WIN32\b", r"base/.*|sdk/feature-plugin\.h"),
+    ("a crossing to QString", r"\b(from|to)(StdString|Utf8|Local8Bit|Latin1)\b|\bqPrintable\b",
+     # The other two belong to the values, which see no widgets.
+     r"gui/eight-bit-text\.cpp|features/plugin-exports\.cpp|experiments/json\.cpp"),
+    ("a dialog that runs", r"\b[dD]ialog(\.|->)exec\(|\bbox(\.|->)exec\(", r"gui/dialog-runner\.cpp"),
+    ("the handling of events", r"\bprocessEvents\b", r"gui/main-window\.cpp"),
+]
+
+
+def check_doors(root):
+    """The faults of what enters elsewhere than by its door. Tests and benchmarks may go where they like."""
     faults = []
+    files = (p for p in root.glob("*/**/*") if p.suffix in CODE and not p.stem.endswith("-test"))
+    for path in sorted(files):
+        name = str(path.relative_to(root))
+        if re.match(r"(tests|benchmarks|build[^/]*)/", name):
+            continue
+        # What a comment or a text says is no use of it.
+        text = re.sub(r"//[^\n]*|/\*.*?\*/", "", path.read_text(), flags=re.DOTALL)
+        for what, pattern, allowed in DOORS:
+            if re.search(pattern, text) and not re.fullmatch(allowed, name):
+                faults.append(f"{name}: {what} has its door elsewhere")
+    return faults
+
+
+def check(root):
+    faults = check_doors(root)
     rooms = read_rooms(root)
     faults += check_plugins(root, rooms)
     folders = WINGS + ["base", "kernels", "Sift"]
