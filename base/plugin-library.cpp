@@ -66,6 +66,10 @@ std::string PluginLoadPath(const std::string& fileName) {
 std::string WhyNoPlugin(const std::string& fileName) {
   boost::system::error_code error;
   const auto status = boost::filesystem::status(fileName, error);
+  if (!boost::filesystem::exists(status) &&
+      boost::filesystem::is_symlink(boost::filesystem::symlink_status(fileName, error))) {
+    return "it is a link to a file that is not there";
+  }
   if (!boost::filesystem::is_regular_file(status)) {
     // The loader would wait for the other end of a pipe.
     return boost::filesystem::exists(status) ? "it is no library" : "";

@@ -17,6 +17,15 @@ from datetime import date
 from pathlib import Path
 from xml.sax.saxutils import escape
 
+PLUGINS = """Comment:
+ The sources are under one licence, but one library in lib/tessimar/features is
+ linked with a library under stricter terms: FeatureGist.so uses FFTW, which is
+ under the GPL, version 2 or later. Whoever passes that plug-in on together
+ with the program does so under the terms of the GPL, which is in
+ /usr/share/common-licenses/GPL-2 on Debian systems, as GPL-3 in its next
+ version. FeatureEmbedding.so, if there is one, uses OpenCV, under Apache-2.0.
+"""
+
 PUBLIC_DOMAIN = """License: public-domain
  In the public domain: dedicated to it by its author, made by an officer of a
  government that claims no copyright, or no longer protected. The page named in
@@ -74,7 +83,8 @@ def debian_copyright(root):
     text = "\n".join(" " + (line or ".") for line in body).strip()
     text = text.removeprefix(".").strip()
     parts = [
-        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: Tessimar\n",
+        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: Tessimar\n"
+        + PLUGINS,
         f"Files: *\nCopyright: {holder.removeprefix('Copyright (c) ')}\nLicense: Expat\n {text}\n",
     ]
     with open(root / "samples" / "photos.tsv", encoding="utf-8", newline="") as table:

@@ -1,22 +1,22 @@
 #!/usr/bin/env python3
 """Compares the features on the sample collection, and prints the table that stands in README.md and docs/descriptors.md.
 
-Each photograph is once the query and taken out of its own ranking; what is of its class is relevant. The script runs
-tessimar-batch for the rankings and measures them itself:
+Each photograph is once the query and taken out of its own ranking; what carries its tag is relevant. The measures are
+those of tessimar-experiment, means over all queries:
 
-  MAP             the mean over the queries of the average precision: the precisions at the ranks of the relevant ones,
-                  summed, divided by their number
-  evaluateindex   the same sums divided by the number of all ranks, as that command does
-  P@10            the share of relevant ones among the first ten
+  MAP             "ap"
+  evaluateindex   "ap_ranks", which is what that command prints
+  P@10            "p10"
   Time            of updatefeature for one photograph of the collection, decoding included, on the machine that made
                   the table
 
-Usage: compare-features.py BATCH DESCRIPTORS SAMPLES [--check FILE...]
+Usage: compare-features.py PROGRAMS DESCRIPTORS SAMPLES [--check FILE...]
 
-BATCH is the program tessimar-batch, DESCRIPTORS the folder of the libraries. With --check nothing is printed unless a
+PROGRAMS is the folder of the programs, DESCRIPTORS that of the libraries. With --check nothing is printed unless the
 table in one of the files says something else; times are not compared.
 """
 
+import ast
 import csv
 import os
 import subprocess
@@ -24,84 +24,69 @@ import sys
 import tempfile
 from pathlib import Path
 
-FEATURES = {"hsv": 256, "lbp": 256, "edgehistogram": 150, "colorlayout": 12, "correlogram": 256, "phog": 420,
-            "gist": 512, "tamura": 512, "cedd": 144, "moments": 81}
+FEATURES = ("hsv", "lbp", "edgehistogram", "colorlayout", "correlogram", "phog", "gist", "tamura", "cedd", "moments")
+MEASURES = {"ap": ".3f", "ap_ranks": ".4f", "p10": ".3f"}
 
 
-def run(batch, folder, lines, *options):
-    """Runs the lines and returns the processor time in seconds."""
+def length_of(path):
+    """The number of columns, which the head of a .npy file tells."""
+    head = path.read_bytes()[8:]
+    size = int.from_bytes(head[:2], "little")
+    return ast.literal_eval(head[2 : 2 + size].decode())["shape"][1]
+
+
+def measure(programs, descriptors, samples, folder):
+    """The rows of the table without the times."""
+    subprocess.run([programs / "tessimar-experiment", samples / "photos", "--truth", samples / "tags", "--plugins",
+                    descriptors, "--features", ",".join(FEATURES), "--out", "result", "--quiet"],
+                   cwd=folder, check=True)
+    with open(folder / "result" / "summary.tsv", newline="", encoding="utf-8") as file:
+        means = {(row["set"], row["measure"]): float(row["mean"])
+                 for row in csv.DictReader(file, delimiter="\t", quoting=csv.QUOTE_NONE) if not row["tag"]}
+    return [[f'"{feature}"', str(length_of(folder / "result" / "features" / f"{feature}.npy")),
+             *(format(means[feature, name], digits) for name, digits in MEASURES.items())] for feature in FEATURES]
+
+
+def processor_time(programs, descriptors, folder, lines):
+    """Runs the lines and returns the seconds that the processor was busy with them."""
     before = os.times()
-    subprocess.run([batch, *options], cwd=folder, input="\n".join(lines), text=True, check=True,
-                   stdout=subprocess.DEVNULL)
+    subprocess.run([programs / "tessimar-batch", "--plugins", descriptors], cwd=folder, input="\n".join(lines),
+                   text=True, check=True, stdout=subprocess.DEVNULL)
     after = os.times()
     return after.children_user + after.children_system - before.children_user - before.children_system
 
 
-def measure(ranking, classes):
-    """Average precision, the sum by all ranks, and precision at 10 of one ranking, the query not among it."""
-    query, *others = ranking
-    hits, total = 0, 0.0
-    for rank, name in enumerate(others, 1):
-        if classes[name] == classes[query]:
-            hits += 1
-            total += hits / rank
-    return total / hits, total / len(others), sum(classes[name] == classes[query] for name in others[:10]) / 10
-
-
-def compare(batch, folder, feature, classes, with_time):
-    load = 'db = loaddatabase("photos")'
+def milliseconds(programs, descriptors, samples, folder, feature):
+    """What one photograph takes: the difference of six passes over the collection and one."""
     update = f'updatefeature(db, "{feature}")'
-    run(batch, folder, [load, update, f'savefeature(db, "{feature}")'])
-    results = []
-    # In small groups: the workbench lists all its variables after each line.
-    for first in range(0, len(classes), 10):
-        queries = list(classes)[first:first + 10]
-        lines = [load, f'loadfeature(db, "{feature}")']
-        for i, name in enumerate(queries):
-            lines += [f'q = loadimage("photos/{name}")', f'updatefeature(q, "{feature}")', f"i{i} = searchimage(db, q)"]
-        run(batch, folder, lines, "--rankings", "rankings")
-        for i, query in enumerate(queries):
-            rows = Path(folder, "rankings", f"i{i}.tsv").read_text().splitlines()[1:]
-            names = [Path(row.split("\t")[3]).name for row in rows]
-            names.remove(query)
-            results.append(measure([query, *names], classes))
-    means = [sum(column) / len(results) for column in zip(*results)]
-    row = [f'"{feature}"', str(FEATURES[feature]), f"{means[0]:.3f}", f"{means[1]:.4f}", f"{means[2]:.3f}"]
-    if with_time:
-        again = [f'removefeature(db, "{feature}")', update]
-        seconds = run(batch, folder, [load, update, *again * 5]) - run(batch, folder, [load, update])
-        row.append(f"{1000 * seconds / 5 / len(classes):.2f} ms")
-    return row
+    once = [f'db = loaddatabase("{samples / "photos"}")', update]
+    again = [f'removefeature(db, "{feature}")', update]
+    seconds = (processor_time(programs, descriptors, folder, [*once, *again * 5])
+               - processor_time(programs, descriptors, folder, once))
+    return 1000 * seconds / 5 / len(list((samples / "photos").glob("*.jpg")))
 
 
-def table_rows(path):
-    """The rows of the table in a file: the cells by the feature's name."""
-    rows = [[cell.strip() for cell in line.strip("|\n ").split("|")] for line in path.read_text().splitlines()
-            if line.startswith('| "')]
-    return {row[0]: row for row in rows if len(row) == 6 and row[0].strip('"') in FEATURES}
+def stated_rows(path):
+    """The rows of the table in a file, without the times."""
+    rows = [[cell.strip() for cell in line.strip("|\n ").split("|")]
+            for line in path.read_text(encoding="utf-8").splitlines() if line.startswith('| "')]
+    return [row[:-1] for row in rows if len(row) == 6]
 
 
-def main(batch, descriptors, samples, *options):
-    with open(Path(samples, "photos.tsv"), newline="", encoding="utf-8") as file:
-        rows = csv.DictReader(file, delimiter="\t", quoting=csv.QUOTE_NONE)
-        classes = {row["file"]: row["tag"] for row in rows}
-    files = [Path(name) for name in options[1:]]
-    wrong = []
-    with tempfile.TemporaryDirectory() as folder:
-        for library in Path(descriptors).resolve().glob("Feature*.so"):
-            Path(folder, library.name).symlink_to(library)
-        Path(folder, "photos").symlink_to(Path(samples, "photos").resolve())
-        if not files:
+def main(programs, descriptors, samples, *options):
+    places = [Path(name).resolve() for name in (programs, descriptors, samples)]
+    with tempfile.TemporaryDirectory() as name:
+        folder = Path(name)
+        rows = measure(*places, folder)
+        if not options:
             print("| Feature | Length | MAP | `evaluateindex` | P@10 | Time |\n|---|---|---|---|---|---|")
-        for feature in FEATURES:
-            row = compare(os.path.abspath(batch), folder, feature, classes, not files)
-            if not files:
-                print("| " + " | ".join(row) + " |", flush=True)
-            for file in files:
-                stated = table_rows(file).get(row[0], [])[:5]
-                if stated != row:
-                    wrong.append(f"{file}: {row[0]} is stated as {stated} and found as {row}")
-    print("\n".join(wrong), end="\n" if wrong else "")
+            for row in rows:
+                time = milliseconds(*places, folder, row[0].strip('"'))
+                print("| " + " | ".join([*row, f"{time:.2f} ms"]) + " |", flush=True)
+    wrong = [file for file in options[1:] if stated_rows(Path(file)) != rows]
+    if wrong:
+        print("\n".join(f"The table of {file} is not what was found:" for file in wrong))
+        print("\n".join("| " + " | ".join(row) + " |" for row in rows))
     return 1 if wrong else 0
 
 

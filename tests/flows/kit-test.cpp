@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include <QProcess>
 #include <gtest/gtest.h>
 
+#include "base/text.h"
 #include "tests/support/workbench.h"
 
 namespace filesystem = std::filesystem;
@@ -69,6 +72,26 @@ TEST_F(TKit, TheTemplateBuildsWithPkgConfigAlone) {
   const char* const build = "eval \"$0\" -shared -fPIC $(pkg-config --cflags tessimar) -o FeatureMine.so mine/*.c";
   ASSERT_EQ(Run("/bin/sh", {"-c", build, C_COMPILER}), 0) << errors;
   EXPECT_EQ(RunBatch({"--check-plugin", "FeatureMine.so"}), 0) << output << errors;
+}
+
+TEST_F(TKit, TheDescriptorsRunWhereTheyAreInstalledAndFromLinks) {
+  const filesystem::path features = installed / "lib/tessimar/features";
+  const std::vector<std::string> names = {"cedd", "colorlayout", "correlogram", "edgehistogram",
+                                          "gist", "moments",     "phog",        "tamura"};
+  const auto table = [](const std::vector<std::string>& found) {
+    return "name\ttype\tdescription\nq\timage\tFilename: \"q.png\", features: " + base::Join(found, ", ") + "\n";
+  };
+  MakePicture("q.png", 6, 4, qRgb(255, 0, 51));
+  std::string lines = "q = loadimage(\"q.png\")\n";
+  for (const std::string& name : names) {
+    lines += "updatefeature(q, \"" + name + "\")\n";
+  }
+  EXPECT_EQ(RunBatch({"--plugins", QString::fromStdString(features), "--variables", "v.tsv"}, lines), 0) << output;
+  EXPECT_EQ(FileBytes("v.tsv"), table(names));
+  filesystem::create_symlink(features / "FeatureGist.so", "FeatureGist.so");
+  filesystem::create_symlink(features / "FeatureCedd.so", "FeatureCedd.so");
+  EXPECT_EQ(RunBatch({"--variables", "v.tsv"}, lines), 1) << "six are not there";
+  EXPECT_EQ(FileBytes("v.tsv"), table({"cedd", "gist"}));
 }
 
 TEST_F(TKit, TheTemplateIsReadInAMinute) {
