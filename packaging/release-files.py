@@ -17,6 +17,16 @@ from datetime import date
 from pathlib import Path
 from xml.sax.saxutils import escape
 
+# The one file whose library is linked with something under the GPL.
+GIST = """Comment:
+ The library lib/tessimar/features/FeatureGist.so, which is made of this file, is
+ linked with FFTW, which is under the GNU General Public License, version 2 or
+ later. This source file is under the license above; the library, and whatever
+ is passed on together with it as one work, is under the terms of that license.
+ .
+ On Debian systems its full text is in /usr/share/common-licenses/GPL-2.
+"""
+
 PUBLIC_DOMAIN = """License: public-domain
  In the public domain: dedicated to it by its author, made by an officer of a
  government that claims no copyright, or no longer protected. The page named in
@@ -73,9 +83,11 @@ def debian_copyright(root):
     body = licence[licence.index(holder) + 1 :]
     text = "\n".join(" " + (line or ".") for line in body).strip()
     text = text.removeprefix(".").strip()
+    owner = holder.removeprefix("Copyright (c) ")
     parts = [
         "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: Tessimar\n",
-        f"Files: *\nCopyright: {holder.removeprefix('Copyright (c) ')}\nLicense: Expat\n {text}\n",
+        f"Files: *\nCopyright: {owner}\nLicense: Expat\n",
+        f"Files: plugins/gist.cpp\nCopyright: {owner}\nLicense: Expat\n{GIST}",
     ]
     with open(root / "samples" / "photos.tsv", encoding="utf-8", newline="") as table:
         for photo in csv.DictReader(table, delimiter="\t", quoting=csv.QUOTE_NONE):
@@ -84,7 +96,7 @@ def debian_copyright(root):
                 f"Files: samples/photos/{photo['file']}\nCopyright: {photo['author'] or 'unknown'}\nLicense: {name}\n"
                 f"Comment: {photo['source']}\n"
             )
-    return "\n".join(parts + [CC0, PUBLIC_DOMAIN])
+    return "\n".join(parts + [f"License: Expat\n {text}\n", CC0, PUBLIC_DOMAIN])
 
 
 def metainfo(root, homepage):
