@@ -37,7 +37,7 @@ of features, and measures the rankings.
   --measure         measure runs that other programs wrote
   --qrels FILE      what is relevant to their topics
   --quiet           print errors only
-  --help            print this text
+  -h, --help        print this text
   --version         print the version
 
 Exit status: 0, 1 if an expectation does not hold or a step failed, 2 for wrong
@@ -189,15 +189,18 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
+  // A long option behind a single dash is a slip that needs no guessing.
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   for (const char* name :
        {"truth", "out", "features", "plugins", "queries", "depth", "seed", "expect", "step", "part", "qrels"}) {
     parser.addOption({name, "", "VALUE"});
   }
-  for (const char* name : {"classes", "keep-query", "measure", "quiet", "help", "version"}) {
+  for (const char* name : {"classes", "keep-query", "measure", "quiet", "version"}) {
     parser.addOption(QCommandLineOption(name));
   }
+  parser.addOption({{"h", "help"}, ""});
   if (!parser.parse(arguments)) {
-    reason = FromQString(parser.errorText()) + ".";
+    reason = FromQString(parser.errorText());
     return std::nullopt;
   }
   TExperimentCommand command;

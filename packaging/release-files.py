@@ -17,13 +17,14 @@ from datetime import date
 from pathlib import Path
 from xml.sax.saxutils import escape
 
-PLUGINS = """Comment:
- The sources are under one licence, but one library in lib/tessimar/features is
- linked with a library under stricter terms: FeatureGist.so uses FFTW, which is
- under the GPL, version 2 or later. Whoever passes that plug-in on together
- with the program does so under the terms of the GPL, which is in
- /usr/share/common-licenses/GPL-2 on Debian systems, as GPL-3 in its next
- version. FeatureEmbedding.so, if there is one, uses OpenCV, under Apache-2.0.
+# The one file whose library is linked with something under the GPL.
+GIST = """Comment:
+ The library lib/tessimar/features/FeatureGist.so, which is made of this file, is
+ linked with FFTW, which is under the GNU General Public License, version 2 or
+ later. This source file is under the license above; the library, and whatever
+ is passed on together with it as one work, is under the terms of that license.
+ .
+ On Debian systems its full text is in /usr/share/common-licenses/GPL-2.
 """
 
 PUBLIC_DOMAIN = """License: public-domain
@@ -82,10 +83,11 @@ def debian_copyright(root):
     body = licence[licence.index(holder) + 1 :]
     text = "\n".join(" " + (line or ".") for line in body).strip()
     text = text.removeprefix(".").strip()
+    owner = holder.removeprefix("Copyright (c) ")
     parts = [
-        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: Tessimar\n"
-        + PLUGINS,
-        f"Files: *\nCopyright: {holder.removeprefix('Copyright (c) ')}\nLicense: Expat\n {text}\n",
+        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: Tessimar\n",
+        f"Files: *\nCopyright: {owner}\nLicense: Expat\n",
+        f"Files: plugins/gist.cpp\nCopyright: {owner}\nLicense: Expat\n{GIST}",
     ]
     with open(root / "samples" / "photos.tsv", encoding="utf-8", newline="") as table:
         for photo in csv.DictReader(table, delimiter="\t", quoting=csv.QUOTE_NONE):
@@ -94,7 +96,7 @@ def debian_copyright(root):
                 f"Files: samples/photos/{photo['file']}\nCopyright: {photo['author'] or 'unknown'}\nLicense: {name}\n"
                 f"Comment: {photo['source']}\n"
             )
-    return "\n".join(parts + [CC0, PUBLIC_DOMAIN])
+    return "\n".join(parts + [f"License: Expat\n {text}\n", CC0, PUBLIC_DOMAIN])
 
 
 def metainfo(root, homepage):

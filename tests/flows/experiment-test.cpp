@@ -407,7 +407,13 @@ TEST_F(TExperimentFlow, RefusesWhatItCannotUseInOneLine) {
     EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
   }
   EXPECT_EQ(FileBytes("taken/mine.txt"), "precious");
+  EXPECT_EQ(Run(good + QStringList{"--trut"}).errors,
+            "tessimar-experiment: Unknown option 'trut'. See tessimar-experiment --help.\n");
+  EXPECT_EQ(Run({"-trut"}).errors, "tessimar-experiment: Unknown option 'trut'. See tessimar-experiment --help.\n");
+  EXPECT_EQ(Run({"--depth"}).errors,
+            "tessimar-experiment: Missing value after '--depth'. See tessimar-experiment --help.\n");
   EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-experiment"));
+  EXPECT_TRUE(Run({"-h"}).output.starts_with("Usage: tessimar-experiment"));
   EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-experiment "));
 }
 

@@ -1,0 +1,81 @@
+// The limits that the manual names, each from both sides.
+
+#include <QBuffer>
+#include <gtest/gtest.h>
+
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
+#include "tests/support/workbench.h"
+
+namespace {
+
+/// A JPEG file of one row of pixels, whose header says that there are `width` of them.
+std::string JpegBytes(int madeWidth, int width) {
+  QImage picture(madeWidth, 1, QImage::Format_RGB32);
+  picture.fill(Qt::red);
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  EXPECT_TRUE(picture.save(&buffer, "jpg"));
+  // The frame header: marker, length, bits a sample, height, width.
+  const qsizetype frame = bytes.indexOf(QByteArray("\xff\xc0", 2));
+  EXPECT_GT(frame, 0);
+  bytes[frame + 7] = static_cast<char>(width >> 8);
+  bytes[frame + 8] = static_cast<char>(width & 0xff);
+  return bytes.toStdString();
+}
+
+TEST(Limits, AJpegHasAtMost65500PixelsInARow) {
+  TWorkbench workbench;
+  // Both widths need as many blocks of 8 pixels, so nothing but the number differs.
+  MakeFile("fits.jpg", JpegBytes(65500, 65500));
+  MakeFile("wider.jpg", JpegBytes(65500, 65501));
+  workbench.Run("a = loadimage(\"fits.jpg\")");
+  workbench.Run("b = loadimage(\"wider.jpg\")");
+  EXPECT_EQ(workbench.Run("updatefeature(a, \"hsv\")"), "");
+  EXPECT_EQ(workbench.Run("updatefeature(b, \"hsv\")"), "File 'wider.jpg' cannot be read\n");
+}
+
+TEST(Limits, APictureWithoutCompressionMayBeWider) {
+  TWorkbench workbench;
+  MakePicture("wide.jpg", 100000, 1, qRgb(255, 0, 0));
+  workbench.Run("a = loadimage(\"wide.jpg\")");
+  EXPECT_EQ(workbench.Run("updatefeature(a, \"hsv\")"), "");
+}
+
+TEST(Limits, AStoredFeatureHasAtMost16777216Numbers) {
+  TWorkbench workbench;
+  MakePicture("photos/fits.jpg", 8, 8, qRgb(255, 0, 0));
+  MakePicture("photos/longer.jpg", 8, 8, qRgb(255, 0, 0));
+  MakeFile("FeatureStorage/hsv-fits.dat", "");
+  MakeFile("FeatureStorage/hsv-longer.dat", "");
+  std::filesystem::resize_file("FeatureStorage/hsv-fits.dat", 8UL * 16777216);
+  std::filesystem::resize_file("FeatureStorage/hsv-longer.dat", 8UL * 16777217);
+  workbench.Run("db = loaddatabase(\"photos\")");
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+            "Loading features..\nFile 'FeatureStorage/hsv-longer.dat' is too large\nDone\n");
+  const auto& database = dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find("db"));
+  EXPECT_EQ(database.GetImages()[0]->GetImageSegment().GetFeatures().Find("hsv")->GetLength(), 16777216U);
+}
+
+TEST(Limits, ScriptsNest32Deep) {
+  TWorkbench workbench;
+  for (int i = 1; i <= 33; ++i) {
+    MakeFile("s" + std::to_string(i) + ".txt", "executescript(\"s" + std::to_string(i + 1) + ".txt\")\r\n");
+  }
+  const std::string tooDeep = "Scripts are nested too deeply";
+  workbench.Run("executescript(\"s1.txt\")");
+  EXPECT_NE(workbench.GetOutput().find("> executescript(\"s33.txt\")\n  " + tooDeep), std::string::npos);
+  EXPECT_EQ(workbench.GetOutput().find("s34.txt"), std::string::npos);
+
+  TWorkbench other;
+  for (int i = 2; i <= 33; ++i) {
+    MakeFile("s" + std::to_string(i) + ".txt", "executescript(\"s" + std::to_string(i + 1) + ".txt\")\r\n");
+  }
+  MakeFile("s33.txt", "c = createclassifier(\"svm\")\r\n");
+  other.Run("executescript(\"s2.txt\")");
+  EXPECT_EQ(other.GetOutput().find(tooDeep), std::string::npos);
+  EXPECT_EQ(other.GetColumn(0), std::vector<std::string>{"c"});
+}
+
+}  // namespace
