@@ -15,8 +15,10 @@
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
+#include "experiments/report.h"
 #include "experiments/run-reader.h"
 #include "experiments/steps.h"
+#include "experiments/strips.h"
 
 namespace {
 
@@ -175,12 +177,18 @@ class TCollectionRun {
     if (const int status = StatusOf(CollectResults(options, *plan, table, collected)); status != kExperimentDone) {
       return status;
     }
+    std::string reason;
+    auto strips = FormatStripSection(*plan, table, collected, reason);
+    if (!strips) {
+      return RefuseExperiment(kExperimentFailed, reason);
+    }
     const std::string runs = options.out + "runs";
     if (!base::MakeWritableDirectory(runs)) {
       return RefuseExperiment(kExperimentFailed, FormatString("Directory '%s' cannot be written", runs.c_str()));
     }
     TOutputDirectory out(options.out);
     WriteResults(options, *plan, table, collected, out);
+    out.Add("report.html", FormatReport(collected.experiment, {std::move(*strips)}));
     stopwatch.Note("report");
     out.Add("times.tsv", stopwatch.GetTable());
     const int status = Conclude(options, collected.experiment, out);
@@ -227,6 +235,7 @@ class TRunsRun {
     stopwatch.Note("measure");
     TOutputDirectory out(options.out);
     WriteTables(experiment, out);
+    out.Add("report.html", FormatReport(experiment, {}));
     out.Add("record.json", FormatRunsRecord(options, experiment));
     out.Add("times.tsv", stopwatch.GetTable());
     return Conclude(options, experiment, out);
