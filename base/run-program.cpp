@@ -1,9 +1,20 @@
 #include "base/run-program.h"
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <thread>
+#include <utility>
+
+#ifndef _WIN32
+#include <cerrno>
+#include <memory>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 namespace base {
 
@@ -13,12 +24,67 @@ namespace {
 constexpr const char* kGnuplot = "gnuplot.exe ";
 #else
 constexpr const char* kGnuplot = "gnuplot ";
+
+struct TCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// All that comes out of a pipe, which is closed then.
+std::string Drain(int descriptor) {
+  std::string bytes;
+  std::array<char, 65536> block = {};
+  for (ssize_t count = 1; count > 0 || (count < 0 && errno == EINTR);) {
+    count = read(descriptor, block.data(), block.size());
+    bytes.append(block.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+  }
+  close(descriptor);
+  return bytes;
+}
+
+bool EndedWell(pid_t process) {
+  int status = 0;
+  pid_t ended = 0;
+  do {
+    ended = waitpid(process, &status, 0);
+  } while (ended < 0 && errno == EINTR);
+  return ended == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
 #endif
 
 }  // namespace
 
 void RunGnuplot(const char* script) {
   [[maybe_unused]] const int status = std::system((std::string(kGnuplot) + script).c_str());
+}
+
+std::optional<std::string> AskGnuplot([[maybe_unused]] const std::string& script) {
+#ifdef _WIN32
+  // There is no counterpart to posix_spawn that would need no file.
+  return std::nullopt;
+#else
+  // From a file and not through a pipe: gnuplot may print before it has read all.
+  const std::unique_ptr<std::FILE, TCloser> input(std::tmpfile());
+  std::array<int, 2> output = {};
+  if (!input || std::fwrite(script.data(), 1, script.size(), input.get()) != script.size() ||
+      std::fflush(input.get()) != 0 || lseek(fileno(input.get()), 0, SEEK_SET) != 0 ||
+      pipe2(output.data(), O_CLOEXEC) != 0) {
+    return std::nullopt;
+  }
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, fileno(input.get()), STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  std::string name = "gnuplot";
+  std::string defaults = "-d";
+  const std::array<char*, 3> arguments = {name.data(), defaults.data(), nullptr};
+  pid_t process = 0;
+  const bool isStarted = posix_spawnp(&process, name.c_str(), &actions, nullptr, arguments.data(), environ) == 0;
+  posix_spawn_file_actions_destroy(&actions);
+  close(output[1]);
+  std::string printed = Drain(output[0]);
+  return isStarted && EndedWell(process) ? std::optional(std::move(printed)) : std::nullopt;
+#endif
 }
 
 void Pause(int milliseconds) {

@@ -29,8 +29,8 @@ TEST(ConceptMeasures, HalvesFollowTheDigestsOfSeedAndName) {
 TEST(ConceptMeasures, PicturesAndSegmentsAreCountedBothWays) {
   const auto segment = [](double score, bool isPositive) { return TAskedSegment{0, 0, 1, 1, score, isPositive}; };
   TMeasuredConcept measured = {};
-  measured.asked = {{0, true, {segment(1, true), segment(0.5, true), segment(-0.75, false), segment(-1, false)}},
-                    {1, false, {segment(0.25, true), segment(-1, false)}}};
+  measured.asked = {{0, true, 4, 1, {segment(1, true), segment(0.5, true), segment(-0.75, false), segment(-1, false)}},
+                    {1, false, 2, 1, {segment(0.25, true), segment(-1, false)}}};
   EXPECT_EQ(measured.asked[0].GetFraction(), 0.5);
   EXPECT_EQ(measured.asked[0].GetMeanScore(), -0.0625);
   EXPECT_EQ(measured.asked[0].CountRight(), 2u);

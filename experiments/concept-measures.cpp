@@ -51,6 +51,7 @@ class TSegmentStore {
       return Refuse(changed, reason);
     }
     pictures.resize(count);
+    sizes.resize(count);
     progress.Begin("Segments:", count);
     bool isFirst = true;
     for (std::size_t picture = 0; picture < count; ++picture) {
@@ -86,6 +87,9 @@ class TSegmentStore {
   /// Empty for a picture that takes no part.
   const TImageSegmentList& GetSegments(std::uint32_t picture) const { return pictures[picture]; }
 
+  /// The width and the height of a picture that takes part.
+  std::pair<int, int> GetSize(std::uint32_t picture) const { return sizes[picture]; }
+
   /// The vector of a segment; it stays until the next call.
   TFeatureVector& Combine(const TImageSegment& segment) {
     vectors.Combine(segment, combined);
@@ -109,6 +113,7 @@ class TSegmentStore {
     if (needsGray) {
       color.ToGray(gray);
     }
+    sizes[picture] = {color.GetWidth(), color.GetHeight()};
     AppendGridCells(color.GetWidth(), color.GetHeight(), pictures[picture]);
     for (const auto& segment : pictures[picture]) {
       for (const TFeature* feature : features) {
@@ -135,6 +140,7 @@ class TSegmentStore {
   const std::vector<const TFeature*> features;
   TConceptVectors vectors;
   std::vector<TImageSegmentList> pictures;
+  std::vector<std::pair<int, int>> sizes;
   TImageRGB color;
   TImageGray gray;
   TFeatureVector combined;
@@ -184,7 +190,8 @@ void Teach(const TLesson& lesson, TSegmentStore& store, TClassifier& classifier)
 }
 
 TAskedPicture Ask(std::uint32_t picture, bool isCarrier, TSegmentStore& store, const TClassifier& classifier) {
-  TAskedPicture asked = {picture, isCarrier, {}};
+  const auto [width, height] = store.GetSize(picture);
+  TAskedPicture asked = {picture, isCarrier, width, height, {}};
   for (const auto& segment : store.GetSegments(picture)) {
     const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
     const TFeatureVector& vector = store.Combine(*segment);

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "experiments/damage.h"
 #include "experiments/feature-files.h"
 #include "experiments/options.h"
 #include "experiments/plan.h"
@@ -30,6 +31,9 @@ struct TAskedPicture {
   /// A position in the collection.
   std::uint32_t picture;
   bool isCarrier;
+  /// In pixels.
+  int width;
+  int height;
   /// All that have usable features, at least one.
   std::vector<TAskedSegment> segments;
 

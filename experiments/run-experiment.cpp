@@ -15,8 +15,11 @@
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
+#include "experiments/report-concepts.h"
+#include "experiments/report.h"
 #include "experiments/run-reader.h"
 #include "experiments/steps.h"
+#include "experiments/strips.h"
 
 namespace {
 
@@ -196,15 +199,23 @@ class TCollectionRun {
       TDamageList& damage = collected.experiment.damage;
       damage.insert(damage.end(), concepts.damage.begin(), concepts.damage.end());
     }
+    std::string reason;
+    auto strips = FormatStripSection(*plan, table, collected, reason);
+    if (!strips) {
+      return RefuseExperiment(kExperimentFailed, reason);
+    }
     const std::string runs = options.out + "runs";
     if (!base::MakeWritableDirectory(runs)) {
       return RefuseExperiment(kExperimentFailed, FormatString("Directory '%s' cannot be written", runs.c_str()));
     }
     TOutputDirectory out(options.out);
     WriteResults(options, *plan, table, collected, out);
+    std::vector<TReportSection> sections = {std::move(*strips)};
     if (!options.classifiers.empty()) {
       WriteConcepts(*plan, concepts, out);
+      sections.push_back(FormatConceptSection(concepts, plan->collection));
     }
+    out.Add("report.html", FormatReport(collected.experiment, sections));
     stopwatch.Note("report");
     out.Add("times.tsv", stopwatch.GetTable());
     const int status = Conclude(options, collected.experiment, out, output);
@@ -252,6 +263,7 @@ class TRunsRun {
     stopwatch.Note("measure");
     TOutputDirectory out(options.out);
     WriteTables(experiment, out);
+    out.Add("report.html", FormatReport(experiment, {}));
     out.Add("record.json", FormatRunsRecord(options, experiment));
     out.Add("times.tsv", stopwatch.GetTable());
     return Conclude(options, experiment, out, output);

@@ -145,6 +145,21 @@ TBitmap ConvertTo24Bits(FIBITMAP* bitmap) {
   return TBitmap(standard ? FreeImage_ConvertTo24Bits(standard.get()) : nullptr);
 }
 
+/// The picture for an encoder; null if there is no memory for it.
+TBitmap ToBitmap(const TImageRGB& image) {
+  TBitmap bitmap(FreeImage_Allocate(image.GetWidth(), image.GetHeight(), 24, 0, 0, 0));
+  if (bitmap) {
+    kernels::SwapRedBlue(
+        image.GetPixels(), image.GetStride(), FreeImage_GetScanLine(bitmap.get(), image.GetHeight() - 1),
+        -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap.get())), image.GetWidth(), image.GetHeight());
+  }
+  return bitmap;
+}
+
+struct TMemoryCloser {
+  void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+};
+
 }  // namespace
 
 TImageRGB::TImageRGB() : TPixelBuffer(3) {}
@@ -246,13 +261,22 @@ void TImageRGB::SaveToFile(const std::string& path) const {
   if (format == FIF_UNKNOWN || FreeImage_FIFSupportsWriting(format) == FALSE) {
     return;
   }
-  const TBitmap bitmap(FreeImage_Allocate(GetWidth(), GetHeight(), 24, 0, 0, 0));
-  if (!bitmap) {
-    return;
+  if (const TBitmap bitmap = ToBitmap(*this)) {
+    FreeImage_Save(format, bitmap.get(), path.c_str(), 0);
   }
-  kernels::SwapRedBlue(GetPixels(), GetStride(), FreeImage_GetScanLine(bitmap.get(), GetHeight() - 1),
-                       -static_cast<std::ptrdiff_t>(FreeImage_GetPitch(bitmap.get())), GetWidth(), GetHeight());
-  FreeImage_Save(format, bitmap.get(), path.c_str(), 0);
+}
+
+std::string TImageRGB::EncodeJpeg(int quality) const {
+  const TBitmap bitmap = ToBitmap(*this);
+  const std::unique_ptr<FIMEMORY, TMemoryCloser> memory(FreeImage_OpenMemory());
+  BYTE* bytes = nullptr;
+  DWORD size = 0;
+  if (!bitmap || !memory ||
+      FreeImage_SaveToMemory(FIF_JPEG, bitmap.get(), memory.get(), quality | JPEG_OPTIMIZE) == FALSE ||
+      FreeImage_AcquireMemory(memory.get(), &bytes, &size) == FALSE) {
+    return {};
+  }
+  return {reinterpret_cast<const char*>(bytes), size};
 }
 
 void TImageRGB::ToGray(TImageGray& gray) const {

@@ -53,6 +53,9 @@ class TImageRGB : public TPixelBuffer {
   /// that format cannot be written.
   void SaveToFile(const std::string& path) const;
 
+  /// The bytes of a JPEG file of the picture, of quality 1 to 100; empty if it cannot be encoded.
+  std::string EncodeJpeg(int quality) const;
+
   /// Fills `gray` with the luma of each pixel.
   void ToGray(TImageGray& gray) const;
 

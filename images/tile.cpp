@@ -1,7 +1,9 @@
 #include "images/tile.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
+#include <utility>
 
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
@@ -57,5 +59,29 @@ bool LoadTile(const std::string& filename, int width, TImageRGB& tile, TPictureR
     return false;
   }
   picture.ScaleTo(tile, width, static_cast<int>(height));
+  return true;
+}
+
+bool LoadThumbnail(const std::string& filename, int side, TImageRGB& thumbnail) {
+  std::pair<std::int64_t, std::int64_t> size = TImageRGB::JpegSize(filename);
+  const std::int64_t jpegSide = std::max(size.first, size.second);
+  // The width that the thumbnail will have.
+  const int divisor =
+      jpegSide > side
+          ? Divisor(size.first, size.second, static_cast<int>(std::max<std::int64_t>(1, size.first * side / jpegSide)))
+          : 1;
+  TImageRGB picture;
+  if (!(divisor > 1 ? picture.LoadReduced(filename, divisor) : picture.LoadFromFile(filename))) {
+    return false;
+  }
+  if (divisor == 1) {
+    size = {picture.GetWidth(), picture.GetHeight()};
+  }
+  const std::int64_t longer = std::max(size.first, size.second);
+  const std::int64_t shown = std::min<std::int64_t>(longer, side);
+  const auto scaled = [&](std::int64_t length) {
+    return static_cast<int>(std::max<std::int64_t>(1, length * shown / longer));
+  };
+  picture.ScaleTo(thumbnail, scaled(size.first), scaled(size.second));
   return true;
 }

@@ -13,3 +13,7 @@ class TPictureReport;
 /// the smallest that leaves four times those of the tile. The levels of the tile then differ from those of the whole
 /// picture's tile: by less than 1 on average, and by no more than 16 for photographs.
 bool LoadTile(const std::string& filename, int width, TImageRGB& tile, TPictureReport* report = nullptr);
+
+/// Reads an image file and fills `thumbnail` with it, its longer side scaled to `side` pixels at most; a smaller
+/// picture keeps its size. Large JPEGs are decoded at a part of their size, as above. False if the file cannot be read.
+bool LoadThumbnail(const std::string& filename, int side, TImageRGB& thumbnail);

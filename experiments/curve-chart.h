@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "experiments/experiment.h"
+
+/// The colour that stands for a set in charts, as #rrggbb: visible on white and on black.
+const char* ColourOfSet(std::size_t set);
+
+/// The curves of all sets as an element <svg> of a page, drawn by gnuplot; empty if there is no gnuplot. It names no
+/// version and no date, and takes the colour of its lines and letters from the page.
+std::string DrawCurves(const TExperiment& experiment);

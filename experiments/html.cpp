@@ -1,0 +1,55 @@
+#include "experiments/html.h"
+
+#include <algorithm>
+
+#include <QByteArray>
+#include <QString>
+
+#include "base/format-string.h"
+
+std::string EscapeHtml(std::string_view text) {
+  QString decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  for (QChar& character : decoded) {
+    constexpr char16_t kPictures = 0x2400;
+    constexpr char16_t kPictureOfDelete = 0x2421;
+    const char16_t code = character.unicode();
+    if (code < ' ') {
+      character = QChar(static_cast<char16_t>(kPictures + code));
+    } else if (code == 0x7f) {
+      character = QChar(kPictureOfDelete);
+    } else if ((code > 0x7f && code < 0xa0) || code >= 0xfffe) {
+      character = QChar(QChar::ReplacementCharacter);
+    }
+  }
+  return decoded.toHtmlEscaped().toStdString();
+}
+
+std::string FormatDecimals(double number, int decimals) {
+  std::string text = FormatString("%.*f", decimals, number);
+  const bool isZero = text.find_first_of("123456789") == std::string::npos;
+  return isZero && text.starts_with('-') ? text.substr(1) : text;
+}
+
+std::string FormatJpegAddress(std::string_view jpeg) {
+  const QByteArray bytes(jpeg.data(), static_cast<qsizetype>(jpeg.size()));
+  return "data:image/jpeg;base64," + bytes.toBase64().toStdString();
+}
+
+std::string FormatColumnHeading(const std::string& content) {
+  return "<th scope=\"col\">" + content + "</th>";
+}
+
+std::string FormatRowHeading(const std::string& content) {
+  return "<th scope=\"row\">" + content + "</th>";
+}
+
+std::string FormatCell(const std::string& content) {
+  return "<td>" + content + "</td>";
+}
+
+std::string FormatTable(const std::string& caption, const std::string& headings, const std::string& rows) {
+  const std::string text = EscapeHtml(caption);
+  // The keyboard reaches what scrolls.
+  return "<div class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=\"" + text + "\"><table>\n<caption>" + text +
+         "</caption>\n<thead><tr>" + headings + "</tr></thead>\n<tbody>\n" + rows + "</tbody>\n</table></div>\n";
+}
