@@ -4,15 +4,21 @@
 #include <csignal>
 #include <filesystem>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
+#include <QCryptographicHash>
 #include <QProcess>
 #include <gtest/gtest.h>
 
 #include "base/format-string.h"
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
 #include "tests/support/scratch-directory.h"
 #include "tests/support/test-pictures.h"
+#include "tests/support/workbench.h"
 
 namespace {
 
@@ -497,6 +503,74 @@ TEST_F(TExperimentFlow, ConceptsOfRedAndGreenPicturesAreMeasuredAsOnPaper) {
   // Without the option nothing of an earlier experiment's concepts stays.
   ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "o"}).status, 3);
   EXPECT_FALSE(filesystem::exists("o/concepts.tsv") || filesystem::exists("o/segments.tsv"));
+}
+
+TEST_F(TExperimentFlow, ConceptsAreThoseOfTheCommands) {
+  TWorkbench workbench;
+  std::mt19937 random(5);
+  std::vector<std::string> carriers;
+  std::vector<std::string> others;
+  for (int i = 0; i < 10; ++i) {
+    // Noise that overlaps, so that no classifier is right about every segment.
+    MakePicture(FormatString("photos/im%d.jpg", i), 24, 24, [&](int, int) {
+      const auto level = static_cast<unsigned char>(random() % 256);
+      return i % 2 == 0 || random() % 3 == 0 ? TColour{255, level, 0} : TColour{0, level, 255};
+    });
+    (i % 2 == 0 ? carriers : others).push_back(FormatString("im%d.jpg", i));
+  }
+  MakeFile("odd.tsv", "im0.jpg\todd\nim2.jpg\todd\nim4.jpg\todd\nim6.jpg\todd\nim8.jpg\todd\n");
+  ASSERT_EQ(
+      Run({"photos", "--truth", "odd.tsv", "--seed", "9", "--concepts", "nearest,svm,neural", "--out", "o"}).status, 0);
+  // Both halves, made with another library; the commands take pictures in the order of their names.
+  for (auto* names : {&carriers, &others}) {
+    const auto digest = [](const std::string& name) {
+      return QCryptographicHash::hash(QByteArray::fromStdString("9\t" + name), QCryptographicHash::Sha256).toHex();
+    };
+    std::sort(names->begin(), names->end(),
+              [&](const std::string& a, const std::string& b) { return digest(a) < digest(b); });
+    for (std::size_t i = 0; i < names->size(); ++i) {
+      const std::string role = i >= 3 ? "asked" : names == &carriers ? "good" : "bad";
+      MakeFile(role + FormatString("/%zu", i) + (i >= 3 ? (*names)[i] : ".jpg"), FileBytes("photos/" + (*names)[i]));
+    }
+  }
+  workbench.controller.SetSeed(9);
+  for (const std::string name : {"good", "bad", "asked"}) {
+    workbench.Run(name + " = loaddatabase(\"" + name + "\")");
+    workbench.Run("segmentimage(" + name + ", \"grid\")");
+    workbench.Run("updatefeature(" + name + ", \"hsv\")");
+    workbench.Run("updatefeature(" + name + ", \"lbp\")");
+  }
+  const std::string segments = FileBytes("o/segments.tsv");
+  for (const std::string type : {"nearest", "svm", "neural"}) {
+    workbench.Run("c = createclassifier(\"" + type + "\")");
+    const std::string answer = workbench.Run("k = learnvisualconcept(good, bad, c)");
+    workbench.Run("findvisualconceptlocations(asked, k, \"x\")");
+    std::size_t compared = 0;
+    std::size_t positive = 0;
+    for (const auto& image :
+         dynamic_cast<TVarDatabase&>(*workbench.controller.GetVarList().Find("asked")).GetImages()) {
+      const std::string name = filesystem::path(image->GetFilename()).filename().string().substr(1);
+      for (const auto& segment : image->GetSegments()) {
+        const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
+        const std::string start =
+            FormatString("\nodd\t%s\t%s\t%d\t%d\t3\t3\t", type.c_str(), name.c_str(), rect.GetX(), rect.GetY());
+        const std::size_t place = segments.find(start);
+        ASSERT_NE(place, std::string::npos) << start;
+        const bool isPositive = segments[segments.find('\n', place + 1) - 1] == '1';
+        EXPECT_EQ(isPositive, !segment->GetLabel().empty()) << start;
+        positive += isPositive ? 1 : 0;
+        ++compared;
+      }
+    }
+    EXPECT_EQ(compared, 4u * 64u);
+    EXPECT_GT(positive, 64u) << type;
+    EXPECT_LT(positive, 192u) << type;
+    if (type == "neural") {
+      const std::string concepts = FileBytes("o/concepts.tsv");
+      const double error = std::stod(concepts.substr(concepts.rfind('\t') + 1));
+      EXPECT_EQ(answer, FormatString("Mean square error: %.6f\n", error));
+    }
+  }
 }
 
 TEST_F(TExperimentFlow, AFullDiskLeavesTheEarlierResults) {
