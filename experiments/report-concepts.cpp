@@ -15,17 +15,22 @@ namespace {
 constexpr int kDecimals = 3;
 constexpr std::size_t kMostDrawn = 3;
 
+/// Text of a table that breaks between words only.
+std::string Words(const std::string& text) {
+  return "<span class=\"words\">" + EscapeHtml(text) + "</span>";
+}
+
 std::string FormatFigures(const TMeasuredConcepts& measured) {
   std::string headings;
   for (const char* heading :
-       {"tag", "classifier", "pictures taught", "pictures asked", "true positives", "false positives", "true negatives",
-        "false negatives", "area by fraction", "area by mean score", "mean square error of the training"}) {
-    headings += FormatColumnHeading(heading);
+       {"tag", "classifier", "taught", "asked", "true positives", "false positives", "true negatives",
+        "false negatives", "area by fraction", "area by mean score", "mean square error"}) {
+    headings += FormatColumnHeading(Words(heading));
   }
   std::string rows;
   for (const TMeasuredConcept& each : measured.concepts) {
     const TSegmentCounts counts = each.CountSegments();
-    rows += "<tr>" + FormatRowHeading(EscapeHtml(each.tag)) + FormatCell(each.classifier);
+    rows += "<tr>" + FormatRowHeading(Words(each.tag)) + FormatCell(each.classifier);
     for (const std::size_t count : {each.taught, each.asked.size(), counts.truePositives, counts.falsePositives,
                                     counts.trueNegatives, counts.falseNegatives}) {
       rows += FormatCell(std::to_string(count));
@@ -34,8 +39,10 @@ std::string FormatFigures(const TMeasuredConcepts& measured) {
             FormatCell(FormatDecimals(each.areaByScore, kDecimals)) +
             FormatCell(each.meanSquareError ? FormatDecimals(*each.meanSquareError, 6) : "none") + "</tr>\n";
   }
-  return FormatTable("Concepts: segments of the pictures asked, and areas under the curve over these pictures",
-                     headings, rows);
+  return FormatTable(
+      "Pictures taught and asked; segments of the pictures asked; areas under the curve over these pictures; error of "
+      "the training",
+      headings, rows);
 }
 
 /// Draws the pictures of concepts. Each is stored once, however often it is drawn.

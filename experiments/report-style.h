@@ -56,7 +56,8 @@ svg.curves { display: block; width: 100%; max-width: 44rem; color: var(--text); 
 .no .mark { color: var(--bad); }
 .file { display: block; white-space: nowrap; overflow: hidden; text-overflow: ellipsis; color: var(--soft); }
 .strip .shares { margin: 0.4rem 0 0; font-size: 0.9rem; }
-.row .segments { width: 11rem; }
+.words { overflow-wrap: normal; }
+.row .segments { width: 11rem; break-inside: avoid; }
 .segments svg { display: block; width: 100%; height: auto; max-height: 16rem; }
 .cells { fill: none; stroke: #ffffff; stroke-opacity: 0.55; stroke-width: 1; }
 .found-under { fill: none; stroke: #000000; stroke-width: 6; stroke-linecap: round; }
