@@ -284,6 +284,7 @@ TStepOutcome MeasureConcepts(const TExperimentOptions& options, const TPlan& pla
       std::accumulate(lessons.begin(), lessons.end(), std::size_t{0},
                       [](std::size_t sum, const TLesson& each) { return sum + each.CountAsked(); });
   progress.Begin("Concepts:", asked * options.classifiers.size());
+  measured.concepts.reserve(lessons.size() * options.classifiers.size());
   TClassifierList classifierList;
   classifierList.SetSeed(options.seed);
   for (const TLesson& lesson : lessons) {

@@ -77,7 +77,8 @@ TEST(ConceptSection, DrawsThePicturesWithTheMostAndTheFewestRightSegments) {
   EXPECT_NE(body.find("aria-label=\"im2.jpg carries &lt;sky&gt; &amp; sea; 0 of 2 segments positive, 0 right\">"),
             std::string::npos);
   EXPECT_NE(body.find("im5.jpg does not carry &lt;sky&gt; &amp; sea; 1 of 2 segments positive, 1 right\">"
-                      "<use href=\"#concept-picture-5\"/><path class=\"cells\" d=\"M0 0h4v4h-4zM4 0h4v4h-4z\"/>"
+                      "<use href=\"#concept-picture-5\"/><path class=\"cells-under\" d=\"M0 0h4v4h-4zM4 0h4v4h-4z\"/>"
+                      "<path class=\"cells\" d=\"M0 0h4v4h-4zM4 0h4v4h-4z\"/>"
                       "<path class=\"found-under\" d=\"M2 2h0\"/><path class=\"found\" d=\"M2 2h0\"/></svg>"),
             std::string::npos)
       << body;

@@ -74,7 +74,8 @@ class TSegmentDrawing {
         found += FormatString("M%d %dh0", each.x + each.width / 2, each.y + each.height / 2);
       }
     }
-    html += "<path class=\"cells\" d=\"" + cells + "\"/>";
+    // Two lines of each kind, a dark one below a light one, show on every picture.
+    html += "<path class=\"cells-under\" d=\"" + cells + "\"/><path class=\"cells\" d=\"" + cells + "\"/>";
     if (!found.empty()) {
       html += "<path class=\"found-under\" d=\"" + found + "\"/><path class=\"found\" d=\"" + found + "\"/>";
     }
