@@ -223,7 +223,7 @@ void BM_LocateManyClassifyAlone(benchmark::State& state, const char* type) {
   for (const auto& image : lesson.Database("others").GetImages()) {
     for (const auto& segment : image->GetSegments()) {
       vectors.push_back(std::make_unique<TFeatureVector>());
-      lesson.Concept().Combine(*segment, *vectors.back());
+      lesson.Concept().GetVectors().Combine(*segment, *vectors.back());
     }
   }
   const std::size_t segments = 64 * std::size_t{kManyImages};

@@ -25,6 +25,24 @@ TEST(TClassifierNearestNeighbor, AnswersWithTheClassOfTheNearestAndThePositivesW
   EXPECT_EQ(Answer(nearest, {NAN, 1}), 0.0);
 }
 
+TEST(TClassifierNearestNeighbor, ScoresByTheNearestOfBothClasses) {
+  const auto score = [](const TClassifier& classifier, const TValues& values) {
+    return classifier.Score(*Vector(values));
+  };
+  TClassifierNearestNeighbor nearest;
+  EXPECT_EQ(score(nearest, {0, 0}), 0.0);
+  Teach(nearest, {{0, 0}, {9, 9}}, {});
+  EXPECT_EQ(score(nearest, {5, 5}), 1.0) << "there is no negative example";
+  Teach(nearest, {}, {{2, 2}, {9, 9}});
+  EXPECT_EQ(score(nearest, {1, 1}), 0.0);
+  // Distances 1 and 3, then 3 and 1.
+  EXPECT_EQ(score(nearest, {0, 1}), 0.5);
+  EXPECT_EQ(score(nearest, {2, 1}), -0.5);
+  EXPECT_EQ(score(nearest, {0, 0}), 1.0);
+  EXPECT_EQ(score(nearest, {9, 9}), 0.0) << "both distances are 0";
+  EXPECT_EQ(score(nearest, {1, 1, 1}), 0.0);
+}
+
 TEST(TClassifierNearestNeighbor, AnExampleDoesNotFindItselfButItsEqualDoes) {
   TClassifierNearestNeighbor nearest;
   nearest.SetCopyExamples(false);

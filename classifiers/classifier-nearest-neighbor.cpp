@@ -109,6 +109,18 @@ double TClassifierNearestNeighbor::Classify(const TFeatureVector& vector) const 
   return nearest.result;
 }
 
+double TClassifierNearestNeighbor::Score(const TFeatureVector& vector) const {
+  TNearest positive;
+  TNearest negative;
+  CompareAll(vector, *positiveExamples, 1.0, positive);
+  CompareAll(vector, *negativeExamples, -1.0, negative);
+  if (positive.result == 0.0 || negative.result == 0.0) {
+    return positive.result + negative.result;
+  }
+  const double sum = negative.distance + positive.distance;
+  return sum > 0.0 ? (negative.distance - positive.distance) / sum : 0.0;
+}
+
 double TClassifierNearestNeighbor::ClassifyWithBounds(const TFeatureVector& vector) const {
   std::size_t promising = bounds->Nearest(std::numeric_limits<std::size_t>::max());
   if (Example(promising) == &vector) {

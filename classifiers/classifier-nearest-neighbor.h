@@ -32,6 +32,10 @@ class TClassifierNearestNeighbor : public TClassifier {
   /// An example that is `vector` itself, the same object, does not find itself; one of another length is passed over.
   double Classify(const TFeatureVector& vector) const override;
 
+  /// (n - p) / (n + p) with the distances p and n to the nearest positive and negative example, 0 if both are 0: from
+  /// -1 to 1. Where one class has no example to compare with, the other one's end; 0 where both have none.
+  double Score(const TFeatureVector& vector) const override;
+
  private:
   /// Brings `bounds` up to date with the examples.
   void UpdateBounds() const;

@@ -31,6 +31,20 @@ std::string StoredRecord(const TClassifierSVM& svm, std::size_t dimension) {
 
 }  // namespace
 
+TEST(TClassifierSVM, ScoresByTheDecisionValueTowardsThePositives) {
+  TClassifierSVM svm;
+  EXPECT_EQ(svm.Score(*Vector({1.0})), 0.0);
+  svm.SetSetting("kernel", "linear");
+  // Scaled: 1 and 0.5 against -1 and -0.5. The margin lies at the inner ones, so that the value is twice the scaled
+  // one.
+  Teach(svm, {{4.0}, {3.0}}, {{0.0}, {1.0}});
+  svm.Train();
+  for (const auto& [value, expected] : {std::pair{3.0, 1.0}, {1.0, -1.0}, {2.0, 0.0}, {4.0, 2.0}, {-2.0, -4.0}}) {
+    EXPECT_NEAR(svm.Score(*Vector({value})), expected, 0.01) << value;
+  }
+  EXPECT_EQ(svm.Score(*Vector({1.0, 2.0})), 0.0);
+}
+
 TEST(TClassifierSVM, IsTheLibrarysMachineOnScaledExamples) {
   for (const char* kernel : {"rbf", "linear", "poly", "sigmoid"}) {
     TClassifierSVM svm;

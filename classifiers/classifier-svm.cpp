@@ -163,16 +163,31 @@ void TClassifierSVM::ApplyKernelSetting() {
   parameters->kernel_type = kernel == "linear" ? LINEAR : kernel == "poly" ? POLY : RBF;
 }
 
-double TClassifierSVM::Classify(const TFeatureVector& vector) const {
+std::optional<std::vector<double>> TClassifierSVM::ModelInput(const TFeatureVector& vector) const {
   const std::uint32_t length = vector.GetLength();
   if (!decision || (rowLength != 0 && length != rowLength)) {
-    return 0.0;
+    return std::nullopt;
   }
   std::vector<double> values(vector.GetData(), vector.GetData() + length);
   if (normalize) {
     Normalize(values.data(), length);
   }
-  return decision->Label(values.data()) < 0 ? -1.0 : 1.0;
+  return values;
+}
+
+double TClassifierSVM::Classify(const TFeatureVector& vector) const {
+  const auto values = ModelInput(vector);
+  return !values ? 0.0 : decision->Label(values->data()) < 0 ? -1.0 : 1.0;
+}
+
+double TClassifierSVM::Score(const TFeatureVector& vector) const {
+  const auto values = ModelInput(vector);
+  if (!values || model->nr_class < 2) {
+    return Classify(vector);
+  }
+  // The value points to the class that the model names first.
+  const double value = decision->Value(values->data());
+  return model->label[0] < 0 ? -value : value;
 }
 
 bool TClassifierSVM::Save(std::FILE* file) const {

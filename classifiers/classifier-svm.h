@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "classifiers/classifier.h"
 
@@ -36,6 +38,11 @@ class TClassifierSVM : public TClassifier {
   /// 1 or -1; 0 if untrained.
   double Classify(const TFeatureVector& vector) const override;
 
+  /// The decision value towards the positive class, of the scaled vector (C. Cortes, V. Vapnik, Machine Learning 20,
+  /// 1995: above 0 on the positive side of the boundary, 1 at the margin). 0 if untrained; what Classify returns if all
+  /// examples were of one class.
+  double Score(const TFeatureVector& vector) const override;
+
  private:
   struct TProblem;
   struct TFreeModel {
@@ -47,6 +54,8 @@ class TClassifierSVM : public TClassifier {
   void BuildProblem();
   void AddProblemRow(const TFeatureVector& example, double label, std::int32_t row);
   void ApplyKernelSetting();
+  /// The vector as the model takes it; nothing if there is no model for one of its length.
+  std::optional<std::vector<double>> ModelInput(const TFeatureVector& vector) const;
 
   /// The rows of the last training. A model from training refers to them, so that it has to go before they do.
   std::unique_ptr<TProblem> problem;

@@ -52,6 +52,10 @@ class TClassifier {
   /// Above 0 means positive. 0 if untrained, or if the vector has another length than the examples.
   virtual double Classify(const TFeatureVector& vector) const = 0;
 
+  /// How far the vector lies towards the positive examples, in the class's own measure; larger is more positive. Its
+  /// sign need not be the decision's. Classify's answer where a class knows nothing finer.
+  virtual double Score(const TFeatureVector& vector) const { return Classify(vector); }
+
   /// The mean square error over the examples that the last training left; nothing if the class knows none or there was
   /// no training.
   virtual std::optional<double> GetTrainingError() const { return std::nullopt; }

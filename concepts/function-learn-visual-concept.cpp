@@ -19,11 +19,11 @@ const TFeatureVectorList& FirstSegmentFeatures(const TVarDatabase& database) {
   return database.GetImages().front()->GetSegments().front()->GetFeatures();
 }
 
-bool HasUsableSegment(const TVarVisualConcept& visualConcept, const TVarDatabase& database) {
+bool HasUsableSegment(const TConceptVectors& vectors, const TVarDatabase& database) {
   TFeatureVector combined;
   return std::any_of(database.GetImages().begin(), database.GetImages().end(), [&](const auto& image) {
     return std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
-                       [&](const auto& segment) { return visualConcept.Combine(*segment, combined); });
+                       [&](const auto& segment) { return vectors.Combine(*segment, combined); });
   });
 }
 
@@ -34,11 +34,11 @@ bool HoldsOtherLengths(const TFeatureVectorList& examples, std::uint32_t length)
 
 /// Hands the combined vector of every usable segment of the image to `add`. Returns how many segments were left out.
 template <typename TAdd>
-int AddExamples(const TVarVisualConcept& visualConcept, const TVarImage& image, const TAdd& add) {
+int AddExamples(const TConceptVectors& vectors, const TVarImage& image, const TAdd& add) {
   int skipped = 0;
   TFeatureVector combined;
   for (const auto& segment : image.GetSegments()) {
-    if (visualConcept.Combine(*segment, combined)) {
+    if (vectors.Combine(*segment, combined)) {
       add(&combined);
     } else {
       ++skipped;
@@ -76,7 +76,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   }
   TClassifier& classifier = *classifierVariable->GetClassifier();
   visualConcept.SetClassifier(classifierVariable->WatchClassifier());
-  visualConcept.CollectFeatures(FirstSegmentFeatures(*positive), FirstSegmentFeatures(*negative));
+  visualConcept.GetVectors().CollectFeatures(FirstSegmentFeatures(*positive), FirstSegmentFeatures(*negative));
   if (!CheckExamples(visualConcept, classifier, *positive, *negative)) {
     return false;
   }
@@ -103,17 +103,17 @@ bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, c
 
 bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualConcept, const TClassifier& classifier,
                                                 const TVarDatabase& positive, const TVarDatabase& negative) const {
-  if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetDimension()) ||
-      HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetDimension())) {
+  if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
+      HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
     Print("Classifier holds examples of another length");
     Print("createclassifier makes it new");
     return false;
   }
-  if (!HasUsableSegment(visualConcept, positive)) {
+  if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
     Print("No usable segments in first database");
     return false;
   }
-  if (!HasUsableSegment(visualConcept, negative)) {
+  if (!HasUsableSegment(visualConcept.GetVectors(), negative)) {
     Print("No usable segments in second database");
     return false;
   }
@@ -122,7 +122,7 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
 
 bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, TClassifier& classifier,
                                         const TVarDatabase& positive, const TVarDatabase& negative) const {
-  const bool hasFeatures = !visualConcept.GetFeatures().empty();
+  const bool hasFeatures = !visualConcept.GetVectors().GetFeatures().empty();
   if (!hasFeatures) {
     Print("No features in common: no example holds a number");
   }
@@ -134,10 +134,10 @@ bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, 
   std::size_t done = 0;
   for (; done < total && ReportProgress(done, total); ++done) {
     if (done < positives) {
-      skipped += AddExamples(visualConcept, *positive.GetImages()[done],
+      skipped += AddExamples(visualConcept.GetVectors(), *positive.GetImages()[done],
                              [&](auto* example) { classifier.AddPositiveExample(example); });
     } else {
-      skipped += AddExamples(visualConcept, *negative.GetImages()[done - positives],
+      skipped += AddExamples(visualConcept.GetVectors(), *negative.GetImages()[done - positives],
                              [&](auto* example) { classifier.AddNegativeExample(example); });
     }
   }

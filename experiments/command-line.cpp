@@ -7,8 +7,11 @@
 
 #include "base/format-string.h"
 #include "base/native-path.h"
+#include "base/text.h"
+#include "classifiers/classifier-types.h"
 #include "experiments/expectation.h"
 #include "gui/eight-bit-text.h"
+#include "segmentation/segmentation-methods.h"
 
 const char* const kExperimentUsage =
     R"(Usage: tessimar-experiment --truth FILE|DIR --out DIR [OPTIONS] COLLECTION
@@ -28,7 +31,11 @@ of features, and measures the rankings.
   --queries FILE    use only these pictures as queries: names, one a line
   --keep-query      leave each query in its own ranking
   --depth N         ranks that the runs show (default 1000)
-  --seed N          for bootstrap and randomisation test (default 1)
+  --concepts nearest,svm,neural
+                    teach each of these classifiers with half of each tag's pictures,
+                    and ask it about the segments of the others
+  --segments grid   the segments that concepts are taught with
+  --seed N          for bootstrap, randomisation test and concepts (default 1)
   --expect "SET MEASURE>=NUMBER"
                     fail if a mean is not so; >=, <= or ==; repeatable
   --step extract|rank|report
@@ -126,6 +133,34 @@ class TOptionReader {
     return Has("features") ? Texts(ToQString(text).split(',')) : std::vector<std::string>();
   }
 
+  std::vector<std::string> Classifiers() {
+    const std::string text = One("concepts");
+    if (!Has("concepts")) {
+      return {};
+    }
+    std::vector<std::string> names = Texts(ToQString(text).split(','));
+    for (auto name = names.begin(); name != names.end(); ++name) {
+      if (FindClassifierType(*name) == nullptr) {
+        Refuse(FormatString("There is no classifier '%s' (in --concepts); there are %s.", name->c_str(),
+                            ClassifierNames().c_str()));
+      } else if (std::find(names.begin(), name, *name) != name) {
+        Refuse(FormatString("The classifier '%s' stands twice in --concepts.", name->c_str()));
+      }
+    }
+    return names;
+  }
+
+  std::string Segments() {
+    const std::string text = One("segments");
+    if (Has("segments") && text != kGridMethod) {
+      Refuse(FormatString("The value of '--segments', '%s', is not grid.", text.c_str()));
+    }
+    if (Has("segments") && !Has("concepts")) {
+      Refuse("'--segments' belongs to '--concepts'.");
+    }
+    return std::string(kGridMethod);
+  }
+
   void Refuse(const std::string& fault) {
     if (reason.empty()) {
       reason = fault;
@@ -135,6 +170,14 @@ class TOptionReader {
   const std::string& GetReason() const { return reason; }
 
  private:
+  static std::string ClassifierNames() {
+    std::vector<std::string> names;
+    for (const TClassifierType& type : ClassifierTypes()) {
+      names.emplace_back(type.name);
+    }
+    return base::Join(names, ", ");
+  }
+
   const QCommandLineParser& parser;
   std::string reason;
 };
@@ -153,8 +196,8 @@ void CheckCollection(const TExperimentOptions& options, TOptionReader& reader) {
 }
 
 void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
-  for (const char* name :
-       {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "step", "part"}) {
+  for (const char* name : {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "concepts",
+                           "segments", "step", "part"}) {
     if (reader.Has(name)) {
       reader.Refuse(FormatString("'--%s' does not go with '--measure'.", name));
     }
@@ -191,8 +234,8 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   QCommandLineParser parser;
   // A long option behind a single dash is a slip that needs no guessing.
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-  for (const char* name :
-       {"truth", "out", "features", "plugins", "queries", "depth", "seed", "expect", "step", "part", "qrels"}) {
+  for (const char* name : {"truth", "out", "features", "plugins", "queries", "depth", "concepts", "segments", "seed",
+                           "expect", "step", "part", "qrels"}) {
     parser.addOption({name, "", "VALUE"});
   }
   for (const char* name : {"classes", "keep-query", "measure", "quiet", "version"}) {
@@ -224,6 +267,8 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   options.queries = reader.One("queries");
   options.keepsQuery = reader.Has("keep-query");
   options.depth = reader.Number("depth", 1, 1000);
+  options.classifiers = reader.Classifiers();
+  options.segments = reader.Segments();
   options.seed = reader.Number("seed", 0, 1);
   options.expectations = reader.Expectations();
   options.step = reader.Step();

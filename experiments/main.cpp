@@ -25,7 +25,12 @@ int Run(int argc, char** argv) {
   base::CatchSignals();
   base::KeepFreedMemory();
   base::UseClassicNumbers();
-  return RunExperiment(command->options);
+  // The libraries of the classifiers tell about their training there.
+  std::FILE* const output = base::TakeStandardOutput(false);
+  if (output == nullptr) {
+    return RefuseExperiment(kExperimentFailed, "Standard output cannot be used");
+  }
+  return RunExperiment(command->options, output);
 }
 
 }  // namespace

@@ -36,6 +36,9 @@ struct TExperimentOptions {
   bool keepsQuery = false;
   std::uint32_t seed = 1;
   std::size_t depth = 1000;
+  /// The types of classifiers to be taught with concepts, and how pictures are cut into segments for that.
+  std::vector<std::string> classifiers;
+  std::string segments = "grid";
   std::vector<TExpectation> expectations;
   std::string out;
   TStep step = TStep::kAll;

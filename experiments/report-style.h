@@ -56,6 +56,14 @@ svg.curves { display: block; width: 100%; max-width: 44rem; color: var(--text); 
 .no .mark { color: var(--bad); }
 .file { display: block; white-space: nowrap; overflow: hidden; text-overflow: ellipsis; color: var(--soft); }
 .strip .shares { margin: 0.4rem 0 0; font-size: 0.9rem; }
+.words { overflow-wrap: normal; }
+.row .segments { width: 11rem; break-inside: avoid; }
+.segments svg { display: block; width: 100%; height: auto; max-height: 16rem; }
+.cells-under { fill: none; stroke: #000000; stroke-opacity: 0.4; stroke-width: 2.5; }
+.cells { fill: none; stroke: #ffffff; stroke-opacity: 0.8; stroke-width: 1; }
+.found-under { fill: none; stroke: #000000; stroke-width: 6; stroke-linecap: round; }
+.found { fill: none; stroke: #5df28a; stroke-width: 3.5; stroke-linecap: round; }
+.cells-under, .cells, .found-under, .found { vector-effect: non-scaling-stroke; }
 .unseen { position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); white-space: nowrap; }
 @media (max-width: 30rem) {
   body { padding: 0.7rem; }

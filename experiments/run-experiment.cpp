@@ -15,6 +15,7 @@
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
+#include "experiments/report-concepts.h"
 #include "experiments/report.h"
 #include "experiments/run-reader.h"
 #include "experiments/steps.h"
@@ -36,16 +37,16 @@ void PrintDamage(const TDamageList& damage, const char* ending) {
   }
 }
 
-void PrintSummary(const TExperiment& experiment, const std::string& out) {
-  std::printf("%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
-              experiment.topics.size(), experiment.queryCount);
+void PrintSummary(const TExperiment& experiment, const std::string& out, std::FILE* output) {
+  std::fprintf(output, "%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
+               experiment.topics.size(), experiment.queryCount);
   for (const TSummaryRow& row : experiment.summary) {
     if (row.interval && row.measure == TMeasure::kAp) {
-      std::printf("  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
-                  row.interval->high);
+      std::fprintf(output, "  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
+                   row.interval->high);
     }
   }
-  std::printf("The results are in %s\n", out.c_str());
+  std::fprintf(output, "The results are in %s\n", out.c_str());
 }
 
 /// Measures how long each step took.
@@ -85,16 +86,22 @@ bool AreKnown(const std::vector<TExpectation>& expectations, const std::vector<s
 }
 
 /// Puts the results in their places, tells what they are, and holds them against what was expected.
-int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out) {
+int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out,
+             std::FILE* output) {
   if (base::Interrupted()) {
     return kExperimentInterrupted;
   }
   if (const std::string file = out.Commit(); !file.empty()) {
     return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
   }
+  if (options.classifiers.empty()) {
+    // Those of an earlier experiment would stand beside tables that do not know them.
+    std::remove((options.out + "concepts.tsv").c_str());
+    std::remove((options.out + "segments.tsv").c_str());
+  }
   PrintDamage(experiment.damage, "; damage.tsv has all");
   if (!options.isQuiet) {
-    PrintSummary(experiment, options.out);
+    PrintSummary(experiment, options.out, output);
   }
   int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
   for (const TExpectation& expectation : options.expectations) {
@@ -108,8 +115,8 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
 /// An experiment on a collection.
 class TCollectionRun {
  public:
-  explicit TCollectionRun(const TExperimentOptions& options)
-      : options(options), features(options.out + "features"), progress(options.isQuiet) {}
+  TCollectionRun(const TExperimentOptions& options, std::FILE* output)
+      : options(options), output(output), features(options.out + "features"), progress(options.isQuiet) {}
 
   int Run() {
     std::string reason;
@@ -172,10 +179,25 @@ class TCollectionRun {
     return result;
   }
 
+  TStepResult Concepts(const TFeatureTable& table, TMeasuredConcepts& concepts) {
+    TStepResult result;
+    result.outcome = MeasureConcepts(options, *plan, table, progress, concepts, result.reason);
+    stopwatch.Note("concepts");
+    return result;
+  }
+
   int Report(const TFeatureTable& table) {
     TCollected collected;
     if (const int status = StatusOf(CollectResults(options, *plan, table, collected)); status != kExperimentDone) {
       return status;
+    }
+    TMeasuredConcepts concepts;
+    if (!options.classifiers.empty()) {
+      if (const int status = StatusOf(Concepts(table, concepts)); status != kExperimentDone) {
+        return status;
+      }
+      TDamageList& damage = collected.experiment.damage;
+      damage.insert(damage.end(), concepts.damage.begin(), concepts.damage.end());
     }
     std::string reason;
     auto strips = FormatStripSection(*plan, table, collected, reason);
@@ -188,10 +210,15 @@ class TCollectionRun {
     }
     TOutputDirectory out(options.out);
     WriteResults(options, *plan, table, collected, out);
-    out.Add("report.html", FormatReport(collected.experiment, {std::move(*strips)}));
+    std::vector<TReportSection> sections = {std::move(*strips)};
+    if (!options.classifiers.empty()) {
+      WriteConcepts(*plan, concepts, out);
+      sections.push_back(FormatConceptSection(concepts, plan->collection));
+    }
+    out.Add("report.html", FormatReport(collected.experiment, sections));
     stopwatch.Note("report");
     out.Add("times.tsv", stopwatch.GetTable());
-    const int status = Conclude(options, collected.experiment, out);
+    const int status = Conclude(options, collected.experiment, out, output);
     if (out.IsCommitted()) {
       RemoveOtherRuns();
     }
@@ -209,6 +236,7 @@ class TCollectionRun {
   }
 
   const TExperimentOptions& options;
+  std::FILE* const output;
   const std::string features;
   TProgress progress;
   TStopwatch stopwatch;
@@ -218,7 +246,7 @@ class TCollectionRun {
 /// A measurement of runs that other programs wrote.
 class TRunsRun {
  public:
-  explicit TRunsRun(const TExperimentOptions& options) : options(options) {}
+  TRunsRun(const TExperimentOptions& options, std::FILE* output) : options(options), output(output) {}
 
   int Run() {
     std::string reason;
@@ -238,7 +266,7 @@ class TRunsRun {
     out.Add("report.html", FormatReport(experiment, {}));
     out.Add("record.json", FormatRunsRecord(options, experiment));
     out.Add("times.tsv", stopwatch.GetTable());
-    return Conclude(options, experiment, out);
+    return Conclude(options, experiment, out, output);
   }
 
  private:
@@ -266,6 +294,7 @@ class TRunsRun {
   }
 
   const TExperimentOptions& options;
+  std::FILE* const output;
   TStopwatch stopwatch;
   TExperiment experiment;
 };
@@ -277,6 +306,6 @@ int RefuseExperiment(int status, const std::string& reason) {
   return status;
 }
 
-int RunExperiment(const TExperimentOptions& options) {
-  return options.runs.empty() ? TCollectionRun(options).Run() : TRunsRun(options).Run();
+int RunExperiment(const TExperimentOptions& options, std::FILE* output) {
+  return options.runs.empty() ? TCollectionRun(options, output).Run() : TRunsRun(options, output).Run();
 }

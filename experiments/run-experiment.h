@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdio>
+
 #include "experiments/options.h"
 
 /// Exit statuses of tessimar-experiment.
@@ -15,5 +17,5 @@ constexpr int kExperimentInterrupted = 130;
 int RefuseExperiment(int status, const std::string& reason);
 
 /// Runs what the options ask for, and returns the exit status. Messages go to standard error, the figures of the sets
-/// to standard output.
-int RunExperiment(const TExperimentOptions& options);
+/// to `output`.
+int RunExperiment(const TExperimentOptions& options, std::FILE* output);

@@ -124,6 +124,8 @@ std::string FormatRecord(const TExperimentOptions& options, const TPlan& plan, c
   json.Add("queries", options.queries);
   json.Add("keep-query", options.keepsQuery);
   json.Add("depth", options.depth);
+  json.Add("concepts", options.classifiers);
+  json.Add("segments", options.segments);
   json.Add("seed", std::size_t{options.seed});
   json.Add("expect", TextsOf(options.expectations));
   json.EndObject();
@@ -268,6 +270,15 @@ void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TF
   WriteJudgements(options, plan, collected, documents, out);
   WriteTables(collected.experiment, out);
   out.Add("record.json", FormatRecord(options, plan, table, collected.experiment));
+}
+
+void WriteConcepts(const TPlan& plan, const TMeasuredConcepts& measured, TOutputDirectory& out) {
+  out.Add("concepts.tsv", FormatConcepts(measured));
+  base::TFileReplacement& segments = out.Begin("segments.tsv");
+  segments.Write(FormatSegmentsHeading());
+  for (const TMeasuredConcept& each : measured.concepts) {
+    segments.Write(FormatSegments(each, plan.collection.names));
+  }
 }
 
 void WriteTables(const TExperiment& experiment, TOutputDirectory& out) {

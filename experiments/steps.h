@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "experiments/concept-measures.h"
 #include "experiments/experiment.h"
 #include "experiments/feature-files.h"
 #include "experiments/options.h"
@@ -50,6 +51,9 @@ TDamageList AllDamage(const TPlan& plan, const TFeatureTable& table);
 /// Adds runs/, qrels.txt, the tables and record.json to the files of the directory.
 void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,
                   const TCollected& collected, TOutputDirectory& out);
+
+/// Adds concepts.tsv and segments.tsv.
+void WriteConcepts(const TPlan& plan, const TMeasuredConcepts& measured, TOutputDirectory& out);
 
 /// Adds the tables alone.
 void WriteTables(const TExperiment& experiment, TOutputDirectory& out);

@@ -73,6 +73,41 @@ std::string FormatCurves(const TExperiment& experiment) {
   return table;
 }
 
+std::string FormatConcepts(const TMeasuredConcepts& measured) {
+  std::string table = Line({"tag", "classifier", "features", "taught", "asked", "segments", "tp", "fp", "tn", "fn",
+                            "auc_fraction", "auc_score", "mse"});
+  for (const TMeasuredConcept& each : measured.concepts) {
+    const TSegmentCounts counts = each.CountSegments();
+    TFields fields = {EncodeField(each.tag), each.classifier, EncodeField(measured.features)};
+    for (const std::size_t count : {each.taught, each.asked.size(), counts.GetTotal(), counts.truePositives,
+                                    counts.falsePositives, counts.trueNegatives, counts.falseNegatives}) {
+      fields.push_back(std::to_string(count));
+    }
+    fields.push_back(Number(each.areaByFraction));
+    fields.push_back(Number(each.areaByScore));
+    fields.push_back(each.meanSquareError ? Number(*each.meanSquareError) : std::string());
+    table += Line(fields);
+  }
+  return table;
+}
+
+std::string FormatSegmentsHeading() {
+  return Line({"tag", "classifier", "picture", "x", "y", "width", "height", "score", "positive"});
+}
+
+std::string FormatSegments(const TMeasuredConcept& measured, const std::vector<std::string>& names) {
+  std::string table;
+  for (const TAskedPicture& asked : measured.asked) {
+    const std::string start =
+        EncodeField(measured.tag) + "\t" + measured.classifier + "\t" + EncodeField(names[asked.picture]);
+    for (const TAskedSegment& each : asked.segments) {
+      table += Line({start, std::to_string(each.x), std::to_string(each.y), std::to_string(each.width),
+                     std::to_string(each.height), Number(each.score), each.isPositive ? "1" : "0"});
+    }
+  }
+  return table;
+}
+
 std::string FormatDamage(const TDamageList& damage) {
   std::string table = Line({"file", "line", "reason"});
   for (const TDamage& each : damage) {

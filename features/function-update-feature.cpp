@@ -4,44 +4,12 @@
 
 #include "base/format-string.h"
 #include "features/feature-list.h"
-#include "images/crop.h"
+#include "features/segment-feature.h"
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
-
-namespace {
-
-/// Calls `process` with the segment's part of the picture, which is the picture itself if it covers all of it.
-template <typename TImage, typename TProcess>
-bool WithCrop(const TImage& picture, const TImageSegmentRect& rect, const TProcess& process) {
-  if (rect.GetX() == 0 && rect.GetY() == 0 && rect.GetWidth() == picture.GetWidth() &&
-      rect.GetHeight() == picture.GetHeight()) {
-    return process(picture);
-  }
-  TImage crop;
-  CropImage(picture, rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight(), crop);
-  return process(crop);
-}
-
-/// Leaves the feature's vector on the segment, in place of an earlier one.
-bool ProcessSegment(const TFeature& feature, const TImageRGB& color, const TImageGray& gray, TImageSegment& segment) {
-  const auto& rect = dynamic_cast<const TImageSegmentRect&>(segment);
-  TFeatureVector* known = segment.GetFeatures().Find(feature.GetName());
-  std::unique_ptr<TFeatureVector> added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
-  TFeatureVector& vector = known == nullptr ? *added : *known;
-  const bool computed =
-      feature.NeedsColor()
-          ? WithCrop(color, rect, [&](const TImageRGB& crop) { return feature.ProcessColor(crop, vector); })
-          : WithCrop(gray, rect, [&](const TImageGray& crop) { return feature.ProcessGrayscale(crop, vector); });
-  if (computed && added) {
-    segment.GetFeatures().Add(added.release());
-  }
-  return computed;
-}
-
-}  // namespace
 
 TFunctionUpdateFeature::TFunctionUpdateFeature()
     : TImageCommand({.name = "updatefeature", .kinds = {"variable", "string"}, .help = R"(
@@ -102,7 +70,7 @@ bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& im
   whole.SetY(0);
   whole.SetWidth(color.GetWidth());
   whole.SetHeight(color.GetHeight());
-  const auto process = [&](TImageSegment& segment) { return ProcessSegment(feature, color, gray, segment); };
+  const auto process = [&](TImageSegment& segment) { return UpdateSegmentFeature(feature, color, gray, segment); };
   const bool computed = process(whole) && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
                                                       [&](const auto& segment) { return process(*segment); });
   if (!computed) {

@@ -6,17 +6,23 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+#include <QCryptographicHash>
 #include <QProcess>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
 #include "base/format-string.h"
+#include "engine/var-list.h"
+#include "images/var-database.h"
+#include "images/var-image.h"
 #include "tests/support/scratch-directory.h"
 #include "tests/support/test-pictures.h"
+#include "tests/support/workbench.h"
 
 namespace {
 
@@ -485,6 +491,13 @@ TEST_F(TExperimentFlow, RefusesWhatItCannotUseInOneLine) {
                                        good + QStringList{"--step", "rank", "--part", "1"},
                                        good + QStringList{"--part", "1/4"},
                                        good + QStringList{"--step", "report", "--part", "1/4"},
+                                       good + QStringList{"--concepts", "oracle"},
+                                       good + QStringList{"--concepts", "svm,"},
+                                       good + QStringList{"--concepts", "svm,nearest,svm"},
+                                       good + QStringList{"--concepts", "svm", "--segments", "sift"},
+                                       good + QStringList{"--segments", "grid"},
+                                       {"photos", "--concepts", "svm", "--out", "o"},
+                                       {"--measure", "r", "--qrels", "q", "--concepts", "svm", "--out", "o"},
                                        good + QStringList{"--frobnicate"},
                                        good + QStringList{"--out", "p"}}) {
     const TOutcome outcome = Run(arguments);
@@ -499,9 +512,157 @@ TEST_F(TExperimentFlow, RefusesWhatItCannotUseInOneLine) {
   EXPECT_EQ(Run({"-trut"}).errors, "tessimar-experiment: Unknown option 'trut'. See tessimar-experiment --help.\n");
   EXPECT_EQ(Run({"--depth"}).errors,
             "tessimar-experiment: Missing value after '--depth'. See tessimar-experiment --help.\n");
+  EXPECT_EQ(Run(good + QStringList{"--concepts", "oracle"}).errors,
+            "tessimar-experiment: There is no classifier 'oracle' (in --concepts); there are nearest, neural, svm. See "
+            "tessimar-experiment --help.\n");
   EXPECT_TRUE(Run({"--help"}).output.starts_with("Usage: tessimar-experiment"));
   EXPECT_TRUE(Run({"-h"}).output.starts_with("Usage: tessimar-experiment"));
   EXPECT_TRUE(Run({"--version"}).output.starts_with("tessimar-experiment "));
+}
+
+TEST_F(TExperimentFlow, ConceptsOfRedAndGreenPicturesAreMeasuredAsOnPaper) {
+  const auto make = [](int number, const TColour& left, const TColour& right) {
+    MakePicture(FormatString("photos/im%d.jpg", number), 16, 24, [&](int x, int) { return x < 8 ? left : right; });
+  };
+  for (const int number : {1, 2, 3, 4}) {
+    make(number, kRed, kRed);
+  }
+  for (const int number : {6, 7, 8}) {
+    make(number, kGreen, kGreen);
+  }
+  make(5, kRed, kGreen);
+  make(9, kRed, kGreen);
+  MakeFile("photos/im10.jpg", "no picture");
+  MakeFile("tags/red.txt", "1\n2\n3\n4\n5\n10\n");
+  // Too few carriers, no others, and one other.
+  MakeFile("tags/few.txt", "1\n2\n3\n10\n");
+  MakeFile("tags/every.txt", "1\n2\n3\n4\n5\n6\n7\n8\n9\n");
+  MakeFile("tags/most.txt", "1\n2\n3\n4\n5\n6\n7\n8\n");
+  const QStringList options = {"photos", "--truth", "tags", "--features", "hsv", "--concepts", "svm,nearest,neural"};
+  const TOutcome outcome = Run(options + QStringList{"--out", "o"});
+  EXPECT_EQ(outcome.status, 3) << outcome.errors;
+  EXPECT_TRUE(outcome.output.ends_with("The results are in o/\n"));
+  EXPECT_EQ(outcome.output.find("optimization"), std::string::npos) << "what the libraries print stays away";
+  EXPECT_EQ(FileBytes("o/damage.tsv"), "file\tline\treason\nim10.jpg\t0\tcannot be read as a picture\n");
+  // By sha256sum of seed and name: im4, im2 and im3 teach, im5 and im1 are asked; of the others im7 and im6 teach, im9
+  // and im8 are asked. The fractions are 1/2 and 1 against 1/2 and 0, so that one of four pairs is a tie.
+  const std::string numbers = "\thsv\t5\t4\t256\t96\t32\t96\t32\t0.87500000\t0.87500000\t";
+  const std::string concepts = FileBytes("o/concepts.tsv");
+  const std::string start =
+      "tag\tclassifier\tfeatures\ttaught\tasked\tsegments\ttp\tfp\ttn\tfn\tauc_fraction\tauc_score\tmse\nred\tsvm" +
+      numbers + "\nred\tnearest" + numbers + "\nred\tneural" + numbers;
+  ASSERT_TRUE(concepts.starts_with(start)) << concepts;
+  const double error = std::stod(concepts.substr(start.size()));
+  EXPECT_GT(error, 0.0);
+  EXPECT_LT(error, 0.001);
+  const std::string segments = FileBytes("o/segments.tsv");
+  EXPECT_TRUE(
+      segments.starts_with("tag\tclassifier\tpicture\tx\ty\twidth\theight\tscore\tpositive\nred\tsvm\tim1.jpg\t0"
+                           "\t0\t2\t3\t"));
+  EXPECT_EQ(std::count(segments.begin(), segments.end(), '\n'), 1 + 3 * 256);
+  // A red cell is at distance 0 from the red ones, a green one from the green ones.
+  EXPECT_NE(segments.find("red\tnearest\tim5.jpg\t6\t21\t2\t3\t1.00000000\t1\n"
+                          "red\tnearest\tim5.jpg\t8\t21\t2\t3\t-1.00000000\t0\n"),
+            std::string::npos);
+  EXPECT_EQ(segments.find("im7.jpg"), std::string::npos);
+
+  const std::map<std::string, std::string> whole = Results("o");
+  EXPECT_NE(whole.at("record.json").find("\"nearest\""), std::string::npos);
+  for (const char* step : {"extract", "rank"}) {
+    for (const char* part : {"2/3", "1/3", "3/3"}) {
+      ASSERT_EQ(Run(options + QStringList{"--out", "parts", "--step", step, "--part", part}).status, 0);
+    }
+  }
+  EXPECT_FALSE(filesystem::exists("parts/concepts.tsv"));
+  EXPECT_EQ(Run(options + QStringList{"--out", "parts", "--step", "report"}).status, 3);
+  EXPECT_EQ(Results("parts"), whole);
+
+  // Another seed, other halves: im4, im5 against im9, im7.
+  ASSERT_EQ(Run(options + QStringList{"--out", "o", "--seed", "2"}).status, 3);
+  const std::string other = FileBytes("o/segments.tsv");
+  for (int number = 1; number <= 9; ++number) {
+    const bool isAsked = number == 4 || number == 5 || number == 7 || number == 9;
+    EXPECT_EQ(other.find(FormatString("\tim%d.jpg\t", number)) != std::string::npos, isAsked) << number;
+  }
+  // Pictures that changed after the extraction would give segments of something else.
+  make(1, kGreen, kGreen);
+  const TOutcome changed = Run(options + QStringList{"--out", "parts", "--step", "report"});
+  EXPECT_EQ(changed.status, 1);
+  EXPECT_EQ(changed.errors,
+            "tessimar-experiment: 'photos/im1.jpg' has changed since its features were extracted; run the step extract "
+            "again\n");
+  EXPECT_EQ(Results("parts"), whole);
+  // Without the option nothing of an earlier experiment's concepts stays.
+  ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "o"}).status, 3);
+  EXPECT_FALSE(filesystem::exists("o/concepts.tsv") || filesystem::exists("o/segments.tsv"));
+}
+
+TEST_F(TExperimentFlow, ConceptsAreThoseOfTheCommands) {
+  TWorkbench workbench;
+  std::mt19937 random(5);
+  std::vector<std::string> carriers;
+  std::vector<std::string> others;
+  for (int i = 0; i < 10; ++i) {
+    // Noise that overlaps, so that no classifier is right about every segment.
+    MakePicture(FormatString("photos/im%d.jpg", i), 24, 24, [&](int, int) {
+      const auto level = static_cast<unsigned char>(random() % 256);
+      return i % 2 == 0 || random() % 3 == 0 ? TColour{255, level, 0} : TColour{0, level, 255};
+    });
+    (i % 2 == 0 ? carriers : others).push_back(FormatString("im%d.jpg", i));
+  }
+  MakeFile("odd.tsv", "im0.jpg\todd\nim2.jpg\todd\nim4.jpg\todd\nim6.jpg\todd\nim8.jpg\todd\n");
+  ASSERT_EQ(
+      Run({"photos", "--truth", "odd.tsv", "--seed", "9", "--concepts", "nearest,svm,neural", "--out", "o"}).status, 0);
+  // Both halves, made with another library; the commands take pictures in the order of their names.
+  for (auto* names : {&carriers, &others}) {
+    const auto digest = [](const std::string& name) {
+      return QCryptographicHash::hash(QByteArray::fromStdString("9\t" + name), QCryptographicHash::Sha256).toHex();
+    };
+    std::sort(names->begin(), names->end(),
+              [&](const std::string& a, const std::string& b) { return digest(a) < digest(b); });
+    for (std::size_t i = 0; i < names->size(); ++i) {
+      const std::string role = i >= 3 ? "asked" : names == &carriers ? "good" : "bad";
+      MakeFile(role + FormatString("/%zu", i) + (i >= 3 ? (*names)[i] : ".jpg"), FileBytes("photos/" + (*names)[i]));
+    }
+  }
+  workbench.controller.SetSeed(9);
+  for (const std::string name : {"good", "bad", "asked"}) {
+    workbench.Run(name + " = loaddatabase(\"" + name + "\")");
+    workbench.Run("segmentimage(" + name + ", \"grid\")");
+    workbench.Run("updatefeature(" + name + ", \"hsv\")");
+    workbench.Run("updatefeature(" + name + ", \"lbp\")");
+  }
+  const std::string segments = FileBytes("o/segments.tsv");
+  for (const std::string type : {"nearest", "svm", "neural"}) {
+    workbench.Run("c = createclassifier(\"" + type + "\")");
+    const std::string answer = workbench.Run("k = learnvisualconcept(good, bad, c)");
+    workbench.Run("findvisualconceptlocations(asked, k, \"x\")");
+    std::size_t compared = 0;
+    std::size_t positive = 0;
+    for (const auto& image :
+         dynamic_cast<TVarDatabase&>(*workbench.controller.GetVarList().Find("asked")).GetImages()) {
+      const std::string name = filesystem::path(image->GetFilename()).filename().string().substr(1);
+      for (const auto& segment : image->GetSegments()) {
+        const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
+        const std::string start =
+            FormatString("\nodd\t%s\t%s\t%d\t%d\t3\t3\t", type.c_str(), name.c_str(), rect.GetX(), rect.GetY());
+        const std::size_t place = segments.find(start);
+        ASSERT_NE(place, std::string::npos) << start;
+        const bool isPositive = segments[segments.find('\n', place + 1) - 1] == '1';
+        EXPECT_EQ(isPositive, !segment->GetLabel().empty()) << start;
+        positive += isPositive ? 1 : 0;
+        ++compared;
+      }
+    }
+    EXPECT_EQ(compared, 4u * 64u);
+    EXPECT_GT(positive, 64u) << type;
+    EXPECT_LT(positive, 192u) << type;
+    if (type == "neural") {
+      const std::string concepts = FileBytes("o/concepts.tsv");
+      const double error = std::stod(concepts.substr(concepts.rfind('\t') + 1));
+      EXPECT_EQ(answer, FormatString("Mean square error: %.6f\n", error));
+    }
+  }
 }
 
 TEST_F(TExperimentFlow, AFullDiskLeavesTheEarlierResults) {
