@@ -16,14 +16,18 @@ _tessimar_experiment() {
       mapfile -t COMPREPLY < <(compgen -W "extract rank report" -- "$word")
       return
       ;;
-    --features | --depth | --seed | --expect | --part)
+    --segments)
+      mapfile -t COMPREPLY < <(compgen -W grid -- "$word")
+      return
+      ;;
+    --features | --concepts | --depth | --seed | --expect | --part)
       return
       ;;
     --truth | --queries | --qrels) ;;
     *)
       if [[ "$word" == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "--truth --classes --out --features --plugins --queries --keep-query --depth \
-          --seed --expect --step --part --measure --qrels --quiet -h --help --version" -- "$word")
+          --concepts --segments --seed --expect --step --part --measure --qrels --quiet -h --help --version" -- "$word")
         return
       fi
       ;;
