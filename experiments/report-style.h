@@ -75,6 +75,8 @@ svg.curves { display: block; width: 100%; max-width: 44rem; color: var(--text); 
   body { max-width: none; padding: 0; font-size: 10pt; }
   nav { display: none; }
   .wide { overflow: visible; }
+  th, td { padding: 0.2rem 0.4rem; font-size: 8pt; }
+  svg.curves { max-width: 24rem; }
   h2, h3, h4 { break-after: avoid; }
   tr, .bars li, svg.curves { break-inside: avoid; }
   .bars { grid-template-columns: 1fr 1fr; }

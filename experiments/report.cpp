@@ -115,7 +115,9 @@ std::string FormatComparison(const TExperiment& experiment, const TComparison& c
   if (experiment.comparisons.size() > 1) {
     sentence += " (" + probability(comparison.pHolm) + " after Holm's correction)";
   }
-  sentence += comparison.pHolm < kLevel ? ". That is more than luck" : ". That may be luck";
+  if (comparison.difference != 0.0) {
+    sentence += comparison.pHolm < kLevel ? ". That is more than luck" : ". That may be luck";
+  }
   return sentence + FormatString(": of %s %s does better on %zu, as well on %zu, worse on %zu.",
                                  Count(experiment.topics.size(), "topic", "topics").c_str(), better.c_str(),
                                  isTurned ? comparison.losses : comparison.wins, comparison.ties,

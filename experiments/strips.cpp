@@ -58,9 +58,12 @@ class TStripWriter {
 
  private:
   std::string FormatList(const char* which, const std::vector<std::size_t>& topics, std::size_t set) {
-    const std::string count = topics.size() == kMostStrips ? "ten" : std::to_string(topics.size());
-    std::string html = "<h4>" + EscapeHtml(plan.setNames[set]) + ": the " + count + " " + which +
-                       (topics.size() == 1 ? " query" : " queries") + "</h4>\n";
+    std::string count;
+    if (topics.size() > 1) {
+      count = topics.size() == kMostStrips ? "ten " : FormatString("%zu ", topics.size());
+    }
+    std::string html = FormatString("<h4>%s: the %s%s %s</h4>\n", EscapeHtml(plan.setNames[set]).c_str(), count.c_str(),
+                                    which, topics.size() == 1 ? "query" : "queries");
     for (const std::size_t topic : topics) {
       html += FormatStrip(topic, set);
     }
