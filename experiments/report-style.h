@@ -18,13 +18,13 @@ a { color: var(--link); }
 nav ul { display: flex; flex-wrap: wrap; gap: 0.2rem 1.2rem; padding: 0; list-style: none; }
 p, figcaption { max-width: 48rem; }
 .wide { overflow-x: auto; margin: 0.5rem 0 1rem; }
-table { border-collapse: collapse; font-variant-numeric: tabular-nums; }
+table { border-collapse: collapse; min-width: min(100%, 24rem); font-variant-numeric: tabular-nums; }
 caption { text-align: left; color: var(--soft); padding-bottom: 0.3rem; }
 th, td { padding: 0.25rem 0.7rem; border-bottom: 1px solid var(--line); text-align: right; overflow-wrap: normal;
   vertical-align: top; }
 th { min-width: 4rem; max-width: 16rem; overflow-wrap: anywhere; }
 th[scope="row"], thead th:first-child { text-align: left; }
-th[scope="row"] { font-weight: normal; }
+th[scope="row"] { font-weight: normal; min-width: 8rem; }
 tbody tr:nth-child(even) { background: var(--stripe); }
 .interval { color: var(--soft); white-space: nowrap; }
 .bars { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 22rem), 1fr)); gap: 0 2.5rem; }
@@ -68,10 +68,8 @@ svg.curves { display: block; width: 100%; max-width: 44rem; color: var(--text); 
 @media (max-width: 30rem) {
   body { padding: 0.7rem; }
   th, td { padding: 0.25rem 0.4rem; font-size: 0.9rem; }
-  .row { gap: 0.4rem; }
-  .row figure { width: 5.4rem; }
-  .frame { height: 5.4rem; border-width: 3px; }
-  .row figcaption { font-size: 0.75rem; }
+  .row { display: grid; grid-template-columns: repeat(3, minmax(0, 1fr)); }
+  .row figure { width: auto; }
 }
 @media print {
   body { max-width: none; padding: 0; font-size: 10pt; }
@@ -79,7 +77,8 @@ svg.curves { display: block; width: 100%; max-width: 44rem; color: var(--text); 
   .wide { overflow: visible; }
   h2, h3, h4 { break-after: avoid; }
   tr, .bars li, svg.curves { break-inside: avoid; }
-  .row { gap: 0.25rem; }
+  .bars { grid-template-columns: 1fr 1fr; }
+  .row { display: flex; gap: 0.25rem; }
   .row figure { width: 4.6rem; }
   .frame { height: 4.6rem; border-width: 3px; }
   .row figcaption { font-size: 7pt; }

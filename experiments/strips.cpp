@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "base/console.h"
 #include "base/format-string.h"
 #include "experiments/html.h"
 #include "images/image-rgb.h"
@@ -78,7 +79,7 @@ class TStripWriter {
                        "</strong>: " + EscapeHtml(topic.picture) + ", average precision " +
                        FormatDecimals(precision, 3) + "</p>\n";
     html += "<ol class=\"row\">\n<li class=\"query\"><figure>" + FormatFrame(query) +
-            "<figcaption>query<span class=\"file\">" + EscapeHtml(topic.picture) +
+            "<figcaption>query <span class=\"file\">" + EscapeHtml(topic.picture) +
             "</span></figcaption></figure></li>\n";
     for (std::size_t i = 0; i < shown.size(); ++i) {
       const auto picture = static_cast<std::uint32_t>(shown[i]);
@@ -89,7 +90,7 @@ class TStripWriter {
                   "<figcaption>%zu <span class=\"mark\" aria-hidden=\"true\">%s</span><span "
                   "class=\"unseen\">%s, distance</span> %s",
                   i + 1, isRelevant ? "\u2713" : "\u2717", isRelevant ? "relevant" : "not relevant", distance.c_str()) +
-              "<span class=\"file\">" + EscapeHtml(plan.collection.names[picture]) +
+              " <span class=\"file\">" + EscapeHtml(plan.collection.names[picture]) +
               "</span></figcaption></figure></li>\n";
     }
     html += "</ol>\n";
@@ -154,7 +155,8 @@ class TStripWriter {
     constexpr int kSide = 104;
     constexpr int kQuality = 75;
     const auto [place, isNew] = addresses.try_emplace(picture);
-    if (isNew) {
+    // What Ctrl-C ended is not written.
+    if (isNew && !base::Interrupted()) {
       const std::string path = plan.collection.GetPath(picture);
       std::size_t other = 0;
       if (!table.IsCurrent(plan.collection, picture, picture + 1, other)) {
