@@ -624,10 +624,10 @@ TEST_F(TExperimentFlow, ConceptsAreThoseOfTheCommands) {
   }
   workbench.controller.SetSeed(9);
   for (const std::string name : {"good", "bad", "asked"}) {
-    workbench.Run(name + " = loaddatabase(\"" + name + "\")");
-    workbench.Run("segmentimage(" + name + ", \"grid\")");
-    workbench.Run("updatefeature(" + name + ", \"hsv\")");
-    workbench.Run("updatefeature(" + name + ", \"lbp\")");
+    workbench.Run(FormatString("%s = loaddatabase(\"%s\")", name.c_str(), name.c_str()));
+    workbench.Run(FormatString("segmentimage(%s, \"grid\")", name.c_str()));
+    workbench.Run(FormatString("updatefeature(%s, \"hsv\")", name.c_str()));
+    workbench.Run(FormatString("updatefeature(%s, \"lbp\")", name.c_str()));
   }
   const std::string segments = FileBytes("o/segments.tsv");
   for (const std::string type : {"nearest", "svm", "neural"}) {
