@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <numeric>
+#include <utility>
 
 #include "base/console.h"
 #include "base/format-string.h"
@@ -213,6 +214,35 @@ double AreaBy(const std::vector<TAskedPicture>& asked, const TValue& value) {
   return AreaUnderCurve(carriers, others);
 }
 
+/// Teaches and asks one classifier. False if it was interrupted.
+bool MeasureConcept(const TLesson& lesson, const std::string& name, std::uint32_t seed, TSegmentStore& store,
+                    TProgress& progress, std::vector<TMeasuredConcept>& measured) {
+  TClassifierList classifierList;
+  classifierList.SetSeed(seed);
+  const std::unique_ptr<TClassifier> classifier = classifierList.Create(name);
+  Teach(lesson, store, *classifier);
+  classifierList.PrepareTraining(*classifier);
+  classifier->Train();
+  std::vector<TAskedPicture> asked;
+  asked.reserve(lesson.CountAsked());
+  for (const THalves* halves : {&lesson.carriers, &lesson.others}) {
+    for (const std::uint32_t picture : halves->second) {
+      if (base::Interrupted()) {
+        return false;
+      }
+      asked.push_back(Ask(picture, halves == &lesson.carriers, store, *classifier));
+      progress.Advance();
+    }
+  }
+  std::sort(asked.begin(), asked.end(),
+            [](const TAskedPicture& a, const TAskedPicture& b) { return a.picture < b.picture; });
+  const double areaByFraction = AreaBy(asked, [](const TAskedPicture& each) { return each.GetFraction(); });
+  const double areaByScore = AreaBy(asked, [](const TAskedPicture& each) { return each.GetMeanScore(); });
+  measured.push_back({lesson.tag, name, lesson.CountTaught(), std::move(asked), classifier->GetTrainingError(),
+                      areaByFraction, areaByScore});
+  return true;
+}
+
 }  // namespace
 
 double TAskedPicture::GetFraction() const {
@@ -284,31 +314,11 @@ TStepOutcome MeasureConcepts(const TExperimentOptions& options, const TPlan& pla
       std::accumulate(lessons.begin(), lessons.end(), std::size_t{0},
                       [](std::size_t sum, const TLesson& each) { return sum + each.CountAsked(); });
   progress.Begin("Concepts:", asked * options.classifiers.size());
-  measured.concepts.reserve(lessons.size() * options.classifiers.size());
-  TClassifierList classifierList;
-  classifierList.SetSeed(options.seed);
   for (const TLesson& lesson : lessons) {
     for (const std::string& name : options.classifiers) {
-      const std::unique_ptr<TClassifier> classifier = classifierList.Create(name);
-      Teach(lesson, store, *classifier);
-      classifierList.PrepareTraining(*classifier);
-      classifier->Train();
-      TMeasuredConcept& result =
-          measured.concepts.emplace_back(TMeasuredConcept{lesson.tag, name, lesson.CountTaught(), {}, {}, 0.0, 0.0});
-      result.meanSquareError = classifier->GetTrainingError();
-      for (const THalves* halves : {&lesson.carriers, &lesson.others}) {
-        for (const std::uint32_t picture : halves->second) {
-          if (base::Interrupted()) {
-            return TStepOutcome::kInterrupted;
-          }
-          result.asked.push_back(Ask(picture, halves == &lesson.carriers, store, *classifier));
-          progress.Advance();
-        }
+      if (!MeasureConcept(lesson, name, options.seed, store, progress, measured.concepts)) {
+        return TStepOutcome::kInterrupted;
       }
-      std::sort(result.asked.begin(), result.asked.end(),
-                [](const TAskedPicture& a, const TAskedPicture& b) { return a.picture < b.picture; });
-      result.areaByFraction = AreaBy(result.asked, [](const TAskedPicture& each) { return each.GetFraction(); });
-      result.areaByScore = AreaBy(result.asked, [](const TAskedPicture& each) { return each.GetMeanScore(); });
     }
   }
   progress.End();

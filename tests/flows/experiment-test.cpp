@@ -568,6 +568,8 @@ TEST_F(TExperimentFlow, ConceptsOfRedAndGreenPicturesAreMeasuredAsOnPaper) {
 
   const std::map<std::string, std::string> whole = Results("o");
   EXPECT_NE(whole.at("record.json").find("\"nearest\""), std::string::npos);
+  EXPECT_NE(whole.at("report.html").find("im5.jpg carries red; 32 of 64 segments positive, 32 right"),
+            std::string::npos);
   for (const char* step : {"extract", "rank"}) {
     for (const char* part : {"2/3", "1/3", "3/3"}) {
       ASSERT_EQ(Run(options + QStringList{"--out", "parts", "--step", step, "--part", part}).status, 0);
@@ -595,6 +597,7 @@ TEST_F(TExperimentFlow, ConceptsOfRedAndGreenPicturesAreMeasuredAsOnPaper) {
   // Without the option nothing of an earlier experiment's concepts stays.
   ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "o"}).status, 3);
   EXPECT_FALSE(filesystem::exists("o/concepts.tsv") || filesystem::exists("o/segments.tsv"));
+  EXPECT_EQ(FileBytes("o/report.html").find("oncept"), std::string::npos);
 }
 
 TEST_F(TExperimentFlow, ConceptsAreThoseOfTheCommands) {
@@ -627,10 +630,10 @@ TEST_F(TExperimentFlow, ConceptsAreThoseOfTheCommands) {
   }
   workbench.controller.SetSeed(9);
   for (const std::string name : {"good", "bad", "asked"}) {
-    workbench.Run(name + " = loaddatabase(\"" + name + "\")");
-    workbench.Run("segmentimage(" + name + ", \"grid\")");
-    workbench.Run("updatefeature(" + name + ", \"hsv\")");
-    workbench.Run("updatefeature(" + name + ", \"lbp\")");
+    workbench.Run(FormatString("%s = loaddatabase(\"%s\")", name.c_str(), name.c_str()));
+    workbench.Run(FormatString("segmentimage(%s, \"grid\")", name.c_str()));
+    workbench.Run(FormatString("updatefeature(%s, \"hsv\")", name.c_str()));
+    workbench.Run(FormatString("updatefeature(%s, \"lbp\")", name.c_str()));
   }
   const std::string segments = FileBytes("o/segments.tsv");
   for (const std::string type : {"nearest", "svm", "neural"}) {
@@ -696,6 +699,15 @@ TEST_F(TExperimentFlow, APluginThatGivesNoNumbersIsNamedAndRanksLast) {
         << run;
   }
   EXPECT_NE(FileBytes("o/record.json").find("\"FeatureNaN.so\": \""), std::string::npos);
+  // No segment can teach.
+  ASSERT_EQ(Run({"photos", "--truth", "tags", "--plugins", "plugins", "--features", "hsv,nan", "--concepts", "nearest",
+                 "--out", "o"})
+                .status,
+            3);
+  EXPECT_EQ(FileBytes("o/concepts.tsv").find('\n'), FileBytes("o/concepts.tsv").size() - 1);
+  EXPECT_NE(FileBytes("o/damage.tsv").find("im6.jpg\t0\t64 of 64 segments have no usable features\n"),
+            std::string::npos);
+  EXPECT_NE(FileBytes("o/report.html").find("6 of 6 pictures could not be used"), std::string::npos);
 }
 
 TEST_F(TExperimentFlow, ItsApRanksIsTheFigureOfEvaluateindex) {
