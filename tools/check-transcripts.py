@@ -13,6 +13,7 @@ Usage: check-transcripts.py ROOT PROGRAMS
 import difflib
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -66,12 +67,23 @@ def run_console(lines, folder, programs):
 
 
 def check(root, programs):
+    with tempfile.TemporaryDirectory() as samples:
+        subprocess.run([root / "tools" / "lay-out-samples.sh", samples], check=True)
+        return check_pages(root, programs, samples)
+
+
+def link_photographs(source, target):
+    """Copies what a transcript may change; photographs are many, and only read."""
+    (os.link if source.endswith(".jpg") else shutil.copy2)(source, target)
+
+
+def check_pages(root, programs, samples):
     faults = []
     for path in sorted((root / "docs").glob("*.md")) + [root / "README.md"]:
         for number, kind, lines in read_blocks(path):
             with tempfile.TemporaryDirectory() as name:
                 folder = Path(name)
-                subprocess.run([root / "tools" / "lay-out-samples.sh", folder], check=True)
+                shutil.copytree(samples, folder, dirs_exist_ok=True, copy_function=link_photographs)
                 if kind == "console":
                     printed = run_console(lines, folder, programs)
                 else:
