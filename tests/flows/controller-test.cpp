@@ -1,18 +1,22 @@
 // What the controller does around commands: interrupting them, showing how far they are, and surviving what goes wrong.
 
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QTableWidget>
 #include <QUrl>
 #include <gtest/gtest.h>
 
 #include "engine/var-list.h"
+#include "engine/var.h"
 #include "tests/support/ordinary-user.h"
 #include "tests/support/workbench.h"
 
@@ -54,6 +58,22 @@ class TEventfulView : public TRecordingView {
   std::string workTrigger;
   bool tableFails = false;
   std::vector<std::string> works;
+};
+
+/// A variable that cannot be described while memory is short.
+class TCostlyVariable : public TVar {
+ public:
+  TCostlyVariable() : TVar("costly") {}
+  std::unique_ptr<TVar> CreateNew() const override { return std::make_unique<TCostlyVariable>(); }
+  void Assign(const TVar* /*source*/) override {}
+  std::string GetDescription() const override {
+    if (isMemoryShort) {
+      throw std::bad_alloc();
+    }
+    return "as long as you like";
+  }
+
+  bool isMemoryShort = true;
 };
 
 class TControllerFlow : public testing::Test {
@@ -198,6 +218,25 @@ TEST_F(TControllerFlow, WhateverIsThrownEndsTheLineAndNotTheProgram) {
   window.SetCommandText("reset(1)");
   window.OnReturnPressed();
   EXPECT_EQ(view.output, "> reset()\n  no table\n> reset(1)\n") << "the next line runs";
+}
+
+TEST_F(TControllerFlow, ATableWithoutMemoryLeavesTheWorkEndedAndIsFilledLater) {
+  const auto* table = window.findChild<QTableWidget*>("twVariables");
+  TVarList variables;
+  auto added = std::make_unique<TCostlyVariable>();
+  TCostlyVariable& variable = *added;
+  variables.Add(std::move(added));
+  view.BeginWork();
+  view.ShowVariables(variables);
+  QApplication::processEvents();
+  view.EndWork();
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "the window takes input again";
+  EXPECT_EQ(table->rowCount(), 0);
+  variable.isMemoryShort = false;
+  view.BeginWork();
+  view.EndWork();
+  ASSERT_EQ(table->rowCount(), 1);
+  EXPECT_EQ(table->item(0, 2)->text(), "as long as you like");
 }
 
 TEST_F(TControllerFlow, ADropOfWhatIsNoDirectoryTouchesNothing) {
