@@ -47,6 +47,9 @@ class TEventfulView : public TRecordingView {
   void ShowWork(const std::string& text) override {
     works.push_back(text);
     TRecordingView::ShowWork(text);
+    if (text.empty() && std::exchange(titleFails, false)) {
+      throw std::bad_alloc();
+    }
     if (!workTrigger.empty() && text == workTrigger) {
       action();
     }
@@ -57,6 +60,7 @@ class TEventfulView : public TRecordingView {
   boost::function<void()> action = [this] { listener->Interrupt(); };
   std::string workTrigger;
   bool tableFails = false;
+  bool titleFails = false;
   std::vector<std::string> works;
 };
 
@@ -192,12 +196,15 @@ TEST_F(TControllerFlow, TheTitleCountsAndGoesBack) {
   std::vector<QString> titles;
   QObject::connect(&window, &QWidget::windowTitleChanged, [&](const QString& title) { titles.push_back(title); });
   view.works.clear();
+  view.titleFails = true;
   Run("removefeature(db, \"hsv\")");
   ASSERT_GE(view.works.size(), 2u);
   EXPECT_EQ(view.works.front(), "removefeature, 0 of 1,000");
   EXPECT_EQ(view.works.back(), "");
   EXPECT_EQ(titles.front(), "Tessimar v0.1.8 - removefeature, 0 of 1,000");
   EXPECT_EQ(titles.back(), "Tessimar v0.1.8");
+  EXPECT_FALSE(view.titleFails) << "the title was set back";
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "and its failure left the work ended";
 }
 
 TEST_F(TControllerFlow, WhateverIsThrownEndsTheLineAndNotTheProgram) {
