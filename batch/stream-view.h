@@ -27,7 +27,7 @@ class TStreamView : public TView {
   void SetCommandText(const std::string& /*text*/) override {}
   void SelectCommandText() override {}
   void BeginWork() override {}
-  void EndWork() override {}
+  void EndWork() noexcept override {}
   bool IsClosing() const override { return failed; }
   void ShowWork(const std::string& text) override;
   void ProcessEvents() override {}

@@ -169,7 +169,12 @@ void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
   const TAtEnd atEnd([this] {
     underWay.pop_back();
     if (std::exchange(showsWork, false)) {
-      view.ShowWork(std::string());
+      const auto clear = [this] {
+        view.ShowWork(std::string());
+        return true;
+      };
+      // A view without memory for its title must not end the program from a destructor.
+      RunGuarded(clear, [](const char* /*reason*/) {});
     }
     view.EndWork();
   });

@@ -67,9 +67,10 @@ class TView {
   virtual void SetCommandText(const std::string& text) = 0;
   virtual void SelectCommandText() = 0;
 
-  /// Work begins and has ended; both nest. In between the user's input waits, but for the wish to interrupt.
+  /// Work begins and has ended; both nest. In between the user's input waits, but for the wish to interrupt. The end
+  /// must come whatever failed, so that it never throws itself.
   virtual void BeginWork() = 0;
-  virtual void EndWork() = 0;
+  virtual void EndWork() noexcept = 0;
 
   /// True once the user has closed the view while work is under way: no further line shall begin.
   virtual bool IsClosing() const = 0;

@@ -1,6 +1,7 @@
 #include "engine/window-view.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -69,11 +70,20 @@ void TWindowView::ShowVariables(const TVarList& list) {
   }
 }
 
-void TWindowView::FillTable() {
+void TWindowView::FillTable() noexcept {
   fillTimer.stop();
   if (unshown == nullptr) {
     return;
   }
+  try {
+    FillRows();
+  } catch (const std::exception&) {
+    // Nobody is there to be told, and memory for a line may be missing too: what is still unshown comes with the next
+    // line.
+  }
+}
+
+void TWindowView::FillRows() {
   const auto start = std::chrono::steady_clock::now();
   std::vector<TVariableRow> rows;
   rows.reserve(unshown->GetVariables().size());
@@ -106,7 +116,7 @@ void TWindowView::BeginWork() {
   window.SetBusy(true);
 }
 
-void TWindowView::EndWork() {
+void TWindowView::EndWork() noexcept {
   if (--workDepth == 0) {
     FillTable();
   }

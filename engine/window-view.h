@@ -26,14 +26,16 @@ class TWindowView : public TView {
   void SetCommandText(const std::string& text) override;
   void SelectCommandText() override;
   void BeginWork() override;
-  void EndWork() override;
+  void EndWork() noexcept override;
   bool IsClosing() const override;
   void ShowWork(const std::string& text) override;
   void ProcessEvents() override;
   void Pause(int milliseconds) override;
 
  private:
-  void FillTable();
+  /// Shows what is unshown. Where memory does not suffice, it stays unshown.
+  void FillTable() noexcept;
+  void FillRows();
 
   MainWindow& window;
   /// What the table is to show; null while it shows it.

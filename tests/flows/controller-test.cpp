@@ -1,18 +1,22 @@
 // What the controller does around commands: interrupting them, showing how far they are, and surviving what goes wrong.
 
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QTableWidget>
 #include <QUrl>
 #include <gtest/gtest.h>
 
 #include "engine/var-list.h"
+#include "engine/var.h"
 #include "tests/support/ordinary-user.h"
 #include "tests/support/workbench.h"
 
@@ -43,6 +47,9 @@ class TEventfulView : public TRecordingView {
   void ShowWork(const std::string& text) override {
     works.push_back(text);
     TRecordingView::ShowWork(text);
+    if (text.empty() && std::exchange(titleFails, false)) {
+      throw std::bad_alloc();
+    }
     if (!workTrigger.empty() && text == workTrigger) {
       action();
     }
@@ -53,7 +60,24 @@ class TEventfulView : public TRecordingView {
   boost::function<void()> action = [this] { listener->Interrupt(); };
   std::string workTrigger;
   bool tableFails = false;
+  bool titleFails = false;
   std::vector<std::string> works;
+};
+
+/// A variable that cannot be described while memory is short.
+class TCostlyVariable : public TVar {
+ public:
+  TCostlyVariable() : TVar("costly") {}
+  std::unique_ptr<TVar> CreateNew() const override { return std::make_unique<TCostlyVariable>(); }
+  void Assign(const TVar* /*source*/) override {}
+  std::string GetDescription() const override {
+    if (isMemoryShort) {
+      throw std::bad_alloc();
+    }
+    return "as long as you like";
+  }
+
+  bool isMemoryShort = true;
 };
 
 class TControllerFlow : public testing::Test {
@@ -172,12 +196,15 @@ TEST_F(TControllerFlow, TheTitleCountsAndGoesBack) {
   std::vector<QString> titles;
   QObject::connect(&window, &QWidget::windowTitleChanged, [&](const QString& title) { titles.push_back(title); });
   view.works.clear();
+  view.titleFails = true;
   Run("removefeature(db, \"hsv\")");
   ASSERT_GE(view.works.size(), 2u);
   EXPECT_EQ(view.works.front(), "removefeature, 0 of 1,000");
   EXPECT_EQ(view.works.back(), "");
   EXPECT_EQ(titles.front(), "Tessimar v0.1.8 - removefeature, 0 of 1,000");
   EXPECT_EQ(titles.back(), "Tessimar v0.1.8");
+  EXPECT_FALSE(view.titleFails) << "the title was set back";
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "and its failure left the work ended";
 }
 
 TEST_F(TControllerFlow, WhateverIsThrownEndsTheLineAndNotTheProgram) {
@@ -198,6 +225,25 @@ TEST_F(TControllerFlow, WhateverIsThrownEndsTheLineAndNotTheProgram) {
   window.SetCommandText("reset(1)");
   window.OnReturnPressed();
   EXPECT_EQ(view.output, "> reset()\n  no table\n> reset(1)\n") << "the next line runs";
+}
+
+TEST_F(TControllerFlow, ATableWithoutMemoryLeavesTheWorkEndedAndIsFilledLater) {
+  const auto* table = window.findChild<QTableWidget*>("twVariables");
+  TVarList variables;
+  auto added = std::make_unique<TCostlyVariable>();
+  TCostlyVariable& variable = *added;
+  variables.Add(std::move(added));
+  view.BeginWork();
+  view.ShowVariables(variables);
+  QApplication::processEvents();
+  view.EndWork();
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "the window takes input again";
+  EXPECT_EQ(table->rowCount(), 0);
+  variable.isMemoryShort = false;
+  view.BeginWork();
+  view.EndWork();
+  ASSERT_EQ(table->rowCount(), 1);
+  EXPECT_EQ(table->item(0, 2)->text(), "as long as you like");
 }
 
 TEST_F(TControllerFlow, ADropOfWhatIsNoDirectoryTouchesNothing) {
