@@ -280,6 +280,7 @@ std::pair<std::vector<std::uint32_t>, std::vector<std::uint32_t>> SplitHalves(co
                                                                               std::vector<std::uint32_t> pictures,
                                                                               std::uint32_t seed) {
   std::vector<std::pair<std::string, std::uint32_t>> drawn;
+  drawn.reserve(pictures.size());
   for (const std::uint32_t picture : pictures) {
     drawn.emplace_back(DigestOf(std::to_string(seed) + "\t" + names[picture]), picture);
   }
