@@ -483,7 +483,7 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
   for (std::size_t number = 1; number <= partCount; ++number) {
     const TPart part = {number, partCount};
     const auto refuse = [&](const std::string& what) {
-      reason = FormatString("Part %zu of %zu of the features in '%s' %s", number, partCount, directory.c_str(),
+      reason = FormatString("The part %zu of %zu of the features in '%s' %s", number, partCount, directory.c_str(),
                             what.c_str());
       return std::nullopt;
     };

@@ -33,7 +33,7 @@ class TRankFileWriter {
 
 class TRankFile {
  public:
-  /// Maps a file for queries with these numbers of topics. Nothing, and the reason as an end to "Part 1 of 2 of the
+  /// Maps a file for queries with these numbers of topics. Nothing, and the reason as an end to "The part 1 of 2 of the
   /// rankings ..", if it is missing, was made from something else or is damaged.
   static std::optional<TRankFile> Open(const std::string& path, const TFingerprint& fingerprint,
                                        const std::vector<std::size_t>& topicCounts, std::size_t setCount,

@@ -221,7 +221,7 @@ TStepResult CollectResults(const TExperimentOptions& options, const TPlan& plan,
     auto file = TRankFile::Open(PartPath(options, part), fingerprint, TopicCounts(topics, part), plan.sets.size(),
                                 CountOfTop(options, plan), reason);
     if (!file) {
-      return {TStepOutcome::kFailed, FormatString("Part %zu of %zu of the rankings ('%s') %s", number, partCount,
+      return {TStepOutcome::kFailed, FormatString("The part %zu of %zu of the rankings ('%s') %s", number, partCount,
                                                   PartPath(options, part).c_str(), reason.c_str())};
     }
     collected.parts.push_back(part);

@@ -25,7 +25,7 @@ namespace {
 using TNumbers = std::vector<double>;
 
 struct TKind {
-  const char* library;
+  const char* className;
   std::size_t length;
   bool isColour;
   bool hasUnitSum;
@@ -84,7 +84,7 @@ class TTestPicture {
 
 template <typename TFunctionType>
 TFunctionType Resolve(const std::string& name, const char* symbol) {
-  const std::string file = DESCRIPTORS_DIRECTORY "/Feature" + std::string(kKinds.at(name).library) + ".so";
+  const std::string file = DESCRIPTORS_DIRECTORY "/Feature" + std::string(kKinds.at(name).className) + ".so";
   const QFunctionPointer function = QLibrary::resolve(QString::fromStdString(file), symbol);
   EXPECT_NE(function, nullptr) << name << " " << symbol;
   return reinterpret_cast<TFunctionType>(function);
