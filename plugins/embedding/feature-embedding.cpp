@@ -26,6 +26,8 @@ namespace filesystem = std::filesystem;
 namespace {
 
 constexpr std::int32_t kLongest = 1 << 24;
+/// In bytes: far more than all words with their values take.
+constexpr std::uintmax_t kLongestSettings = 65536;
 
 /// What the library has to say of a failure, in brackets: the innermost of its messages, without the place in its
 /// sources. Failed assertions are long and tell a user little, so they are cut.
@@ -88,9 +90,16 @@ class TNetwork {
 
  private:
   static TEmbeddingSettings ReadSettings(const filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!filesystem::is_regular_file(path) || !file) {
+    std::ifstream file;
+    // Opening a named pipe would wait for its other end.
+    if (filesystem::is_regular_file(path)) {
+      file.open(path, std::ios::binary);
+    }
+    if (!file.is_open()) {
       throw TUnusable("embedding.txt cannot be read; it belongs beside the library, and may be empty");
+    }
+    if (filesystem::file_size(path) > kLongestSettings) {
+      throw TUnusable("embedding.txt is larger than a few lines can be");
     }
     return ParseEmbeddingSettings({std::istreambuf_iterator<char>(file), {}});
   }

@@ -5,6 +5,8 @@
 #include <numeric>
 #include <sstream>
 
+#include <sys/stat.h>
+
 #include <QProcess>
 #include <gtest/gtest.h>
 
@@ -158,6 +160,13 @@ TEST_F(TEmbedding, AMissingOrBadNetworkIsRefusedInOneLine) {
   directory = LayOut("small", text);
   filesystem::remove(directory + "/embedding.txt");
   expectRefusal(directory, "embedding.txt cannot be read");
+  directory = LayOut("small", text);
+  filesystem::remove(directory + "/embedding.txt");
+  ASSERT_EQ(mkfifo((directory + "/embedding.txt").c_str(), 0600), 0);
+  expectRefusal(directory, "embedding.txt cannot be read");
+  expectRefusal(LayOut("small", std::string(70000, ' ')), "embedding.txt is larger than a few lines can be");
+  expectRefusal(LayOut("small", "size 4096 4096"), "the network in embedding.onnx does not run on one picture of 4096");
+  expectRefusal(LayOut("small", text + "\noutput"), "embedding.txt, line 2");
 
   const std::string whole = FileBytes(kNetworks / "small.onnx");
   for (const std::size_t size : {std::size_t{0}, std::size_t{1}, whole.size() / 2, whole.size() - 1}) {
