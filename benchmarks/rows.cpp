@@ -13,6 +13,9 @@ const TFigure kWallTime = {"wallTime", TUnit::kSeconds};
 const TFigure kPeakMemory = {"peakMemory", TUnit::kBytes};
 const TFigure kMean = {"mean", TUnit::kNumber};
 const TFigure kLargest = {"largest", TUnit::kNumber};
+const TFigure kPerLine = {"perLine", TUnit::kSeconds};
+const TFigure kMemoryPerLine = {"memoryPerLine", TUnit::kBytes};
+const TFigure kExitTime = {"exit", TUnit::kSeconds};
 const TFigure kBytesForEachByte = {"bytesForEachByte", TUnit::kNumber};
 
 /// Peers that rank the same 64-bit numbers.
@@ -143,6 +146,10 @@ const std::vector<TRow>& Rows() {
       {"Start to window and end, processor time", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kChildTime},
       {"Start to window and end, by the clock", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kWallTime},
       {"Start to window, peak memory", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 2, kPeakMemory},
+      {"A script of 5,000 lines that makes 2,500 variables, each line", {"BM_Variables/2500"}, {{"half of it", "BM_Variables/1250"}}, 1.2, kPerLine},
+      {"A script of 10,000 lines that makes 5,000 variables, each line", {"BM_Variables/5000"}, {{"half of it", "BM_Variables/2500"}}, 1.2, kPerLine},
+      {"Memory of that script, each line", {"BM_Variables/5000"}, {{"half of it", "BM_Variables/2500"}}, 1.2, kMemoryPerLine},
+      {"Exit behind it, by the clock", {"BM_Variables/5000"}, {{"limit", "", 1.0}}, 1, kExitTime},
       // Names and files
       {"`loaddatabase`, 1,000,000 names", {"BM_LoadDatabase/1000000"}, {{"list and sort", "BM_LoadDatabaseListAndSortAlone/1000000"}}, 1.3},
       {"`loaddatabase`, 100,000 names", {"BM_LoadDatabase/100000"}, {{"list and sort", "BM_LoadDatabaseListAndSortAlone/100000"}}, 1.5},

@@ -1,0 +1,85 @@
+// A long session: a script that makes many variables and copies each of them once more, in the window. Time and memory
+// must grow with the number of lines and no faster.
+
+#include <chrono>
+#include <ctime>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include <QCoreApplication>
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include "benchmarks/bench-data.h"
+#include "engine/ctrl-main.h"
+#include "engine/var-list.h"
+#include "engine/window-view.h"
+#include "gui/main-window.h"
+
+namespace {
+
+/// The parts of the program that live as long as a session.
+struct TSession {
+  MainWindow window;
+  TWindowView view{window};
+  TCtrlMain controller{view};
+};
+
+/// Half of the variables are images, whose rows have thumbnails, half rankings.
+void WriteScript(const std::string& name, std::int64_t variables) {
+  std::ofstream script(name, std::ios::binary);
+  for (int round = 0; round < 2; ++round) {
+    for (std::int64_t i = 0; i < variables; ++i) {
+      script << "copy" << i << (i % 2 == 0 ? "=image\r\n" : "=index\r\n");
+    }
+  }
+}
+
+double InUse() {
+  const auto memory = mallinfo2();
+  return static_cast<double>(memory.uordblks + memory.hblkhd);
+}
+
+double SecondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// The argument is the number of variables; there are twice as many lines.
+void BM_Variables(benchmark::State& state) {
+  const std::string pictures = PictureDirectory(200, 640, 480);
+  EnterWorkDirectory("work-variables");
+  WriteScript("variables.txt", state.range(0));
+  double scriptTime = 0.0;
+  double exitTime = 0.0;
+  double memory = 0.0;
+  for (auto _ : state) {
+    auto session = std::make_unique<TSession>();
+    session->window.show();
+    session->controller.ExecuteCommand("image=loadimage(" + Quoted(pictures + "/im1.jpg") + ")");
+    session->controller.ExecuteCommand("db=loaddatabase(" + Quoted(pictures) + ")");
+    session->controller.ExecuteCommand("index=searchtags(db,\"none\")");
+    QCoreApplication::processEvents();
+    const double before = InUse();
+    const std::clock_t start = std::clock();
+    session->controller.ExecuteCommand("executescript(\"variables.txt\")");
+    QCoreApplication::processEvents();
+    scriptTime += static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    memory += InUse() - before;
+    if (session->controller.GetVarList().GetVariables().size() != static_cast<std::size_t>(state.range(0)) + 3) {
+      state.SkipWithError("The script did not make its variables.");
+      return;
+    }
+    const auto end = std::chrono::steady_clock::now();
+    session.reset();
+    exitTime += SecondsSince(end);
+  }
+  const auto lines = 2.0 * static_cast<double>(state.range(0));
+  state.counters["perLine"] = benchmark::Counter(scriptTime / lines, benchmark::Counter::kAvgIterations);
+  state.counters["memoryPerLine"] = benchmark::Counter(memory / lines, benchmark::Counter::kAvgIterations);
+  state.counters["exit"] = benchmark::Counter(exitTime, benchmark::Counter::kAvgIterations);
+}
+
+BENCHMARK(BM_Variables)->Arg(1250)->Arg(2500)->Arg(5000)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace
