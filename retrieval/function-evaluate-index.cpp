@@ -64,13 +64,12 @@ bool TFunctionEvaluateIndex::Execute(const std::vector<std::string>& params) {
     Print(reason);
     return false;
   }
-  const auto& images = database->GetImages();
-  const bool hasCarrier =
-      std::any_of(images.begin(), images.end(), [&](const auto& image) { return image->HasTag(tag); });
+  const TRecallPrecision result = Measure(*database, *index, tag);
+  // Any carrier of the tag, wherever it ranks, adds to the precision.
+  const bool hasCarrier = result.averagePrecision > 0.0;
   if (!hasCarrier) {
     Print(FormatString("No image carries the tag '%s'", tag.c_str()));
   }
-  const TRecallPrecision result = Measure(*database, *index, tag);
   Print(FormatString("MAP: %.08f", result.averagePrecision));
   if (!Write(kCurveFile, FormatCurve(result.curve)) || !Write(kScriptFile, FormatPlotScript(tag))) {
     return false;
