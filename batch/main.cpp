@@ -53,6 +53,7 @@ void ForgetScreen() {
                                "QT_STYLE_OVERRIDE", "QT_QPA_PLATFORMTHEME", "QT_AUTO_SCREEN_SCALE_FACTOR"}) {
     qunsetenv(variable);
   }
+  // One pixel of a dialog is one pixel of its picture.
   qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
   qputenv("QT_QPA_PLATFORM", "offscreen");
 }
@@ -61,9 +62,9 @@ void ForgetScreen() {
 class TTableFile {
  public:
   /// An empty path asks for no table.
-  explicit TTableFile(const std::string& path) : path(path) {
-    if (!path.empty()) {
-      output.emplace(path);
+  explicit TTableFile(const std::string& thePath) : path(thePath) {
+    if (!thePath.empty()) {
+      output.emplace(thePath);
     }
   }
 
@@ -99,6 +100,7 @@ int RunLines(const TOptions& options, base::TLineReader* reader, TStreamView& vi
     const std::string standardInput = reader->IsTerminal() ? "" : "-";
     controller.RunScript(*reader, options.script.empty() ? standardInput : options.script);
   }
+  // The tables are written even after lines that failed: what succeeded is worth having, and the status tells.
   std::string failedFile = saver.GetFailedFile();
   if (tables.variables.IsWanted() && !tables.variables.Write(FormatVariables(controller.GetVarList()))) {
     failedFile = tables.variables.GetPath();
@@ -188,6 +190,7 @@ int Run(int argc, char** argv) {
   base::CatchSignals();
   base::KeepFreedMemory();
   ForgetScreen();
+  // The toolkit must not take options out of our own arguments, which were parsed already.
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();

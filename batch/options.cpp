@@ -50,6 +50,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   // A long option behind a single dash is a slip that needs no guessing.
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   QCommandLineOption line("e", "", "LINE");
+  // "-e" takes its line also without a blank, as other programs of a shell do.
   line.setFlags(QCommandLineOption::ShortOptionStyle);
   parser.addOption(line);
   parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"runs", "", "DIR"}});
@@ -63,6 +64,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   for (const char* name :
        {"pictures", "variables", "rankings", "runs", "segments", "seed", "plugins", "check-plugin"}) {
     const QStringList values = parser.values(name);
+    // The parser would take the last one without a word.
     if (values.size() > 1 && std::string_view(name) != "plugins") {
       reason = std::string("There is more than one '--") + name + "'.";
     } else if (values.contains(QString())) {
@@ -88,6 +90,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   TOptions options;
   if (parser.isSet("seed")) {
     bool isNumber = false;
+    // 32 bits without a sign: what rand() and the generator of the network library are seeded with.
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
       reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";

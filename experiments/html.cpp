@@ -26,6 +26,7 @@ std::string EscapeHtml(std::string_view text) {
 
 std::string FormatDecimals(double number, int decimals) {
   std::string text = FormatString("%.*f", decimals, number);
+  // "-0.000" would read as a difference with a direction.
   const bool isZero = text.find_first_of("123456789") == std::string::npos;
   return isZero && text.starts_with('-') ? text.substr(1) : text;
 }

@@ -21,7 +21,7 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 /// Reads the stored vectors of one feature, image after image.
 class TStoredFeatureReader {
  public:
-  explicit TStoredFeatureReader(const std::string& featureName) : featureName(featureName) {}
+  explicit TStoredFeatureReader(const std::string& theFeatureName) : featureName(theFeatureName) {}
 
   /// Fills the vector with the doubles of the image's file; bytes behind the last whole one do not count. Where there
   /// is no file of exactly that name, one that differs in the case of ASCII letters serves, of several the first in

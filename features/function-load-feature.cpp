@@ -33,6 +33,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   Print("Loading features..");
+  // Nothing is refused on the strength of it: a collection that was moved has other paths and the same pictures. The
+  // user is told, and decides.
   const TFeatureSources sources(featureName);
   TStoredFeatureReader reader(featureName);
   TPictureReport report(output);
@@ -69,6 +71,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
 base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader, const std::string& featureName,
                                                    TVarImage& image) const {
   TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
+  // A vector that is there is filled in its place, so that the order of features, which decides the order of sums in a
+  // search, stays.
   TFeatureVector* known = features.Find(featureName);
   auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
   if (added) {

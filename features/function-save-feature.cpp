@@ -41,6 +41,7 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     }
     const std::string path = StoredFeaturePath(featureName, image.GetFilename());
     if (!SaveStoredFeature(path, *vector)) {
+      // Ends the command: where one file cannot be written, as on a full disk, the others cannot either.
       failedFile = path;
       return false;
     }

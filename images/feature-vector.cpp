@@ -9,6 +9,7 @@ void TFeatureVector::SetLength(std::uint32_t newLength) {
   // Free first: two vectors of the largest size need not fit side by side.
   data.reset();
   length = newLength;
+  // Without zeros: whoever sets a length writes every element next.
   data = std::make_unique_for_overwrite<double[]>(length);
 }
 
