@@ -6,9 +6,10 @@
 #include <QString>
 
 #include "base/format-string.h"
+#include "experiments/repaired-text.h"
 
 std::string EscapeHtml(std::string_view text) {
-  QString decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  QString decoded = RepairText(text);
   for (QChar& character : decoded) {
     constexpr char16_t kPictures = 0x2400;
     constexpr char16_t kPictureOfDelete = 0x2421;

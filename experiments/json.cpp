@@ -1,13 +1,11 @@
 #include "experiments/json.h"
 
-#include <QString>
-
 #include "base/format-string.h"
+#include "experiments/repaired-text.h"
 
 std::string TJsonWriter::Quote(std::string_view text) {
-  const QString decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
   std::string quoted(1, '"');
-  for (const char character : decoded.toStdString()) {
+  for (const char character : RepairText(text).toStdString()) {
     if (character == '"' || character == '\\') {
       quoted += '\\';
       quoted += character;

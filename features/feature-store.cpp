@@ -39,18 +39,23 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
 base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVector& vector) {
   path = StoredFeaturePath(featureName, imageFilename);
   const base::TReadOutcome outcome = ReadFile();
-  if (outcome == base::TReadOutcome::kRead) {
-    const std::string_view bytes = reader.GetBytes();
-    vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
-    std::copy_n(bytes.data(), vector.GetLength() * sizeof(double), reinterpret_cast<char*>(vector.GetData()));
-    base::ToLittleEndian(vector.GetData(), vector.GetLength());
+  if (outcome != base::TReadOutcome::kRead) {
+    return outcome;
   }
+  const std::string_view bytes = reader.GetBytes();
+  if (bytes.size() % sizeof(double) != 0 || (length && bytes.size() != *length * sizeof(double))) {
+    return base::TReadOutcome::kAbsent;
+  }
+  vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
+  std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
+  base::ToLittleEndian(vector.GetData(), vector.GetLength());
+  vector.SetLacksPicture(false);
   return outcome;
 }
 
 base::TReadOutcome TStoredFeatureReader::ReadFile() {
-  // 2^24 doubles, 128 MiB, as many as a plug-in may ask for. Bytes behind the last whole double do not count and are
-  // allowed.
+  // 2^24 doubles, 128 MiB, as many as a plug-in may ask for, and a few bytes: a file with half a double behind those is
+  // not too large, but no stored vector.
   constexpr std::uint64_t kMost = (std::uint64_t{1} << 24) * sizeof(double) + sizeof(double) - 1;
   const base::TReadOutcome outcome = reader.Read(path, kMost);
   if (outcome != base::TReadOutcome::kAbsent) {

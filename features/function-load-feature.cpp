@@ -28,7 +28,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     Print("No images in database");
     return false;
   }
-  if (featureList->Find(featureName) == nullptr) {
+  const TFeature* feature = featureList->Find(featureName);
+  if (feature == nullptr) {
     Print("Unknown feature");
     return false;
   }
@@ -36,7 +37,7 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
   // Nothing is refused on the strength of it: a collection that was moved has other paths and the same pictures. The
   // user is told, and decides.
   const TFeatureSources sources(featureName);
-  TStoredFeatureReader reader(featureName);
+  TStoredFeatureReader reader(featureName, feature->GetLength());
   TPictureReport report(output);
   int fromOthers = 0;
   int missing = 0;
