@@ -7,6 +7,7 @@
 
 #include "base/native-path.h"
 #include "gui/eight-bit-text.h"
+#include "images/image-rgb.h"
 
 namespace {
 
