@@ -35,6 +35,7 @@ struct TEncodedPicture {
     Rewind();
     return FreeImage_ValidateFromHandle(format, &io, handle) != FALSE;
   }
+  long GetSize() { return io.seek_proc(handle, 0, SEEK_END) == 0 ? io.tell_proc(handle) : 0; }
   bool Read(unsigned char* bytes, unsigned count) { return io.read_proc(bytes, 1, count, handle) == count; }
   FIBITMAP* Decode(FREE_IMAGE_FORMAT format, int flags) {
     Rewind();
@@ -53,17 +54,42 @@ constexpr std::array kTrustedFormats = {
     FIF_PNG, FIF_WEBP,
     // The library's own, of long standing and little to go wrong.
     FIF_GIF, FIF_BMP, FIF_PBM, FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW,
-    // Large libraries that are held against damaged files by their makers day and night.
-    FIF_TIFF, FIF_J2K, FIF_JP2};
+    // A large library that its makers hold against damaged files day and night.
+    FIF_TIFF};
 // All others run in a process apart. Damaged files crashed the decoders of PSD, JPEG XR, Sun raster, XPM, TGA and PCX
-// and drove those of XBM, IFF, EXR and PICT into loops without an end. Those of ICO, MNG, JNG, HDR, DDS, SGI, PFM, PCD,
-// CUT, KOALA and WBMP are seldom used, and their like; cameras' raw files have thousands of variants. What has no known
-// form goes there as well, since telling what it is takes the same code.
+// and drove those of XBM, IFF, EXR and PICT into loops without an end. That of JPEG 2000 takes 12 bytes a pixel, of
+// which the header of a file without any pixels may claim hundreds of millions. Those of ICO, MNG, JNG, HDR, DDS, SGI,
+// PFM, PCD, CUT, KOALA and WBMP are seldom used, and their like; cameras' raw files have hundreds of variants. What has
+// no known form goes there as well, since telling what it is takes the same code.
 
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 constexpr std::int64_t kMostBytes = std::int64_t{2} << 30;
 constexpr base::TGuardLimits kLimitsApart = {
     .processorSeconds = 20, .waitedSeconds = 120, .memory = static_cast<std::size_t>(kMostBytes)};
+
+// A file that claims more pixels than kPlausiblePixels, and more than these for each of its bytes, would take seconds
+// and gigabytes, most likely for nothing: it is decoded apart whatever its format. A blank page that was scanned may
+// have so many, therefore it is decoded.
+constexpr std::int64_t kPlausiblePixels = std::int64_t{1} << 24;
+constexpr std::int64_t kPlausiblePixelsPerByte = 1000;
+
+/// How many pixels a byte of a file can hold at most, with something to spare.
+std::int64_t MostPixelsPerByte(FREE_IMAGE_FORMAT format) {
+  switch (format) {
+    case FIF_PNG:
+    case FIF_WEBP:
+    case FIF_TIFF:
+    case FIF_J2K:
+    case FIF_JP2:
+      // A picture of one color may have any size.
+      return kMostPixels;
+    case FIF_GIF:
+      // Twelve bits for 4096 equal pixels.
+      return 3000;
+    default:
+      return kPlausiblePixelsPerByte;
+  }
+}
 
 /// The divisor that asks for no pixels at all.
 constexpr int kHeaderOnly = 0;
@@ -186,79 +212,97 @@ FREE_IMAGE_FORMAT FindFormat(TEncodedPicture& source) {
 
 /// What a decoder makes of a picture.
 struct TForm {
-  std::int64_t width;
-  std::int64_t height;
-  std::int64_t bits;
+  std::int64_t width = 0;
+  std::int64_t height = 0;
+  std::int64_t bits = 0;
 
+  bool IsEmpty() const { return width <= 0 || height <= 0; }
   bool IsTooLarge() const { return width * height > kMostPixels || (width * bits + 31) / 32 * 4 * height > kMostBytes; }
 };
 
+/// The empty form for no bitmap.
 TForm FormOf(FIBITMAP* bitmap) {
   return {FreeImage_GetWidth(bitmap), FreeImage_GetHeight(bitmap), FreeImage_GetBPP(bitmap)};
 }
 
 /// The form of the first frame, which the library does not tell without decoding it.
-std::optional<TForm> GifForm(TEncodedPicture& source) {
+TForm GifForm(TEncodedPicture& source) {
   source.Rewind();
   const auto skip = [&source](long count) { return source.io.seek_proc(source.handle, count, SEEK_CUR) == 0; };
   std::array<unsigned char, 13> screen;
   if (!source.Read(screen.data(), screen.size()) || ((screen[10] & 0x80) != 0 && !skip(3L << ((screen[10] & 7) + 1)))) {
-    return std::nullopt;
+    return {};
   }
   for (unsigned char block = 0; source.Read(&block, 1);) {
     if (std::array<unsigned char, 8> frame; block == ',' && source.Read(frame.data(), frame.size())) {
       return TForm{frame[4] | frame[5] << 8, frame[6] | frame[7] << 8, 8};
     }
     if (block != '!' || !skip(1)) {
-      return std::nullopt;
+      return {};
     }
     for (unsigned char length = 1; length > 0;) {
       if (!source.Read(&length, 1) || !skip(length)) {
-        return std::nullopt;
+        return {};
       }
     }
   }
-  return std::nullopt;
+  return {};
 }
 
 /// What came of a picture.
 struct TDecoded {
-  /// Null if its size already ruled it out, if nobody asked for it, or if it cannot be decoded.
+  /// Null if its header already ruled it out, if nobody asked for it, or if it cannot be decoded.
   TBitmap bitmap;
   bool isReadable = false;
   bool isDamaged = false;
   std::optional<std::pair<int, int>> refusedSize;
-
-  bool Accept(const std::optional<TForm>& form) {
-    isReadable = form && !form->IsTooLarge();
-    if (form && !isReadable) {
-      refusedSize = {static_cast<int>(form->width), static_cast<int>(form->height)};
-      bitmap.reset();
-    }
-    return isReadable;
-  }
 };
 
-TDecoded Decode(TEncodedPicture& source, FREE_IMAGE_FORMAT format, int divisor) {
-  TDecoded decoded;
-  // JPEG 2000 does leave out the pixels, although the library says that it does not.
-  const bool hasHeader = FreeImage_FIFSupportsNoPixels(format) != FALSE || format == FIF_J2K || format == FIF_JP2;
-  std::optional<TForm> form;
+/// The form of the picture, without its pixels as far as the format can leave them out. Nothing if it cannot; an empty
+/// form for a picture that cannot be read.
+std::optional<TForm> ReadForm(TEncodedPicture& source, FREE_IMAGE_FORMAT format) {
   if (format == FIF_GIF) {
-    form = GifForm(source);
-  } else if (const TBitmap header(hasHeader ? source.Decode(format, FIF_LOAD_NOPIXELS) : nullptr); header) {
-    form = FormOf(header.get());
+    return GifForm(source);
   }
-  if ((hasHeader || form) && (!decoded.Accept(form) || divisor == kHeaderOnly)) {
+  // JPEG 2000 does leave out the pixels, although the library says that it does not.
+  if (FreeImage_FIFSupportsNoPixels(format) == FALSE && format != FIF_J2K && format != FIF_JP2) {
+    return std::nullopt;
+  }
+  const TBitmap header(source.Decode(format, FIF_LOAD_NOPIXELS));
+  return FormOf(header.get());
+}
+
+/// False for a picture that is large and has more than so many pixels for each byte of its file.
+bool HasFewer(std::int64_t pixelsPerByte, const TForm& form, TEncodedPicture& source) {
+  const std::int64_t pixels = form.width * form.height;
+  return pixels <= kPlausiblePixels || pixels <= pixelsPerByte * source.GetSize();
+}
+
+/// Decodes a picture whose form is known, if it can be.
+TDecoded Decode(TEncodedPicture& source, FREE_IMAGE_FORMAT format, const std::optional<TForm>& form, int divisor) {
+  TDecoded decoded;
+  const auto accept = [&](const TForm& found) {
+    if (found.IsTooLarge()) {
+      decoded.refusedSize = {static_cast<int>(found.width), static_cast<int>(found.height)};
+    }
+    decoded.isReadable = !found.IsEmpty() && !found.IsTooLarge() && HasFewer(MostPixelsPerByte(format), found, source);
+    return decoded.isReadable;
+  };
+  if (form && (!accept(*form) || divisor == kHeaderOnly)) {
     return decoded;
   }
   // The library takes the longer side that is wanted, in the upper half of the flags, and decodes at the smallest part
   // of the full size that is not below it.
-  const int flags = divisor > 1 ? static_cast<int>(std::max(form->width, form->height) / divisor) << 16 : 0;
+  const int flags = divisor > 1 && form ? static_cast<int>(std::max(form->width, form->height) / divisor) << 16 : 0;
   const TDecoderMessages messages;
   decoded.bitmap.reset(source.Decode(format, flags));
   decoded.isDamaged = messages.AnyDamage();
-  decoded.Accept(decoded.bitmap ? std::optional(FormOf(decoded.bitmap.get())) : std::nullopt);
+  const TForm made = FormOf(decoded.bitmap.get());
+  // Next to nothing of a large picture is nothing.
+  if (!accept(made) || (decoded.isDamaged && !HasFewer(kPlausiblePixelsPerByte, form.value_or(made), source))) {
+    decoded.isReadable = false;
+    decoded.bitmap.reset();
+  }
   return decoded;
 }
 
@@ -320,7 +364,10 @@ std::size_t RowSize(int width) {
 /// Decodes a picture of any format and writes what came of it. False if it cannot be read.
 bool Answer(TEncodedPicture& source, int divisor, std::FILE* answer) {
   const FREE_IMAGE_FORMAT format = FindFormat(source);
-  TDecoded decoded = format == FIF_UNKNOWN ? TDecoded() : Decode(source, format, divisor);
+  if (format == FIF_UNKNOWN) {
+    return false;
+  }
+  TDecoded decoded = Decode(source, format, ReadForm(source, format), divisor);
   TAnswerHead head;
   head.isTooLarge = decoded.refusedSize.has_value();
   head.isDamaged = decoded.isDamaged;
@@ -391,6 +438,16 @@ bool TImageRGB::ReadHeader(const std::string& path) {
   return stream.IsOpen() && Load(stream.source, kHeaderOnly);
 }
 
+bool TImageRGB::IsSafe(const std::string& path) {
+  TFileStream stream(path);
+  if (!stream.IsOpen()) {
+    return false;
+  }
+  const FREE_IMAGE_FORMAT format = FindTrustedFormat(stream.source);
+  const auto form = format == FIF_UNKNOWN ? std::nullopt : ReadForm(stream.source, format);
+  return form && !form->IsEmpty() && !form->IsTooLarge() && HasFewer(kPlausiblePixelsPerByte, *form, stream.source);
+}
+
 std::pair<int, int> TImageRGB::JpegSize(const std::string& path) {
   TFileStream stream(path);
   const TBitmap header(
@@ -419,7 +476,11 @@ bool TImageRGB::Load(TEncodedPicture& source, int divisor) {
   if (format == FIF_UNKNOWN) {
     return base::CanRunGuarded() && LoadApart(source, divisor);
   }
-  TDecoded decoded = Decode(source, format, divisor);
+  const std::optional<TForm> form = ReadForm(source, format);
+  if (base::CanRunGuarded() && form && !form->IsTooLarge() && !HasFewer(kPlausiblePixelsPerByte, *form, source)) {
+    return LoadApart(source, divisor);
+  }
+  TDecoded decoded = Decode(source, format, form, divisor);
   refusedSize = decoded.refusedSize;
   if (!decoded.isReadable || divisor == kHeaderOnly) {
     return decoded.isReadable;

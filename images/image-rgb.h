@@ -38,6 +38,10 @@ class TImageRGB : public TPixelBuffer {
   /// already that LoadFromFile would fail.
   bool ReadHeader(const std::string& path);
 
+  /// True for a file that any decoder of its format may be given in this process: the format is one whose decoders
+  /// stand damaged files, and the picture is neither too large nor out of all proportion to its file.
+  static bool IsSafe(const std::string& path);
+
   /// True if the decoder reported damage in the file that was loaded last: a JPEG that was cut off, for one. What could
   /// be decoded is in the buffer.
   bool IsDamaged() const { return isDamaged; }

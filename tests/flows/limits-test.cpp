@@ -63,22 +63,28 @@ std::string PfmHeader(unsigned width, unsigned height) {
   return "PF\n" + std::to_string(width) + " " + std::to_string(height) + "\n-1.0\n";
 }
 
-TEST(Limits, APictureHasAtMost2To28PixelsAnd2GiBInItsDecodersForm) {
+TEST(Limits, APictureHasAtMost2To28PixelsAnd2GiBInItsDecodersFormAndAFileToHoldThem) {
   const TScratchDirectory directory;
   struct TCase {
     const char* name;
-    std::string bytes;
+    std::string header;
+    std::uintmax_t size;
     const char* fault;
   };
-  // 13378 pixels of 12 bytes make 160536 bytes, and 2^31 / 160536 is 13376.96.
+  constexpr std::uintmax_t kAmple = 1000000;
+  // 13378 pixels of 12 bytes make 160536 bytes, and 2^31 / 160536 is 13376.96. 4096 x 4097 are 16781312.
   const std::vector<TCase> cases = {
-      {"fits.bmp", BmpHeader(16384, 16384), ""},
-      {"higher.bmp", BmpHeader(16384, 16385), "  File 'higher.bmp' is too large: 16384 x 16385\n"},
-      {"wider.jpg", BmpHeader(1U << 29, 1), "  File 'wider.jpg' is too large: 536870912 x 1\n"},
-      {"fits.pfm", PfmHeader(13378, 13376), ""},
-      {"higher.pfm", PfmHeader(13378, 13377), "  File 'higher.pfm' is too large: 13378 x 13377\n"}};
-  for (const auto& [name, bytes, fault] : cases) {
-    MakeFile(name, bytes);
+      {"fits.bmp", BmpHeader(16384, 16384), kAmple, ""},
+      {"higher.bmp", BmpHeader(16384, 16385), kAmple, "  File 'higher.bmp' is too large: 16384 x 16385\n"},
+      {"wider.jpg", BmpHeader(1U << 29, 1), 54, "  File 'wider.jpg' is too large: 536870912 x 1\n"},
+      {"fits.pfm", PfmHeader(13378, 13376), kAmple, ""},
+      {"higher.pfm", PfmHeader(13378, 13377), kAmple, "  File 'higher.pfm' is too large: 13378 x 13377\n"},
+      {"small.bmp", BmpHeader(4096, 4096), 54, ""},
+      {"filled.bmp", BmpHeader(4096, 4097), 16782, ""},
+      {"empty.bmp", BmpHeader(4096, 4097), 16781, "  File 'empty.bmp' cannot be read\n"}};
+  for (const auto& [name, header, size, fault] : cases) {
+    MakeFile(name, header);
+    std::filesystem::resize_file(name, size);
     const std::string load = "a = loadimage(\"" + std::string(name) + "\")";
     QProcess process;
     // Nobody sees the picture, so that only the header is read.
