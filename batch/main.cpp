@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <boost/bind/bind.hpp>
 
+#include "base/abandoned-files.h"
 #include "base/console.h"
 #include "base/file.h"
 #include "base/format-string.h"
@@ -30,6 +31,7 @@ namespace {
 constexpr int kSucceeded = 0;
 constexpr int kLineFailed = 1;
 constexpr int kUnusable = 2;
+constexpr int kIncomplete = 3;
 // As a shell reports a program that Ctrl-C or a closed pipe ended.
 constexpr int kInterrupted = 130;
 constexpr int kNobodyReads = 141;
@@ -121,7 +123,10 @@ int RunLines(const TOptions& options, base::TLineReader* reader, TStreamView& vi
   if (view.HasFailed()) {
     return kNobodyReads;
   }
-  return controller.GetFailedLines() == 0 ? kSucceeded : kLineFailed;
+  if (controller.GetFailedLines() > 0) {
+    return kLineFailed;
+  }
+  return controller.HasLosses() ? kIncomplete : kSucceeded;
 }
 
 int CheckOnePlugin(const std::string& fileName) {
@@ -172,6 +177,9 @@ int Run(int argc, char** argv) {
   for (const std::string& directory : {options->pictures, options->rankings, options->runs}) {
     if (!directory.empty() && !base::MakeWritableDirectory(directory)) {
       return Refuse(FormatString("Directory '%s' cannot be written", directory.c_str()));
+    }
+    if (!directory.empty()) {
+      base::RemoveAbandonedFiles(directory);
     }
   }
   TTableFiles tables = {TTableFile(options->variables), TTableFile(options->segments)};

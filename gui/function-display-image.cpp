@@ -63,7 +63,7 @@ bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
     Print("Parameter is not of type 'image'");
     return false;
   }
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   if (!DialogsAreShown()) {
     report.Check(image->GetFilename());
     return true;

@@ -58,7 +58,7 @@ bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
   if (images->IsDatabase()) {
     Print("Processing.. this could take some time");
   }
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   const auto step = [&](TVarImage& image) {
     SegmentImage(image, method, report);
     return true;
