@@ -179,6 +179,10 @@ void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) 
         break;
       }
     }
+    if (reader.HasFailed() && !base::Interrupted()) {
+      ++failedLines;
+      PrintLine(FormatString("Script '%s' cannot be read to its end", script.c_str()));
+    }
   };
   RunOutside([&] { RunAsWork(lines); });
 }
