@@ -2,6 +2,7 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "base/abandoned-files.h"
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -45,6 +46,9 @@ bool TBatchSession::Open(std::string& reason) {
     if (!directory.empty() && !base::MakeWritableDirectory(directory)) {
       reason = FormatString("Directory '%s' cannot be written", directory.c_str());
       return false;
+    }
+    if (!directory.empty()) {
+      base::RemoveAbandonedFiles(directory);
     }
   }
   const auto open = [&](std::optional<base::TNamedOutput>& table, const std::string& path) {
@@ -97,5 +101,8 @@ int TBatchSession::Run(std::FILE* output) {
   if (view.HasFailed()) {
     return kBatchNobodyReads;
   }
-  return controller.GetFailedLines() == 0 ? kBatchSucceeded : kBatchLineFailed;
+  if (controller.GetFailedLines() > 0) {
+    return kBatchLineFailed;
+  }
+  return controller.HasLosses() ? kBatchIncomplete : kBatchSucceeded;
 }

@@ -114,15 +114,19 @@ void TWindowView::SelectCommandText() {
 }
 
 void TWindowView::BeginWork() {
-  ++workDepth;
   window.SetBusy(true);
+  ++workDepth;
 }
 
 void TWindowView::EndWork() noexcept {
   if (--workDepth == 0) {
     FillTable();
   }
-  window.SetBusy(false);
+  try {
+    window.SetBusy(false);
+  } catch (const std::exception&) {
+    // Input that waited may be lost for lack of memory, which is better than the program.
+  }
 }
 
 bool TWindowView::IsClosing() const {

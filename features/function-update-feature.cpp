@@ -37,7 +37,7 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
     Print("Processing.. this could take some time");
     ProcessEvents();
   }
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   int count = 0;
   const auto step = [&](TVarImage& image) {
     if (!ProcessImage(*feature, image, report)) {

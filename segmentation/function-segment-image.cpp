@@ -62,7 +62,7 @@ bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
   }
   // A file that cannot be read is told of and does not end the command: one bad file in a hundred thousand must not
   // cost the others.
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   const auto step = [&](TVarImage& image) {
     SegmentImage(image, method, report);
     return true;
