@@ -46,7 +46,18 @@ void Ask(const TClassifier& classifier, std::uint32_t length) {
   }
 }
 
+/// True if the bytes speak of very many empty examples, which take time and no place in the file.
+bool HasManyEmptyExamples(std::string_view bytes) {
+  TInputReader reader(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  constexpr std::int32_t kMany = 1000;
+  return reader.Take<std::int32_t>() == 0 &&
+         (reader.Take<std::int32_t>() > kMany || reader.Take<std::int32_t>() > kMany);
+}
+
 void TryLoad(const TClassifierType& type, std::string_view bytes) {
+  if (&type == FindClassifierType("nearest") && HasManyEmptyExamples(bytes)) {
+    return;
+  }
   const auto classifier = type.make();
   const TFile file = FileOf(bytes);
   if (!classifier->Load(file.get())) {
