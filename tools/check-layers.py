@@ -79,7 +79,7 @@ def check_plugins(root, rooms):
 DOORS = [
     ("FreeImage", r"#include <FreeImage", r"images/image-rgb\.cpp"),
     ("QLibrary", r"#include <QLibrary", r"features/plugin-exports\.cpp"),
-    ("FANN", r"#include <\w*fann\.h", r"classifiers/classifier-neural-network\.cpp"),
+    ("FANN", r"#include <\w*fann", r"classifiers/(classifier-neural-network|network-output)\.cpp"),
     ("libsvm", r"#include <svm\.h", r"classifiers/(classifier-svm|svm-decision)\.cpp|classifiers/svm-parameter-record\.h"),
     ("Highway", r"#include [<\"]hwy/", r"kernels/.*\.cpp|Sift/sift-conv\.cpp|plugins/.*-rows\.cpp"),
     ("FFTW", r"#include <fftw3", r"plugins/gist\.cpp"),
