@@ -1,6 +1,6 @@
 #pragma once
 
-#include <bit>
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -55,6 +55,13 @@ class TInputReader {
     TNumber number;
     std::memcpy(&number, bytes, sizeof bytes);
     return number;
+  }
+
+  /// As many bytes as there are, `count` at most.
+  std::string_view TakeBlock(std::size_t count) {
+    const std::string_view block = rest.substr(0, count);
+    rest.remove_prefix(block.size());
+    return block;
   }
 
   std::string_view GetRest() const { return rest; }
