@@ -1,5 +1,7 @@
 #include "batch/session.h"
 
+#include <cstdio>
+
 #include <boost/bind/bind.hpp>
 
 #include "base/abandoned-files.h"
@@ -61,8 +63,7 @@ bool TBatchSession::Open(std::string& reason) {
   return open(variables, options.variables) && open(segments, options.segments);
 }
 
-int TBatchSession::Run(std::FILE* output) {
-  TStreamView view(output);
+int TBatchSession::Run(TStreamView& view) {
   TCtrlMain controller(view, options.plugins);
   if (options.seed) {
     controller.SetSeed(*options.seed);
