@@ -96,6 +96,7 @@ const std::vector<TRow>& Rows() {
       {"Scale space, 1920x1080", {"BM_SiftPyramid/1920/1080"}, {{"OpenCV's blurs", "BM_SiftPyramidOpenCv/1920/1080"}}, 1},
       {"Scale space, 4000x3000", {"BM_SiftPyramid/4000/3000"}, {{"OpenCV's blurs", "BM_SiftPyramidOpenCv/4000/3000"}}, 1},
       {"Scale space, a pixel of the dearest of the three sizes", {"BM_SiftPyramid/640/480", "BM_SiftPyramid/1920/1080", "BM_SiftPyramid/4000/3000"}, {{"640x480", "BM_SiftPyramid/640/480"}, {"1920x1080", "BM_SiftPyramid/1920/1080"}, {"4000x3000", "BM_SiftPyramid/4000/3000"}}, 1.3, kPerPixel},
+      {"OpenCV's blurs, a pixel of the dearest of the three sizes: what the caches make of it", {"BM_SiftPyramidOpenCv/640/480", "BM_SiftPyramidOpenCv/1920/1080", "BM_SiftPyramidOpenCv/4000/3000"}, {{"640x480", "BM_SiftPyramidOpenCv/640/480"}, {"1920x1080", "BM_SiftPyramidOpenCv/1920/1080"}, {"4000x3000", "BM_SiftPyramidOpenCv/4000/3000"}}, 0, kPerPixel},
       // Classifiers
       {"\"nearest\", a query over 10,000 histograms of 256", {"BM_NearestHistograms"}, {{"OpenCV", "BM_NearestHistogramsOpenCv"}, {"FAISS", "BM_NearestHistogramsFaiss"}}, 0.12, kPerQuery},
       {"\"nearest\", a query over 10,000 random rows of 256", {"BM_Nearest/10000"}, {{"OpenCV", "BM_NearestOpenCv/10000"}, {"FAISS", "BM_NearestFaiss/10000"}}, 0.4},
@@ -146,6 +147,7 @@ const std::vector<TRow>& Rows() {
       {"Start to window and end, processor time", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kChildTime},
       {"Start to window and end, by the clock", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 0, kWallTime},
       {"Start to window, peak memory", {"BM_Start/workbench"}, {{"bare window, the toolkit alone", "BM_Start/toolkit"}}, 2, kPeakMemory},
+      {"A line in the window while 20 pictures of 4000x3000 are variables", {"BM_LineBesideLargePictures"}, {{"limit", "", 0.005}}, 1},
       {"A script of 5,000 lines that makes 2,500 variables, each line", {"BM_Variables/2500"}, {{"half of it", "BM_Variables/1250"}}, 1.2, kPerLine},
       {"A script of 10,000 lines that makes 5,000 variables, each line", {"BM_Variables/5000"}, {{"half of it", "BM_Variables/2500"}}, 1.2, kPerLine},
       {"Memory of that script, each line", {"BM_Variables/5000"}, {{"half of it", "BM_Variables/2500"}}, 1.2, kMemoryPerLine},

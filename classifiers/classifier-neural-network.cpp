@@ -7,11 +7,11 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include <doublefann.h>
 
 #include "classifiers/model-storage.h"
+#include "classifiers/network-output.h"
 #include "classifiers/network-text.h"
 
 namespace {
@@ -66,6 +66,7 @@ void TClassifierNeuralNetwork::Train() {
     return;
   }
   network.reset();
+  output.reset();
   trainingData.reset();
   if (positiveExamples->GetItems().front()->GetLength() == 0) {
     return;
@@ -96,6 +97,7 @@ void TClassifierNeuralNetwork::Train() {
   fann_test_data(network.get(), trainingData.get());
   fann_print_connections(network.get());
   mse = fann_get_MSE(network.get());
+  output = std::make_unique<TNetworkOutput>(*network);
 }
 
 void TClassifierNeuralNetwork::ReadSettings() {
@@ -126,15 +128,16 @@ std::uint32_t TClassifierNeuralNetwork::SetLayerSizes() {
 }
 
 double TClassifierNeuralNetwork::Classify(const TFeatureVector& vector) const {
-  if (!network || vector.GetLength() != network->num_input) {
+  const std::uint32_t length = vector.GetLength();
+  if (!output || length != output->GetInputCount()) {
     return 0.0;
   }
-  std::vector<fann_type> inputs(vector.GetData(), vector.GetData() + vector.GetLength());
+  const auto inputs = std::make_unique_for_overwrite<double[]>(length + std::size_t{1});
+  std::copy_n(vector.GetData(), length, inputs.get());
   if (normalize) {
-    Normalize(inputs.data(), vector.GetLength());
+    Normalize(inputs.get(), length);
   }
-  const double output = *fann_run(network.get(), inputs.data());
-  return 2 * output - 1;
+  return 2 * output->Run(inputs.get()) - 1;
 }
 
 bool TClassifierNeuralNetwork::Save(std::FILE* file) const {
@@ -169,6 +172,7 @@ bool TClassifierNeuralNetwork::Load(std::FILE* file) {
   normalize = scaling->dimension > 0;
   SetScaling(std::move(*scaling));
   network = std::move(loaded);
+  output = network ? std::make_unique<TNetworkOutput>(*network) : nullptr;
   return true;
 }
 

@@ -7,6 +7,7 @@
 
 #include "base/file.h"
 #include "classifiers/model-storage.h"
+#include "kernels/scale-range.h"
 
 namespace {
 
@@ -123,12 +124,7 @@ void TClassifier::SetScaling(TScaling scaling) {
 
 void TClassifier::Normalize(double* values, std::uint32_t length) const {
   const std::uint32_t known = std::min(length, static_cast<std::uint32_t>(std::max(dimension, 0)));
-  for (std::uint32_t i = 0; i < known; ++i) {
-    const double range = maximum[i] - minimum[i];
-    // Worked out for each, so that compilers can take several at once.
-    const double scaled = 2 * (values[i] - minimum[i]) / range - 1;
-    values[i] = range > 0 ? scaled : values[i];
-  }
+  kernels::ScaleRange(minimum.get(), maximum.get(), known, values);
 }
 
 void TClassifier::Normalize(TFeatureVector& vector) const {

@@ -24,6 +24,7 @@
 #include "kernels/rank-sort.h"
 #include "kernels/reference.h"
 #include "kernels/resize-cubic.h"
+#include "kernels/scale-range.h"
 #include "kernels/swap-red-blue.h"
 
 namespace {
@@ -635,11 +636,39 @@ TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
         for (std::size_t row = 0; row < count; ++row) {
           ExpectSameBits(sums[row], expected[row]);
         }
+        kernels::reference::DotProductsByFours(query.data(), length, rows.data(), count, expected.data());
+        packed.DotProductsByFours(query.data(), sums.data());
+        for (std::size_t row = 0; row < count; ++row) {
+          ExpectSameBits(sums[row], expected[row]);
+        }
         kernels::reference::SquaredDistances(query.data(), length, rows.data(), count, expected.data());
         packed.SquaredDistances(query.data(), sums.data());
         for (std::size_t row = 0; row < count; ++row) {
           ExpectSameBits(sums[row], expected[row]);
         }
+      }
+    }
+  });
+}
+
+TEST(ScaleRange, EqualsThePlainLoopToTheLastBit) {
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr std::array kNumbers{0.0, -0.0, 1.0, 0.1, -3.7, 1e-310, 1e308, -1e308, kInfinity, -kInfinity, kNan};
+  std::mt19937 random(11);
+  OnEachTarget([&] {
+    for (std::size_t length = 0; length < 40; ++length) {
+      std::vector<double> minimum(length);
+      std::vector<double> maximum(length);
+      std::vector<double> values(length);
+      for (std::vector<double>* numbers : {&minimum, &maximum, &values}) {
+        std::generate(numbers->begin(), numbers->end(), [&] { return kNumbers[random() % kNumbers.size()]; });
+      }
+      std::vector<double> expected = values;
+      kernels::reference::ScaleRange(minimum.data(), maximum.data(), length, expected.data());
+      kernels::ScaleRange(minimum.data(), maximum.data(), length, values.data());
+      for (std::size_t i = 0; i < length; ++i) {
+        ExpectSameBits(values[i], expected[i]);
       }
     }
   });
@@ -656,6 +685,9 @@ TEST(PackedRows, SumProductsAndSquares) {
   rows.DotProducts(kQuery.data(), sums.data());
   EXPECT_EQ(sums[0], 5.25);
   EXPECT_EQ(sums[1], 0.0);
+  EXPECT_EQ(sums[8], -2.0);
+  rows.DotProductsByFours(kQuery.data(), sums.data());
+  EXPECT_EQ(sums[0], 5.25);
   EXPECT_EQ(sums[8], -2.0);
   rows.SquaredDistances(kQuery.data(), sums.data());
   EXPECT_EQ(sums[0], 0.0);

@@ -69,6 +69,25 @@ void DotProducts(const double* query, size_t length, const double* numbers, size
         [](auto sum, auto element, auto row) HWY_ATTR { return Add(sum, Mul(element, row)); });
 }
 
+void DotProductsByFours(const double* HWY_RESTRICT query, size_t length, const double* HWY_RESTRICT numbers,
+                        size_t count, double* HWY_RESTRICT sums) {
+  const hn::CappedTag<double, kAbreast> d;
+  const size_t lanes = hn::Lanes(d);
+  for (size_t s = 0; s < count / lanes; ++s) {
+    const double* HWY_RESTRICT rows = Stream(numbers, length, lanes, s);
+    const auto product = [&](size_t i) HWY_ATTR { return Mul(Set(d, query[i]), LoadU(d, rows + i * kAbreast)); };
+    auto sum = Zero(d);
+    for (size_t i = length % 4; i > 0; --i) {
+      sum = Add(sum, product(i - 1));
+    }
+    // One addition in four waits for the one before: a single sum keeps the processor busy.
+    for (size_t i = length % 4; i < length; i += 4) {
+      sum = Add(sum, Add(Add(Add(product(i), product(i + 1)), product(i + 2)), product(i + 3)));
+    }
+    StoreU(sum, d, sums + s * lanes);
+  }
+}
+
 void SquaredDistances(const double* query, size_t length, const double* numbers, size_t count, double* sums) {
   SumUp(query, length, numbers, count, sums, [](auto sum, auto element, auto row) HWY_ATTR {
     const auto difference = Sub(element, row);
@@ -86,6 +105,7 @@ namespace kernels {
 namespace {
 
 HWY_EXPORT(DotProducts);
+HWY_EXPORT(DotProductsByFours);
 HWY_EXPORT(SquaredDistances);
 
 }  // namespace
@@ -96,6 +116,10 @@ PackedRows::PackedRows(std::size_t count, std::size_t length) : count(count), le
 
 void PackedRows::DotProducts(const double* query, double* sums) const {
   HWY_DYNAMIC_DISPATCH(kernels::DotProducts)(query, length, numbers.data(), RoundedCount(), sums);
+}
+
+void PackedRows::DotProductsByFours(const double* query, double* sums) const {
+  HWY_DYNAMIC_DISPATCH(kernels::DotProductsByFours)(query, length, numbers.data(), RoundedCount(), sums);
 }
 
 void PackedRows::SquaredDistances(const double* query, double* sums) const {

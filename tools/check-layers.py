@@ -79,7 +79,7 @@ def check_plugins(root, rooms):
 DOORS = [
     ("FreeImage", r"#include <FreeImage", r"images/image-rgb\.cpp"),
     ("QLibrary", r"#include <QLibrary", r"features/plugin-exports\.cpp"),
-    ("FANN", r"#include <\w*fann\.h", r"classifiers/classifier-neural-network\.cpp"),
+    ("FANN", r"#include <\w*fann", r"classifiers/(classifier-neural-network|network-output)\.cpp"),
     ("libsvm", r"#include <svm\.h", r"classifiers/(classifier-svm|svm-decision)\.cpp|classifiers/svm-parameter-record\.h"),
     ("Highway", r"#include [<\"]hwy/", r"kernels/.*\.cpp|Sift/sift-conv\.cpp|plugins/.*-rows\.cpp"),
     ("FFTW", r"#include <fftw3", r"plugins/gist\.cpp"),
@@ -135,7 +135,7 @@ def check(root):
             included_room = rooms.get(str(Path(included).with_suffix("")))
             if included_room is None and Path(included).parts[0] == Path(name).parts[0] and room in GROUND:
                 continue
-            if included_room is None:
+            if included_room is None or included_room == "batch":
                 faults.append(f'{name}: "{included}" stands on no floor')
             elif is_test and FLOORS.get(room, 0) == 3 == FLOORS.get(included_room, 0):
                 continue
