@@ -78,7 +78,8 @@ def environment(arguments, folder):
         if point.stdout != ",\n":
             raise Skipped(f"locale {arguments.locale} is not in force")
     if arguments.simd:
-        variables["LD_PRELOAD"], variables["SIMD_LEVEL"] = arguments.simd
+        library, variables["SIMD_LEVEL"] = arguments.simd
+        variables["LD_PRELOAD"] = str(Path(library).resolve())
         if variables["SIMD_LEVEL"] == "plain":
             variables.update(WITHOUT_INSTRUCTIONS)
     return variables
