@@ -36,6 +36,7 @@ TCommandLine::TCommandLine(QWidget* parent)
   completer->setWidget(this);
   completer->setCompletionMode(QCompleter::UnfilteredPopupCompletion);
   completer->setMaxVisibleItems(12);
+  completer->popup()->setAccessibleName("Candidates");
   connect(completer, qOverload<const QString&>(&QCompleter::activated), this, &TCommandLine::Accept);
   connect(this, &QLineEdit::textEdited, this, [this] {
     if (ShowsCandidates()) {
