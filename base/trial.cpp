@@ -34,16 +34,11 @@ TMemoryInUse MemoryInUse() {
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <fstream>
 
 #include <poll.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#ifdef __linux__
-#include <sys/prctl.h>
-#endif
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -51,6 +46,9 @@ TMemoryInUse MemoryInUse() {
 // Not every compiler brings sanitizer/allocator_interface.h with it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
+
+#include "base/child-process.h"
+#include "base/memory.h"
 
 namespace base {
 
@@ -135,20 +133,8 @@ void CatchFaults() {
   sigaction(SIGBUS, &action, nullptr);
 }
 
-[[noreturn]] void BeTrial(const boost::function<void(const TTell&)>& trial, pid_t parent) {
-#ifdef __linux__
-  // Whatever ends the parent shall end this process too, even in an endless loop.
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) {
-    _exit(EXIT_FAILURE);
-  }
-#else
-  (void)parent;
-#endif
-  const rlimit noCore = {0, 0};
-  setrlimit(RLIMIT_CORE, &noCore);
+[[noreturn]] void BeTrial(const boost::function<void(const TTell&)>& trial) {
   dup2(STDERR_FILENO, STDOUT_FILENO);
-  std::signal(SIGINT, SIG_DFL);
   CatchFaults();
   try {
     trial(TellLine);
@@ -220,34 +206,21 @@ bool CanRunTrials() {
 }
 
 TTrialOutcome RunTrial(const boost::function<void(const TTell&)>& trial, const TTell& hear, int patienceMilliseconds) {
-  std::array<int, 2> ends;
-  if (pipe(ends.data()) != 0) {
-    return {TTrialEnd::kNotStarted, std::strerror(errno)};
-  }
   // What is still in the buffers would be written twice.
   std::fflush(nullptr);
-  const pid_t parent = getpid();
-  const pid_t child = fork();
-  if (child == 0) {
-    close(ends[0]);
-    toParent = ends[1];
-    BeTrial(trial, parent);
-  }
-  close(ends[1]);
-  if (child < 0) {
-    close(ends[0]);
+  const auto child = StartChild([&](int ownEnd) {
+    toParent = ownEnd;
+    BeTrial(trial);
+  });
+  if (!child) {
     return {TTrialEnd::kNotStarted, std::strerror(errno)};
   }
   TTrialOutcome outcome = {TTrialEnd::kCrashed, {}};
-  if (!Listen(ends[0], hear, patienceMilliseconds, outcome)) {
+  if (!Listen(child->fromChild, hear, patienceMilliseconds, outcome)) {
     outcome = {TTrialEnd::kHung, {}};
   }
-  // It may also have closed the pipe and gone on. One that is ending by itself is not changed by this.
-  kill(child, SIGKILL);
-  close(ends[0]);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  // It may also have closed the pipe and gone on.
+  const int status = EndChild(*child);
   if (outcome.end == TTrialEnd::kCrashed && outcome.how.empty()) {
     outcome.how = HowItEnded(status);
   }
@@ -297,11 +270,7 @@ TMemoryInUse MemoryInUse() {
   const auto heap = mallinfo2();
   memory.allocated = heap.uordblks + heap.hblkhd;
 #endif
-  // The first number is that of all mapped pages.
-  std::ifstream statistics("/proc/self/statm");
-  if (std::size_t count = 0; statistics >> count) {
-    memory.mapped = count * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  }
+  memory.mapped = MappedMemory();
   return memory;
 #endif
 }

@@ -6,6 +6,7 @@
 
 TFeatureHsv::TFeatureHsv() {
   name = "hsv";
+  length = kHistogramLength;
   needsColor = true;
 }
 

@@ -6,6 +6,7 @@
 
 TFeatureLbp::TFeatureLbp() {
   name = "lbp";
+  length = kHistogramLength;
   needsGrayscale = true;
 }
 

@@ -17,14 +17,18 @@ std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName
   return reason.empty() ? std::move(plugin) : nullptr;
 }
 
+std::optional<std::uint32_t> TFeaturePlugin::GetLength() const {
+  const std::int32_t answer = exports.getFeatureLength();
+  return answer < 0 || answer > kMaxPluginLength ? std::nullopt : std::optional(static_cast<std::uint32_t>(answer));
+}
+
 bool TFeaturePlugin::PrepareVector(TFeatureVector& vector) const {
-  const std::int32_t length = exports.getFeatureLength();
-  if (length < 0 || length > kMaxPluginLength) {
-    return false;
+  const auto answer = GetLength();
+  if (answer) {
+    vector.SetName(name);
+    vector.SetLength(*answer);
   }
-  vector.SetName(name);
-  vector.SetLength(static_cast<std::uint32_t>(length));
-  return true;
+  return answer.has_value();
 }
 
 bool TFeaturePlugin::ProcessColor(const TImageRGB& image, TFeatureVector& vector) const {

@@ -37,12 +37,17 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
 base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVector& vector) {
   path = StoredFeaturePath(featureName, imageFilename);
   const base::TReadOutcome outcome = ReadFile();
-  if (outcome == base::TReadOutcome::kRead) {
-    const std::string_view bytes = reader.GetBytes();
-    vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
-    std::copy_n(bytes.data(), vector.GetLength() * sizeof(double), reinterpret_cast<char*>(vector.GetData()));
-    base::ToLittleEndian(vector.GetData(), vector.GetLength());
+  if (outcome != base::TReadOutcome::kRead) {
+    return outcome;
   }
+  const std::string_view bytes = reader.GetBytes();
+  if (bytes.size() % sizeof(double) != 0 || (length && bytes.size() != *length * sizeof(double))) {
+    return base::TReadOutcome::kAbsent;
+  }
+  vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
+  std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
+  base::ToLittleEndian(vector.GetData(), vector.GetLength());
+  vector.SetLacksPicture(false);
   return outcome;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -21,12 +22,14 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 /// Reads the stored vectors of one feature, image after image.
 class TStoredFeatureReader {
  public:
-  explicit TStoredFeatureReader(const std::string& featureName) : featureName(featureName) {}
+  /// `length` is that of the feature; nothing if it is not known.
+  TStoredFeatureReader(const std::string& featureName, std::optional<std::uint32_t> length)
+      : featureName(featureName), length(length) {}
 
-  /// Fills the vector with the doubles of the image's file; bytes behind the last whole one do not count. Where there
-  /// is no file of exactly that name, one that differs in the case of ASCII letters serves, of several the first in
-  /// byte order. Too large is a file of more than 2^24 doubles. Unless the outcome is kRead, the vector is as it was.
-  /// Its name is the caller's business.
+  /// Fills the vector with the doubles of the image's file. A file that does not hold whole doubles, and as many as the
+  /// feature has, is no stored vector and counts as absent. Where there is no file of exactly that name, one that
+  /// differs in the case of ASCII letters serves, of several the first in byte order. Too large is a file of more than
+  /// 2^24 doubles. Unless the outcome is kRead, the vector is as it was. Its name is the caller's business.
   base::TReadOutcome Read(const std::string& imageFilename, TFeatureVector& vector);
 
   /// The path of the file that was read last, or sought in vain.
@@ -36,6 +39,7 @@ class TStoredFeatureReader {
   base::TReadOutcome ReadFile();
 
   std::string featureName;
+  std::optional<std::uint32_t> length;
   std::string path;
   base::TFileReader reader;
   /// The names in the directory by their folded form; read when the first file is not found, since one listing costs

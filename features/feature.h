@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 class TFeatureVector;
@@ -19,6 +21,9 @@ class TFeature {
   virtual bool ProcessColor(const TImageRGB& image, TFeatureVector& vector) const;
   virtual bool ProcessGrayscale(const TImageGray& image, TFeatureVector& vector) const;
 
+  /// How many numbers a vector of this feature has; nothing if the feature cannot say.
+  virtual std::optional<std::uint32_t> GetLength() const { return length; }
+
   /// The key by which commands, files and vectors refer to the feature. Case counts.
   const std::string& GetName() const { return name; }
   bool NeedsGrayscale() const { return needsGrayscale; }
@@ -29,6 +34,7 @@ class TFeature {
   TFeature() = default;
 
   std::string name;
+  std::optional<std::uint32_t> length;
   bool needsGrayscale = false;
   bool needsColor = false;
 };

@@ -28,13 +28,14 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     Print("No images in database");
     return false;
   }
-  if (featureList->Find(featureName) == nullptr) {
+  const TFeature* feature = featureList->Find(featureName);
+  if (feature == nullptr) {
     Print("Unknown feature");
     return false;
   }
   Print("Loading features..");
   const TFeatureSources sources(featureName);
-  TStoredFeatureReader reader(featureName);
+  TStoredFeatureReader reader(featureName, feature->GetLength());
   TPictureReport report(output);
   int fromOthers = 0;
   int missing = 0;

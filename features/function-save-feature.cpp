@@ -32,11 +32,17 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
   }
   TFeatureSources sources(featureName);
   int skipped = 0;
+  int unread = 0;
   std::string failedFile;
   const auto step = [&](const TVarImage& image) {
     const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
     if (vector == nullptr) {
       ++skipped;
+      return true;
+    }
+    // What an earlier run stored of the picture is better than numbers of nothing.
+    if (vector->GetLacksPicture()) {
+      ++unread;
       return true;
     }
     const std::string path = StoredFeaturePath(featureName, image.GetFilename());
@@ -50,6 +56,9 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
   const auto atEnd = [&] {
     if (skipped > 0) {
       Print(FormatString("%d images without the feature skipped", skipped));
+    }
+    if (unread > 0) {
+      Print(FormatString("%d images that could not be read are not saved", unread));
     }
   };
   const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);

@@ -60,7 +60,7 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
 
 bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const {
   TImageRGB color;
-  report.Load(image.GetFilename(), color);
+  const bool isRead = report.Load(image.GetFilename(), color);
   TImageGray gray;
   if (feature.NeedsGrayscale()) {
     color.ToGray(gray);
@@ -71,8 +71,12 @@ bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& im
   whole.SetWidth(color.GetWidth());
   whole.SetHeight(color.GetHeight());
   const auto process = [&](TImageSegment& segment) { return UpdateSegmentFeature(feature, color, gray, segment); };
-  const bool computed = process(whole) && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
-                                                      [&](const auto& segment) { return process(*segment); });
+  bool computed = process(whole);
+  if (computed) {
+    whole.GetFeatures().Find(feature.GetName())->SetLacksPicture(!isRead);
+  }
+  computed = computed && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
+                                     [&](const auto& segment) { return process(*segment); });
   if (!computed) {
     Print(FormatString("Feature '%s' has an invalid length", feature.GetName().c_str()));
   }

@@ -23,4 +23,5 @@ void TFeatureVector::Assign(const TFeatureVector& other) {
   SetLength(other.length);
   std::copy_n(other.data.get(), length, data.get());
   name = other.name;
+  lacksPicture = other.lacksPicture;
 }

@@ -135,7 +135,7 @@ def check(root):
             included_room = rooms.get(str(Path(included).with_suffix("")))
             if included_room is None and Path(included).parts[0] == Path(name).parts[0] and room in GROUND:
                 continue
-            if included_room is None:
+            if included_room is None or included_room == "batch":
                 faults.append(f'{name}: "{included}" stands on no floor')
             elif is_test and FLOORS.get(room, 0) == 3 == FLOORS.get(included_room, 0):
                 continue

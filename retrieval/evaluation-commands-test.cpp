@@ -252,7 +252,7 @@ TEST_F(TEvaluation, SavedFeaturesLoadBitForBit) {
   EXPECT_EQ(workbench.GetColumn(2).back(), "Location: \"photos/\", number of images: 4, features: hsv");
 }
 
-TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
+TEST_F(TEvaluation, LoadingTakesNoFileOfAnotherLength) {
   workbench.Run("updatefeature(db, \"lbp\")");
   workbench.Run("updatefeature(db, \"hsv\")");
   MakeFile("FeatureStorage/hsv-im1.dat", std::string(2047, '\0'));
@@ -262,12 +262,19 @@ TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
   std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", 8 * ((1 << 24) + 1));
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
             "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
-            "1 images without a stored feature\nDone\n");
-  std::string lengths;
+            "3 images without a stored feature\nDone\n");
+  // Each has kept the vector that it had: all pixels are of one colour, so that one bin holds all.
   for (const auto& image : Database().GetImages()) {
-    lengths += std::to_string(image->GetImageSegment().GetFeatures().Find("hsv")->GetLength()) + ' ';
+    const TFeatureVector& vector = *image->GetImageSegment().GetFeatures().Find("hsv");
+    EXPECT_EQ(vector.GetLength(), 256U);
+    EXPECT_EQ(std::count(vector.GetData(), vector.GetData() + 256, 1.0), 1);
   }
-  EXPECT_EQ(lengths, "255 0 256 256 ");
+  for (const std::size_t size : {2040, 2049, 2056, 4096}) {
+    MakeFile("FeatureStorage/lbp-im1.dat", std::string(size, '\0'));
+    EXPECT_EQ(workbench.Run("loadfeature(db, \"lbp\")"),
+              "Loading features..\n4 images without a stored feature\nDone\n")
+        << size;
+  }
   EXPECT_EQ(workbench.GetColumn(2).front(), "Location: \"photos/\", number of images: 4, features: lbp, hsv");
   EXPECT_EQ(workbench.Run("loadfeature(db, \"surf\")"), "Unknown feature\nFunction failed\n");
 }
@@ -350,6 +357,34 @@ TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
     workbench.Run("e = loaddatabase(\"none\")");
     EXPECT_EQ(workbench.Run(std::string(command) + "(e, \"hsv\")"), "No images in database\nFunction failed\n");
   }
+}
+
+TEST_F(TEvaluation, SavingLeavesOutWhatWasComputedWithoutAPicture) {
+  workbench.Run("updatefeature(db, \"hsv\")");
+  workbench.Run("savefeature(db, \"hsv\")");
+  const std::string good = FileBytes("FeatureStorage/hsv-im2.dat");
+  const std::string sources = FileBytes("FeatureStorage/hsv.sources");
+  const std::string picture = FileBytes("photos/im2.jpg");
+  MakeFile("photos/im2.jpg", "no picture");
+  workbench.Run("updatefeature(db, \"hsv\")");
+  // Neither a copy nor a segmentation nor another feature makes the vector better.
+  for (const char* line : {"copy = db", "segmentimage(copy, \"grid\")"}) {
+    workbench.Run(line);
+  }
+  const std::string left = "1 images that could not be read are not saved\n";
+  EXPECT_EQ(workbench.Run("savefeature(copy, \"hsv\")"), left);
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv-im2.dat"), good);
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv.sources"), sources);
+  MakeFile("photos/im2.jpg", picture);
+  workbench.Run("updatefeature(db, \"lbp\")");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"lbp\")"), "");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), left) << "the picture is back, its vector is not";
+  // Either of these makes it whole.
+  workbench.Run("updatefeature(db, \"hsv\")");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "");
+  workbench.Run("loadfeature(copy, \"hsv\")");
+  EXPECT_EQ(workbench.Run("savefeature(copy, \"hsv\")"), "");
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv-im2.dat"), good);
 }
 
 }  // namespace

@@ -1,0 +1,85 @@
+#include "base/child-process.h"
+
+#ifndef _WIN32
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
+
+namespace base {
+
+namespace {
+
+/// What is ignored stays ignored: that was the wish of whoever started the program.
+void DropSignalHandlers() {
+  for (int signal = 1; signal < NSIG; ++signal) {
+    struct sigaction action = {};
+    if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN && action.sa_handler != SIG_DFL) {
+      std::signal(signal, SIG_DFL);
+    }
+  }
+}
+
+}  // namespace
+
+std::optional<TChildProcess> StartChild(const boost::function<void(int toParent)>& work) {
+  std::array<int, 2> ends;
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    return std::nullopt;
+  }
+  // No handler of this process may run in the copy, not even for a moment.
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  sigprocmask(SIG_SETMASK, &all, &before);
+  const pid_t parent = getpid();
+  const pid_t child = fork();
+  if (child == 0) {
+    DropSignalHandlers();
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+#ifdef __linux__
+    // Whatever ends the parent shall end this process too, even in an endless loop.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+#endif
+    const rlimit noCore = {0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    close(ends[0]);
+    if (getppid() == parent) {
+      work(ends[1]);
+    }
+    _exit(EXIT_FAILURE);
+  }
+  const int reason = errno;
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  close(ends[1]);
+  if (child < 0) {
+    close(ends[0]);
+    errno = reason;
+    return std::nullopt;
+  }
+  return TChildProcess{child, ends[0]};
+}
+
+int EndChild(const TChildProcess& child) {
+  kill(child.process, SIGKILL);
+  close(child.fromChild);
+  int status = 0;
+  while (waitpid(child.process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+}  // namespace base
+
+#endif

@@ -1,0 +1,131 @@
+#include "base/guarded-run.h"
+
+#ifdef _WIN32
+
+namespace base {
+
+bool CanRunGuarded() {
+  return false;
+}
+
+TAnswer RunGuarded(const boost::function<bool(std::FILE* answer)>&, const TGuardLimits&) {
+  return nullptr;
+}
+
+}  // namespace base
+
+#else
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "base/child-process.h"
+#include "base/memory.h"
+
+namespace base {
+
+namespace {
+
+TAnswer OpenAnswer() {
+#ifdef __linux__
+  const int descriptor = memfd_create("answer", MFD_CLOEXEC);
+  return TAnswer(descriptor < 0 ? nullptr : fdopen(descriptor, "w+b"));
+#else
+  return TAnswer(std::tmpfile());
+#endif
+}
+
+void Limit(decltype(RLIMIT_CPU) resource, rlim_t most) {
+  rlimit limit = {};
+  if (getrlimit(resource, &limit) == 0) {
+    limit.rlim_max = std::min(limit.rlim_max, most);
+    limit.rlim_cur = std::min(limit.rlim_cur, most);
+    setrlimit(resource, &limit);
+  }
+}
+
+void BeGuarded(const boost::function<bool(std::FILE* answer)>& work, const TGuardLimits& limits, std::FILE* answer,
+               int toParent) {
+  // A library that calls exit() would run what the program has registered, such as the toolkit's farewell to the
+  // screen.
+  std::atexit([] { _exit(EXIT_FAILURE); });
+  // Keys that are meant for the program reach this process, too.
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::signal(signal, SIG_IGN);
+  }
+  if (const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC); nowhere >= 0) {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      dup2(nowhere, stream);
+    }
+  }
+  Limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorSeconds));
+  Limit(RLIMIT_FSIZE, limits.memory);
+  if (const auto mapped = MappedMemory()) {
+    Limit(RLIMIT_AS, *mapped + limits.memory);
+  }
+  try {
+    if (work(answer) && std::fflush(answer) == 0) {
+      const char done = '.';
+      [[maybe_unused]] const ssize_t written = write(toParent, &done, 1);
+    }
+  } catch (...) {
+    // No byte says all that there is to say.
+  }
+}
+
+/// True once the byte has come that stands behind a whole answer.
+bool Await(int fromChild, int seconds) {
+  // Seconds are counted and not taken from a clock, which would go on while the user has suspended both processes.
+  for (int waited = 0; waited < seconds;) {
+    pollfd wait = {fromChild, POLLIN, 0};
+    const int ready = poll(&wait, 1, 1000);
+    char done = 0;
+    if (ready > 0) {
+      const ssize_t count = read(fromChild, &done, 1);
+      if (count >= 0 || errno != EINTR) {
+        return count == 1;
+      }
+    } else if (ready == 0) {
+      ++waited;
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool CanRunGuarded() {
+  return true;
+}
+
+TAnswer RunGuarded(const boost::function<bool(std::FILE* answer)>& work, const TGuardLimits& limits) {
+  TAnswer answer = OpenAnswer();
+  if (!answer) {
+    return nullptr;
+  }
+  const auto child = StartChild([&](int toParent) { BeGuarded(work, limits, answer.get(), toParent); });
+  if (!child) {
+    return nullptr;
+  }
+  const bool isWhole = Await(child->fromChild, limits.waitedSeconds);
+  EndChild(*child);
+  if (!isWhole) {
+    return nullptr;
+  }
+  std::rewind(answer.get());
+  return answer;
+}
+
+}  // namespace base
+
+#endif
