@@ -39,7 +39,7 @@ static QIcon MakeIcon() {
 
 namespace {
 
-constexpr const char* kTitle = "Tessimar v0.1.8";
+constexpr const char* kTitle = "Tessimar v" TESSIMAR_VERSION;
 
 /// Adds a row with a label and an item with its text for screen readers, which the table takes over.
 void AddSideRow(QTableWidget* table, const std::string& text) {
