@@ -37,7 +37,14 @@ class TEvaluation : public testing::Test {
     ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
   }
 
-  static std::string Doubles(double number) { return {reinterpret_cast<const char*>(&number), sizeof number}; }
+  /// A stored vector of 256 numbers, all alike.
+  static std::string Doubles(double number) {
+    std::string bytes;
+    for (int i = 0; i < 256; ++i) {
+      bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+    }
+    return bytes;
+  }
 
   const TVarDatabase& Database(const std::string& name = "db") {
     return dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find(name));
