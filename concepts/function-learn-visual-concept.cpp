@@ -107,8 +107,7 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
                                                 const TVarDatabase& positive, const TVarDatabase& negative) const {
   if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
       HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
-    Print("Classifier holds examples of another length");
-    Print("createclassifier makes it new");
+    Print("Classifier holds examples of another length: createclassifier makes it new");
     return false;
   }
   if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
