@@ -39,11 +39,13 @@ void TIndexDisplay::Reduce() {
   std::vector<TPictureItem> items;
   for (const TPictureView* label : labels) {
     for (TPictureItem item : label->GetItems()) {
+      // In the coordinates of the whole.
       item.place = label->geometry().translated(-tiles.topLeft());
       items.push_back(item);
     }
   }
   auto* whole = new TPictureView(this);
+  // One picture of all sixteen: they shrink together and keep their distances.
   whole->SetPicture(grab(tiles), items);
   for (TPictureView* label : labels) {
     label->hide();

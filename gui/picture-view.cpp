@@ -37,6 +37,7 @@ void TPictureView::SetPicture(const QPixmap& newPicture, const std::vector<TPict
 void TPictureView::Reduce(QSize size) {
   resize(size);
   reduced = QPixmap::fromImage(
+      // The proportions were kept by whoever chose the size; scaling to exactly that size leaves no seam.
       picture.toImage().scaled(size * devicePixelRatioF(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   reduced.setDevicePixelRatio(devicePixelRatioF());
   setCursor(Qt::PointingHandCursor);
@@ -86,11 +87,13 @@ void TPictureView::Choose(std::size_t index) {
 void TPictureView::Toggle(QPoint point) {
   const QPoint place = ToPicture(point);
   isFull = !isFull;
+  // What was under the pointer stays under it.
   ShowFrom(place - point);
 }
 
 const TPictureItem* TPictureView::FindItem(QPoint point) const {
   const QPoint place = ToPicture(point);
+  // From the last, which was drawn on top.
   const auto found = std::find_if(items.rbegin(), items.rend(), [&](const TPictureItem& item) {
     return item.place.isNull() || item.place.contains(place);
   });
@@ -145,6 +148,7 @@ void TPictureView::mouseMoveEvent(QMouseEvent* event) {
     return;
   }
   const QPoint moved = event->position().toPoint() - pressed;
+  // A hand that trembles while it clicks does not drag.
   isDragged = isDragged || moved.manhattanLength() >= QApplication::startDragDistance();
   if (isDragged) {
     setCursor(Qt::ClosedHandCursor);
@@ -229,11 +233,13 @@ void TPictureView::SavePicture(const std::string& filename) {
   dialog.setDefaultSuffix("png");
   const std::string name(base::FileNameOf(filename));
   dialog.selectFile(name.empty() ? "picture.png" : QFileInfo(ToQString(name)).completeBaseName() + ".png");
+  // Through the seam, so that tests and tessimar-batch can stand in for the user.
   RunDialog(dialog);
   if (dialog.result() != QDialog::Accepted) {
     return;
   }
   const QString path = dialog.selectedFiles().first();
+  // Replaces an earlier file only by a whole one.
   QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly) || !picture.save(&file, "PNG") || !file.commit()) {
     Warn("File '" + path + "' cannot be written");
@@ -242,6 +248,7 @@ void TPictureView::SavePicture(const std::string& filename) {
 
 void TPictureView::Warn(const QString& text) {
   QMessageBox box(QMessageBox::Warning, "Tessimar", QString(), QMessageBox::Ok, this);
+  // A file name may look like markup.
   box.setTextFormat(Qt::PlainText);
   box.setText(text);
   RunDialog(box);
