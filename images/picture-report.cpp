@@ -25,8 +25,8 @@ bool TPictureReport::Load(const std::string& filename, TImageRGB& picture) {
 void TPictureReport::Note(const std::string& filename, bool isRead, const TImageRGB& picture) {
   if (!isRead) {
     AddUnreadable(filename);
-    // Once a file, however often a command meets it: a picture may stand in a ranking, in a map and as the query.
   } else if (picture.IsDamaged() && damaged.insert(filename).second && damaged.size() <= kMostLines) {
+    // Once a file, however often a command meets it: a picture may stand in a ranking, in a map and as the query.
     print(FormatString("File '%s' is damaged", filename.c_str()));
   }
 }
