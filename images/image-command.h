@@ -14,8 +14,8 @@ class TVarImage;
 /// What a command works on: one image, or all images of a database. Refers to the variable.
 class TImageSelection {
  public:
-  explicit TImageSelection(TVarImage& image) : image(&image) {}
-  explicit TImageSelection(const TVarDatabase& database) : database(&database) {}
+  explicit TImageSelection(TVarImage& theImage) : image(&theImage) {}
+  explicit TImageSelection(const TVarDatabase& theDatabase) : database(&theDatabase) {}
 
   bool IsDatabase() const { return database != nullptr; }
   std::size_t GetSize() const;
