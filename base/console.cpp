@@ -213,6 +213,7 @@ bool TLineReader::ReadBlock() {
   const auto count = ReadSome(descriptor, block.data(), block.size());
   if (count <= 0) {
     atEnd = true;
+    hasFailed = count < 0;
     return false;
   }
   pending.append(block.data(), static_cast<std::size_t>(count));
@@ -236,7 +237,7 @@ bool TLineReader::Next(std::string& line) {
     if (!ReadBlock()) {
       line.assign(pending, position);
       position = pending.size();
-      if (Interrupted() || line.empty()) {
+      if (Interrupted() || hasFailed || line.empty()) {
         return false;
       }
       break;

@@ -36,7 +36,8 @@ pane would show. Which lines of the script failed is told on standard error.
 
 Exit status: 0 if every line succeeded or the plug-in is sound, 1 if a line failed
 or the plug-in has a fault, 2 for wrong usage or a file or directory that cannot be
-used, 130 after Ctrl-C (or SIGTERM or SIGHUP: the first one ends the run after the
+used, 3 if every line succeeded but a picture or a stored feature could not be
+read, or not whole, 130 after Ctrl-C (or SIGTERM or SIGHUP: the first one ends the run after the
 command under way, with tables and history), 141 if nobody reads the output any
 more.
 )";

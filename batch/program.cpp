@@ -14,6 +14,7 @@
 #include "base/trial.h"
 #include "batch/options.h"
 #include "batch/session.h"
+#include "batch/stream-view.h"
 #include "features/plugin-doctor.h"
 #include "gui/eight-bit-text.h"
 
@@ -81,7 +82,8 @@ int Run(int argc, char** argv, const char* version) {
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
-  return session.Run(output);
+  TStreamView view(output);
+  return session.Run(view);
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "batch/session.h"
 
+#include <cstdio>
+
 #include <boost/bind/bind.hpp>
 
+#include "base/abandoned-files.h"
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -47,6 +50,9 @@ bool TBatchSession::Open(std::string& reason) {
       reason = FormatString("Directory '%s' cannot be written", directory.c_str());
       return false;
     }
+    if (!directory.empty()) {
+      base::RemoveAbandonedFiles(directory);
+    }
   }
   const auto open = [&](std::optional<base::TNamedOutput>& table, const std::string& path) {
     if (path.empty() || table.emplace(path).IsOpen()) {
@@ -58,8 +64,7 @@ bool TBatchSession::Open(std::string& reason) {
   return open(variables, options.variables) && open(segments, options.segments);
 }
 
-int TBatchSession::Run(std::FILE* output) {
-  TStreamView view(output);
+int TBatchSession::Run(TStreamView& view) {
   TCtrlMain controller(view, options.plugins);
   // Before the first line: a network or a map may be made by any of them.
   if (options.seed) {
@@ -99,5 +104,8 @@ int TBatchSession::Run(std::FILE* output) {
   if (view.HasFailed()) {
     return kBatchNobodyReads;
   }
-  return controller.GetFailedLines() == 0 ? kBatchSucceeded : kBatchLineFailed;
+  if (controller.GetFailedLines() > 0) {
+    return kBatchLineFailed;
+  }
+  return controller.HasLosses() ? kBatchIncomplete : kBatchSucceeded;
 }

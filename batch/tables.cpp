@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "engine/var-list.h"
 #include "experiments/encoding.h"
+#include "experiments/file-name.h"
 #include "experiments/run-file.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -89,7 +90,8 @@ std::string WriteIndices(const TVarList& varList, const std::string& directory, 
                          const TFormat& format) {
   for (const auto& variable : varList.GetVariables()) {
     if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
-      std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ending;
+      std::string file =
+          base::WithTrailingSeparator(directory) + FitFileName(EncodeForFileName(index->GetName()), ending);
       const std::string text = format(*index, varList);
       if (!base::ReplaceFile(file, text.data(), text.size())) {
         return file;

@@ -44,7 +44,9 @@ TNetworkOutput::TNetworkOutput(const fann& network) : inputCount(network.num_inp
         copy.weights.Set(row, i, network.weights[neuron.first_con + i]);
       }
       copy.functions.push_back(neuron.activation_function);
-      copy.steepnesses.push_back(neuron.activation_steepness);
+      // The library packs its neurons: no reference may point into them.
+      const double steepness = neuron.activation_steepness;
+      copy.steepnesses.push_back(steepness);
     }
     widest = std::max(widest, copy.weights.RoundedCount() + 1);
     layers.push_back(std::move(copy));

@@ -111,8 +111,7 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
   // A classifier may be taught by several commands and gathers the examples of all of them; they must have one length.
   if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
       HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
-    Print("Classifier holds examples of another length");
-    Print("createclassifier makes it new");
+    Print("Classifier holds examples of another length: createclassifier makes it new");
     return false;
   }
   if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {

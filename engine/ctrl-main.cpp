@@ -1,6 +1,7 @@
 #include "engine/ctrl-main.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -9,6 +10,7 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "base/abandoned-files.h"
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -24,12 +26,12 @@
 #include "engine/var-list.h"
 #include "engine/var.h"
 #include "features/feature-list.h"
+#include "features/feature-store.h"
 #include "segmentation/segmentation-methods.h"
 
 namespace {
 
 constexpr const char* kHistoryFile = "CommandHistory.txt";
-constexpr const char* kFeatureDirectory = "FeatureStorage";
 // Lines. Those of scripts count too, so that a long script leaves its last ones.
 constexpr std::size_t kMaxHistory = 25;
 constexpr const char* kFunctionFailed = "Function failed";
@@ -112,13 +114,22 @@ TCtrlMain::TCtrlMain(TView& theView, const std::vector<std::string>& pluginDirec
   if (!base::MakeDirectory(kFeatureDirectory)) {
     PrintLine(FormatString("Directory '%s' cannot be created", kFeatureDirectory));
   }
+  hasLosses = !featureList->IsComplete();
+  if (history->IsUnreadable()) {
+    PrintLine(FormatString("%s could not be read and is left as it is", kHistoryFile));
+  }
+  base::RemoveAbandonedFiles(".");
   for (const std::string& refusal : featureList->GetRefusals()) {
     PrintLine(refusal);
   }
 }
 
 TCtrlMain::~TCtrlMain() {
-  history->Save(kHistoryFile);
+  const auto save = [this] { return history->IsUnreadable() || history->Save(kHistoryFile); };
+  if (!RunGuarded(save, [](const char* /*reason*/) {})) {
+    // The output has ended, and a window is gone.
+    std::fprintf(stderr, "File '%s' cannot be written\n", kHistoryFile);
+  }
   // The view outlives this object and must not call into it.
   view.SetListener(nullptr);
 }
@@ -140,17 +151,30 @@ void TCtrlMain::AddToHistory(const std::string& line) {
   historyIndex = -1;
 }
 
+template <typename TRun>
+void TCtrlMain::RunOutside(const TRun& run) {
+  const auto runs = [&] {
+    run();
+    return true;
+  };
+  if (!RunGuarded(runs, [this](const char* reason) { PrintFailure(reason); })) {
+    ++failedLines;
+  }
+}
+
 void TCtrlMain::ExecuteCommand(const std::string& line) {
   Execute(line, TOrigin::kTyped);
 }
 
 void TCtrlMain::ExecuteScriptLine(const std::string& line, const std::string& script, std::size_t number) {
-  SetPosition(script, number);
-  ExecuteCommand(line);
+  RunOutside([&] {
+    SetPosition(script, number);
+    Execute(line, TOrigin::kTyped);
+  });
 }
 
 void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) {
-  RunAsWork([&] {
+  const auto lines = [&] {
     std::string line;
     for (std::size_t number = 1; !view.IsClosing() && reader.Next(line); ++number) {
       if (number == 1 && line.starts_with("#!")) {
@@ -162,21 +186,31 @@ void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) 
         break;
       }
     }
-  });
+    if (reader.HasFailed() && !base::Interrupted()) {
+      ++failedLines;
+      PrintLine(FormatString("Script '%s' cannot be read to its end", script.c_str()));
+    }
+  };
+  RunOutside([&] { RunAsWork(lines); });
 }
 
 void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
+  // What belongs to a line but not to its command needs memory, too.
+  RunOutside([&] { ExecuteAsWork(line, origin); });
+}
+
+void TCtrlMain::ExecuteAsWork(const std::string& line, TOrigin origin) {
   // The outermost line alone forgets an earlier wish to interrupt: inside of a script it must end all lines that are
   // still to come.
   if (underWay.empty()) {
     isInterrupted = false;
   }
   underWay.push_back(std::exchange(nextPosition, {}));
+  const TAtEnd popsPosition([this] { underWay.pop_back(); });
   lastPrinted.clear();
   failure.clear();
   view.BeginWork();
-  const TAtEnd atEnd([this] {
-    underWay.pop_back();
+  const TAtEnd endsWork([this] {
     if (std::exchange(showsWork, false)) {
       const auto clear = [this] {
         view.ShowWork(std::string());
@@ -194,10 +228,20 @@ void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
     view.ProcessEvents();
     return RunLine(line, origin);
   };
-  if (!RunGuarded(runs, [this](const char* reason) { PrintLine(reason); })) {
+  if (!RunGuarded(runs, [this](const char* reason) { PrintFailure(reason); })) {
     ++failedLines;
     ReportFailedLine();
   }
+}
+
+void TCtrlMain::PrintFailure(const char* reason) noexcept {
+  // Without memory for the very words there is nothing left to be done but to go on.
+  RunGuarded(
+      [&] {
+        PrintLine(reason);
+        return true;
+      },
+      [](const char* /*reason*/) {});
 }
 
 bool TCtrlMain::RunLine(const std::string& line, TOrigin origin) {
@@ -226,12 +270,13 @@ bool TCtrlMain::RunParsed(const TParsedCommand& parsed, TOrigin origin) {
 }
 
 void TCtrlMain::RunFromView(TOrigin origin) {
-  // Even if nothing runs: there is one way for all lines, and their order is that of their arrival.
-  pendingLines.push_back({view.GetCommandText(), origin});
-  if (isRunning) {
-    return;
-  }
-  RunAsWork([] {});
+  RunOutside([&] {
+    // Even if nothing runs: there is one way for all lines, and their order is that of their arrival.
+    pendingLines.push_back({view.GetCommandText(), origin});
+    if (!isRunning) {
+      RunAsWork([] {});
+    }
+  });
 }
 
 void TCtrlMain::RunAsWork(const boost::function<void()>& run) {

@@ -114,6 +114,13 @@ void TFunction::Print(const std::string& line) const {
   }
 }
 
+void TFunction::PrintLoss(const std::string& line) const {
+  Print(line);
+  if (work != nullptr) {
+    work->NoteLoss();
+  }
+}
+
 bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const {
   if (!base::IsRegularFile(path)) {
     Print("File not found");

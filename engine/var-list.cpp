@@ -25,9 +25,16 @@ TVar* TVarList::Find(const std::string& name) const {
 
 void TVarList::Add(std::unique_ptr<TVar> variable) {
   variable->SetOutput(boost::bind(&TVarList::Print, this, boost::placeholders::_1));
-  // Of namesakes the first one counts, as in a search from the front.
-  ++byName.try_emplace(variable->GetName(), TNamed{variable.get(), 0}).first->second.count;
+  // Without memory for either place the variable is in none.
   variables.push_back(std::move(variable));
+  TVar* added = variables.back().get();
+  try {
+    // Of namesakes the first one counts, as in a search from the front.
+    ++byName.try_emplace(added->GetName(), TNamed{added, 0}).first->second.count;
+  } catch (...) {
+    variables.pop_back();
+    throw;
+  }
 }
 
 void TVarList::Remove(const std::string& name) {

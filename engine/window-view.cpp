@@ -116,8 +116,8 @@ void TWindowView::SelectCommandText() {
 }
 
 void TWindowView::BeginWork() {
-  ++workDepth;
   window.SetBusy(true);
+  ++workDepth;
 }
 
 void TWindowView::EndWork() noexcept {
@@ -125,7 +125,11 @@ void TWindowView::EndWork() noexcept {
   if (--workDepth == 0) {
     FillTable();
   }
-  window.SetBusy(false);
+  try {
+    window.SetBusy(false);
+  } catch (const std::exception&) {
+    // Input that waited may be lost for lack of memory, which is better than the program.
+  }
 }
 
 bool TWindowView::IsClosing() const {

@@ -12,6 +12,7 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "experiments/expectation.h"
+#include "experiments/file-name.h"
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
@@ -240,8 +241,8 @@ class TCollectionRun {
   /// Runs of an earlier experiment would stand beside tables that do not know them.
   void RemoveOtherRuns() const {
     for (const std::string& name : base::ListFiles(options.out + "runs").value_or(std::vector<std::string>())) {
-      if (std::find(plan->setNames.begin(), plan->setNames.end(), name.substr(0, name.rfind(".run"))) ==
-          plan->setNames.end()) {
+      if (std::none_of(plan->setNames.begin(), plan->setNames.end(),
+                       [&](const std::string& set) { return name == FitFileName(set, ".run"); })) {
         std::remove((options.out + "runs/" + name).c_str());
       }
     }

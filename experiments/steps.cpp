@@ -9,6 +9,7 @@
 #include "base/native-path.h"
 #include "experiments/digest.h"
 #include "experiments/encoding.h"
+#include "experiments/file-name.h"
 #include "experiments/json.h"
 #include "experiments/output-directory.h"
 #include "experiments/run-file.h"
@@ -87,7 +88,7 @@ void WriteRuns(const TExperimentOptions& options, const TPlan& plan, const TColl
   // The scores of a run count down from here, also where it shows fewer ranks.
   const std::size_t ranked = documents.size() - (options.keepsQuery ? 0 : 1);
   for (std::size_t set = 0; set < plan.sets.size(); ++set) {
-    base::TFileReplacement& run = out.Begin("runs/" + plan.setNames[set] + ".run");
+    base::TFileReplacement& run = out.Begin("runs/" + FitFileName(plan.setNames[set], ".run"));
     const std::string tag = EncodeSet(plan.setNames[set]);
     for (const TTopic& topic : experiment.topics) {
       const auto top = collected.GetTop(topic.query, set);

@@ -9,6 +9,7 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "features/feature-store.h"
 
 namespace {
 
@@ -26,8 +27,9 @@ std::string StampOf(const std::string& picture) {
 }  // namespace
 
 TFeatureSources::TFeatureSources(const std::string& featureName)
-    : path(base::WithTrailingSeparator("FeatureStorage") + featureName + ".sources") {
-  const std::string text = base::ReadFile(path).value_or(std::string());
+    : path(base::WithTrailingSeparator(kFeatureDirectory) + featureName + ".sources") {
+  std::string text;
+  isKnown = base::ReadFile(path, text) != base::TReadOutcome::kUnreadable;
   std::string_view rest = text;
   for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
     const std::string_view line = rest.substr(0, end);

@@ -10,17 +10,11 @@
 #include "base/text.h"
 #include "images/feature-vector.h"
 
-namespace {
-
-constexpr const char* kDirectory = "FeatureStorage";
-
-}  // namespace
-
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename) {
   std::string_view stem = base::FileNameOf(imageFilename);
   // Without a full stop rfind gives npos, and the whole name is the stem.
   stem = stem.substr(0, stem.rfind('.'));
-  static const std::string directory = base::WithTrailingSeparator(kDirectory);
+  static const std::string directory = base::WithTrailingSeparator(kFeatureDirectory);
   std::string path;
   // One block of memory for all pieces: a collection asks for a path an image.
   path.reserve(directory.size() + featureName.size() + stem.size() + 5);
@@ -62,8 +56,12 @@ base::TReadOutcome TStoredFeatureReader::ReadFile() {
     return outcome;
   }
   if (!names) {
+    auto files = base::ListFiles(kFeatureDirectory);
+    if (!files && base::IsDirectory(kFeatureDirectory)) {
+      return base::TReadOutcome::kUnreadable;
+    }
     names.emplace();
-    for (std::string& name : base::ListFiles(kDirectory).value_or(std::vector<std::string>())) {
+    for (std::string& name : files.value_or(std::vector<std::string>())) {
       // Of names that differ in case only, the smallest: the directory delivers them in an order of its own.
       std::string& known = names->try_emplace(base::FoldCase(name), name).first->second;
       known = std::min(known, name);
@@ -73,6 +71,6 @@ base::TReadOutcome TStoredFeatureReader::ReadFile() {
   if (found == names->end()) {
     return outcome;
   }
-  path = base::WithTrailingSeparator(kDirectory) + found->second;
+  path = base::WithTrailingSeparator(kFeatureDirectory) + found->second;
   return reader.Read(path, kMost);
 }

@@ -12,6 +12,8 @@ class TFeatureVector;
 /// The directory "FeatureStorage" of raw vector files, one for each image and feature. A file holds the doubles of one
 /// vector, little-endian, and nothing else. It is tied to an image by the stem of its file name only.
 
+constexpr const char* kFeatureDirectory = "FeatureStorage";
+
 /// The path of the file for a feature of an image: the stem is the file name without its directory and without its last
 /// full stop and what follows.
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename);

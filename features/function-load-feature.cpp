@@ -34,8 +34,11 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
   // Nothing is refused on the strength of it: a collection that was moved has other paths and the same pictures. The
   // user is told, and decides.
   const TFeatureSources sources(featureName);
+  if (!sources.IsKnown()) {
+    PrintLoss(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
+  }
   TStoredFeatureReader reader(featureName, feature->GetLength());
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   int fromOthers = 0;
   int missing = 0;
   const auto step = [&](TVarImage& image) {
@@ -80,7 +83,7 @@ base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader,
   }
   const base::TReadOutcome outcome = reader.Read(image.GetFilename(), added ? *added : *known);
   if (outcome == base::TReadOutcome::kTooLarge) {
-    Print(FormatString("File '%s' is too large", reader.GetPath().c_str()));
+    PrintLoss(FormatString("File '%s' is too large", reader.GetPath().c_str()));
   } else if (outcome == base::TReadOutcome::kRead && added) {
     features.Add(added.release());
   }

@@ -1,5 +1,6 @@
 #include "features/function-save-feature.h"
 
+#include "base/abandoned-files.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "features/feature-sources.h"
@@ -28,6 +29,11 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   TFeatureSources sources(featureName);
+  if (!sources.IsKnown()) {
+    Print(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
+    return false;
+  }
+  base::RemoveAbandonedFiles(kFeatureDirectory);
   int skipped = 0;
   int unread = 0;
   std::string failedFile;

@@ -38,6 +38,7 @@ TCommandLine::TCommandLine(QWidget* parent)
   completer->setWidget(this);
   completer->setCompletionMode(QCompleter::UnfilteredPopupCompletion);
   completer->setMaxVisibleItems(12);
+  completer->popup()->setAccessibleName("Candidates");
   connect(completer, qOverload<const QString&>(&QCompleter::activated), this, &TCommandLine::Accept);
   // Only while the list is open, and not for text that the program sets.
   connect(this, &QLineEdit::textEdited, this, [this] {

@@ -65,7 +65,7 @@ bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
     Print("Parameter is not of type 'image'");
     return false;
   }
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   // Nobody would see the picture, and decoding it takes most of the time.
   if (!DialogsAreShown()) {
     report.Check(image->GetFilename());

@@ -101,7 +101,7 @@ bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
   TImageDisplay dialog;
   dialog.setAccessibleName(ToQString(top->index->GetTitle()));
   TMapCanvas map(count, dialog.devicePixelRatioF());
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   std::size_t done = 0;
   for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
     if (DialogsAreShown()) {

@@ -37,7 +37,7 @@ bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
   TIndexDisplay dialog;
   dialog.setAccessibleName(ToQString(top->index->GetTitle()));
   const qreal ratio = dialog.devicePixelRatioF();
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   TImageRGB tile;
   std::size_t done = 0;
   for (; done < results.size() && ReportProgress(done, results.size()); ++done) {

@@ -11,6 +11,8 @@
 
 TImageDisplay::TImageDisplay(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::TImageDisplay>()) {
   ui->setupUi(this);
+  // Return closes the dialog until Tab leads to a picture.
+  ui->pbClose->setFocus(Qt::OtherFocusReason);
 }
 
 TImageDisplay::~TImageDisplay() = default;

@@ -9,6 +9,8 @@
 
 TIndexDisplay::TIndexDisplay(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::TIndexDisplay>()), labels() {
   ui->setupUi(this);
+  // Return closes the dialog until Tab leads to a picture.
+  ui->pbClose->setFocus(Qt::OtherFocusReason);
   labels = {ui->laImage1,  ui->laImage2,  ui->laImage3,  ui->laImage4,  ui->laImage5,  ui->laImage6,
             ui->laImage7,  ui->laImage8,  ui->laImage9,  ui->laImage10, ui->laImage11, ui->laImage12,
             ui->laImage13, ui->laImage14, ui->laImage15, ui->laImage16};

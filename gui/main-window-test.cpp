@@ -75,7 +75,7 @@ class TMainWindowTest : public testing::Test {
 };
 
 TEST_F(TMainWindowTest, TheFormHasItsNamesGeometryAndHeaders) {
-  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v" PROJECT_VERSION);
   EXPECT_EQ(window.size(), QSize(1182, 568));
   const QSize available = QApplication::primaryScreen()->availableGeometry().size();
   EXPECT_EQ(window.pos().x(), (available.width() - window.frameGeometry().width()) / 2);
@@ -536,9 +536,9 @@ TEST_F(TCommandLineTest, ADialogOfACommandGetsItsInputAsUsual) {
 
 TEST_F(TMainWindowTest, TheTitleShowsTheWorkUnderWay) {
   window.ShowWork("segmentimage, 1,200 of 25,000");
-  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8 - segmentimage, 1,200 of 25,000");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v" PROJECT_VERSION " - segmentimage, 1,200 of 25,000");
   window.ShowWork("");
-  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v" PROJECT_VERSION);
 }
 
 TEST_F(TMainWindowTest, ACommandOfferedDuringAnotherStandsInTheLineAfterwards) {

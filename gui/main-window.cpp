@@ -39,10 +39,9 @@ static QIcon MakeIcon() {
 
 namespace {
 
-// Fixed: the version of the window's title is not that of the package.
-constexpr const char* kTitle = "Tessimar v0.1.8";
+constexpr const char* kTitle = "Tessimar v" TESSIMAR_VERSION;
 
-/// Adds a row with a label, which the table takes over.
+/// Adds a row with a label and an item with its text for screen readers, which the table takes over.
 void AddSideRow(QTableWidget* table, const std::string& text) {
   const int row = table->rowCount();
   table->setRowCount(row + 1);
@@ -53,6 +52,10 @@ void AddSideRow(QTableWidget* table, const std::string& text) {
   label->setIndent(5);
   label->setToolTip(PlainToolTip(label->text()));
   table->setCellWidget(row, 0, label);
+  auto* item = new QTableWidgetItem();
+  item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled);
+  item->setData(Qt::AccessibleTextRole, label->text());
+  table->setItem(row, 0, item);
 }
 
 /// Files are only read: a source that is told of a move would delete them.
@@ -87,6 +90,16 @@ MainWindow::MainWindow(QWidget* parent)
   setMinimumSize(480, 340);
   for (QGroupBox* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
     box->setToolTip(box->title());
+  }
+  // Tab leads out of every pane but the command line, where it completes and Shift+Tab leads out.
+  ui->pteInfo->setTabChangesFocus(true);
+  ui->twVariables->setTabKeyNavigation(false);
+  connect(ui->twVariables, &QTableWidget::cellActivated, this, &MainWindow::TakeVariable);
+  for (QTableWidget* table : {ui->twFeatures, ui->twClassifiers, ui->twSegmentationMethods}) {
+    table->setTabKeyNavigation(false);
+    connect(table, &QTableWidget::cellActivated, this, [this, table](int row) {
+      InsertIntoCommand('"' + table->item(row, 0)->data(Qt::AccessibleTextRole).toString() + '"');
+    });
   }
   // A file dropped anywhere is the window's. The text widgets would take its address as text; without accepting drops
   // they let it pass to here.
@@ -248,6 +261,23 @@ void MainWindow::TakeOffer(const std::string& line) {
     // The command under way will empty the line.
     offered = line;
   }
+}
+
+void MainWindow::TakeVariable(int row) {
+  const TVariableRow& variable = ui->twVariables->GetRow(row);
+  const bool isEmpty = ui->leCommand->text().isEmpty();
+  QString line = ToQString(variable.name);
+  if (isEmpty && variable.type == "image") {
+    line = "displayimage(" + line + ")";
+  } else if (isEmpty && variable.type == "databaseindex") {
+    line = "displayindex(" + line + ")";
+  }
+  InsertIntoCommand(line);
+}
+
+void MainWindow::InsertIntoCommand(const QString& text) {
+  ui->leCommand->insert(text);
+  ui->leCommand->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::Interrupt() {

@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
@@ -28,10 +29,10 @@ void TPictureView::SetPicture(const QPixmap& newPicture, const std::vector<TPict
   picture = newPicture;
   items = newItems;
   setPixmap(picture);
-  if (!items.empty()) {
-    // The first item is that of the whole picture.
-    setAccessibleName(ToQString(items.front().text));
-  }
+  setFocusPolicy(picture.isNull() && items.empty() ? Qt::NoFocus : Qt::TabFocus);
+  // The first item is that of the whole picture.
+  setAccessibleName(items.empty() ? QString("Picture") : ToQString(items.front().text));
+  chosen = 0;
 }
 
 void TPictureView::Reduce(QSize size) {
@@ -59,6 +60,38 @@ QPoint TPictureView::ToPicture(QPoint point) const {
           static_cast<int>(qint64{point.y()} * full.height() / std::max(height(), 1))};
 }
 
+QPoint TPictureView::FromPicture(QPoint point) const {
+  if (reduced.isNull()) {
+    return point;
+  }
+  if (isFull) {
+    return point - origin;
+  }
+  const QSize full = GetFullSize();
+  return {static_cast<int>(qint64{point.x()} * width() / std::max(full.width(), 1)),
+          static_cast<int>(qint64{point.y()} * height() / std::max(full.height(), 1))};
+}
+
+const TPictureItem* TPictureView::ChosenItem() const {
+  return chosen < items.size() ? &items[chosen] : nullptr;
+}
+
+void TPictureView::Choose(std::size_t index) {
+  chosen = index;
+  const TPictureItem& item = items[chosen];
+  setAccessibleName(ToQString(item.text));
+  const QRect place = item.place.isNull() ? rect() : QRect(FromPicture(item.place.topLeft()), QSize(1, 1));
+  QToolTip::showText(mapToGlobal(place.topLeft()), PlainToolTip(ToQString(item.text)), this);
+  update();
+}
+
+void TPictureView::Toggle(QPoint point) {
+  const QPoint place = ToPicture(point);
+  isFull = !isFull;
+  // What was under the pointer stays under it.
+  ShowFrom(place - point);
+}
+
 const TPictureItem* TPictureView::FindItem(QPoint point) const {
   const QPoint place = ToPicture(point);
   // From the last, which was drawn on top.
@@ -82,14 +115,24 @@ bool TPictureView::event(QEvent* event) {
 void TPictureView::paintEvent(QPaintEvent* event) {
   if (reduced.isNull()) {
     QLabel::paintEvent(event);
+  } else if (isFull) {
+    QPainter(this).drawPixmap(-origin, picture);
+  } else {
+    QPainter(this).drawPixmap(0, 0, reduced);
+  }
+  if (!hasFocus()) {
     return;
   }
+  // Where the keyboard is, in two colors, of which one shows on every picture.
+  const TPictureItem* item = ChosenItem();
+  const bool isPart = item != nullptr && !item->place.isNull();
+  const QRect place =
+      isPart ? QRect(FromPicture(item->place.topLeft()), FromPicture(item->place.bottomRight())) : rect();
   QPainter painter(this);
-  if (isFull) {
-    painter.drawPixmap(-origin, picture);
-  } else {
-    painter.drawPixmap(0, 0, reduced);
-  }
+  painter.setPen(palette().color(QPalette::HighlightedText));
+  painter.drawRect(place.adjusted(1, 1, -2, -2));
+  painter.setPen(palette().color(QPalette::Highlight));
+  painter.drawRect(place.adjusted(0, 0, -1, -1));
 }
 
 void TPictureView::mousePressEvent(QMouseEvent* event) {
@@ -122,11 +165,7 @@ void TPictureView::mouseReleaseEvent(QMouseEvent* event) {
     return;
   }
   if (!isDragged) {
-    const QPoint clicked = event->position().toPoint();
-    const QPoint place = ToPicture(clicked);
-    isFull = !isFull;
-    // What was under the pointer stays under it.
-    ShowFrom(place - clicked);
+    Toggle(event->position().toPoint());
   }
   setCursor(isFull ? Qt::OpenHandCursor : Qt::PointingHandCursor);
 }
@@ -139,9 +178,11 @@ void TPictureView::ShowFrom(QPoint newOrigin) {
 }
 
 void TPictureView::contextMenuEvent(QContextMenuEvent* event) {
-  const TPictureItem* item = FindItem(event->pos());
+  const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+  const TPictureItem* item = isByKey ? ChosenItem() : FindItem(event->pos());
   const std::string filename = item == nullptr ? std::string() : item->filename;
   QMenu menu(this);
+  menu.setAccessibleName("Picture");
   if (!filename.empty()) {
     menu.addAction("Copy file name", this, [&] { QApplication::clipboard()->setText(ToQString(filename)); });
     menu.addAction("Open file", this, [&] {
@@ -157,7 +198,37 @@ void TPictureView::contextMenuEvent(QContextMenuEvent* event) {
     menu.addAction("Save picture as PNG...", this, [&] { SavePicture(filename); });
   }
   if (!menu.isEmpty()) {
-    menu.exec(event->globalPos());
+    const bool isPart = isByKey && item != nullptr && !item->place.isNull();
+    menu.exec(isPart ? mapToGlobal(FromPicture(item->place.center())) : event->globalPos());
+  }
+}
+
+void TPictureView::keyPressEvent(QKeyEvent* event) {
+  constexpr int kStep = 60;
+  const int key = event->key();
+  if (key == Qt::Key_Space && !reduced.isNull()) {
+    const TPictureItem* item = ChosenItem();
+    Toggle(item == nullptr || item->place.isNull() ? QPoint() : FromPicture(item->place.center()));
+    setCursor(isFull ? Qt::OpenHandCursor : Qt::PointingHandCursor);
+    return;
+  }
+  const bool isForward = key == Qt::Key_Right || key == Qt::Key_Down;
+  if (!isForward && key != Qt::Key_Left && key != Qt::Key_Up) {
+    QLabel::keyPressEvent(event);
+    return;
+  }
+  if (isFull) {
+    const int step = isForward ? kStep : -kStep;
+    ShowFrom(origin + (key == Qt::Key_Left || key == Qt::Key_Right ? QPoint(step, 0) : QPoint(0, step)));
+  } else if (isForward ? chosen + 1 < items.size() : chosen > 0) {
+    Choose(isForward ? chosen + 1 : chosen - 1);
+  }
+}
+
+void TPictureView::focusInEvent(QFocusEvent* event) {
+  QLabel::focusInEvent(event);
+  if (ChosenItem() != nullptr) {
+    Choose(chosen);
   }
 }
 

@@ -1,25 +1,28 @@
 #include "gui/thumbnails.h"
 
-#include <cstdint>
 #include <memory>
 
 #include <QImageReader>
 
 #include "base/native-path.h"
 #include "gui/eight-bit-text.h"
+#include "images/image-rgb.h"
 
 namespace {
 
 // More than fit on any screen.
 constexpr int kMostKept = 512;
-constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
-// What kMostPixels take at the largest pixel of the toolkit, 8 bytes. Its own limit of 128 MB would leave out a good
-// photograph, and say so on standard error.
+// What the largest picture takes at the largest pixel of the toolkit, 8 bytes. Its own limit of 128 MB would leave out
+// a good photograph, and say so on standard error.
 constexpr int kMostMegabytes = 2048;
 
 /// The picture of a file at `wanted`; null if it cannot be read. A JPEG file is decoded at the smallest of its format's
 /// own sizes that still has four times the thumbnail's, so that large photographs cost little.
 QPixmap ReadThumbnail(const std::string& filename, QSize wanted) {
+  // The toolkit has decoders of its own, and whoever installs more for it adds to them.
+  if (!TImageRGB::IsSafe(filename)) {
+    return {};
+  }
   QImageReader::setAllocationLimit(kMostMegabytes);
   QImageReader reader(ToQString(base::NativePath(filename)));
   // Many files are called .jpg and are something else.
@@ -34,8 +37,6 @@ QPixmap ReadThumbnail(const std::string& filename, QSize wanted) {
         break;
       }
     }
-  } else if (size.isValid() && std::int64_t{size.width()} * size.height() > kMostPixels) {
-    return {};
   }
   const QImage picture = reader.read();
   // All thumbnails have one size, whatever the proportions of the picture.

@@ -71,7 +71,7 @@ class TImageCommand : public TFunction {
       // Drawn before the first picture, which may take seconds.
       ProcessEvents();
     }
-    TPictureReport report(output);
+    TPictureReport report([this](const std::string& line) { PrintLoss(line); });
     const bool isDone = ForEachImage(
         images, [&](TVarImage& image) { return step(image, report); }, [&] { report.PrintRest(); });
     if (isDone && images.IsDatabase()) {

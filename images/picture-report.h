@@ -30,6 +30,8 @@ class TPictureReport {
   void PrintRest() const;
 
  private:
+  void AddUnreadable(const std::string& filename, const std::string& line);
+
   boost::function<void(std::string)> print;
   std::set<std::string> unreadable;
   std::set<std::string> damaged;

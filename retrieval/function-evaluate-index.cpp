@@ -94,7 +94,14 @@ void TFunctionEvaluateIndex::DrawAndShowChart(const TVarDatabaseIndex& index, bo
   TImageRGB chart;
   // A file that is only spelt alike is not the one that gnuplot was to write.
   const bool isExact = base::NativePath(kChartFile) == kChartFile;
-  if (!isRemoved || !isExact || !chart.LoadFromFile(kChartFile)) {
+  const bool isDrawn = isRemoved && isExact && base::IsRegularFile(kChartFile);
+  if (isDrawn && (!chart.LoadFromFile(kChartFile) || chart.IsDamaged())) {
+    // gnuplot does not tell of a full disk, and half a chart is none.
+    base::RemoveFile(kChartFile);
+    PrintLoss(FormatString("File '%s' cannot be read", kChartFile));
+    return;
+  }
+  if (!isDrawn) {
     Print(FormatString("Chart '%s' was not drawn: is gnuplot installed?", kChartFile));
     return;
   }

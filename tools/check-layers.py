@@ -100,7 +100,7 @@ def check_doors(root):
     files = (p for p in root.glob("*/**/*") if p.suffix in CODE and not p.stem.endswith("-test"))
     for path in sorted(files):
         name = str(path.relative_to(root))
-        if re.match(r"(tests|benchmarks|build[^/]*)/", name):
+        if re.match(r"(tests|fuzz|benchmarks|build[^/]*)/", name):
             continue
         # What a comment or a text says is no use of it.
         text = re.sub(r"//[^\n]*|/\*.*?\*/", "", path.read_text(), flags=re.DOTALL)
