@@ -92,7 +92,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   TOptions options;
   if (parser.isSet("seed")) {
     bool isNumber = false;
-    // 32 bits without a sign: what rand() and the generator of the network library are seeded with.
+    // 32 bits without a sign, as srand() takes them.
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
       reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";
