@@ -14,6 +14,7 @@
 #include "base/trial.h"
 #include "batch/options.h"
 #include "batch/session.h"
+#include "batch/stream-view.h"
 #include "features/plugin-doctor.h"
 #include "gui/eight-bit-text.h"
 
@@ -33,6 +34,7 @@ void ForgetScreen() {
                                "QT_STYLE_OVERRIDE", "QT_QPA_PLATFORMTHEME", "QT_AUTO_SCREEN_SCALE_FACTOR"}) {
     qunsetenv(variable);
   }
+  // One pixel of a dialog is one pixel of its picture.
   qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
   qputenv("QT_QPA_PLATFORM", "offscreen");
 }
@@ -76,10 +78,12 @@ int Run(int argc, char** argv, const char* version) {
   base::CatchSignals();
   base::KeepFreedMemory();
   ForgetScreen();
+  // The toolkit must not take options out of our own arguments, which were parsed already.
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();
-  return session.Run(output);
+  TStreamView view(output);
+  return session.Run(view);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "batch/session.h"
 
+#include <cstdio>
+
 #include <boost/bind/bind.hpp>
 
 #include "base/abandoned-files.h"
@@ -17,7 +19,7 @@ int RefuseBatch(const std::string& reason) {
   return kBatchUnusable;
 }
 
-TBatchSession::TBatchSession(const TOptions& options) : options(options) {}
+TBatchSession::TBatchSession(const TOptions& theOptions) : options(theOptions) {}
 
 TBatchSession::~TBatchSession() = default;
 
@@ -34,6 +36,7 @@ bool TBatchSession::Open(std::string& reason) {
       reason = FormatString("Script '%s' cannot be read", options.script.c_str());
       return false;
     }
+    // Somebody gave a picture in place of a script; every line of it would be an error.
     if (!reader->BeginsAsText()) {
       reason = FormatString("Script '%s' is not a text", options.script.c_str());
       return false;
@@ -61,9 +64,9 @@ bool TBatchSession::Open(std::string& reason) {
   return open(variables, options.variables) && open(segments, options.segments);
 }
 
-int TBatchSession::Run(std::FILE* output) {
-  TStreamView view(output);
+int TBatchSession::Run(TStreamView& view) {
   TCtrlMain controller(view, options.plugins);
+  // Before the first line: a network or a map may be made by any of them.
   if (options.seed) {
     controller.SetSeed(*options.seed);
   }
@@ -78,6 +81,7 @@ int TBatchSession::Run(std::FILE* output) {
     const std::string standardInput = reader->IsTerminal() ? "" : "-";
     controller.RunScript(*reader, options.script.empty() ? standardInput : options.script);
   }
+  // The tables are written even after lines that failed: what succeeded is worth having, and the status tells.
   std::string failedFile = saver.GetFailedFile();
   if (variables && !variables->Write(FormatVariables(controller.GetVarList()))) {
     failedFile = options.variables;

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "base/file.h"
 #include "batch/options.h"
+
+class TStreamView;
 
 namespace base {
 class TLineReader;
@@ -38,7 +39,7 @@ class TBatchSession {
 
   /// Runs the lines, and those of the script if there is one, and writes what was asked for. Returns how it ended. The
   /// toolkit's application object must be there.
-  int Run(std::FILE* output);
+  int Run(TStreamView& view);
 
  private:
   const TOptions& options;

@@ -18,6 +18,7 @@ namespace {
 
 /// A variable's name as a file name: variables may be called anything, "../a" included.
 std::string EncodeForFileName(std::string_view name) {
+  // No capitals: variables have none, and on file systems that fold case two names would be one.
   constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789_-";
   std::string encoded;
   for (const char character : name) {
@@ -47,6 +48,7 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
   std::string table = "rank\timageIndex\tdistance\tfile\ttags\n";
   int rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
+    // 17 digits give back the same double; positions count from 0, ranks from 1.
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
       const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];

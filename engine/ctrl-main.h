@@ -26,7 +26,7 @@ namespace base {
 class TLineReader;
 }
 
-/// The program's centre: owns every engine object and is the road of every command line, whether typed, dropped or read
+/// The program's center: owns every engine object and is the road of every command line, whether typed, dropped or read
 /// from a script. It drives the view by plain calls and hears of the user as the view's listener.
 class TCtrlMain : private TViewListener, private TWork {
  public:

@@ -51,6 +51,7 @@ int Refuse(const std::string& reason) {
 /// Without a display the toolkit can only give up. It would do so with many words and a core dump.
 void RefuseWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
   if (type == QtFatalMsg) {
+    // _Exit: the toolkit is in the middle of its construction, so that neither destructors nor exit handlers may run.
     std::_Exit(Refuse("There is no display. tessimar-batch runs scripts without one."));
   }
 }
@@ -87,11 +88,11 @@ TOptions ParseOptions(const QStringList& arguments, std::string& reason) {
           parser.isSet("help"), parser.isSet("version")};
 }
 
-/// Lays a link to each entry of `folder`, which stands at this place beside the program's, into the working directory,
-/// where nothing of that name stands.
-void LinkEntries(const char* folder) {
+/// Lays a link to each entry of `folder`, as seen from the program's own, into the working directory, where nothing of
+/// that name stands.
+void LinkEntries(const char* folder, QDir::Filters kinds) {
   const QDir entries(QDir(QApplication::applicationDirPath()).filePath(folder));
-  for (const QFileInfo& entry : entries.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+  for (const QFileInfo& entry : entries.entryInfoList(kinds)) {
     const QFileInfo link(entry.fileName());
     // A link into an installation that has gone would keep the entry out for good.
     if (link.isSymbolicLink() && !link.exists()) {
@@ -110,8 +111,8 @@ bool EnterWorkspace(QString& folder) {
   if (QDir::home().isRoot() || !base::MakeWritableDirectory(FromQString(folder)) || !QDir::setCurrent(folder)) {
     return false;
   }
-  LinkEntries(TESSIMAR_SAMPLES);
-  LinkEntries(TESSIMAR_FEATURES);
+  LinkEntries(TESSIMAR_SAMPLES, QDir::AllEntries | QDir::NoDotAndDotDot);
+  LinkEntries(TESSIMAR_FEATURES, QDir::Files);
   return true;
 }
 
@@ -171,6 +172,7 @@ int main(int argc, char** argv) {
   QTimer scriptTimer;
   if (reader) {
     scriptTimer.setSingleShot(true);
+    // From the event loop, so that the window is drawn before the first line runs and events are handled meanwhile.
     scriptTimer.callOnTimeout([&] { controller.RunScript(*reader, options.script); });
     scriptTimer.start();
   }

@@ -13,6 +13,8 @@
 TFeatureList::TFeatureList(const std::vector<std::string>& pluginDirectories) {
   features.push_back(std::make_unique<TFeatureHsv>());
   features.push_back(std::make_unique<TFeatureLbp>());
+  // As the system delivers them: the order of plug-ins in the working directory, and with it which of two namesakes
+  // runs, is that of the directory. Further directories are sorted, since theirs should be the same on every machine.
   for (const std::string& fileName : List(".")) {
     if (base::IsPluginFileName(fileName)) {
       LoadPlugin(fileName);
@@ -47,6 +49,7 @@ void TFeatureList::LoadPlugin(const std::string& fileName) {
     refusals.push_back(FormatString("Plug-in '%s' was left out: %s", fileName.c_str(), reason.c_str()));
     return;
   }
+  // It is kept all the same: its library stays loaded, and the list says what there is. Find() gives the first.
   if (Find(plugin->GetName()) != nullptr) {
     refusals.push_back(FormatString("Plug-in '%s' never runs: there is another feature \"%s\" before it",
                                     fileName.c_str(), plugin->GetName().c_str()));

@@ -49,6 +49,7 @@ bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
     QImage picture;
     if (LoadTile(filename, qRound(kTileWidth * ratio), tile, &report)) {
       picture = ToQImage(tile);
+      // The tile was loaded with as many pixels as the screen has for it; the toolkit must not enlarge it again.
       picture.setDevicePixelRatio(ratio);
     }
     dialog.SetImage(picture, static_cast<int>(done), {QRect(), filename, description});

@@ -10,6 +10,7 @@ void TFeatureVector::SetLength(std::uint32_t newLength) {
   data.reset();
   // Without memory the vector is empty, and not long without numbers.
   length = 0;
+  // Without zeros: whoever sets a length writes every element next.
   data = std::make_unique_for_overwrite<double[]>(newLength);
   length = newLength;
 }

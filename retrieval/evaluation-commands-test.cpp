@@ -270,7 +270,7 @@ TEST_F(TEvaluation, LoadingTakesNoFileOfAnotherLength) {
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
             "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
             "3 images without a stored feature\nDone\n");
-  // Each has kept the vector that it had: all pixels are of one colour, so that one bin holds all.
+  // Each has kept the vector that it had: all pixels are of one color, so that one bin holds all.
   for (const auto& image : Database().GetImages()) {
     const TFeatureVector& vector = *image->GetImageSegment().GetFeatures().Find("hsv");
     EXPECT_EQ(vector.GetLength(), 256U);
