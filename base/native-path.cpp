@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <deque>
 #include <memory>
@@ -268,9 +269,15 @@ bool IsDirectory(const std::string& path) {
 
 std::string CanonicalPath(const std::string& path) {
   const std::string nativePath = NativePath(path);
+#ifdef _WIN32
   boost::system::error_code error;
   const filesystem::path canonical = filesystem::canonical(ToPath(nativePath), error);
   return error ? nativePath : canonical.string();
+#else
+  // Not by the library, which ends the program where memory is missing for a part of the path.
+  const std::unique_ptr<char, decltype(&std::free)> canonical(realpath(nativePath.c_str(), nullptr), &std::free);
+  return canonical ? std::string(canonical.get()) : nativePath;
+#endif
 }
 
 bool RemoveFile(const std::string& path) {
