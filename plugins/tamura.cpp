@@ -24,8 +24,9 @@ namespace {
 constexpr int kMostCoarse = rows::kMostCoarse;
 /// Half of the widest window.
 constexpr int kReach = 1 << (kMostCoarse - 1);
-/// Rows that are kept: more than the 2 x kReach + 1 that are needed at once.
+/// Rows that are kept: at least as many as are needed at once.
 constexpr int kRing = 64;
+static_assert(kRing >= 2 * kReach + 1);
 /// The last rows of a plane.
 template <typename T>
 class TRing {
