@@ -34,6 +34,7 @@ void ForgetScreen() {
                                "QT_STYLE_OVERRIDE", "QT_QPA_PLATFORMTHEME", "QT_AUTO_SCREEN_SCALE_FACTOR"}) {
     qunsetenv(variable);
   }
+  // One pixel of a dialog is one pixel of its picture.
   qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
   qputenv("QT_QPA_PLATFORM", "offscreen");
 }
@@ -77,6 +78,7 @@ int Run(int argc, char** argv, const char* version) {
   base::CatchSignals();
   base::KeepFreedMemory();
   ForgetScreen();
+  // The toolkit must not take options out of our own arguments, which were parsed already.
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
   base::UseClassicNumbers();

@@ -4,6 +4,7 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "base/abandoned-files.h"
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -18,7 +19,7 @@ int RefuseBatch(const std::string& reason) {
   return kBatchUnusable;
 }
 
-TBatchSession::TBatchSession(const TOptions& options) : options(options) {}
+TBatchSession::TBatchSession(const TOptions& theOptions) : options(theOptions) {}
 
 TBatchSession::~TBatchSession() = default;
 
@@ -48,6 +49,9 @@ bool TBatchSession::Open(std::string& reason) {
       reason = FormatString("Directory '%s' cannot be written", directory.c_str());
       return false;
     }
+    if (!directory.empty()) {
+      base::RemoveAbandonedFiles(directory);
+    }
   }
   const auto open = [&](std::optional<base::TNamedOutput>& table, const std::string& path) {
     if (path.empty() || table.emplace(path).IsOpen()) {
@@ -75,6 +79,7 @@ int TBatchSession::Run(TStreamView& view) {
     const std::string standardInput = reader->IsTerminal() ? "" : "-";
     controller.RunScript(*reader, options.script.empty() ? standardInput : options.script);
   }
+  // The tables are written even after lines that failed: what succeeded is worth having, and the status tells.
   std::string failedFile = saver.GetFailedFile();
   if (variables && !variables->Write(FormatVariables(controller.GetVarList()))) {
     failedFile = options.variables;
@@ -97,5 +102,8 @@ int TBatchSession::Run(TStreamView& view) {
   if (view.HasFailed()) {
     return kBatchNobodyReads;
   }
-  return controller.GetFailedLines() == 0 ? kBatchSucceeded : kBatchLineFailed;
+  if (controller.GetFailedLines() > 0) {
+    return kBatchLineFailed;
+  }
+  return controller.HasLosses() ? kBatchIncomplete : kBatchSucceeded;
 }

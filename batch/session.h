@@ -17,6 +17,7 @@ class TLineReader;
 inline constexpr int kBatchSucceeded = 0;
 inline constexpr int kBatchLineFailed = 1;
 inline constexpr int kBatchUnusable = 2;
+inline constexpr int kBatchIncomplete = 3;
 // As a shell reports a program that Ctrl-C or a closed pipe ended.
 inline constexpr int kBatchInterrupted = 130;
 inline constexpr int kBatchNobodyReads = 141;

@@ -52,7 +52,7 @@ void Measure(benchmark::State& state, const char* name, const char* symbol, cons
   }
 }
 
-void BM_DescribeColour(benchmark::State& state, const char* name) {
+void BM_DescribeColor(benchmark::State& state, const char* name) {
   Measure(state, name, "ProcessColor", Color());
 }
 
@@ -90,13 +90,13 @@ void BM_HogOpenCv(benchmark::State& state, const std::vector<int>& levels) {
 }
 
 BENCHMARK_CAPTURE(BM_DescribeGray, edgehistogram, "EdgeHistogram")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, colorlayout, "ColorLayout")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, correlogram, "Correlogram")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, colorlayout, "ColorLayout")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, correlogram, "Correlogram")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_DescribeGray, phog, "Phog")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_DescribeGray, gist, "Gist")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_DescribeGray, tamura, "Tamura")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, cedd, "Cedd")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, moments, "Moments")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, cedd, "Cedd")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, moments, "Moments")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_HogOpenCv, all, {1, 2, 4})->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_HogOpenCv, finest, {4})->Unit(benchmark::kMillisecond);
 

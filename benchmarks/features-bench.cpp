@@ -87,15 +87,15 @@ void BM_HsvOpenCv(benchmark::State& state) {
 void BM_LbpOpenCv(benchmark::State& state) {
   cv::setNumThreads(1);
   const cv::Mat gray = Wrap(Gray(), CV_8UC1);
-  const cv::Mat centre = gray(cv::Rect(1, 1, gray.cols - 2, gray.rows - 2));
-  const std::array<cv::Point, 8> neighbours = {{{0, 0}, {1, 0}, {2, 0}, {0, 1}, {2, 1}, {0, 2}, {1, 2}, {2, 2}}};
+  const cv::Mat center = gray(cv::Rect(1, 1, gray.cols - 2, gray.rows - 2));
+  const std::array<cv::Point, 8> neighbors = {{{0, 0}, {1, 0}, {2, 0}, {0, 1}, {2, 1}, {0, 2}, {1, 2}, {2, 2}}};
   cv::Mat brighter;
   cv::Mat pattern;
   std::array<std::uint32_t, 256> counts;
   for (auto _ : state) {
-    pattern = cv::Mat::zeros(centre.size(), CV_8UC1);
-    for (std::size_t bit = 0; bit < neighbours.size(); ++bit) {
-      cv::compare(gray(cv::Rect(neighbours[bit], centre.size())), centre, brighter, cv::CMP_GT);
+    pattern = cv::Mat::zeros(center.size(), CV_8UC1);
+    for (std::size_t bit = 0; bit < neighbors.size(); ++bit) {
+      cv::compare(gray(cv::Rect(neighbors[bit], center.size())), center, brighter, cv::CMP_GT);
       cv::bitwise_and(brighter, cv::Scalar(1 << bit), brighter);
       cv::bitwise_or(pattern, brighter, pattern);
     }

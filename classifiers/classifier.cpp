@@ -76,6 +76,7 @@ void TClassifier::SetCopyExamples(bool flag) {
 }
 
 std::string TClassifier::GetSettingName(std::uint32_t index) const {
+  // A map of a handful of keys: walking there costs nothing, and gives the byte-wise order.
   return index < settings.size() ? std::next(settings.begin(), index)->first : std::string();
 }
 
@@ -103,6 +104,7 @@ std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
   }
   const auto count = static_cast<std::size_t>(scaling.dimension);
   const std::optional<std::uint64_t> remaining = base::RemainingBytes(file);
+  // Two doubles for each dimension must still be there before memory is asked for.
   if (scaling.dimension > kMaxDimension || !remaining || *remaining < 2 * sizeof(double) * std::uint64_t{count}) {
     return std::nullopt;
   }

@@ -49,6 +49,7 @@ bool WriteInt32(std::FILE* file, std::int32_t value) {
 
 bool WriteDoubles(std::FILE* file, const double* values, std::size_t count) {
   return std::all_of(values, values + count, [&](double value) {
+    // A copy of each, as the caller's numbers stay in the machine's order.
     base::ToLittleEndian(&value, 1);
     return std::fwrite(&value, sizeof(value), 1, file) == 1;
   });
@@ -59,6 +60,7 @@ std::optional<std::string> ReadBlock(std::FILE* file) {
   if (!ReadUint32(file, size)) {
     return std::nullopt;
   }
+  // The size comes from a file that may be damaged or forged: up to 4 GiB would be asked for on its word.
   const std::optional<std::uint64_t> remaining = base::RemainingBytes(file);
   if (!remaining || size > *remaining) {
     return std::nullopt;
@@ -82,5 +84,6 @@ bool StoreThroughFile(std::FILE* file, const std::string& prefix, const std::fun
     return false;
   }
   const std::optional<std::string> text = temporary.Read();
+  // Read back and checked, because the libraries report neither a full disk nor a short write.
   return text && isSound(*text) && WriteBlock(file, *text);
 }

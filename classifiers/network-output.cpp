@@ -14,6 +14,7 @@ namespace {
 constexpr double kLargestSum = 150;
 
 double Activate(int function, double steepness, double sum) {
+  // The library's macro calls these by their bare names.
   using std::cos;
   using std::exp;
   using std::sin;
@@ -53,12 +54,14 @@ TNetworkOutput::TNetworkOutput(const fann& network) : inputCount(network.num_inp
 }
 
 double TNetworkOutput::Run(double* inputs) const {
+  // The bias is a weight like any other, of an input that is always 1.
   inputs[inputCount] = 1;
   const auto numbers = std::make_unique_for_overwrite<double[]>(2 * widest);
   double* outputs = numbers.get();
   double* next = outputs + widest;
   for (const TLayer& layer : layers) {
     RunLayer(layer, inputs, outputs);
+    // Two buffers that take turns: the outputs of a layer are the inputs of the next.
     inputs = outputs;
     std::swap(outputs, next);
   }

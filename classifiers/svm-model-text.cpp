@@ -52,6 +52,7 @@ bool TakeLabels(TTextCursor& cursor, std::uint32_t classCount) {
       return false;
     }
   }
+  // With one class the second label stays 0, which no class has.
   return cursor.Take("\n") && labels[0] != labels[1];
 }
 

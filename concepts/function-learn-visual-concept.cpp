@@ -16,6 +16,7 @@
 namespace {
 
 const TFeatureVectorList& FirstSegmentFeatures(const TVarDatabase& database) {
+  // The first segment stands for all, as the first image does for a database.
   return database.GetImages().front()->GetSegments().front()->GetFeatures();
 }
 
@@ -86,6 +87,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
 bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
   const std::array<std::pair<const char*, const TVarDatabase*>, 2> databases = {
       {{"First", &positive}, {"Second", &negative}}};
+  // Two loops, so that a missing database is told before missing segments of the other.
   for (const auto& [ordinal, database] : databases) {
     if (database->GetImages().empty()) {
       Print(FormatString("%s database does not contain images", ordinal));
@@ -105,8 +107,7 @@ bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualC
                                                 const TVarDatabase& positive, const TVarDatabase& negative) const {
   if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
       HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
-    Print("Classifier holds examples of another length");
-    Print("createclassifier makes it new");
+    Print("Classifier holds examples of another length: createclassifier makes it new");
     return false;
   }
   if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
@@ -154,10 +155,12 @@ bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, 
     classifier.SetTrainingWatcher([&] { return isWanted = ReportProgress(total, total); });
   }
   classifier.Train();
+  // It refers to a variable of this call.
   classifier.SetTrainingWatcher({});
   if (!isWanted) {
     return Interrupted(total, total);
   }
+  // Without a feature in common there are examples of length 0, on which no training took place.
   if (const auto error = classifier.GetTrainingError(); error && hasFeatures) {
     Print(FormatString("Mean square error: %.6f", *error));
   }

@@ -29,6 +29,7 @@
 #include "segmentation/function-segment-image.h"
 
 TFunctionList::TFunctionList() {
+  // The order of the help list.
   functions.push_back(std::make_unique<TFunctionLoadImage>());
   functions.push_back(std::make_unique<TFunctionLoadDatabase>());
   functions.push_back(std::make_unique<TFunctionDisplayImage>());

@@ -21,6 +21,7 @@ TFunction::TFunction(const TCommandFacts& facts)
       help(facts.help) {}
 
 void TFunction::ShowHelp() const {
+  // The raw string of a help text begins with a line feed, so that its first line is empty.
   std::istringstream lines(help);
   std::string line;
   if (!std::getline(lines, line)) {
@@ -84,6 +85,7 @@ bool TFunction::CheckParameterType(int position, const std::string& parameter, c
   if (kind == "variable" && varList->Find(parameter) == nullptr) {
     return report("an unknown variable");
   }
+  // A single double quote passes, being its own first and last character; StripQuotes makes the empty text of it.
   if (kind == "string" && (parameter.empty() || parameter.front() != '"' || parameter.back() != '"')) {
     return report("not of type 'string', use syntax \"...\"");
   }
@@ -108,6 +110,13 @@ void TFunction::Print(const std::string& line) const {
   }
 }
 
+void TFunction::PrintLoss(const std::string& line) const {
+  Print(line);
+  if (work != nullptr) {
+    work->NoteLoss();
+  }
+}
+
 bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const {
   if (!base::IsRegularFile(path)) {
     Print("File not found");
@@ -128,6 +137,7 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
 }
 
 bool TFunction::ReportProgress(std::size_t done, std::size_t total) const {
+  // Without anybody to ask, as in tests of single commands, nothing is ever interrupted.
   return work == nullptr || work->Continue(name, done, total);
 }
 

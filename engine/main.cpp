@@ -51,6 +51,7 @@ int Refuse(const std::string& reason) {
 /// Without a display the toolkit can only give up. It would do so with many words and a core dump.
 void RefuseWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
   if (type == QtFatalMsg) {
+    // _Exit: the toolkit is in the middle of its construction, so that neither destructors nor exit handlers may run.
     std::_Exit(Refuse("There is no display. tessimar-batch runs scripts without one."));
   }
 }
@@ -171,6 +172,7 @@ int main(int argc, char** argv) {
   QTimer scriptTimer;
   if (reader) {
     scriptTimer.setSingleShot(true);
+    // From the event loop, so that the window is drawn before the first line runs and events are handled meanwhile.
     scriptTimer.callOnTimeout([&] { controller.RunScript(*reader, options.script); });
     scriptTimer.start();
   }

@@ -13,7 +13,7 @@
 #include "gui/main-window.h"
 #include "images/var-image.h"
 
-TWindowView::TWindowView(MainWindow& window) : window(window) {
+TWindowView::TWindowView(MainWindow& theWindow) : window(theWindow) {
   fillTimer.setSingleShot(true);
   fillTimer.callOnTimeout([this] { FillTable(); });
 }
@@ -34,6 +34,7 @@ void TWindowView::SetListener(TViewListener* listener) {
     window.OnComplete.clear();
     return;
   }
+  // Callbacks and no signals of the toolkit: the controller is no QObject, and the window knows no engine file.
   window.OnKeyUp = boost::bind(&TViewListener::PreviousCommand, listener);
   window.OnKeyDown = boost::bind(&TViewListener::NextCommand, listener);
   window.OnReturnPressed = boost::bind(&TViewListener::OnCommandEntered, listener);
@@ -62,6 +63,7 @@ void TWindowView::AddOutput(const std::string& text) {
 }
 
 void TWindowView::ShowVariables(const TVarList& list) {
+  // A pointer is enough: the list is the controller's and lives as long as that is the listener.
   unshown = &list;
   if (workDepth == 0) {
     FillTable();
@@ -112,15 +114,19 @@ void TWindowView::SelectCommandText() {
 }
 
 void TWindowView::BeginWork() {
-  ++workDepth;
   window.SetBusy(true);
+  ++workDepth;
 }
 
 void TWindowView::EndWork() noexcept {
   if (--workDepth == 0) {
     FillTable();
   }
-  window.SetBusy(false);
+  try {
+    window.SetBusy(false);
+  } catch (const std::exception&) {
+    // Input that waited may be lost for lack of memory, which is better than the program.
+  }
 }
 
 bool TWindowView::IsClosing() const {
@@ -136,6 +142,7 @@ void TWindowView::ProcessEvents() {
 }
 
 void TWindowView::Pause(int milliseconds) {
+  // Milliseconds between two looks at the events, so that a window that waits is still drawn and Escape still works.
   constexpr int kStep = 50;
   for (int rest = milliseconds; rest > 0; rest -= kStep) {
     ProcessEvents();

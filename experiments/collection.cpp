@@ -26,6 +26,7 @@ std::optional<TPictureCollection> OpenCollection(const std::string& directory, s
     return std::nullopt;
   }
   TPictureCollection collection;
+  // The name as the file system has it, since paths are made of it for every picture.
   collection.location = base::WithTrailingSeparator(base::NativePath(directory));
   return collection;
 }
@@ -61,6 +62,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
     return std::nullopt;
   }
   std::erase_if(*entries, [&](const std::string& entry) { return !base::IsDirectory(collection->location + entry); });
+  // By bytes: the order is part of the results, and must not depend on a locale or on the file system.
   std::sort(entries->begin(), entries->end());
   for (const std::string& entry : *entries) {
     auto names = base::ListFiles(collection->location + entry);

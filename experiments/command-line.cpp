@@ -65,7 +65,7 @@ std::vector<std::string> Texts(const QStringList& list) {
 /// Reads options one after the other; the first fault stays.
 class TOptionReader {
  public:
-  explicit TOptionReader(const QCommandLineParser& parser) : parser(parser) {}
+  explicit TOptionReader(const QCommandLineParser& theParser) : parser(theParser) {}
 
   bool Has(const char* name) const { return parser.isSet(name); }
   std::vector<std::string> All(const char* name) const { return Texts(parser.values(name)); }
@@ -95,6 +95,7 @@ class TOptionReader {
     if (!Has("part")) {
       return {};
     }
+    // Up to nine digits, which fit into the number that they are turned into.
     static const QRegularExpression form("^([0-9]{1,9})/([0-9]{1,9})$");
     const auto match = form.match(ToQString(text));
     const TPart part = {match.captured(1).toUInt(), match.captured(2).toUInt()};
@@ -252,6 +253,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   if (command.help || command.version) {
     return command;
   }
+  // "--out=" is a slip of a script whose variable is empty, and "--features=" would silently mean all features.
   for (const QString& name : parser.optionNames()) {
     if (parser.values(name).contains(QString())) {
       reason = "The value of '--" + FromQString(name) + "' is empty.";

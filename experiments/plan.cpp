@@ -54,6 +54,8 @@ std::optional<std::string> OriginOf(const TFeature& feature, const std::string& 
   if (plugin == nullptr) {
     return version;
   }
+  // Two builds of a plug-in may give different numbers under one name and version; only the bytes of the library tell
+  // them apart.
   auto digest = DigestOfFile(plugin->GetFile());
   if (!digest) {
     reason = FormatString("Plug-in '%s' cannot be read", plugin->GetFile().c_str());
@@ -167,6 +169,7 @@ TTopicPlan MakeTopics(const TPlan& plan, const TFeatureTable& table) {
       continue;
     }
     std::vector<std::uint32_t> tags = topics.tagsOfPictures[picture];
+    // The query itself is not relevant to its own topic: another picture has to be.
     std::erase_if(tags, [&](std::uint32_t tag) { return topics.carriers[tag] < 2; });
     if (!tags.empty()) {
       topics.queries.push_back(picture);
@@ -185,6 +188,8 @@ TFingerprint MakeFingerprint(const TExperimentOptions& options, const TPlan& pla
   for (const std::uint32_t query : plan.queries.value_or(std::vector<std::uint32_t>())) {
     queries.push_back(std::to_string(query));
   }
+  // What decides the contents of a part. The names are read by people: they end the sentence "was made with another
+  // ...".
   return {{"collection", table.GetDigest()},
           {"truth", plan.truth.digest},
           {"list of features", EncodeField(base::Join(plan.setNames, ","))},
@@ -196,6 +201,7 @@ TFingerprint MakeFingerprint(const TExperimentOptions& options, const TPlan& pla
 }
 
 std::size_t CountOfTop(const TExperimentOptions& options, const TPlan& plan) {
+  // The pictures of a strip in the report, which are drawn even where the runs show fewer ranks.
   constexpr std::size_t kDrawn = 8;
   const std::size_t ranks = plan.collection.names.size() - (options.keepsQuery ? 0 : 1);
   return std::min(std::max(options.depth, kDrawn), ranks);

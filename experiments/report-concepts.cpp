@@ -12,6 +12,7 @@
 
 namespace {
 
+// As many as intervals of a few hundred pictures can support; the tables have eight.
 constexpr int kDecimals = 3;
 constexpr std::size_t kMostDrawn = 3;
 
@@ -48,7 +49,7 @@ std::string FormatFigures(const TMeasuredConcepts& measured) {
 /// Draws the pictures of concepts. Each is stored once, however often it is drawn.
 class TSegmentDrawing {
  public:
-  explicit TSegmentDrawing(const TPictureCollection& collection) : collection(collection) {}
+  explicit TSegmentDrawing(const TPictureCollection& theCollection) : collection(theCollection) {}
 
   std::string Format(const TAskedPicture& asked, const TMeasuredConcept& measured) {
     const std::string name = EscapeHtml(collection.names[asked.picture]);
@@ -63,6 +64,7 @@ class TSegmentDrawing {
         FormatString("<svg viewBox=\"0 0 %d %d\" role=\"img\" aria-label=\"", asked.width, asked.height) + name + " " +
         words + "\">";
     if (Keep(asked)) {
+      // The picture itself stands once in the page, as a symbol: each drawing of it costs a line.
       html += FormatString("<use href=\"#concept-picture-%u\"/>", asked.picture);
     }
     std::string cells;
@@ -93,6 +95,7 @@ class TSegmentDrawing {
 
   /// False if there is no such picture any more.
   bool Keep(const TAskedPicture& asked) {
+    // Pixels of the longer side, twice what the page shows, for screens with small pixels.
     constexpr int kSide = 240;
     constexpr int kQuality = 75;
     const auto [place, isNew] = isKept.try_emplace(asked.picture, false);
@@ -101,6 +104,8 @@ class TSegmentDrawing {
       place->second = true;
       pictures += FormatString(
                       "<image id=\"concept-picture-%u\" width=\"%d\" height=\"%d\" "
+                      // The thumbnail's sides are rounded; stretched to the full size its pixels meet the segments'
+                      // coordinates.
                       "preserveAspectRatio=\"none\" href=\"",
                       asked.picture, asked.width, asked.height) +
                   FormatJpegAddress(thumbnail.EncodeJpeg(kQuality)) + "\"/>\n";
@@ -131,6 +136,7 @@ std::string FormatDrawings(const TMeasuredConcept& measured, TSegmentDrawing& dr
     pictures.push_back(&each);
   }
   std::stable_sort(pictures.begin(), pictures.end(),
+                   // Stable, so that equal ones stay in the order of the collection.
                    [](const auto* a, const auto* b) { return a->CountRight() > b->CountRight(); });
   // No picture stands in both lists.
   const auto most = static_cast<std::ptrdiff_t>(std::min(kMostDrawn, (pictures.size() + 1) / 2));

@@ -12,6 +12,7 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "experiments/expectation.h"
+#include "experiments/file-name.h"
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
@@ -53,6 +54,7 @@ void PrintSummary(const TExperiment& experiment, const std::string& out, std::FI
 class TStopwatch {
  public:
   void Note(const std::string& step) {
+    // A clock that is never set back.
     const auto now = std::chrono::steady_clock::now();
     table += step + FormatString("\t%.3f\n", std::chrono::duration<double>(now - begin).count());
     begin = now;
@@ -106,6 +108,7 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
   int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
   for (const TExpectation& expectation : options.expectations) {
     if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
+      // All misses are printed, and outweigh damage.
       status = RefuseExperiment(kExperimentFailed, miss);
     }
   }
@@ -115,11 +118,13 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
 /// An experiment on a collection.
 class TCollectionRun {
  public:
-  TCollectionRun(const TExperimentOptions& options, std::FILE* output)
-      : options(options), output(output), features(options.out + "features"), progress(options.isQuiet) {}
+  TCollectionRun(const TExperimentOptions& theOptions, std::FILE* theOutput)
+      : options(theOptions), output(theOutput), features(theOptions.out + "features"), progress(theOptions.isQuiet) {}
 
   int Run() {
     std::string reason;
+    // Every step makes the plan anew: steps may run on different machines, and what they agree on is checked by the
+    // fingerprint and not by trust.
     plan = MakePlan(options, reason);
     if (!plan) {
       return RefuseExperiment(kExperimentUnusable, reason);
@@ -161,6 +166,8 @@ class TCollectionRun {
   }
 
   TStepResult Rank(const TFeatureTable& table) {
+    // A step of its own may come days after the extraction. A part looks at its own share, so that all parts together
+    // look at every picture once.
     if (options.step == TStep::kRank) {
       const auto [begin, end] = options.part.ShareOf(table.GetPictureCount());
       std::size_t changed = 0;
@@ -228,8 +235,8 @@ class TCollectionRun {
   /// Runs of an earlier experiment would stand beside tables that do not know them.
   void RemoveOtherRuns() const {
     for (const std::string& name : base::ListFiles(options.out + "runs").value_or(std::vector<std::string>())) {
-      if (std::find(plan->setNames.begin(), plan->setNames.end(), name.substr(0, name.rfind(".run"))) ==
-          plan->setNames.end()) {
+      if (std::none_of(plan->setNames.begin(), plan->setNames.end(),
+                       [&](const std::string& set) { return name == FitFileName(set, ".run"); })) {
         std::remove((options.out + "runs/" + name).c_str());
       }
     }
@@ -246,7 +253,7 @@ class TCollectionRun {
 /// A measurement of runs that other programs wrote.
 class TRunsRun {
  public:
-  TRunsRun(const TExperimentOptions& options, std::FILE* output) : options(options), output(output) {}
+  TRunsRun(const TExperimentOptions& theOptions, std::FILE* theOutput) : options(theOptions), output(theOutput) {}
 
   int Run() {
     std::string reason;
@@ -272,6 +279,7 @@ class TRunsRun {
  private:
   bool ReadRuns(const TJudgements& judgements, std::string& reason) {
     for (std::size_t i = 0; i < judgements.qids.size(); ++i) {
+      // Each topic is its own query: rankings from elsewhere do not tell which topics share a picture.
       experiment.topics.push_back({judgements.qids[i], judgements.qids[i], "", i, judgements.relevant[i].size()});
     }
     experiment.queryCount = judgements.qids.size();
@@ -280,6 +288,7 @@ class TRunsRun {
       if (!run) {
         return false;
       }
+      // Two rows of one name in the tables could not be told apart.
       const auto known = std::find(experiment.sets.begin(), experiment.sets.end(), run->name);
       if (known != experiment.sets.end() && !judgements.qids.empty()) {
         const auto& other = options.runs[static_cast<std::size_t>(known - experiment.sets.begin())];

@@ -9,6 +9,7 @@
 #include "base/native-path.h"
 #include "experiments/digest.h"
 #include "experiments/encoding.h"
+#include "experiments/file-name.h"
 #include "experiments/json.h"
 #include "experiments/output-directory.h"
 #include "experiments/run-file.h"
@@ -48,6 +49,7 @@ std::size_t CountOfRankParts(const std::string& directory) {
 void RemoveOtherParts(const std::string& directory, const TPart& part) {
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
     if (!name.ends_with(FormatString("-of-%zu.bin", part.count)) && !name.ends_with(".new")) {
+      // Parts of another division would be joined with these: the largest number of parts found counts.
       std::remove((base::WithTrailingSeparator(directory) + name).c_str());
     }
   }
@@ -64,6 +66,7 @@ void ListTopics(const TExperimentOptions& options, const TPlan& plan, TCollected
   const auto tagOf = [&](const std::pair<std::size_t, std::size_t>& place) {
     return topics.tagsOfQueries[place.first][place.second];
   };
+  // Tags are numbered in byte order, and queries stand in the order of the collection; stable keeps that within a tag.
   std::stable_sort(collected.places.begin(), collected.places.end(),
                    [&](const auto& a, const auto& b) { return tagOf(a) < tagOf(b); });
   for (const auto& place : collected.places) {
@@ -80,7 +83,7 @@ void WriteRuns(const TExperimentOptions& options, const TPlan& plan, const TColl
   const TExperiment& experiment = collected.experiment;
   const std::size_t ranked = documents.size() - (options.keepsQuery ? 0 : 1);
   for (std::size_t set = 0; set < plan.sets.size(); ++set) {
-    base::TFileReplacement& run = out.Begin("runs/" + plan.setNames[set] + ".run");
+    base::TFileReplacement& run = out.Begin("runs/" + FitFileName(plan.setNames[set], ".run"));
     const std::string tag = EncodeSet(plan.setNames[set]);
     for (const TTopic& topic : experiment.topics) {
       const auto top = collected.GetTop(topic.query, set);
@@ -161,6 +164,7 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
     return {TStepOutcome::kFailed, FormatString("Directory '%s' cannot be written", directory.c_str())};
   }
   const std::string path = PartPath(options, options.part);
+  // Written beside an earlier part of that name, which stays good until this one is whole.
   TRankFileWriter writer(path, MakeFingerprint(options, plan, table));
   TDistanceWork distances(table, plan.sets);
   TRanker ranker(topics.tagsOfPictures, topics.tags.size(), options.keepsQuery, CountOfTop(options, plan));
@@ -168,9 +172,12 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
   const std::vector<std::size_t> topicCounts = TopicCounts(topics, options.part);
   progress.Begin("Topics:", std::accumulate(topicCounts.begin(), topicCounts.end(), std::size_t{0}));
   const std::size_t pictureCount = table.GetPictureCount();
+  // Queries in blocks: each vector of the collection is read from memory once a block. The results do not depend on the
+  // size of the blocks.
   for (std::size_t first = begin; first < end; first += distances.GetQueriesAtATime()) {
     const std::size_t count = std::min(distances.GetQueriesAtATime(), end - first);
     const std::span<const std::uint32_t> queries = std::span(topics.queries).subspan(first, count);
+    // The distances come set by set, the file wants them query by query.
     std::vector<TQueryRanking> rankings(count * plan.sets.size());
     distances.Run(queries, [&](std::size_t set, std::span<double> rows) {
       for (std::size_t i = 0; i < count; ++i) {
@@ -303,6 +310,7 @@ std::string FormatRunsRecord(const TExperimentOptions& options, const TExperimen
   json.Add("expect", TextsOf(options.expectations));
   json.EndObject();
   json.BeginObject("sha256");
+  // The bytes of what was measured: a record without them could not be checked.
   for (const std::string& run : options.runs) {
     json.Add(run, DigestOfFile(base::NativePath(run)).value_or(""));
   }

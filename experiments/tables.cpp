@@ -11,6 +11,7 @@ namespace {
 using TFields = std::vector<std::string>;
 
 std::string Number(double number) {
+  // Eight decimals in every table, as in the curve of the command evaluateindex.
   return FormatString("%.8f", number);
 }
 

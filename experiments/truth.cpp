@@ -18,8 +18,8 @@ namespace {
 /// Gathers pairs of tag and picture; each stands once.
 class TTruthReader {
  public:
-  TTruthReader(const TPictureCollection& collection, TDamageList& damage)
-      : collection(collection), names(collection), damage(damage) {}
+  TTruthReader(const TPictureCollection& theCollection, TDamageList& theDamage)
+      : collection(theCollection), names(theCollection), damage(theDamage) {}
 
   void AddClasses() {
     for (std::size_t i = 0; i < collection.classes.size(); ++i) {
@@ -32,6 +32,7 @@ class TTruthReader {
     if (!lines) {
       return false;
     }
+    // The ending decides, and not the contents: a table of one column would look like annotations.
     if (path.ends_with(".txt")) {
       const std::string tag = AnnotationTag(path);
       for (const TNumberedLine& line : *lines) {
@@ -39,6 +40,7 @@ class TTruthReader {
       }
     } else {
       for (const TNumberedLine& line : *lines) {
+        // The heading may be there or not.
         if (line.number != 1 || line.text != "file\ttag") {
           AddRow(path, line);
         }
@@ -52,6 +54,7 @@ class TTruthReader {
     TDigest digest;
     for (const auto& [tag, picture] : pairs) {
       truth.carriers[tag].push_back(picture);
+      // Of the pairs and not of the files: the same truth in another form gives the same digest.
       digest.Add(EncodeField(tag) + "\t" + EncodeField(collection.names[picture]) + "\n");
     }
     truth.digest = digest.Finish();
@@ -102,6 +105,7 @@ std::optional<std::vector<std::string>> TruthFiles(const std::string& path) {
   }
   auto files = base::ListFiles(nativePath);
   if (files) {
+    // Collections bring a README and other files in the same directory.
     std::erase_if(*files, [](const std::string& name) { return !name.ends_with(".txt"); });
     std::sort(files->begin(), files->end());
     for (std::string& name : *files) {
@@ -165,6 +169,7 @@ std::optional<std::vector<std::uint32_t>> ReadQueries(const TPictureCollection& 
     return std::nullopt;
   }
   const TPictureNames names(collection);
+  // Ascending, as binary searches want it.
   std::set<std::uint32_t> pictures;
   for (const TNumberedLine& line : *lines) {
     const auto picture = names.Find(line.text);

@@ -4,7 +4,7 @@
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
 
-TFeaturePlugin::TFeaturePlugin(const TPluginExports& exports) : exports(exports) {}
+TFeaturePlugin::TFeaturePlugin(const TPluginExports& theExports) : exports(theExports) {}
 
 std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName, std::string& reason) {
   const auto exports = LoadPluginExports(fileName, reason);
@@ -38,6 +38,7 @@ bool TFeaturePlugin::ProcessColor(const TImageRGB& image, TFeatureVector& vector
   if (!PrepareVector(vector)) {
     return false;
   }
+  // What the call returns is not looked at: libraries that write a vector return anything.
   exports.processColor(image.GetPixels(), image.GetWidth(), image.GetHeight(), image.GetStride(), vector.GetData());
   return true;
 }

@@ -12,6 +12,8 @@ class TFeatureVector;
 /// The directory "FeatureStorage" of raw vector files, one for each image and feature. A file holds the doubles of one
 /// vector, little-endian, and nothing else. It is tied to an image by the stem of its file name only.
 
+constexpr const char* kFeatureDirectory = "FeatureStorage";
+
 /// The path of the file for a feature of an image: the stem is the file name without its directory and without its last
 /// full stop and what follows.
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename);
@@ -23,8 +25,8 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 class TStoredFeatureReader {
  public:
   /// `length` is that of the feature; nothing if it is not known.
-  TStoredFeatureReader(const std::string& featureName, std::optional<std::uint32_t> length)
-      : featureName(featureName), length(length) {}
+  TStoredFeatureReader(const std::string& theFeatureName, std::optional<std::uint32_t> theLength)
+      : featureName(theFeatureName), length(theLength) {}
 
   /// Fills the vector with the doubles of the image's file. A file that does not hold whole doubles, and as many as the
   /// feature has, is no stored vector and counts as absent. Where there is no file of exactly that name, one that

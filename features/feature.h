@@ -16,7 +16,7 @@ class TFeature {
   TFeature(const TFeature&) = delete;
   TFeature& operator=(const TFeature&) = delete;
 
-  /// Computes the feature of a colour picture or a gray one. False if the feature cannot say how long its vector is;
+  /// Computes the feature of a color picture or a gray one. False if the feature cannot say how long its vector is;
   /// the vector is then as it was. A feature that does not work on that kind of picture gives a vector of length 0.
   virtual bool ProcessColor(const TImageRGB& image, TFeatureVector& vector) const;
   virtual bool ProcessGrayscale(const TImageGray& image, TFeatureVector& vector) const;
@@ -27,7 +27,7 @@ class TFeature {
   /// The key by which commands, files and vectors refer to the feature. Case counts.
   const std::string& GetName() const { return name; }
   bool NeedsGrayscale() const { return needsGrayscale; }
-  /// Colour wins over gray where a feature needs both.
+  /// Color wins over gray where a feature needs both.
   bool NeedsColor() const { return needsColor; }
 
  protected:

@@ -34,9 +34,14 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   Print("Loading features..");
+  // Nothing is refused on the strength of it: a collection that was moved has other paths and the same pictures. The
+  // user is told, and decides.
   const TFeatureSources sources(featureName);
+  if (!sources.IsKnown()) {
+    PrintLoss(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
+  }
   TStoredFeatureReader reader(featureName, feature->GetLength());
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   int fromOthers = 0;
   int missing = 0;
   const auto step = [&](TVarImage& image) {
@@ -70,6 +75,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
 base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader, const std::string& featureName,
                                                    TVarImage& image) const {
   TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
+  // A vector that is there is filled in its place, so that the order of features, which decides the order of sums in a
+  // search, stays.
   TFeatureVector* known = features.Find(featureName);
   auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
   if (added) {
@@ -77,7 +84,7 @@ base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader,
   }
   const base::TReadOutcome outcome = reader.Read(image.GetFilename(), added ? *added : *known);
   if (outcome == base::TReadOutcome::kTooLarge) {
-    Print(FormatString("File '%s' is too large", reader.GetPath().c_str()));
+    PrintLoss(FormatString("File '%s' is too large", reader.GetPath().c_str()));
   } else if (outcome == base::TReadOutcome::kRead && added) {
     features.Add(added.release());
   }

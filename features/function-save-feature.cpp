@@ -1,5 +1,6 @@
 #include "features/function-save-feature.h"
 
+#include "base/abandoned-files.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "features/feature-sources.h"
@@ -31,6 +32,11 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     return false;
   }
   TFeatureSources sources(featureName);
+  if (!sources.IsKnown()) {
+    Print(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
+    return false;
+  }
+  base::RemoveAbandonedFiles(kFeatureDirectory);
   int skipped = 0;
   int unread = 0;
   std::string failedFile;
@@ -47,6 +53,7 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
     }
     const std::string path = StoredFeaturePath(featureName, image.GetFilename());
     if (!SaveStoredFeature(path, *vector)) {
+      // Ends the command: where one file cannot be written, as on a full disk, the others cannot either.
       failedFile = path;
       return false;
     }

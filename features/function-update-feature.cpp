@@ -37,12 +37,13 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
     Print("Processing.. this could take some time");
     ProcessEvents();
   }
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   int count = 0;
   const auto step = [&](TVarImage& image) {
     if (!ProcessImage(*feature, image, report)) {
       return false;
     }
+    // Some seconds' worth of pictures: often enough to show life, seldom enough to leave the output readable.
     if (++count % 100 == 0) {
       ProcessEvents();
       Print(FormatString("%d images processed", count));
@@ -66,10 +67,12 @@ bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& im
     color.ToGray(gray);
   }
   TImageSegmentRect& whole = image.GetImageSegment();
+  // The rectangle is known only now: an image variable is a file name until somebody decodes it.
   whole.SetX(0);
   whole.SetY(0);
   whole.SetWidth(color.GetWidth());
   whole.SetHeight(color.GetHeight());
+  // The first failure ends the command: a feature that cannot say its length fails on every segment.
   const auto process = [&](TImageSegment& segment) { return UpdateSegmentFeature(feature, color, gray, segment); };
   bool computed = process(whole);
   if (computed) {

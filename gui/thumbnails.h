@@ -15,8 +15,8 @@ class TThumbnails {
 
   TThumbnails();
 
-  /// The picture of the file as it is now, made for a screen of that pixel ratio; null if it cannot be read or has more
-  /// than 2^28 pixels.
+  /// The picture of the file as it is now, made for a screen of that pixel ratio; null if it cannot be read or
+  /// is not TImageRGB::IsSafe.
   QPixmap Get(const std::string& filename, qreal pixelRatio);
 
  private:

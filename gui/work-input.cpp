@@ -9,7 +9,7 @@
 #include <QWidget>
 #include <QWindow>
 
-TWorkInput::TWorkInput(QWidget* window) : window(window) {}
+TWorkInput::TWorkInput(QWidget* theWindow) : window(theWindow) {}
 
 TWorkInput::~TWorkInput() {
   ShowPointer(false);
@@ -20,6 +20,8 @@ void TWorkInput::Begin() {
     return;
   }
   isButtonHeld = QGuiApplication::mouseButtons() != Qt::NoButton;
+  // Application-wide, since a key event visits window, widget and completer in turn; IsWindows picks out the ones that
+  // count.
   QCoreApplication::instance()->installEventFilter(this);
   ShowPointer(true);
 }
@@ -43,6 +45,7 @@ bool TWorkInput::eventFilter(QObject* watched, QEvent* event) {
     return false;
   }
   switch (event->type()) {
+    // A dialog of the command under way takes the window's input: the pointer must not look busy over it.
     case QEvent::WindowBlocked:
     case QEvent::WindowUnblocked:
       ShowPointer(event->type() == QEvent::WindowUnblocked);
@@ -97,6 +100,7 @@ bool TWorkInput::HandleKeyPress(QObject* watched, QEvent* event) {
 }
 
 bool TWorkInput::HandleMouse(const QEvent& event) {
+  // A widget that has seen the press waits for the release; without it a scroll bar would stick to the pointer.
   if (!isButtonHeld || event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
     return true;
   }
@@ -105,6 +109,7 @@ bool TWorkInput::HandleMouse(const QEvent& event) {
 }
 
 void TWorkInput::Keep(QObject* receiver, const QEvent& event) {
+  // A clone, because the toolkit reuses the original.
   kept.push_back({receiver, std::unique_ptr<QEvent>(event.clone())});
 }
 

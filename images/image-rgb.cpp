@@ -7,17 +7,92 @@
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include <FreeImage.h>
 
+#include "base/file.h"
+#include "base/guarded-run.h"
 #include "base/native-path.h"
 #include "images/image-gray.h"
 #include "kernels/gray-plane.h"
 #include "kernels/resize-cubic.h"
 #include "kernels/swap-red-blue.h"
 
+/// The bytes of an image file, on disk or in memory, as the library reads them.
+struct TEncodedPicture {
+  FreeImageIO io;
+  fi_handle handle;
+  /// Tells the format of bytes that do not tell it themselves; may be empty.
+  std::string name;
+
+  void Rewind() { io.seek_proc(handle, 0, SEEK_SET); }
+  bool HasForm(FREE_IMAGE_FORMAT format) {
+    Rewind();
+    return FreeImage_ValidateFromHandle(format, &io, handle) != FALSE;
+  }
+  long GetSize() { return io.seek_proc(handle, 0, SEEK_END) == 0 ? io.tell_proc(handle) : 0; }
+  bool Read(unsigned char* bytes, unsigned count) { return io.read_proc(bytes, 1, count, handle) == count; }
+  FIBITMAP* Decode(FREE_IMAGE_FORMAT format, int flags) {
+    Rewind();
+    return FreeImage_LoadFromHandle(format, &io, handle, flags);
+  }
+};
+
 namespace {
+
+// The formats whose decoders run in this process. None of these decoders crashed, ran away or took more memory than its
+// picture has on thousands of damaged files, and on Windows these are the formats that can be read at all.
+constexpr std::array kTrustedFormats = {
+    // The first one, since nearly all pictures are JPEGs: its library reads what browsers meet.
+    FIF_JPEG,
+    // So do those of PNG and WebP.
+    FIF_PNG, FIF_WEBP,
+    // The library's own, of long standing and little to go wrong.
+    FIF_GIF, FIF_BMP, FIF_PBM, FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW,
+    // A large library that its makers hold against damaged files day and night.
+    FIF_TIFF};
+// All others run in a process apart. Damaged files crashed the decoders of PSD, JPEG XR, Sun raster, XPM, TGA and PCX
+// and drove those of XBM, IFF, EXR and PICT into loops without an end. That of JPEG 2000 takes 12 bytes a pixel, of
+// which the header of a file without any pixels may claim hundreds of millions. Those of ICO, MNG, JNG, HDR, DDS, SGI,
+// PFM, PCD, CUT, KOALA and WBMP are seldom used, and their like; cameras' raw files have hundreds of variants. What has
+// no known form goes there as well, since telling what it is takes the same code.
+
+constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+constexpr std::int64_t kMostBytes = std::int64_t{2} << 30;
+constexpr base::TGuardLimits kLimitsApart = {
+    .processorSeconds = 20, .waitedSeconds = 120, .memory = static_cast<std::size_t>(kMostBytes)};
+
+// A file that claims more pixels than kPlausiblePixels, and more than these for each of its bytes, would take seconds
+// and gigabytes, most likely for nothing: it is decoded apart whatever its format. A blank page that was scanned may
+// have so many, therefore it is decoded.
+constexpr std::int64_t kPlausiblePixels = std::int64_t{1} << 24;
+constexpr std::int64_t kPlausiblePixelsPerByte = 1000;
+
+/// How many pixels a byte of a file can hold at most, with something to spare.
+std::int64_t MostPixelsPerByte(FREE_IMAGE_FORMAT format) {
+  switch (format) {
+    case FIF_PNG:
+    case FIF_WEBP:
+    case FIF_TIFF:
+    case FIF_J2K:
+    case FIF_JP2:
+      // A picture of one color may have any size.
+      return kMostPixels;
+    case FIF_GIF:
+      // Twelve bits for 4096 equal pixels.
+      return 3000;
+    default:
+      return kPlausiblePixelsPerByte;
+  }
+}
+
+/// The divisor that asks for no pixels at all.
+constexpr int kHeaderOnly = 0;
 
 struct TBitmapUnloader {
   void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
@@ -54,6 +129,34 @@ struct TMemoryStream {
   static long Tell(fi_handle handle) { return static_cast<TMemoryStream*>(handle)->position; }
 };
 
+/// A regular file as a stream of the library. Nothing else is opened: a named pipe would wait for its other end.
+class TFileStream {
+ public:
+  explicit TFileStream(const std::string& path)
+      : file(base::IsRegularFile(path) ? std::fopen(base::NativePath(path).c_str(), "rb") : nullptr),
+        source({{Read, Write, Seek, Tell}, file.get(), path}) {}
+
+  bool IsOpen() const { return file != nullptr; }
+
+ private:
+  static unsigned Read(void* buffer, unsigned size, unsigned count, fi_handle handle) {
+    return static_cast<unsigned>(std::fread(buffer, size, count, static_cast<std::FILE*>(handle)));
+  }
+  static unsigned Write(void* /*buffer*/, unsigned /*size*/, unsigned /*count*/, fi_handle /*handle*/) { return 0; }
+  static int Seek(fi_handle handle, long offset, int origin) {
+    return std::fseek(static_cast<std::FILE*>(handle), offset, origin);
+  }
+  static long Tell(fi_handle handle) { return std::ftell(static_cast<std::FILE*>(handle)); }
+
+  struct TCloser {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+  };
+  std::unique_ptr<std::FILE, TCloser> file;
+
+ public:
+  TEncodedPicture source;
+};
+
 /// True for what the decoders remark on pictures of which every pixel is there: an unusual header, or a fault in what
 /// goes with the pixels.
 bool IsHarmless(std::string_view message) {
@@ -88,23 +191,119 @@ class TDecoderMessages {
   static inline bool anyDamage = false;
 };
 
-/// The format of a regular file, by its contents, or failing that by its name. FIF_UNKNOWN if the library cannot read
-/// it. Nothing else is opened: a named pipe would wait for its other end.
-FREE_IMAGE_FORMAT FindFormat(const std::string& nativePath) {
-  if (!base::IsRegularFile(nativePath)) {
-    return FIF_UNKNOWN;
-  }
-  FREE_IMAGE_FORMAT format = FreeImage_GetFileType(nativePath.c_str(), 0);
-  if (format == FIF_UNKNOWN) {
-    format = FreeImage_GetFIFFromFilename(nativePath.c_str());
+/// The format, if it is one whose decoder may run in this process, otherwise FIF_UNKNOWN.
+FREE_IMAGE_FORMAT FindTrustedFormat(TEncodedPicture& source) {
+  const auto* format = std::find_if(kTrustedFormats.begin(), kTrustedFormats.end(),
+                                    [&source](FREE_IMAGE_FORMAT each) { return source.HasForm(each); });
+  // Many cameras' raw files begin as a TIFF file does.
+  const bool isTrusted = format != kTrustedFormats.end() && (*format != FIF_TIFF || !source.HasForm(FIF_RAW));
+  return isTrusted ? *format : FIF_UNKNOWN;
+}
+
+/// The format by the contents, or failing that by the name. FIF_UNKNOWN if the library cannot read it.
+FREE_IMAGE_FORMAT FindFormat(TEncodedPicture& source) {
+  source.Rewind();
+  FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromHandle(&source.io, source.handle, 0);
+  if (format == FIF_UNKNOWN && !source.name.empty()) {
+    format = FreeImage_GetFIFFromFilename(source.name.c_str());
   }
   return FreeImage_FIFSupportsReading(format) == FALSE ? FIF_UNKNOWN : format;
 }
 
-/// The picture without its pixels, as far as the format can leave them out; null if it cannot be read.
-TBitmap ReadHeader(const std::string& path, FREE_IMAGE_FORMAT format) {
-  return TBitmap(format == FIF_UNKNOWN ? nullptr
-                                       : FreeImage_Load(format, base::NativePath(path).c_str(), FIF_LOAD_NOPIXELS));
+/// What a decoder makes of a picture.
+struct TForm {
+  std::int64_t width = 0;
+  std::int64_t height = 0;
+  std::int64_t bits = 0;
+
+  bool IsEmpty() const { return width <= 0 || height <= 0; }
+  bool IsTooLarge() const { return width * height > kMostPixels || (width * bits + 31) / 32 * 4 * height > kMostBytes; }
+};
+
+/// The empty form for no bitmap.
+TForm FormOf(FIBITMAP* bitmap) {
+  return {FreeImage_GetWidth(bitmap), FreeImage_GetHeight(bitmap), FreeImage_GetBPP(bitmap)};
+}
+
+/// The form of the first frame, which the library does not tell without decoding it.
+TForm GifForm(TEncodedPicture& source) {
+  source.Rewind();
+  const auto skip = [&source](long count) { return source.io.seek_proc(source.handle, count, SEEK_CUR) == 0; };
+  std::array<unsigned char, 13> screen;
+  if (!source.Read(screen.data(), screen.size()) || ((screen[10] & 0x80) != 0 && !skip(3L << ((screen[10] & 7) + 1)))) {
+    return {};
+  }
+  for (unsigned char block = 0; source.Read(&block, 1);) {
+    if (std::array<unsigned char, 8> frame; block == ',' && source.Read(frame.data(), frame.size())) {
+      return TForm{frame[4] | frame[5] << 8, frame[6] | frame[7] << 8, 8};
+    }
+    if (block != '!' || !skip(1)) {
+      return {};
+    }
+    for (unsigned char length = 1; length > 0;) {
+      if (!source.Read(&length, 1) || !skip(length)) {
+        return {};
+      }
+    }
+  }
+  return {};
+}
+
+/// What came of a picture.
+struct TDecoded {
+  /// Null if its header already ruled it out, if nobody asked for it, or if it cannot be decoded.
+  TBitmap bitmap;
+  bool isReadable = false;
+  bool isDamaged = false;
+  std::optional<std::pair<int, int>> refusedSize;
+};
+
+/// The form of the picture, without its pixels as far as the format can leave them out. Nothing if it cannot; an empty
+/// form for a picture that cannot be read.
+std::optional<TForm> ReadForm(TEncodedPicture& source, FREE_IMAGE_FORMAT format) {
+  if (format == FIF_GIF) {
+    return GifForm(source);
+  }
+  // JPEG 2000 does leave out the pixels, although the library says that it does not.
+  if (FreeImage_FIFSupportsNoPixels(format) == FALSE && format != FIF_J2K && format != FIF_JP2) {
+    return std::nullopt;
+  }
+  const TBitmap header(source.Decode(format, FIF_LOAD_NOPIXELS));
+  return FormOf(header.get());
+}
+
+/// False for a picture that is large and has more than so many pixels for each byte of its file.
+bool HasFewer(std::int64_t pixelsPerByte, const TForm& form, TEncodedPicture& source) {
+  const std::int64_t pixels = form.width * form.height;
+  return pixels <= kPlausiblePixels || pixels <= pixelsPerByte * source.GetSize();
+}
+
+/// Decodes a picture whose form is known, if it can be.
+TDecoded Decode(TEncodedPicture& source, FREE_IMAGE_FORMAT format, const std::optional<TForm>& form, int divisor) {
+  TDecoded decoded;
+  const auto accept = [&](const TForm& found) {
+    if (found.IsTooLarge()) {
+      decoded.refusedSize = {static_cast<int>(found.width), static_cast<int>(found.height)};
+    }
+    decoded.isReadable = !found.IsEmpty() && !found.IsTooLarge() && HasFewer(MostPixelsPerByte(format), found, source);
+    return decoded.isReadable;
+  };
+  if (form && (!accept(*form) || divisor == kHeaderOnly)) {
+    return decoded;
+  }
+  // The library takes the longer side that is wanted, in the upper half of the flags, and decodes at the smallest part
+  // of the full size that is not below it.
+  const int flags = divisor > 1 && form ? static_cast<int>(std::max(form->width, form->height) / divisor) << 16 : 0;
+  const TDecoderMessages messages;
+  decoded.bitmap.reset(source.Decode(format, flags));
+  decoded.isDamaged = messages.AnyDamage();
+  const TForm made = FormOf(decoded.bitmap.get());
+  // Next to nothing of a large picture is nothing.
+  if (!accept(made) || (decoded.isDamaged && !HasFewer(kPlausiblePixelsPerByte, form.value_or(made), source))) {
+    decoded.isReadable = false;
+    decoded.bitmap.reset();
+  }
+  return decoded;
 }
 
 /// A bitmap of FIT_RGBAF without its alpha. The library's own conversion cuts everything brighter than 1.
@@ -145,6 +344,53 @@ TBitmap ConvertTo24Bits(FIBITMAP* bitmap) {
   return TBitmap(standard ? FreeImage_ConvertTo24Bits(standard.get()) : nullptr);
 }
 
+/// A 24-bit version of a bitmap, which may be itself; null if there is none.
+TBitmap ToColor(TBitmap bitmap) {
+  return FreeImage_GetBPP(bitmap.get()) == 24 ? std::move(bitmap) : ConvertTo24Bits(bitmap.get());
+}
+
+/// What a process apart answers; if there are pixels, they follow from top to bottom, in rows of TImageRGB.
+struct TAnswerHead {
+  int width = 0;
+  int height = 0;
+  bool isTooLarge = false;
+  bool isDamaged = false;
+};
+
+std::size_t RowSize(int width) {
+  return (static_cast<std::size_t>(width) * 3 + 3) / 4 * 4;
+}
+
+/// Decodes a picture of any format and writes what came of it. False if it cannot be read.
+bool Answer(TEncodedPicture& source, int divisor, std::FILE* answer) {
+  const FREE_IMAGE_FORMAT format = FindFormat(source);
+  if (format == FIF_UNKNOWN) {
+    return false;
+  }
+  TDecoded decoded = Decode(source, format, ReadForm(source, format), divisor);
+  TAnswerHead head;
+  head.isTooLarge = decoded.refusedSize.has_value();
+  head.isDamaged = decoded.isDamaged;
+  if (!decoded.isReadable || divisor == kHeaderOnly) {
+    std::tie(head.width, head.height) = decoded.refusedSize.value_or(std::pair(0, 0));
+    return (decoded.isReadable || head.isTooLarge) && std::fwrite(&head, sizeof head, 1, answer) == 1;
+  }
+  const TBitmap color = ToColor(std::move(decoded.bitmap));
+  if (!color || FreeImage_HasPixels(color.get()) == FALSE) {
+    return false;
+  }
+  head.width = static_cast<int>(FreeImage_GetWidth(color.get()));
+  head.height = static_cast<int>(FreeImage_GetHeight(color.get()));
+  bool isWritten = std::fwrite(&head, sizeof head, 1, answer) == 1;
+  // Row by row, since there may be no memory for the whole picture once more.
+  std::vector<unsigned char> row(RowSize(head.width));
+  for (int y = head.height - 1; isWritten && y >= 0; --y) {
+    kernels::SwapRedBlue(FreeImage_GetScanLine(color.get(), y), 0, row.data(), 0, head.width, 1);
+    isWritten = std::fwrite(row.data(), 1, row.size(), answer) == row.size();
+  }
+  return isWritten;
+}
+
 /// The picture for an encoder; null if there is no memory for it.
 TBitmap ToBitmap(const TImageRGB& image) {
   TBitmap bitmap(FreeImage_Allocate(image.GetWidth(), image.GetHeight(), 24, 0, 0, 0));
@@ -183,55 +429,94 @@ void TImageRGB::SetPixel(int x, int y, unsigned char red, unsigned char green, u
 }
 
 bool TImageRGB::LoadFromFile(const std::string& path) {
-  const std::string nativePath = base::NativePath(path);
-  return Decode(nativePath, FindFormat(nativePath), 0);
+  TFileStream stream(path);
+  return stream.IsOpen() && Load(stream.source, 1);
 }
 
-bool TImageRGB::IsReadable(const std::string& path) {
-  return ReadHeader(path, FindFormat(base::NativePath(path))) != nullptr;
+bool TImageRGB::ReadHeader(const std::string& path) {
+  TFileStream stream(path);
+  return stream.IsOpen() && Load(stream.source, kHeaderOnly);
+}
+
+bool TImageRGB::IsSafe(const std::string& path) {
+  TFileStream stream(path);
+  if (!stream.IsOpen()) {
+    return false;
+  }
+  const FREE_IMAGE_FORMAT format = FindTrustedFormat(stream.source);
+  const auto form = format == FIF_UNKNOWN ? std::nullopt : ReadForm(stream.source, format);
+  return form && !form->IsEmpty() && !form->IsTooLarge() && HasFewer(kPlausiblePixelsPerByte, *form, stream.source);
 }
 
 std::pair<int, int> TImageRGB::JpegSize(const std::string& path) {
-  const TBitmap header = FindFormat(base::NativePath(path)) == FIF_JPEG ? ReadHeader(path, FIF_JPEG) : nullptr;
+  TFileStream stream(path);
+  const TBitmap header(
+      stream.IsOpen() && stream.source.HasForm(FIF_JPEG) ? stream.source.Decode(FIF_JPEG, FIF_LOAD_NOPIXELS) : nullptr);
   return {static_cast<int>(FreeImage_GetWidth(header.get())), static_cast<int>(FreeImage_GetHeight(header.get()))};
 }
 
 bool TImageRGB::LoadReduced(const std::string& path, int divisor) {
-  const auto [width, height] = JpegSize(path);
-  // The library takes the longer side that is wanted, in the upper half of the flags, and decodes at the smallest part
-  // of the full size that is not below it.
-  const int side = std::max(width, height) / divisor;
-  return Decode(base::NativePath(path), FIF_JPEG, side << 16);
-}
-
-bool TImageRGB::Decode(const std::string& nativePath, int format, int flags) {
-  if (format == FIF_UNKNOWN) {
-    return false;
-  }
-  const TDecoderMessages messages;
-  const TBitmap bitmap(FreeImage_Load(static_cast<FREE_IMAGE_FORMAT>(format), nativePath.c_str(), flags));
-  isDamaged = messages.AnyDamage();
-  return bitmap && CopyFromBitmap(bitmap.get());
+  TFileStream stream(path);
+  return stream.IsOpen() && stream.source.HasForm(FIF_JPEG) && Load(stream.source, divisor);
 }
 
 bool TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name) {
   if (size > std::numeric_limits<std::int32_t>::max()) {
     return false;
   }
-  FreeImageIO io = {TMemoryStream::Read, TMemoryStream::Write, TMemoryStream::Seek, TMemoryStream::Tell};
   TMemoryStream stream = {data, static_cast<long>(size)};
-  FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromHandle(&io, &stream, 0);
-  if (format == FIF_UNKNOWN && !name.empty()) {
-    format = FreeImage_GetFIFFromFilename(name.c_str());
+  TEncodedPicture source = {
+      {TMemoryStream::Read, TMemoryStream::Write, TMemoryStream::Seek, TMemoryStream::Tell}, &stream, name};
+  return Load(source, 1);
+}
+
+bool TImageRGB::Load(TEncodedPicture& source, int divisor) {
+  refusedSize.reset();
+  const FREE_IMAGE_FORMAT format = FindTrustedFormat(source);
+  if (format == FIF_UNKNOWN) {
+    return base::CanRunGuarded() && LoadApart(source, divisor);
   }
-  if (format == FIF_UNKNOWN || FreeImage_FIFSupportsReading(format) == FALSE) {
+  const std::optional<TForm> form = ReadForm(source, format);
+  if (base::CanRunGuarded() && form && !form->IsTooLarge() && !HasFewer(kPlausiblePixelsPerByte, *form, source)) {
+    return LoadApart(source, divisor);
+  }
+  TDecoded decoded = Decode(source, format, form, divisor);
+  refusedSize = decoded.refusedSize;
+  if (!decoded.isReadable || divisor == kHeaderOnly) {
+    return decoded.isReadable;
+  }
+  isDamaged = decoded.isDamaged;
+  const TBitmap color = ToColor(std::move(decoded.bitmap));
+  return color && CopyFromBitmap(color.get());
+}
+
+bool TImageRGB::LoadApart(TEncodedPicture& source, int divisor) {
+  const base::TAnswer answer =
+      base::RunGuarded([&](std::FILE* file) { return Answer(source, divisor, file); }, kLimitsApart);
+  TAnswerHead head;
+  if (!answer || std::fread(&head, sizeof head, 1, answer.get()) != 1) {
     return false;
   }
-  stream.position = 0;
-  const TDecoderMessages messages;
-  const TBitmap bitmap(FreeImage_LoadFromHandle(format, &io, &stream, 0));
-  isDamaged = messages.AnyDamage();
-  return bitmap && CopyFromBitmap(bitmap.get());
+  if (head.isTooLarge) {
+    refusedSize = {head.width, head.height};
+    return false;
+  }
+  if (divisor == kHeaderOnly) {
+    return true;
+  }
+  // A decoder that a stranger's file leads astray may answer anything.
+  if (head.width <= 0 || head.height <= 0 || TForm{head.width, head.height, 24}.IsTooLarge() ||
+      base::RemainingBytes(answer.get()) != RowSize(head.width) * static_cast<std::size_t>(head.height)) {
+    return false;
+  }
+  isDamaged = head.isDamaged;
+  SetSizeToFill(head.width, head.height);
+  bool isWhole = true;
+  for (int y = 0; isWhole && y < head.height; ++y) {
+    unsigned char* row = GetPixels() + static_cast<std::ptrdiff_t>(y) * GetStride();
+    isWhole = std::fread(row, 1, RowSize(head.width), answer.get()) == RowSize(head.width);
+  }
+  return isWhole;
 }
 
 bool TImageRGB::CopyFromBitmap(FIBITMAP* bitmap) {

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "images/pixel-buffer.h"
 
 struct FIBITMAP;
+struct TEncodedPicture;
 class TImageGray;
 
 /// A picture of 24-bit pixels: three bytes red, green, blue. Made by the operation that needs pixels, filled once, gone
@@ -25,15 +27,27 @@ class TImageRGB : public TPixelBuffer {
   void SetPixel(int x, int y, unsigned char red, unsigned char green, unsigned char blue);
 
   /// Decodes an image file of any format that can be told from its contents, or failing that from its name. False, and
-  /// the buffer as it was, if there is no such file or it cannot be decoded.
+  /// the buffer as it was, if there is no such file, if it cannot be decoded, or if its picture is too large: more than
+  /// 2^28 pixels, or more than 2 GiB in the form that the decoder makes of it. The size is looked at before the pixels.
+  ///
+  /// Decoders that a damaged file can crash or drive into an endless loop run in a process apart, so that nothing but
+  /// the picture is lost. Where the platform has no such processes, their formats cannot be decoded.
   bool LoadFromFile(const std::string& path);
+
+  /// Does what LoadFromFile does up to the pixels, which stay as they were. False for a file whose beginning shows
+  /// already that LoadFromFile would fail.
+  bool ReadHeader(const std::string& path);
+
+  /// True for a file that any decoder of its format may be given in this process: the format is one whose decoders
+  /// stand damaged files, and the picture is neither too large nor out of all proportion to its file.
+  static bool IsSafe(const std::string& path);
 
   /// True if the decoder reported damage in the file that was loaded last: a JPEG that was cut off, for one. What could
   /// be decoded is in the buffer.
   bool IsDamaged() const { return isDamaged; }
 
-  /// False for a file whose beginning shows already that LoadFromFile would fail.
-  static bool IsReadable(const std::string& path);
+  /// Width and height of the picture that was too large to be loaded, if that was why the last one failed.
+  const std::optional<std::pair<int, int>>& GetRefusedSize() const { return refusedSize; }
 
   /// The width and the height that a JPEG file gives its picture; 0 and 0 for a file that is no JPEG or cannot be read.
   static std::pair<int, int> JpegSize(const std::string& path);
@@ -45,7 +59,7 @@ class TImageRGB : public TPixelBuffer {
   /// Decodes a file held in memory, as LoadFromFile does; without a name its contents alone must tell the format.
   bool LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name = {});
 
-  /// Copies a bitmap of any kind: palettes and gray become colour, alpha goes, high dynamic range is tone-mapped. The
+  /// Copies a bitmap of any kind: palettes and gray become color, alpha goes, high dynamic range is tone-mapped. The
   /// caller keeps the bitmap. False, and the buffer as it was, for a bitmap that has no such form.
   bool CopyFromBitmap(FIBITMAP* bitmap);
 
@@ -64,8 +78,11 @@ class TImageRGB : public TPixelBuffer {
   void ScaleTo(TImageRGB& destination, int width, int height) const;
 
  private:
-  /// Loads a file of a known format of the library, with its flags.
-  bool Decode(const std::string& nativePath, int format, int flags);
+  /// Decodes a picture at that part of its size, 1 for the whole; 0 stands for its header only.
+  bool Load(TEncodedPicture& source, int divisor);
+  /// The same in a process apart.
+  bool LoadApart(TEncodedPicture& source, int divisor);
 
   bool isDamaged = false;
+  std::optional<std::pair<int, int>> refusedSize;
 };

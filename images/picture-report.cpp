@@ -23,22 +23,29 @@ bool TPictureReport::Load(const std::string& filename, TImageRGB& picture) {
 }
 
 void TPictureReport::Note(const std::string& filename, bool isRead, const TImageRGB& picture) {
-  if (!isRead) {
+  if (const auto& size = picture.GetRefusedSize(); !isRead && size) {
+    const auto [width, height] = *size;
+    AddUnreadable(filename, FormatString("File '%s' is too large: %d x %d", filename.c_str(), width, height));
+  } else if (!isRead) {
     AddUnreadable(filename);
+    // Once a file, however often a command meets it: a picture may stand in a ranking, in a map and as the query.
   } else if (picture.IsDamaged() && damaged.insert(filename).second && damaged.size() <= kMostLines) {
     print(FormatString("File '%s' is damaged", filename.c_str()));
   }
 }
 
 void TPictureReport::Check(const std::string& filename) {
-  if (!TImageRGB::IsReadable(filename)) {
-    AddUnreadable(filename);
-  }
+  TImageRGB picture;
+  Note(filename, picture.ReadHeader(filename), picture);
 }
 
 void TPictureReport::AddUnreadable(const std::string& filename) {
+  AddUnreadable(filename, FormatString("File '%s' cannot be read", filename.c_str()));
+}
+
+void TPictureReport::AddUnreadable(const std::string& filename, const std::string& line) {
   if (unreadable.insert(filename).second && unreadable.size() <= kMostLines) {
-    print(FormatString("File '%s' cannot be read", filename.c_str()));
+    print(line);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -364,7 +365,7 @@ TEST(ResizeCubic, KeepsAnEvenPictureEvenAndCopiesAtTheSameSize) {
   OnEachTarget([&] {
     for (const TResizeKind& kind : kResizeKinds) {
       for (const auto& size : kResizeSizes) {
-        for (const unsigned char level : {0, 1, 127, 255}) {
+        for (const auto level : std::initializer_list<unsigned char>{0, 1, 127, 255}) {
           const TBytes even(static_cast<std::size_t>(size[0] * size[1] * kind.channels), level);
           const TBytes result = Resized(kind.kernel, even, kind.channels, size, 0);
           EXPECT_EQ(result, TBytes(result.size(), level)) << testing::PrintToString(size);
@@ -503,7 +504,9 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
       SCOPED_TRACE(length);
       const std::vector<double> query(length);
       std::vector<double> numbers(length);
-      std::generate(numbers.begin(), numbers.end(), [&] { return std::ldexp(1.0 + 0x1p-32 * random(), random() % 9); });
+      std::generate(numbers.begin(), numbers.end(), [&] {
+        return std::ldexp(1.0 + 0x1p-32 * static_cast<double>(random()), static_cast<int>(random() % 9));
+      });
       // The same numbers in another order: the sums differ by their rounding alone, and every thirtieth is the last
       // one over again. The others are no match.
       std::vector<std::vector<double>> vectors;

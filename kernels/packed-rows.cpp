@@ -26,6 +26,7 @@ const double* Stream(const double* numbers, size_t length, size_t lanes, size_t 
 template <class Add>
 void SumUp(const double* HWY_RESTRICT query, size_t length, const double* HWY_RESTRICT numbers, size_t count,
            double* HWY_RESTRICT sums, const Add& add) {
+  // A group has eight rows, so that a vector of any processor, capped at eight lanes, lies within one.
   const hn::CappedTag<double, kAbreast> d;
   const size_t lanes = hn::Lanes(d);
   const size_t streams = count / lanes;
@@ -110,8 +111,8 @@ HWY_EXPORT(SquaredDistances);
 
 }  // namespace
 
-PackedRows::PackedRows(std::size_t count, std::size_t length) : count(count), length(length) {
-  numbers.resize(RoundedCount() * length);
+PackedRows::PackedRows(std::size_t theCount, std::size_t theLength) : count(theCount), length(theLength) {
+  numbers.resize(RoundedCount() * theLength);
 }
 
 void PackedRows::DotProducts(const double* query, double* sums) const {

@@ -19,7 +19,11 @@ HWY_INLINE void ScaleLanes(D d, const double* minimum, const double* maximum, do
   const auto smallest = LoadU(d, minimum);
   const auto value = LoadU(d, values);
   const auto range = Sub(LoadU(d, maximum), smallest);
+  // In the order of the formula, each step rounded by itself: the scaled examples become part of stored models, which
+  // must not depend on the processor.
   const auto scaled = Sub(Div(Mul(Set(d, 2.0), Sub(value, smallest)), range), Set(d, 1.0));
+  // A dimension in which all examples agree has no range. Its quotient, NaN or infinite, is worked out and dropped; a
+  // branch would cost more.
   StoreU(IfThenElse(Gt(range, Zero(d)), scaled, value), d, values);
 }
 

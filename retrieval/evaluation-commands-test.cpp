@@ -37,7 +37,14 @@ class TEvaluation : public testing::Test {
     ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
   }
 
-  static std::string Doubles(double number) { return {reinterpret_cast<const char*>(&number), sizeof number}; }
+  /// A stored vector of 256 numbers, all alike.
+  static std::string Doubles(double number) {
+    std::string bytes;
+    for (int i = 0; i < 256; ++i) {
+      bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+    }
+    return bytes;
+  }
 
   const TVarDatabase& Database(const std::string& name = "db") {
     return dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find(name));
@@ -263,7 +270,7 @@ TEST_F(TEvaluation, LoadingTakesNoFileOfAnotherLength) {
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
             "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
             "3 images without a stored feature\nDone\n");
-  // Each has kept the vector that it had: all pixels are of one colour, so that one bin holds all.
+  // Each has kept the vector that it had: all pixels are of one color, so that one bin holds all.
   for (const auto& image : Database().GetImages()) {
     const TFeatureVector& vector = *image->GetImageSegment().GetFeatures().Find("hsv");
     EXPECT_EQ(vector.GetLength(), 256U);
@@ -331,6 +338,25 @@ TEST_F(TEvaluation, StoredFeaturesAreFoundWhateverTheCaseOfTheirNames) {
   };
   EXPECT_EQ(first(0), 1.0) << "the first in byte order";
   EXPECT_EQ(first(1), 4.0) << "the exact name";
+}
+
+TEST_F(TEvaluation, WhatIsKnownOfStoredFeaturesIsNotLostWhenItCannotBeRead) {
+  workbench.Run("updatefeature(db, \"hsv\")");
+  workbench.Run("savefeature(db, \"hsv\")");
+  workbench.Run("loadfeature(db, \"hsv\")");
+  EXPECT_FALSE(workbench.controller.HasLosses());
+  const std::string file = "FeatureStorage/hsv.sources";
+  const std::string sources = FileBytes(file);
+  std::filesystem::permissions(file, std::filesystem::perms::none);
+  {
+    const TOrdinaryUser ordinaryUser;
+    ASSERT_TRUE(ordinaryUser.isOrdinary);
+    EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+              "Loading features..\nFile '" + file + "' cannot be read\nDone\n");
+    EXPECT_TRUE(workbench.controller.HasLosses());
+    EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "File '" + file + "' cannot be read\nFunction failed\n");
+  }
+  EXPECT_EQ(FileBytes(file), sources);
 }
 
 TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {

@@ -32,6 +32,8 @@ bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<st
   index.SetImageName("");
   std::int32_t imageIndex = 0;
   const auto step = [&](const TVarImage& image) {
+    // Two distances only: the sort keeps ties in their order, so that the carriers come first, each group as in the
+    // database.
     index.AddEntry(imageIndex++, image.HasTag(tag) ? 0.0 : 1.0);
     return true;
   };

@@ -203,8 +203,8 @@ TEST_F(TControllerFlow, TheTitleCountsAndGoesBack) {
   ASSERT_GE(view.works.size(), 2u);
   EXPECT_EQ(view.works.front(), "removefeature, 0 of 1,000");
   EXPECT_EQ(view.works.back(), "");
-  EXPECT_EQ(titles.front(), "Tessimar v0.1.8 - removefeature, 0 of 1,000");
-  EXPECT_EQ(titles.back(), "Tessimar v0.1.8");
+  EXPECT_EQ(titles.front(), "Tessimar v" PROJECT_VERSION " - removefeature, 0 of 1,000");
+  EXPECT_EQ(titles.back(), "Tessimar v" PROJECT_VERSION);
   EXPECT_FALSE(view.titleFails) << "the title was set back";
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "and its failure left the work ended";
 }

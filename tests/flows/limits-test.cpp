@@ -1,6 +1,7 @@
 // The limits that the manual names, each from both sides.
 
 #include <QBuffer>
+#include <QProcess>
 #include <gtest/gtest.h>
 
 #include "engine/var-list.h"
@@ -41,6 +42,61 @@ TEST(Limits, APictureWithoutCompressionMayBeWider) {
   MakePicture("wide.jpg", 100000, 1, qRgb(255, 0, 0));
   workbench.Run("a = loadimage(\"wide.jpg\")");
   EXPECT_EQ(workbench.Run("updatefeature(a, \"hsv\")"), "");
+}
+
+std::string LittleEndian(unsigned number) {
+  std::string bytes;
+  for (int shift = 0; shift < 32; shift += 8) {
+    bytes += static_cast<char>(number >> shift);
+  }
+  return bytes;
+}
+
+/// The beginning of a file of 24-bit pixels, of which there are none.
+std::string BmpHeader(unsigned width, unsigned height) {
+  return "BM" + LittleEndian(54) + LittleEndian(0) + LittleEndian(54) + LittleEndian(40) + LittleEndian(width) +
+         LittleEndian(height) + LittleEndian(1 | 24 << 16) + std::string(24, '\0');
+}
+
+/// The same for pixels of three floats.
+std::string PfmHeader(unsigned width, unsigned height) {
+  return "PF\n" + std::to_string(width) + " " + std::to_string(height) + "\n-1.0\n";
+}
+
+TEST(Limits, APictureHasAtMost2To28PixelsAnd2GiBInItsDecodersFormAndAFileToHoldThem) {
+  const TScratchDirectory directory;
+  struct TCase {
+    const char* name;
+    std::string header;
+    std::uintmax_t size;
+    const char* fault;
+  };
+  constexpr std::uintmax_t kAmple = 1000000;
+  // 13378 pixels of 12 bytes make 160536 bytes, and 2^31 / 160536 is 13376.96. 4096 x 4097 are 16781312.
+  const std::vector<TCase> cases = {
+      {"fits.bmp", BmpHeader(16384, 16384), kAmple, ""},
+      {"higher.bmp", BmpHeader(16384, 16385), kAmple, "  File 'higher.bmp' is too large: 16384 x 16385\n"},
+      {"wider.jpg", BmpHeader(1U << 29, 1), 54, "  File 'wider.jpg' is too large: 536870912 x 1\n"},
+      {"fits.pfm", PfmHeader(13378, 13376), kAmple, ""},
+      {"higher.pfm", PfmHeader(13378, 13377), kAmple, "  File 'higher.pfm' is too large: 13378 x 13377\n"},
+      {"small.bmp", BmpHeader(4096, 4096), 54, ""},
+      {"filled.bmp", BmpHeader(4096, 4097), 16782, ""},
+      {"empty.bmp", BmpHeader(4096, 4097), 16781, "  File 'empty.bmp' cannot be read\n"}};
+  for (const auto& [name, header, size, fault] : cases) {
+    MakeFile(name, header);
+    std::filesystem::resize_file(name, size);
+    const std::string load = "a = loadimage(\"" + std::string(name) + "\")";
+    QProcess process;
+    // Nobody sees the picture, so that only the header is read.
+    process.start(BATCH_PROGRAM, {"-e", load.c_str(), "-e", "displayimage(a)"});
+    ASSERT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.readAllStandardOutput().toStdString(), "> " + load + "\n> displayimage(a)\n" + fault);
+  }
+  TWorkbench workbench;
+  MakeFile("higher.bmp", BmpHeader(16384, 16385));
+  workbench.Run("a = loadimage(\"higher.bmp\")");
+  EXPECT_EQ(workbench.Run("updatefeature(a, \"hsv\")"), "File 'higher.bmp' is too large: 16384 x 16385\n");
+  EXPECT_EQ(workbench.Run("displayimage(a)"), "File 'higher.bmp' is too large: 16384 x 16385\n");
 }
 
 TEST(Limits, AStoredFeatureHasAtMost16777216Numbers) {

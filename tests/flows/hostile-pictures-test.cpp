@@ -1,0 +1,67 @@
+// Pictures that were made to do harm, or were damaged badly: what they may cost is their own pixels.
+
+#include <QProcess>
+#include <gtest/gtest.h>
+
+#include "images/image-rgb.h"
+#include "tests/support/test-pictures.h"
+#include "tests/support/workbench.h"
+
+namespace {
+
+std::string BigEndian(unsigned number, int size) {
+  std::string bytes;
+  for (int shift = 8 * (size - 1); shift >= 0; shift -= 8) {
+    bytes += static_cast<char>(number >> shift);
+  }
+  return bytes;
+}
+
+/// A Photoshop document of 24-bit pixels that all have one colour. Each row is packed: the number of equal bytes, as
+/// 1 - n, and the byte.
+std::string PsdBytes(int width, int height, const TColour& colour) {
+  std::string bytes = "8BPS" + BigEndian(1, 2) + std::string(6, '\0') + BigEndian(3, 2);
+  bytes += BigEndian(static_cast<unsigned>(height), 4) + BigEndian(static_cast<unsigned>(width), 4);
+  // 8 bits a channel, red, green and blue; neither palette nor resources nor layers; packed.
+  bytes += BigEndian(8, 2) + BigEndian(3, 2) + std::string(12, '\0') + BigEndian(1, 2);
+  for (int row = 0; row < 3 * height; ++row) {
+    bytes += BigEndian(2, 2);
+  }
+  for (const unsigned char level : colour) {
+    for (int row = 0; row < height; ++row) {
+      bytes += {static_cast<char>(1 - width), static_cast<char>(level)};
+    }
+  }
+  return bytes;
+}
+
+TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
+  const TScratchDirectory directory;
+  constexpr TColour kOlive = {100, 150, 50};
+  const std::string sound = PsdBytes(40, 30, kOlive);
+  MakeFile("photos/sound.jpg", sound);
+  MakePicture("photos/good.jpg", 40, 30, qRgb(255, 0, 0));
+  for (std::size_t size = 100; size < sound.size(); size += 15) {
+    MakeFile("photos/cut" + std::to_string(size) + ".jpg", sound.substr(0, size));
+  }
+  QProcess process;
+  process.start(BATCH_PROGRAM, {"-e", "db = loaddatabase(\"photos\")", "-e", "updatefeature(db, \"hsv\")", "-e",
+                                "a = loadimage(\"photos/sound.jpg\")"});
+  ASSERT_TRUE(process.waitForFinished(120000));
+  ASSERT_EQ(process.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(process.exitCode(), 0);
+  const std::string output = process.readAllStandardOutput().toStdString();
+  EXPECT_NE(output.find("> a = loadimage"), std::string::npos) << output;
+  EXPECT_EQ(output.find("sound.jpg' cannot"), std::string::npos) << output;
+  EXPECT_EQ(process.readAllStandardError(), "");
+
+  TImageRGB picture;
+  ASSERT_TRUE(picture.LoadFromFile("photos/sound.jpg"));
+  ASSERT_EQ(std::pair(picture.GetWidth(), picture.GetHeight()), std::pair(40, 30));
+  for (int i = 0; i < 40 * 30; ++i) {
+    const unsigned char* pixel = picture.GetPixels() + i / 40 * picture.GetStride() + i % 40 * 3;
+    ASSERT_EQ((TColour{pixel[0], pixel[1], pixel[2]}), kOlive) << i;
+  }
+}
+
+}  // namespace
