@@ -327,9 +327,9 @@ TReadOutcome TFileReader::Read(const std::string& path, std::uint64_t most) {
     size = 0;
     return OutcomeOfFailedOpen(path);
   }
+  // Feature vectors of one collection have one length, so that nearly every file has the size of the one before; the
+  // guess saves a call of the system for each of a hundred thousand files.
   const TReadOutcome outcome =
-      // Feature vectors of one collection have one length, so that nearly every file has the size of the one before;
-      // the guess saves a call of the system for each of a hundred thousand files.
       size <= most && HasSizeAsBefore(descriptor) ? TReadOutcome::kRead : ReadToSize(descriptor, most);
   if (outcome != TReadOutcome::kRead) {
     size = 0;

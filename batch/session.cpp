@@ -36,6 +36,7 @@ bool TBatchSession::Open(std::string& reason) {
       reason = FormatString("Script '%s' cannot be read", options.script.c_str());
       return false;
     }
+    // Somebody gave a picture in place of a script; every line of it would be an error.
     if (!reader->BeginsAsText()) {
       reason = FormatString("Script '%s' is not a text", options.script.c_str());
       return false;
@@ -65,6 +66,7 @@ bool TBatchSession::Open(std::string& reason) {
 
 int TBatchSession::Run(TStreamView& view) {
   TCtrlMain controller(view, options.plugins);
+  // Before the first line: a network or a map may be made by any of them.
   if (options.seed) {
     controller.SetSeed(*options.seed);
   }

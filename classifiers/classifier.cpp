@@ -12,6 +12,7 @@
 namespace {
 
 void AddExample(TFeatureVectorList& list, TFeatureVector* vector, bool copies) {
+  // A feature that was not found is no example.
   if (vector == nullptr) {
     return;
   }
@@ -33,6 +34,7 @@ TClassifier::TClassifier()
 TClassifier::~TClassifier() = default;
 
 void TClassifier::Clear() {
+  // Not the training: what was learned does not depend on the examples any more, except for the nearest neighbor.
   positiveExamples->Clear();
   negativeExamples->Clear();
 }
@@ -47,6 +49,7 @@ bool TClassifier::Load(std::FILE* file) {
 }
 
 bool TClassifier::Save(std::FILE* file) const {
+  // Little-endian, and 0 for a classifier that has not scaled.
   if (!WriteInt32(file, dimension)) {
     return false;
   }
@@ -71,6 +74,7 @@ void TClassifier::SetSeed(std::uint32_t /*value*/) {}
 
 void TClassifier::SetCopyExamples(bool flag) {
   copyExamples = flag;
+  // Examples that came before are included: whoever switches this with examples in the lists says whose they are.
   positiveExamples->SetOwnsItems(flag);
   negativeExamples->SetOwnsItems(flag);
 }
@@ -90,6 +94,7 @@ bool TClassifier::SetSetting(const std::string& key, const std::string& value) {
   if (found == settings.end()) {
     return false;
   }
+  // Text of any kind; each class reads it at its next training, and takes what is no number or no name for a default.
   found->second = value;
   return true;
 }
@@ -147,6 +152,7 @@ void TClassifier::ComputeNormalization() {
   std::fill_n(minimum.get(), length, std::numeric_limits<double>::max());
   // The smallest positive number, so that a dimension of nothing but zeros has a range, and its zeros become -1.
   std::fill_n(maximum.get(), length, std::numeric_limits<double>::min());
+  // Both classes together: scaled apart, the two would be moved over each other and could not be told apart.
   for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
     for (const TFeatureVector* example : list->GetItems()) {
       const double* const values = example->GetData();

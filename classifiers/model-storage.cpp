@@ -24,6 +24,7 @@ bool WriteUint32(std::FILE* file, std::uint32_t value) {
 }  // namespace
 
 bool ReadInt32(std::FILE* file, std::int32_t& value) {
+  // Through the unsigned number, whose bytes are turned around without touching a sign.
   std::uint32_t bits = 0;
   if (!ReadUint32(file, bits)) {
     return false;
@@ -33,6 +34,7 @@ bool ReadInt32(std::FILE* file, std::int32_t& value) {
 }
 
 bool ReadDoubles(std::FILE* file, double* values, std::size_t count) {
+  // `values` may be null then, which fread must not be given.
   if (count == 0) {
     return true;
   }

@@ -37,7 +37,7 @@ TNetworkOutput::TNetworkOutput(const fann& network) : inputCount(network.num_inp
     // The last neuron of each layer is the 1 for the next.
     const auto count = static_cast<std::size_t>(layer->last_neuron - layer->first_neuron) - 1;
     const auto inputs = static_cast<std::size_t>(layer[-1].last_neuron - layer[-1].first_neuron);
-    TLayer copy{kernels::PackedRows(count, inputs), {}, {}};
+    TLayer copy{kernels::TPackedRows(count, inputs), {}, {}};
     for (std::size_t row = 0; row < count; ++row) {
       const fann_neuron& neuron = layer->first_neuron[row];
       for (std::size_t i = 0; i < inputs; ++i) {

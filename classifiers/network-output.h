@@ -24,7 +24,7 @@ class TNetworkOutput {
  private:
   /// Neurons with the same inputs: those of the layer before and a 1, whose weight is the bias.
   struct TLayer {
-    kernels::PackedRows weights;
+    kernels::TPackedRows weights;
     /// For each neuron, the library's number of its activation function and the factor of its sum.
     std::vector<int> functions;
     std::vector<double> steepnesses;

@@ -162,8 +162,8 @@ std::optional<std::uint32_t> ParseNetwork(std::string_view text) {
   TTextCursor cursor(text);
   std::uint32_t layerCount = 0;
   std::vector<std::uint32_t> layers;
+  // The mark of a file with floating-point weights; fixed-point ones have another.
   const bool isNetwork =
-      // The mark of a file with floating-point weights; fixed-point ones have another.
       cursor.Take("FANN_FLO_2.1\nnum_layers=") && cursor.TakeCount(layerCount) && cursor.Take("\n") &&
       TakeHead(cursor) &&
       TakeArray(cursor, {"cascade_activation_functions=", TField::kCount}, "cascade_activation_functions_count=") &&

@@ -169,6 +169,7 @@ TCompletion CompleteCommand(const std::string& before, const TFunctionList& func
       isQuoted ? StringCandidates(front, typed, variables, features) : WordCandidates(front, functions, variables);
   const std::string folded = base::FoldCase(typed);
   for (const std::string& name : names) {
+    // As the parser folds, so that "Up" completes to "updatefeature(".
     if (base::FoldCase(name).starts_with(folded)) {
       completion.candidates.push_back(name);
     }

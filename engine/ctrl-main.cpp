@@ -56,9 +56,9 @@ template <typename TRun, typename TPrint>
 bool RunGuarded(const TRun& run, const TPrint& print) {
   try {
     return run();
+  } catch (const std::bad_alloc&) {
     // A photograph too large for the memory there is: by the time it gets here its blocks are free again, so that the
     // line can be printed.
-  } catch (const std::bad_alloc&) {
     print("Out of memory");
   } catch (const std::exception& failure) {
     print(failure.what());

@@ -40,6 +40,7 @@ bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
   if (takesAnything) {
     return true;
   }
+  // Kinds are looked at only if the number fits, since they go by position.
   if (!CheckParameterCount(static_cast<int>(params.size()))) {
     return false;
   }
@@ -52,6 +53,7 @@ bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
 }
 
 bool TFunction::Execute(const std::vector<std::string>& /*params*/) {
+  // Reached only by a command that overrides neither of the two for its kind; the controller asks ReturnsValue() first.
   Print("This function needs a destination variable - function not executed");
   return false;
 }
@@ -65,6 +67,7 @@ bool TFunction::CheckParameterCount(int count) const {
   if (count >= minParameters && count <= maxParameters) {
     return true;
   }
+  // The texts are those of the transcripts, letter for letter.
   if (minParameters != maxParameters) {
     Print(FormatString("Function needs %d to %d parameters", minParameters, maxParameters));
   } else if (maxParameters == 0) {
@@ -100,6 +103,7 @@ std::string TFunction::StripQuotes(const std::string& parameter) {
 }
 
 void TFunction::PrintWrongType(int position, const std::string& quotedType) const {
+  // No command has a variable further back.
   constexpr std::array<const char*, 3> kOrdinals = {"First", "Second", "Third"};
   Print(std::string(kOrdinals.at(static_cast<std::size_t>(position) - 1)) + " parameter is not of type " + quotedType);
 }
@@ -126,6 +130,7 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
     Print("File cannot be read");
     return false;
   }
+  // Told, not mended: scripts that were written for the rule rely on it.
   if (lines.HasBareLineFeed()) {
     Print(FormatString("File '%s' has line ends without carriage return: the last character of such a line is lost",
                        path.c_str()));

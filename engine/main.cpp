@@ -88,11 +88,11 @@ TOptions ParseOptions(const QStringList& arguments, std::string& reason) {
           parser.isSet("help"), parser.isSet("version")};
 }
 
-/// Lays a link to each entry of `folder`, which stands at this place beside the program's, into the working directory,
-/// where nothing of that name stands.
-void LinkEntries(const char* folder) {
+/// Lays a link to each entry of `folder`, as seen from the program's own, into the working directory, where nothing of
+/// that name stands.
+void LinkEntries(const char* folder, QDir::Filters kinds) {
   const QDir entries(QDir(QApplication::applicationDirPath()).filePath(folder));
-  for (const QFileInfo& entry : entries.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+  for (const QFileInfo& entry : entries.entryInfoList(kinds)) {
     const QFileInfo link(entry.fileName());
     // A link into an installation that has gone would keep the entry out for good.
     if (link.isSymbolicLink() && !link.exists()) {
@@ -111,8 +111,8 @@ bool EnterWorkspace(QString& folder) {
   if (QDir::home().isRoot() || !base::MakeWritableDirectory(FromQString(folder)) || !QDir::setCurrent(folder)) {
     return false;
   }
-  LinkEntries(TESSIMAR_SAMPLES);
-  LinkEntries(TESSIMAR_FEATURES);
+  LinkEntries(TESSIMAR_SAMPLES, QDir::AllEntries | QDir::NoDotAndDotDot);
+  LinkEntries(TESSIMAR_FEATURES, QDir::Files);
   return true;
 }
 

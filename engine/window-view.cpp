@@ -14,11 +14,13 @@
 #include "images/var-image.h"
 
 TWindowView::TWindowView(MainWindow& theWindow) : window(theWindow) {
+  // Armed again by the next change; without one there is nothing to fill.
   fillTimer.setSingleShot(true);
   fillTimer.callOnTimeout([this] { FillTable(); });
 }
 
 TWindowView::~TWindowView() {
+  // Qualified, as a virtual call from a destructor reaches no further anyway.
   TWindowView::SetListener(nullptr);
 }
 
@@ -119,6 +121,7 @@ void TWindowView::BeginWork() {
 }
 
 void TWindowView::EndWork() noexcept {
+  // Before the window is free again: the user must see the final state when the pointer is an arrow.
   if (--workDepth == 0) {
     FillTable();
   }

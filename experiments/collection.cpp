@@ -42,6 +42,7 @@ std::optional<TPictureCollection> ReadCollection(const std::string& directory, s
   if (!collection) {
     return std::nullopt;
   }
+  // The rule of loaddatabase, so that positions in annotation files mean the same pictures in both programs.
   auto names = ListPictures(collection->location);
   if (!names || names->empty()) {
     reason = names ? FormatString("Collection '%s' holds no picture", directory.c_str()) : CannotRead(directory);
@@ -74,6 +75,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
     SortPictureNames(*names);
     for (const std::string& name : *names) {
       collection->names.push_back(std::string(entry).append("/").append(name));
+      // The directory's name is the tag.
       collection->classes.push_back(entry);
     }
   }

@@ -119,6 +119,7 @@ class TOptionReader {
 
   std::vector<TExpectation> Expectations() {
     std::vector<TExpectation> expectations;
+    // The form is tested now; whether set and measure exist is known only when the sets are.
     for (const std::string& text : All("expect")) {
       if (const auto expectation = ParseExpectation(text)) {
         expectations.push_back(*expectation);
@@ -131,6 +132,7 @@ class TOptionReader {
 
   std::vector<std::string> Sets() {
     const std::string text = One("features");
+    // Commas part the sets, as blanks may stand in their names.
     return Has("features") ? Texts(ToQString(text).split(',')) : std::vector<std::string>();
   }
 
@@ -197,6 +199,7 @@ void CheckCollection(const TExperimentOptions& options, TOptionReader& reader) {
 }
 
 void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
+  // What a measurement of finished runs has no use for. To ignore it would look as if it had been obeyed.
   for (const char* name : {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "concepts",
                            "segments", "step", "part"}) {
     if (reader.Has(name)) {
@@ -220,6 +223,7 @@ void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& opti
   if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
     reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
   }
+  // An unquoted pattern of the shell may have become several names.
   if (inputs.size() > 1 && !reader.Has("measure")) {
     reader.Refuse("More than one collection was given.");
   }
@@ -228,6 +232,7 @@ void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& opti
 }  // namespace
 
 std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
+  // Made by hand: without an application object the toolkit does not know the arguments.
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
     arguments << ToQString(argv[i]);
@@ -248,6 +253,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     return std::nullopt;
   }
   TExperimentCommand command;
+  // Before everything else, so that --help answers whatever else is wrong.
   command.help = parser.isSet("help");
   command.version = parser.isSet("version");
   if (command.help || command.version) {
@@ -286,6 +292,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     reason = reader.GetReason();
     return std::nullopt;
   }
+  // Names are appended to it everywhere.
   options.out = base::WithTrailingSeparator(options.out);
   return command;
 }

@@ -22,8 +22,8 @@ std::string Encode(std::string_view text, const TKeeps& keeps) {
 }
 
 bool IsPlain(char character) {
+  // The unreserved characters of RFC 3986, section 2.3.
   return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
-         // The unreserved characters of RFC 3986, section 2.3.
          (character >= '0' && character <= '9') || std::string_view("-._~").find(character) != std::string_view::npos;
 }
 

@@ -86,7 +86,7 @@ std::string DescribeMiss(const TExpectation& expectation, const TExperiment& exp
   if (holds) {
     return {};
   }
+  // Enough decimals that a figure that misses by little does not look as if it fitted.
   return FormatString("Expected \"%s\", but %s of '%s' is %s", expectation.text.c_str(), expectation.measure.c_str(),
-                      // Enough decimals that a figure that misses by little does not look as if it fitted.
                       expectation.set.c_str(), Rounded(mean, std::max<std::size_t>(decimals, 8)).c_str());
 }

@@ -142,9 +142,9 @@ class TTextWriter {
       : path(thePath), file(std::fopen(thePath.c_str(), "wb")), failed(!file) {}
 
   void Write(const std::string& text) {
+    // Flushed at once: what an end by force leaves behind is every row up to a line of the list, and the next start
+    // goes on from there. fflush hands the bytes to the system, which outlives this program.
     failed =
-        // Flushed at once: what an end by force leaves behind is every row up to a line of the list, and the next start
-        // goes on from there. fflush hands the bytes to the system, which outlives this program.
         failed || std::fwrite(text.data(), 1, text.size(), file.get()) != text.size() || std::fflush(file.get()) != 0;
   }
 

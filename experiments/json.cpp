@@ -9,8 +9,8 @@ std::string TJsonWriter::Quote(std::string_view text) {
     if (character == '"' || character == '\\') {
       quoted += '\\';
       quoted += character;
-      // RFC 8259, section 7: control characters must be escaped, everything else may stand as UTF-8.
     } else if (static_cast<unsigned char>(character) < ' ') {
+      // RFC 8259, section 7: control characters must be escaped, everything else may stand as UTF-8.
       quoted += FormatString("\\u%04x", static_cast<unsigned>(character));
     } else {
       quoted += character;

@@ -36,6 +36,7 @@ std::vector<std::vector<std::string>> SetsOf(const TExperimentOptions& options, 
       // A name that came before hides its later namesakes.
       if (plan.featureList.Find(feature->GetName()) == feature.get()) {
         all.push_back(feature->GetName());
+        // Each feature alone, in the order of the program's list, and then all of them together.
         sets.push_back({feature->GetName()});
       }
     }
@@ -90,6 +91,7 @@ bool ResolveSets(const TExperimentOptions& options, TPlan& plan, std::string& re
     }
   }
   for (const auto& feature : plan.featureList.GetFeatures()) {
+    // Every feature once, however many sets use it, and none that no set uses: extraction is what takes the time.
     const bool isUsed = plan.featureList.Find(feature->GetName()) == feature.get() &&
                         std::any_of(sets.begin(), sets.end(), [&](const std::vector<std::string>& names) {
                           return std::find(names.begin(), names.end(), feature->GetName()) != names.end();
@@ -107,6 +109,7 @@ bool ResolveSets(const TExperimentOptions& options, TPlan& plan, std::string& re
     for (const std::string& name : names) {
       const auto source = std::find_if(plan.sources.begin(), plan.sources.end(),
                                        [&](const TFeatureSource& each) { return each.feature->GetName() == name; });
+      // In the order of the set's name, by which the sums are formed: "a+b" and "b+a" may differ in their last bits.
       set.push_back(static_cast<std::size_t>(source - plan.sources.begin()));
     }
   }
@@ -161,6 +164,7 @@ TTopicPlan MakeTopics(const TPlan& plan, const TFeatureTable& table) {
       topics.tagsOfPictures[picture].push_back(static_cast<std::uint32_t>(topics.tags.size()));
     }
     topics.tags.push_back(tag);
+    // All of them, those that cannot be read included: they stay in the rankings, at the end, and are relevant there.
     topics.carriers.push_back(pictures.size());
   }
   for (std::uint32_t picture = 0; picture < topics.tagsOfPictures.size(); ++picture) {

@@ -29,6 +29,7 @@ std::string FormatFigures(const TMeasuredConcepts& measured) {
     headings += FormatColumnHeading(Words(heading));
   }
   std::string rows;
+  // By tag, then by classifier, as the tables have them.
   for (const TMeasuredConcept& each : measured.concepts) {
     const TSegmentCounts counts = each.CountSegments();
     rows += "<tr>" + FormatRowHeading(Words(each.tag)) + FormatCell(each.classifier);
@@ -102,10 +103,9 @@ class TSegmentDrawing {
     TImageRGB thumbnail;
     if (isNew && LoadThumbnail(collection.GetPath(asked.picture), kSide, thumbnail)) {
       place->second = true;
+      // The thumbnail's sides are rounded; stretched to the full size its pixels meet the segments' coordinates.
       pictures += FormatString(
                       "<image id=\"concept-picture-%u\" width=\"%d\" height=\"%d\" "
-                      // The thumbnail's sides are rounded; stretched to the full size its pixels meet the segments'
-                      // coordinates.
                       "preserveAspectRatio=\"none\" href=\"",
                       asked.picture, asked.width, asked.height) +
                   FormatJpegAddress(thumbnail.EncodeJpeg(kQuality)) + "\"/>\n";
@@ -135,8 +135,8 @@ std::string FormatDrawings(const TMeasuredConcept& measured, TSegmentDrawing& dr
   for (const TAskedPicture& each : measured.asked) {
     pictures.push_back(&each);
   }
+  // Stable, so that equal ones stay in the order of the collection.
   std::stable_sort(pictures.begin(), pictures.end(),
-                   // Stable, so that equal ones stay in the order of the collection.
                    [](const auto* a, const auto* b) { return a->CountRight() > b->CountRight(); });
   // No picture stands in both lists.
   const auto most = static_cast<std::ptrdiff_t>(std::min(kMostDrawn, (pictures.size() + 1) / 2));
@@ -168,6 +168,7 @@ TReportSection FormatConceptSection(const TMeasuredConcepts& measured, const TPi
   std::string drawings;
   const std::string* tag = nullptr;
   for (const TMeasuredConcept& each : measured.concepts) {
+    // A heading for each tag, under which its classifiers stand.
     if (tag == nullptr || *tag != each.tag) {
       tag = &each.tag;
       drawings +=
@@ -175,6 +176,7 @@ TReportSection FormatConceptSection(const TMeasuredConcepts& measured, const TPi
     }
     drawings += FormatDrawings(each, drawing);
   }
+  // In front of the drawings that refer to them, and not shown itself.
   body += "<svg class=\"unseen\" aria-hidden=\"true\"><defs>\n" + drawing.GetPictures() + "</defs></svg>\n";
   return {"concepts", "Concepts", body + drawings};
 }

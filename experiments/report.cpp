@@ -113,6 +113,7 @@ std::string FormatComparison(const TExperiment& experiment, const TComparison& c
   const bool isTurned = comparison.difference < 0.0;
   const std::string better = EscapeHtml(experiment.sets[isTurned ? comparison.a : comparison.b]);
   const std::string worse = EscapeHtml(experiment.sets[isTurned ? comparison.b : comparison.a]);
+  // The ends of an interval change places with its sign.
   const TInterval interval =
       isTurned ? TInterval{-comparison.interval.high, -comparison.interval.low} : comparison.interval;
   const std::string figures = Decimals(isTurned ? -comparison.difference : comparison.difference) + " " +
@@ -175,6 +176,7 @@ std::optional<TReportSection> FormatTagSection(const TExperiment& experiment) {
       tags[row.tag].push_back(&row);
     }
   }
+  // Rankings of other programs have topics without tags.
   if (tags.empty()) {
     return std::nullopt;
   }
@@ -187,6 +189,7 @@ std::optional<TReportSection> FormatTagSection(const TExperiment& experiment) {
     rows += "<tr>" + FormatRowHeading(EscapeHtml(tag)) + FormatCell(std::to_string(means.front()->topics));
     for (const TSummaryRow* row : means) {
       const std::string number = Decimals(row->mean);
+      // Equal to the last bit: sets that share the first place are both in bold type.
       rows += FormatCell(row->mean == best && means.size() > 1 ? "<strong>" + number + "</strong>" : number);
     }
     rows += "</tr>\n";

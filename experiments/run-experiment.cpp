@@ -42,6 +42,7 @@ void PrintSummary(const TExperiment& experiment, const std::string& out, std::FI
   std::fprintf(output, "%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
                experiment.topics.size(), experiment.queryCount);
   for (const TSummaryRow& row : experiment.summary) {
+    // Rows of single tags have no interval and are left to the tables.
     if (row.interval && row.measure == TMeasure::kAp) {
       std::fprintf(output, "  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
                    row.interval->high);
@@ -90,6 +91,7 @@ bool AreKnown(const std::vector<TExpectation>& expectations, const std::vector<s
 /// Puts the results in their places, tells what they are, and holds them against what was expected.
 int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out,
              std::FILE* output) {
+  // Ctrl-C while pictures were drawn: the report would lack some.
   if (base::Interrupted()) {
     return kExperimentInterrupted;
   }
@@ -204,9 +206,11 @@ class TCollectionRun {
         return status;
       }
       TDamageList& damage = collected.experiment.damage;
+      // Concepts look at segments, and may find damage that the features of whole pictures do not show.
       damage.insert(damage.end(), concepts.damage.begin(), concepts.damage.end());
     }
     std::string reason;
+    // Before anything is written: it may find that a picture has changed, and then there are no results.
     auto strips = FormatStripSection(*plan, table, collected, reason);
     if (!strips) {
       return RefuseExperiment(kExperimentFailed, reason);
@@ -224,8 +228,10 @@ class TCollectionRun {
     }
     out.Add("report.html", FormatReport(collected.experiment, sections));
     stopwatch.Note("report");
+    // The one file that differs between two runs of the same experiment; it stands apart for that reason.
     out.Add("times.tsv", stopwatch.GetTable());
     const int status = Conclude(options, collected.experiment, out, output);
+    // Only beside the new tables. Where these could not be written the old runs belong to the old ones.
     if (out.IsCommitted()) {
       RemoveOtherRuns();
     }
@@ -266,6 +272,7 @@ class TRunsRun {
       return RefuseExperiment(kExperimentFailed, FormatString("There is no topic: '%s' names no relevant document",
                                                               options.judgements.c_str()));
     }
+    // Rankings of other programs get the same statistics as our own.
     Summarise(experiment, options.seed);
     stopwatch.Note("measure");
     TOutputDirectory out(options.out);

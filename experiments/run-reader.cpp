@@ -14,6 +14,7 @@ namespace {
 std::vector<std::string_view> SplitFields(std::string_view line) {
   constexpr std::string_view kBlanks = " \t";
   std::vector<std::string_view> fields;
+  // Any number of blanks, as printf pads columns.
   for (std::size_t begin = line.find_first_not_of(kBlanks); begin != std::string_view::npos;) {
     const std::size_t end = std::min(line.find_first_of(kBlanks, begin), line.size());
     fields.push_back(line.substr(begin, end - begin));
@@ -27,6 +28,7 @@ template <typename TNumber>
 std::optional<TNumber> ParseNumber(std::string_view text) {
   TNumber number = {};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  // All of it: "12a" is no rank.
   return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
@@ -82,6 +84,7 @@ class TRunReader {
       Note(number, "document " + Quoted(fields[2]) + " came before in topic " + Quoted(fields[0]));
       return;
     }
+    // Looked up now, so that documents need not be kept.
     const bool isRelevant = judgements.relevant[topic->second].contains(std::string(fields[2]));
     topics[topic->second].push_back({*rank, isRelevant, *score, number});
   }
@@ -176,6 +179,7 @@ std::optional<TJudgements> ReadJudgements(const std::string& path, TDamageList& 
       damage.push_back({path, number, "the line is not of the form qid 0 docno relevance"});
       return;
     }
+    // A blank cannot stand in either, so that the pair is unique.
     if (!judged.insert(std::string(fields[0]) + " " + std::string(fields[2])).second) {
       damage.push_back(
           {path, number, "document " + Quoted(fields[2]) + " was judged before in topic " + Quoted(fields[0])});
@@ -184,6 +188,7 @@ std::optional<TJudgements> ReadJudgements(const std::string& path, TDamageList& 
     // Grades above 1 count as 1: all measures here are binary. Below 0 some collections mark spam.
     if (*relevance > 0) {
       const auto [topic, isNew] = judgements.positions.try_emplace(std::string(fields[0]), judgements.qids.size());
+      // In the order in which the file names them first, which is that of the tables.
       if (isNew) {
         judgements.qids.emplace_back(fields[0]);
         judgements.relevant.emplace_back();

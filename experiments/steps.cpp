@@ -20,10 +20,12 @@ namespace {
 constexpr const char* kNoTopic =
     "There is no topic: no tag is carried by a picture that can be read and may be a query, and by another picture";
 
+/// The division stands in the name, so that parts of two divisions never overwrite each other.
 std::string PartPath(const TExperimentOptions& options, const TPart& part) {
   return FormatString("%sparts/rank.%zu-of-%zu.bin", options.out.c_str(), part.number, part.count);
 }
 
+/// By query of the part: a file of rankings has no index, and its records are found by these numbers.
 std::vector<std::size_t> TopicCounts(const TTopicPlan& topics, const TPart& part) {
   const auto [begin, end] = part.ShareOf(topics.queries.size());
   std::vector<std::size_t> counts;
@@ -39,6 +41,7 @@ std::size_t CountOfRankParts(const std::string& directory) {
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
     std::size_t number = 0;
     std::size_t named = 0;
+    // What is still being written ends in ".new" and does not count.
     if (name.ends_with(".bin") && std::sscanf(name.c_str(), "rank.%zu-of-%zu.bin", &number, &named) == 2) {
       count = std::max(count, named);
     }
@@ -63,6 +66,7 @@ void ListTopics(const TExperimentOptions& options, const TPlan& plan, TCollected
       collected.places.emplace_back(query, i);
     }
   }
+  // As numbers, which are in the byte order of the tags.
   const auto tagOf = [&](const std::pair<std::size_t, std::size_t>& place) {
     return topics.tagsOfQueries[place.first][place.second];
   };
@@ -81,6 +85,7 @@ void ListTopics(const TExperimentOptions& options, const TPlan& plan, TCollected
 void WriteRuns(const TExperimentOptions& options, const TPlan& plan, const TCollected& collected,
                const std::vector<std::string>& documents, TOutputDirectory& out) {
   const TExperiment& experiment = collected.experiment;
+  // The scores of a run count down from here, also where it shows fewer ranks.
   const std::size_t ranked = documents.size() - (options.keepsQuery ? 0 : 1);
   for (std::size_t set = 0; set < plan.sets.size(); ++set) {
     base::TFileReplacement& run = out.Begin("runs/" + FitFileName(plan.setNames[set], ".run"));
@@ -100,6 +105,7 @@ void WriteJudgements(const TExperimentOptions& options, const TPlan& plan, const
   for (const TTopic& topic : collected.experiment.topics) {
     for (const std::uint32_t picture : plan.truth.carriers.at(topic.tag)) {
       if (options.keepsQuery || picture != collected.topics.queries[topic.query]) {
+        // Relevant documents only: what a file of judgements does not name counts as not relevant.
         judgements.Write(FormatJudgement(topic.qid, documents[picture]));
       }
     }
@@ -121,6 +127,7 @@ std::string FormatRecord(const TExperimentOptions& options, const TPlan& plan, c
   json.BeginObject("options");
   json.Add("collection", options.collection);
   json.Add("classes", options.hasClasses);
+  // Paths as they were given: they say what was asked for, and the digests below say what was there.
   json.Add("truth", options.truth);
   json.Add("features", plan.setNames);
   json.Add("plugins", options.plugins);
@@ -156,6 +163,7 @@ std::string FormatRecord(const TExperimentOptions& options, const TPlan& plan, c
 TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,
                         TProgress& progress) {
   const TTopicPlan topics = MakeTopics(plan, table);
+  // Told before hours of ranking, and with the reason.
   if (topics.queries.empty()) {
     return {TStepOutcome::kFailed, kNoTopic};
   }
@@ -188,6 +196,7 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
     for (const TQueryRanking& ranking : rankings) {
       writer.Add(ranking);
     }
+    // Between blocks only, some seconds apart. The part is not renamed, so that nothing half done is left in its place.
     if (base::Interrupted()) {
       return {TStepOutcome::kInterrupted, ""};
     }
@@ -263,6 +272,7 @@ TDamageList AllDamage(const TPlan& plan, const TFeatureTable& table) {
       damage.push_back({plan.collection.names[picture], 0, table.GetDamage(picture)});
     }
   }
+  // Pictures first, in the order of the collection, since most users look for these.
   damage.insert(damage.end(), plan.damage.begin(), plan.damage.end());
   return damage;
 }
@@ -271,6 +281,7 @@ void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TF
                   const TCollected& collected, TOutputDirectory& out) {
   std::vector<std::string> documents;
   for (const std::string& name : plan.collection.names) {
+    // Once for all runs: a name stands in thousands of lines.
     documents.push_back(EncodeName(name));
   }
   WriteRuns(options, plan, collected, documents, out);
@@ -294,6 +305,7 @@ void WriteTables(const TExperiment& experiment, TOutputDirectory& out) {
   for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
     topics.Write(FormatTopics(experiment, set));
   }
+  // The small tables at once, the large ones piece by piece: those may have millions of rows.
   out.Add("summary.tsv", FormatSummary(experiment));
   out.Add("comparison.tsv", FormatComparisons(experiment));
   out.Add("curves.tsv", FormatCurves(experiment));

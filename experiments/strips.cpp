@@ -126,6 +126,7 @@ class TStripWriter {
     for (const std::vector<double>& part : parts) {
       double& sum = distances.ofFeatures.emplace_back(0.0);
       for (std::size_t i = 0; i < part.size(); ++i) {
+        // A result without a distance would make every share a NaN.
         sum += std::isinf(distances.totals[i]) ? 0.0 : part[i];
       }
     }
@@ -134,6 +135,7 @@ class TStripWriter {
 
   std::string FormatShares(const TStripDistances& distances, std::size_t set) const {
     const double total = std::accumulate(distances.ofFeatures.begin(), distances.ofFeatures.end(), 0.0);
+    // Shares of nothing would be 0 / 0.
     if (total == 0.0) {
       return "<p class=\"shares\">No distance to share: none of these results differs from the query and can be "
              "compared with "

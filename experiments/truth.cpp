@@ -72,6 +72,7 @@ class TTruthReader {
   }
 
   void AddRow(const std::string& path, const TNumberedLine& line) {
+    // Exactly one TAB: a name with blanks in it is nothing unusual.
     const std::size_t tab = line.text.find('\t');
     const std::string name = line.text.substr(0, tab);
     const std::string tag = tab == std::string::npos ? std::string() : line.text.substr(tab + 1);
@@ -85,6 +86,7 @@ class TTruthReader {
   }
 
   void AddPair(const std::string& path, std::size_t line, const std::string& tag, std::size_t picture) {
+    // A pair that stands twice is harmless, but often a sign that two files were mixed up.
     if (!pairs.emplace(tag, static_cast<std::uint32_t>(picture)).second) {
       damage.push_back(
           {path, line, FormatString("'%s' has the tag '%s' already", collection.names[picture].c_str(), tag.c_str())});
@@ -118,6 +120,7 @@ std::optional<std::vector<std::string>> TruthFiles(const std::string& path) {
 }  // namespace
 
 std::optional<std::vector<TNumberedLine>> ReadNumberedLines(const std::string& path) {
+  // A pipe would wait for its other end.
   if (!base::IsRegularFile(path)) {
     return std::nullopt;
   }
@@ -134,6 +137,7 @@ std::optional<std::vector<TNumberedLine>> ReadNumberedLines(const std::string& p
     if (line.ends_with('\r')) {
       line.remove_suffix(1);
     }
+    // Numbers count blank lines too, as editors do.
     if (!base::Trim(line).empty()) {
       lines.push_back({number, std::string(line)});
     }

@@ -19,16 +19,13 @@ Parameters:  1 - 'database'
              2 - string)"}) {}
 
 bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* database = RequireFilledDatabase(params, "No images in database");
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
     return false;
   }
-  if (database->GetImages().empty()) {
-    Print("No images in database");
-    return false;
-  }
   const TFeature* feature = featureList->Find(featureName);
+  // A feature that the program does not have could not be computed for a query.
   if (feature == nullptr) {
     Print("Unknown feature");
     return false;
@@ -49,6 +46,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     if (outcome == base::TReadOutcome::kRead) {
       fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
     } else if (outcome == base::TReadOutcome::kUnreadable) {
+      // A file that is there and cannot be read is told of by name; one that is not there is the usual case and only
+      // counted.
       report.AddUnreadable(reader.GetPath());
     } else if (outcome == base::TReadOutcome::kAbsent) {
       ++missing;

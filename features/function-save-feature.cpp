@@ -18,15 +18,12 @@ Parameters:  1 - 'database'
              2 - string)"}) {}
 
 bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* database = RequireFilledDatabase(params, "No images in database");
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
     return false;
   }
-  if (database->GetImages().empty()) {
-    Print("No images in database");
-    return false;
-  }
+  // The first image stands for all; images that lack the feature are skipped and counted.
   if (database->GetImages().front()->GetImageSegment().GetFeatures().Find(featureName) == nullptr) {
     Print("Feature not found in database");
     return false;

@@ -33,13 +33,8 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
     Print("Feature not found");
     return false;
   }
-  if (images->IsDatabase()) {
-    Print("Processing.. this could take some time");
-    ProcessEvents();
-  }
-  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   int count = 0;
-  const auto step = [&](TVarImage& image) {
+  return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
     if (!ProcessImage(*feature, image, report)) {
       return false;
     }
@@ -49,14 +44,7 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
       Print(FormatString("%d images processed", count));
     }
     return true;
-  };
-  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
-    return false;
-  }
-  if (images->IsDatabase()) {
-    Print("Processing done");
-  }
-  return true;
+  });
 }
 
 bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const {

@@ -517,6 +517,7 @@ class TCheckup {
   int faults = 0;
   std::string name;
   bool isColor = false;
+  // By kind of fault: one line each, with all pictures on which it was found.
   std::map<std::string, TFinding> findings;
   /// Of the pictures that were answered.
   std::array<std::optional<std::uint64_t>, kPictures.size()> digests;

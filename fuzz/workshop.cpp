@@ -125,7 +125,7 @@ bool RunSession(const std::string& script) {
 
 void MakeTinyPictures() {
   const auto blob = [](int middle, unsigned char red, unsigned char blue) {
-    return [=](int x, int y) -> TColour {
+    return [=](int x, int y) -> TColor {
       const int distance = (x - middle) * (x - middle) + (y - 20) * (y - 20);
       const auto green = static_cast<unsigned char>(distance < 64 ? 250 : 4 * (x % 16));
       return {red, green, blue};

@@ -123,6 +123,7 @@ void TCommandLine::PasteFrom(QClipboard::Mode mode) {
 void TCommandLine::Complete() {
   const QString before = text().left(cursorPosition());
   const std::string bytes = FromQString(before);
+  // What stands behind the cursor plays no part and stays.
   const TCandidates completion = OnComplete(bytes);
   // The controller counts bytes of UTF-8, the line editor counts UTF-16 units.
   start = ToQString(bytes.substr(0, completion.start)).size();
@@ -130,6 +131,7 @@ void TCommandLine::Complete() {
   for (const std::string& candidate : completion.candidates) {
     texts << ToQString(candidate);
   }
+  // While the list is open a single candidate stays in it: typing on would otherwise insert what nobody chose.
   if (texts.size() == 1 && !ShowsCandidates()) {
     Accept(texts.first());
   } else {

@@ -105,6 +105,7 @@ bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
   std::size_t done = 0;
   for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
     if (DialogsAreShown()) {
+      // From the last rank down to 0, and -1 for the query behind the others.
       map.Draw(results[done], count - 1 - static_cast<int>(done), report);
     } else {
       report.Check(results[done].filename);

@@ -72,6 +72,7 @@ MainWindow::MainWindow(QWidget* parent)
       workInput(this),
       offerScope(boost::bind(&MainWindow::TakeOffer, this, boost::placeholders::_1)) {
   ui->setupUi(this);
+  // Up, down and Escape belong to the window, which the line editor would take for itself.
   ui->leCommand->installEventFilter(this);
   setWindowTitle(kTitle);
   // The dialogs' too.
@@ -218,6 +219,7 @@ void MainWindow::on_leCommand_linesPasted(const QString& text) {
   QStringList lines = text.split('\n');
   for (const QString& each : lines) {
     if (each.size() + line->text().size() > line->maxLength()) {
+      // The editor would cut the line without a word, and a cut command may do something else than the whole one.
       QToolTip::showText(line->mapToGlobal(QPoint()), "A line of more than 1,048,576 characters was not pasted", line);
       return;
     }
@@ -245,6 +247,7 @@ void MainWindow::on_leCommand_linesPasted(const QString& text) {
 
 void MainWindow::RunHelp() {
   const std::string before = GetCommandText();
+  // F1 takes the road of a typed line, and leaves what was being typed.
   SetCommandText("help");
   on_leCommand_returnPressed();
   if (!before.empty()) {

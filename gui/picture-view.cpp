@@ -30,14 +30,15 @@ void TPictureView::SetPicture(const QPixmap& newPicture, const std::vector<TPict
   items = newItems;
   setPixmap(picture);
   setFocusPolicy(picture.isNull() && items.empty() ? Qt::NoFocus : Qt::TabFocus);
+  // The first item is that of the whole picture.
   setAccessibleName(items.empty() ? QString("Picture") : ToQString(items.front().text));
   chosen = 0;
 }
 
 void TPictureView::Reduce(QSize size) {
   resize(size);
+  // The proportions were kept by whoever chose the size; scaling to exactly that size leaves no seam.
   reduced = QPixmap::fromImage(
-      // The proportions were kept by whoever chose the size; scaling to exactly that size leaves no seam.
       picture.toImage().scaled(size * devicePixelRatioF(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   reduced.setDevicePixelRatio(devicePixelRatioF());
   setCursor(Qt::PointingHandCursor);
@@ -105,6 +106,7 @@ bool TPictureView::event(QEvent* event) {
     return QLabel::event(event);
   }
   const auto* help = static_cast<QHelpEvent*>(event);
+  // Asked for at the moment of the tooltip: the same view shows different things at different places.
   const TPictureItem* item = FindItem(help->pos());
   QToolTip::showText(help->globalPos(), item == nullptr ? QString() : PlainToolTip(ToQString(item->text)), this);
   return true;
@@ -138,6 +140,7 @@ void TPictureView::mousePressEvent(QMouseEvent* event) {
     QLabel::mousePressEvent(event);
     return;
   }
+  // Whether it becomes a click or a drag shows later.
   pressed = event->position().toPoint();
   originThen = origin;
   isDragged = false;
@@ -168,6 +171,7 @@ void TPictureView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void TPictureView::ShowFrom(QPoint newOrigin) {
+  // How much of the picture lies outside the view; 0 along an axis where all of it fits.
   const QSize hidden = (GetFullSize() - size()).expandedTo(QSize(0, 0));
   origin = QPoint(std::clamp(newOrigin.x(), 0, hidden.width()), std::clamp(newOrigin.y(), 0, hidden.height()));
   update();
@@ -182,6 +186,7 @@ void TPictureView::contextMenuEvent(QContextMenuEvent* event) {
   if (!filename.empty()) {
     menu.addAction("Copy file name", this, [&] { QApplication::clipboard()->setText(ToQString(filename)); });
     menu.addAction("Open file", this, [&] {
+      // The name as the user typed it may differ from the file's in case and slashes.
       const QFileInfo file(ToQString(base::NativePath(filename)));
       if (!file.exists() || !QDesktopServices::openUrl(QUrl::fromLocalFile(file.absoluteFilePath()))) {
         Warn("File '" + ToQString(filename) + "' cannot be opened");
@@ -230,6 +235,7 @@ void TPictureView::focusInEvent(QFocusEvent* event) {
 void TPictureView::SavePicture(const std::string& filename) {
   QFileDialog dialog(this, "Save picture as PNG", QString(), "PNG pictures (*.png)");
   dialog.setAcceptMode(QFileDialog::AcceptSave);
+  // Else a name without an ending would make a file that no other program knows.
   dialog.setDefaultSuffix("png");
   const std::string name(base::FileNameOf(filename));
   dialog.selectFile(name.empty() ? "picture.png" : QFileInfo(ToQString(name)).completeBaseName() + ".png");

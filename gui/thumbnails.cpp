@@ -39,8 +39,8 @@ QPixmap ReadThumbnail(const std::string& filename, QSize wanted) {
     }
   }
   const QImage picture = reader.read();
+  // All thumbnails have one size, whatever the proportions of the picture.
   return picture.isNull() ? QPixmap()
-                          // All thumbnails have one size, whatever the proportions of the picture.
                           : QPixmap::fromImage(picture.scaled(wanted, Qt::IgnoreAspectRatio, Qt::FastTransformation));
 }
 

@@ -29,6 +29,8 @@ class TCellPainter : public QStyledItemDelegate {
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
     QStyleOptionViewItem cell = option;
     initStyleOption(&cell, index);
+    // A description may be far longer than any screen is wide, and the toolkit would lay out all of it for each
+    // drawing.
     const QString text = cell.text.left(kMostCharacters);
     cell.text.clear();
     const QStyle* style = table->style();
@@ -69,6 +71,7 @@ class TCellPainter : public QStyledItemDelegate {
 TVariablesTable::TVariablesTable(QWidget* parent) : QTableWidget(parent) {
   // The table is its parent and deletes it.
   setItemDelegate(new TCellPainter(this));
+  // The table shows the store and changes nothing in it.
   setEditTriggers(NoEditTriggers);
 }
 

@@ -16,6 +16,7 @@ TWorkInput::~TWorkInput() {
 }
 
 void TWorkInput::Begin() {
+  // The inner ones only count.
   if (depth++ > 0) {
     return;
   }
@@ -34,6 +35,7 @@ void TWorkInput::End() {
   ShowPointer(false);
   // Posted and not sent: whoever ended the work may have more to do before the next key counts.
   for (TKept& each : std::exchange(kept, {})) {
+    // A widget of a dialog may be gone by now.
     if (each.receiver) {
       QCoreApplication::postEvent(each.receiver, each.event.release());
     }

@@ -28,8 +28,8 @@ void TPictureReport::Note(const std::string& filename, bool isRead, const TImage
     AddUnreadable(filename, FormatString("File '%s' is too large: %d x %d", filename.c_str(), width, height));
   } else if (!isRead) {
     AddUnreadable(filename);
-    // Once a file, however often a command meets it: a picture may stand in a ranking, in a map and as the query.
   } else if (picture.IsDamaged() && damaged.insert(filename).second && damaged.size() <= kMostLines) {
+    // Once a file, however often a command meets it: a picture may stand in a ranking, in a map and as the query.
     print(FormatString("File '%s' is damaged", filename.c_str()));
   }
 }

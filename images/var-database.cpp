@@ -95,16 +95,16 @@ bool TVarDatabase::ScanDirectory() {
     return false;
   }
   int others = 0;
-  std::erase_if(*names, [&](const std::string& name) {
-    const bool isLeftOut = !IsPictureName(name);
-    others += isLeftOut && IsNamedLikePicture(name) ? 1 : 0;
+  std::erase_if(*names, [&](const std::string& filename) {
+    const bool isLeftOut = !IsPictureName(filename);
+    others += isLeftOut && IsNamedLikePicture(filename) ? 1 : 0;
     return isLeftOut;
   });
   SortPictureNames(*names);
   images.reserve(names->size());
-  for (const std::string& name : *names) {
+  for (const std::string& filename : *names) {
     images.push_back(std::make_unique<TVarImage>());
-    images.back()->SetFilename(location + name);
+    images.back()->SetFilename(location + filename);
   }
   if (others > 0) {
     Print(FormatString("%d other pictures left out: their names do not contain '.jpg'", others));

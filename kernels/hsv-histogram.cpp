@@ -172,6 +172,7 @@ void HsvHistogram(const uint8_t* rgb, int stride, int width, int height, uint64_
   for (int y = 0; y < height; ++y) {
     const uint8_t* row = rgb + static_cast<ptrdiff_t>(y) * stride;
     for (size_t x = 0; x < static_cast<size_t>(width); x += kBlock) {
+      // Row by row: the bytes behind a row are no pixels.
       const size_t count = std::min(kBlock, static_cast<size_t>(width) - x);
       BinsOfRow(row + 3 * x, count, bins);
       tables.Add(bins, count);

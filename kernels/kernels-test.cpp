@@ -612,7 +612,7 @@ void ExpectSameBits(double found, double expected) {
   }
 }
 
-TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
+TEST(TPackedRows, EqualThePlainLoopsToTheLastBit) {
   std::mt19937 random(10);
   const auto number = [&] {
     constexpr std::array kSpecial{0.0, -0.0, std::numeric_limits<double>::quiet_NaN(),
@@ -628,7 +628,7 @@ TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
         std::vector<double> rows(count * length);
         std::generate(query.begin(), query.end(), number);
         std::generate(rows.begin(), rows.end(), number);
-        kernels::PackedRows packed(count, length);
+        kernels::TPackedRows packed(count, length);
         for (std::size_t i = 0; i < rows.size(); ++i) {
           packed.Set(i / length, i % length, rows[i]);
         }
@@ -677,9 +677,9 @@ TEST(ScaleRange, EqualsThePlainLoopToTheLastBit) {
   });
 }
 
-TEST(PackedRows, SumProductsAndSquares) {
+TEST(TPackedRows, SumProductsAndSquares) {
   constexpr std::array kQuery{1.0, -2.0, 0.5};
-  kernels::PackedRows rows(9, 3);
+  kernels::TPackedRows rows(9, 3);
   for (std::size_t i = 0; i < 3; ++i) {
     rows.Set(0, i, kQuery[i]);
     rows.Set(8, i, 4.0);

@@ -14,7 +14,7 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr size_t kAbreast = PackedRows::kAbreast;
+constexpr size_t kAbreast = TPackedRows::kAbreast;
 
 // The stream of vectors at the same lanes of all elements of a group of interleaved rows.
 const double* Stream(const double* numbers, size_t length, size_t lanes, size_t stream) {
@@ -112,19 +112,19 @@ HWY_EXPORT(SquaredDistances);
 
 }  // namespace
 
-PackedRows::PackedRows(std::size_t theCount, std::size_t theLength) : count(theCount), length(theLength) {
+TPackedRows::TPackedRows(std::size_t theCount, std::size_t theLength) : count(theCount), length(theLength) {
   numbers.resize(RoundedCount() * theLength);
 }
 
-void PackedRows::DotProducts(const double* query, double* sums) const {
+void TPackedRows::DotProducts(const double* query, double* sums) const {
   HWY_DYNAMIC_DISPATCH(kernels::DotProducts)(query, length, numbers.data(), RoundedCount(), sums);
 }
 
-void PackedRows::DotProductsByFours(const double* query, double* sums) const {
+void TPackedRows::DotProductsByFours(const double* query, double* sums) const {
   HWY_DYNAMIC_DISPATCH(kernels::DotProductsByFours)(query, length, numbers.data(), RoundedCount(), sums);
 }
 
-void PackedRows::SquaredDistances(const double* query, double* sums) const {
+void TPackedRows::SquaredDistances(const double* query, double* sums) const {
   HWY_DYNAMIC_DISPATCH(kernels::SquaredDistances)(query, length, numbers.data(), RoundedCount(), sums);
 }
 

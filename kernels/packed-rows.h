@@ -9,10 +9,10 @@ namespace kernels {
 
 // A copy of rows of one length, eight of them interleaved: element i of all eight lies side by side, so that each has
 // a lane of its own in a vector. The last eight are filled up with zeros.
-class PackedRows {
+class TPackedRows {
  public:
-  PackedRows() = default;
-  PackedRows(std::size_t count, std::size_t length);
+  TPackedRows() = default;
+  TPackedRows(std::size_t count, std::size_t length);
 
   std::size_t GetCount() const { return count; }
   std::size_t GetLength() const { return length; }

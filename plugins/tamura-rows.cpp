@@ -17,9 +17,9 @@ namespace rows::HWY_NAMESPACE {
 void MeanRow(const std::uint32_t* HWY_RESTRICT lower, const std::uint32_t* HWY_RESTRICT upper, int side, float share,
              float* HWY_RESTRICT means, int count) {
   for (int x = 0; x < count; ++x) {
+    // A sum over a window from four corners of a summed-area table (F. Crow, SIGGRAPH 1984). Differences without a sign
+    // wrap around and still come out right.
     means[x] =
-        // A sum over a window from four corners of a summed-area table (F. Crow, SIGGRAPH 1984). Differences without a
-        // sign wrap around and still come out right.
         static_cast<float>(static_cast<std::int32_t>(lower[x + side] - upper[x + side] - (lower[x] - upper[x]))) *
         share;
   }

@@ -34,8 +34,8 @@ std::vector<double> GetDistances(const TFeatureVectorList& query, const std::vec
     }
   }
   kernels::AddL1Distances(wanted, candidates.data(), lists.size(), sums.data());
+  // A NaN compares with nothing, and would make the order of a sort undefined.
   std::replace_if(
-      // A NaN compares with nothing, and would make the order of a sort undefined.
       sums.begin(), sums.end(), [](double sum) { return std::isnan(sum); }, kUnreachable);
   return sums;
 }

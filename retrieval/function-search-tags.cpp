@@ -17,13 +17,9 @@ Parameters:  1 - 'database'
 
 bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& index = dynamic_cast<TVarDatabaseIndex&>(variable);
-  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* database = RequireFilledDatabase(params, "Database does not contain images");
   const std::string tag = StripQuotes(params[1]);
   if (database == nullptr) {
-    return false;
-  }
-  if (database->GetImages().empty()) {
-    Print("Database does not contain images");
     return false;
   }
   index.ClearEntries();

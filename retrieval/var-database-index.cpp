@@ -34,6 +34,7 @@ std::string TVarDatabaseIndex::GetTitle() const {
 }
 
 const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std::string& reason) const {
+  // By name at each use: the database may have been replaced or removed since the search, and a pointer would dangle.
   const auto* database = dynamic_cast<const TVarDatabase*>(varList.Find(databaseName));
   if (database == nullptr) {
     reason = FormatString("Database '%s' not found", databaseName.c_str());

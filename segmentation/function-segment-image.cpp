@@ -57,21 +57,10 @@ bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
     Print("Unknown segmentation method");
     return false;
   }
-  if (images->IsDatabase()) {
-    Print("Processing.. this could take some time");
-  }
   // A file that cannot be read is told of and does not end the command: one bad file in a hundred thousand must not
   // cost the others.
-  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
-  const auto step = [&](TVarImage& image) {
+  return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
     SegmentImage(image, method, report);
     return true;
-  };
-  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
-    return false;
-  }
-  if (images->IsDatabase()) {
-    Print("Processing done");
-  }
-  return true;
+  });
 }

@@ -88,7 +88,7 @@ DOORS = [
     ("a platform's difference", r"\b_WIN32\b", r"base/.*|sdk/feature-plugin\.h"),
     ("a crossing to QString", r"\b(from|to)(StdString|Utf8|Local8Bit|Latin1)\b|\bqPrintable\b",
      # The others belong to the values, which see no widgets.
-     r"gui/eight-bit-text\.cpp|features/plugin-exports\.cpp|experiments/(json|html)\.cpp"),
+     r"gui/eight-bit-text\.cpp|features/plugin-exports\.cpp|experiments/(repaired-text|json|html)\.cpp"),
     ("a dialog that runs", r"\b[dD]ialog(\.|->)exec\(|\bbox(\.|->)exec\(", r"gui/dialog-runner\.cpp"),
     ("the handling of events", r"\bprocessEvents\b", r"gui/main-window\.cpp"),
 ]

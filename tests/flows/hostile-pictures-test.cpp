@@ -17,9 +17,9 @@ std::string BigEndian(unsigned number, int size) {
   return bytes;
 }
 
-/// A Photoshop document of 24-bit pixels that all have one colour. Each row is packed: the number of equal bytes, as
+/// A Photoshop document of 24-bit pixels that all have one color. Each row is packed: the number of equal bytes, as
 /// 1 - n, and the byte.
-std::string PsdBytes(int width, int height, const TColour& colour) {
+std::string PsdBytes(int width, int height, const TColor& color) {
   std::string bytes = "8BPS" + BigEndian(1, 2) + std::string(6, '\0') + BigEndian(3, 2);
   bytes += BigEndian(static_cast<unsigned>(height), 4) + BigEndian(static_cast<unsigned>(width), 4);
   // 8 bits a channel, red, green and blue; neither palette nor resources nor layers; packed.
@@ -27,7 +27,7 @@ std::string PsdBytes(int width, int height, const TColour& colour) {
   for (int row = 0; row < 3 * height; ++row) {
     bytes += BigEndian(2, 2);
   }
-  for (const unsigned char level : colour) {
+  for (const unsigned char level : color) {
     for (int row = 0; row < height; ++row) {
       bytes += {static_cast<char>(1 - width), static_cast<char>(level)};
     }
@@ -37,7 +37,7 @@ std::string PsdBytes(int width, int height, const TColour& colour) {
 
 TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
   const TScratchDirectory directory;
-  constexpr TColour kOlive = {100, 150, 50};
+  constexpr TColor kOlive = {100, 150, 50};
   const std::string sound = PsdBytes(40, 30, kOlive);
   MakeFile("photos/sound.jpg", sound);
   MakePicture("photos/good.jpg", 40, 30, qRgb(255, 0, 0));
@@ -60,7 +60,7 @@ TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
   ASSERT_EQ(std::pair(picture.GetWidth(), picture.GetHeight()), std::pair(40, 30));
   for (int i = 0; i < 40 * 30; ++i) {
     const unsigned char* pixel = picture.GetPixels() + i / 40 * picture.GetStride() + i % 40 * 3;
-    ASSERT_EQ((TColour{pixel[0], pixel[1], pixel[2]}), kOlive) << i;
+    ASSERT_EQ((TColor{pixel[0], pixel[1], pixel[2]}), kOlive) << i;
   }
 }
 
