@@ -58,6 +58,8 @@ HWY_INLINE void Filter(const TInput& input, float_t* output, std::int32_t count,
                        std::int32_t taps) {
   const auto lanes = static_cast<std::int32_t>(hn::Lanes(TTag()));
   std::int32_t x = 0;
+  // Eight vectors wide as far as that goes: enough sums that additions do not wait for each other, and few enough for
+  // 16 registers. Two and one vector for the rest.
   for (; x + 8 * lanes <= count; x += 8 * lanes) {
     FilterBlock<8>(input, output, x, filter, taps);
   }
@@ -103,6 +105,8 @@ HWY_NOINLINE void FilterRow(float_t* output, const float_t* row, std::int32_t wi
 /// needs, and a strip is so narrow that its ring stays in the first-level cache. A strip reads columns of its
 /// neighbors, so that a plane that is filtered in place has to be one strip.
 std::int32_t StripWidth(const TConvolution& c) {
+  // 32 KiB, the size of a first-level data cache. Strips step by 128 floats, eight lines of it, so that neighbors share
+  // few lines.
   constexpr std::int32_t kRingFloats = 8192;
   constexpr std::int32_t kStep = 128;
   const std::int32_t strip = std::max(kRingFloats / (2 * c.radius + 1) / kStep * kStep, kStep);
@@ -130,6 +134,7 @@ HWY_NOINLINE void ConvolveStrip(const TConvolution& c, std::int32_t x, std::int3
     if (next < c.height) {
       FilterRow(slot(next), c.source + offset(next), c.width, x, count, c.filter, c.radius);
     }
+    // Beyond the last row of the picture slot() clamps, so that the edge row is repeated without being stored again.
     rows[taps] = slot(next);
     std::copy(rows + 1, rows + taps + 1, rows);
     if (y >= 0) {
@@ -160,6 +165,7 @@ void Subtract(float_t* destination, const float_t* a, const float_t* b, std::int
 /// Writes the columns of the lanes of `mask`, lane 0 being column `x`, and returns how many.
 template <class D, class Mask>
 HWY_INLINE std::int32_t WriteColumns(D tag, Mask mask, std::int32_t x, std::int32_t* columns) {
+  // Up to 64 lanes. Assembled byte by byte, whatever the order of bytes of the machine.
   HWY_ALIGN std::uint8_t bits[8] = {};
   hn::StoreMaskBits(tag, mask, bits);
   std::uint64_t word = 0;

@@ -40,9 +40,10 @@ struct TPicture {
   int height;
   std::vector<float> values;
 
-  TPicture(int width, int height, const std::function<double(double, double)>& value) : width(width), height(height) {
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) {
+  TPicture(int theWidth, int theHeight, const std::function<double(double, double)>& value)
+      : width(theWidth), height(theHeight) {
+    for (int y = 0; y < theHeight; ++y) {
+      for (int x = 0; x < theWidth; ++x) {
         values.push_back(static_cast<float>(value(x, y)));
       }
     }
@@ -65,7 +66,9 @@ double Scene(double x, double y) {
   };
   static const std::vector<TBlob> blobs = [] {
     std::mt19937 random(5);
-    const auto uniform = [&](double from, double to) { return from + (to - from) * (random() % 65536) / 65536.0; };
+    const auto uniform = [&](double from, double to) {
+      return from + (to - from) * static_cast<double>(random() % 65536) / 65536.0;
+    };
     std::vector<TBlob> result(900);
     for (TBlob& blob : result) {
       blob = {uniform(-64, 320), uniform(-64, 320), uniform(1.5, 7), uniform(-0.4, 0.4)};

@@ -26,16 +26,23 @@ constexpr std::int32_t kBandFloats = 1 << 16;  // of a level, while the next are
 constexpr float_t kPi = std::numbers::pi_v<float_t>;
 constexpr float_t kTwoPi = 2.0F * kPi;
 
+// Section 5 of the paper: bins of 10 degrees, a window of 1.5 times the scale, further orientations from 80% of the
+// highest peak on. The six smoothings by a box of three bins are the engine's own.
 constexpr int kOrientationBins = 36;
 constexpr float_t kOrientationWindow = 1.5F;  // its sigma, in units of the keypoint's scale
 constexpr float_t kOrientationReach = 3.0F;   // where it ends, in units of that sigma
 constexpr int kHistogramSmoothings = 6;
 constexpr float_t kPeakRatio = 0.8F;
 
+// Section 6.1 of the paper: 4 x 4 histograms of 8 directions make 128 numbers, clamped at 0.2 of the vector's length so
+// that single strong gradients, as of glare, do not decide a match.
 constexpr int kSpatialBins = 4;  // per side
 constexpr int kDirectionBins = 8;
 constexpr float_t kDescriptorClamp = 0.2F;
 
+// Refinement interpolates, which raises the absolute value at the extremum: candidates somewhat below the threshold may
+// end above it, and are cheap to look at. Of the paper's limits of an offset the engine has its own, as the header of
+// sift.h tells.
 constexpr float_t kCandidateRatio = 0.8F;  // of the threshold, before refinement
 constexpr int kRefinements = 5;
 constexpr float_t kMoveOffset = 0.6F;
@@ -71,12 +78,13 @@ std::int32_t Truncate(float_t value) {
 }
 
 /// The limits may cross, where there are no octaves or too few levels.
-std::int32_t Clamped(std::int32_t value, std::int64_t least, std::int64_t most) {
-  return static_cast<std::int32_t>(std::max(std::min<std::int64_t>(value, most), least));
+std::int32_t Clamped(std::int64_t value, std::int64_t least, std::int64_t most) {
+  return static_cast<std::int32_t>(std::max(std::min(value, most), least));
 }
 
 /// Reduces an angle to 0 included to 2 pi. A tiny negative one rounds to 2 pi itself.
 float_t Reduce(float_t angle) {
+  // fmod is exact and keeps the sign of its first argument.
   const float_t rest = std::fmod(angle, kTwoPi);
   return rest < 0 ? rest + kTwoPi : rest;
 }
@@ -93,6 +101,7 @@ void Subsample(float_t* destination, std::int32_t width, std::int32_t height, co
 }
 
 std::int32_t FilterRadius(float_t sigma) {
+  // Beyond four sigmas a Gaussian is below 1/2900 of its peak.
   return static_cast<std::int32_t>(std::ceil(4.0F * sigma));
 }
 
@@ -111,6 +120,7 @@ std::int32_t FillFilter(float_t* filter, float_t sigma) {
     sum += filter[radius + j];
   }
   for (std::int32_t j = 0; j <= 2 * radius; ++j) {
+    // To a sum of 1, so that flat areas keep their level however the Gaussian is cut off.
     filter[j] /= sum;
   }
   return radius;
@@ -144,6 +154,7 @@ TDerivatives Differentiate(const float_t* samples, std::ptrdiff_t row, std::ptrd
   };
   TDerivatives d;
   d.value = at(0, 0, 0);
+  // Central differences with the unit of one sample or level (section 4 of the paper).
   d.x = 0.5F * (at(1, 0, 0) - at(-1, 0, 0));
   d.y = 0.5F * (at(0, 1, 0) - at(0, -1, 0));
   d.s = 0.5F * (at(0, 0, 1) - at(0, 0, -1));
@@ -164,6 +175,7 @@ TOffset SolveOffset(const TDerivatives& d) {
   std::array<std::array<float_t, 3>, 3> a = {{{d.xx, d.xy, d.xs}, {d.xy, d.yy, d.ys}, {d.xs, d.ys, d.ss}}};
   TOffset b = {-d.x, -d.y, -d.s};
   for (int j = 0; j < 3; ++j) {
+    // The row with the largest pivot comes up, so that a small one does not blow up the rounding of the others.
     int best = j;
     float_t pivot = 0;
     for (int i = j; i < 3; ++i) {
@@ -189,6 +201,7 @@ TOffset SolveOffset(const TDerivatives& d) {
       b[i] -= factor * b[j];
     }
   }
+  // Back substitution: the diagonal is 1 by now.
   b[1] -= b[2] * a[1][2];
   b[0] -= b[2] * a[0][2];
   b[0] -= b[1] * a[0][1];
@@ -197,6 +210,8 @@ TOffset SolveOffset(const TDerivatives& d) {
 
 /// The step of a refinement along an axis, which keeps a sample between the point and the border.
 int Step(float_t offset, std::int32_t position, std::int32_t size) {
+  // A move within the picture only. Where the offset points beyond the last sample that has neighbors, the candidate
+  // stays and is judged there.
   if (offset > kMoveOffset && position < size - 2) {
     return 1;
   }
@@ -207,6 +222,8 @@ int Step(float_t offset, std::int32_t position, std::int32_t size) {
 bool IsStrong(const TDerivatives& d, const TOffset& b, float_t threshold, float_t edgeThreshold) {
   const float_t value = d.value + 0.5F * (d.x * b[0] + d.y * b[1] + d.s * b[2]);
   const float_t trace = d.xx + d.yy;
+  // Section 4.1 of the paper: trace^2 / determinant of the 2 x 2 Hessian grows with the ratio r of the principal
+  // curvatures, and (r + 1)^2 / r is its value at the largest ratio allowed.
   const float_t score = trace * trace / (d.xx * d.yy - d.xy * d.xy);
   const float_t limit = (edgeThreshold + 1) * (edgeThreshold + 1) / edgeThreshold;
   return std::abs(value) > threshold && score < limit && score >= 0 && std::abs(b[0]) < kLargestOffset &&
@@ -220,6 +237,8 @@ void SmoothHistogram(THistogram& bins) {
   float_t before = bins.back();
   for (int i = 0; i < kOrientationBins; ++i) {
     const float_t after = i + 1 < kOrientationBins ? bins[i + 1] : first;
+    // Old values throughout, though the bins are overwritten: `before` and `first` keep those that are gone by then.
+    // The histogram is a circle.
     before = std::exchange(bins[i], (before + bins[i] + after) / 3.0F);
   }
 }
@@ -233,6 +252,8 @@ int FindPeaks(const THistogram& bins, float_t* angles) {
     const float_t hm = bins[(i + kOrientationBins - 1) % kOrientationBins];
     const float_t hp = bins[(i + 1) % kOrientationBins];
     if (h0 > kPeakRatio * highest && h0 > hm && h0 > hp) {
+      // The vertex of the parabola through three neighboring bins, in bins; the denominator is negative at a peak,
+      // never 0.
       const float_t di = -0.5F * (hp - hm) / (hp + hm - 2 * h0);
       const float_t angle = kTwoPi * (static_cast<float_t>(i) + di + 0.5F) / kOrientationBins;
       // The last bin reaches up to 2 pi, which in floats lies above the real one.
@@ -258,6 +279,8 @@ void Distribute(const TDescriptorSample& sample, float_t* descriptor) {
   const float_t rt = sample.nt - static_cast<float_t>(bint);
   const auto share = [](int e, float_t rest) { return std::abs(1.0F - static_cast<float_t>(e) - rest); };
   constexpr int kHalf = kSpatialBins / 2;
+  // Trilinear interpolation (section 6.1 of the paper): a sample enters each bin by 1 less its distance from that bin's
+  // center, so that a small shift moves little from bin to bin.
   for (int ey = 0; ey < 2; ++ey) {
     for (int ex = 0; ex < 2; ++ex) {
       const int column = binx + ex + kHalf;
@@ -286,11 +309,11 @@ float_t expn(float_t x) {
 
 // Construction and buffers
 
-Sift::Sift(const float_t* image, std::int32_t width, std::int32_t height, float_t sigman, float_t sigma0,
-           std::int32_t O, std::int32_t S, std::int32_t omin, std::int32_t smin, std::int32_t smax)
-    : sigman(sigman), sigma0(sigma0), O(O), S(S), omin(omin), smin(smin), smax(smax) {
-  octavesAskedFor = ParametersAreValid() ? O : 0;
-  BuildPyramid(image, width, height);
+Sift::Sift(const float_t* image, std::int32_t theWidth, std::int32_t theHeight, float_t theSigman, float_t theSigma0,
+           std::int32_t theO, std::int32_t theS, std::int32_t theOmin, std::int32_t theSmin, std::int32_t theSmax)
+    : sigman(theSigman), sigma0(theSigma0), O(theO), S(theS), omin(theOmin), smin(theSmin), smax(theSmax) {
+  octavesAskedFor = ParametersAreValid() ? theO : 0;
+  BuildPyramid(image, theWidth, theHeight);
 }
 
 Sift::~Sift() = default;
@@ -335,6 +358,8 @@ bool Sift::AllocateBuffers() {
   const std::int64_t w = Shifted(width, omin);
   const std::int64_t h = Shifted(height, omin);
   const std::int64_t steps = std::int64_t{smax} - smin;
+  // The buffer serves in turn as the filters' work planes, one for each level, the rows of the differences and the
+  // gradients, two floats a sample on smax - smin - 2 levels.
   const std::int64_t planes = std::max(steps, 2 * (steps + 4));
   if (w > kLargestBuffer || h > kLargestBuffer || w * h > kLargestBuffer / planes) {
     return false;
@@ -390,14 +415,16 @@ float_t Sift::LevelFactor(std::int32_t s) const {
 /// The smoothing that leads from level `s` - 1 to level `s`, in samples of its octave.
 float_t Sift::StepSigma(std::int32_t s) const {
   const float_t sigmak = std::pow(2.0F, 1.0F / static_cast<float_t>(S));
+  // Variances of Gaussians add up: from scale a to scale b leads a filter of sigma sqrt(b^2 - a^2), and neighboring
+  // levels have the ratio 2^(1/S).
   const float_t dsigma0 = sigma0 * std::sqrt(1.0F - 1.0F / (sigmak * sigmak));
   return dsigma0 * LevelFactor(s);
 }
 
-void Sift::BuildPyramid(const float_t* image, std::int32_t width, std::int32_t height) {
-  const bool empty = image == nullptr || width < 1 || height < 1;
-  this->width = empty ? 0 : width;
-  this->height = empty ? 0 : height;
+void Sift::BuildPyramid(const float_t* image, std::int32_t newWidth, std::int32_t newHeight) {
+  const bool empty = image == nullptr || newWidth < 1 || newHeight < 1;
+  width = empty ? 0 : newWidth;
+  height = empty ? 0 : newHeight;
   keypoints.clear();
   workHoldsGradients = false;
   O = octavesAskedFor;
@@ -432,6 +459,8 @@ std::int32_t Sift::BestLevel() const {
 /// The smoothing that the base of octave `o` needs once its samples are taken, in samples of that octave; 0 if none.
 float_t Sift::BaseSigma(std::int32_t o) const {
   const float_t sa = sigma0 * LevelFactor(smin);
+  // What is there already: the blur of the picture, or that of the level that the samples come from, each in samples of
+  // this octave.
   const float_t sb = o == omin ? sigman / GetSamplingPeriod(omin) : sigma0 * LevelFactor(BestLevel() - S);
   const bool smooth = o == omin ? sa > sb : BestLevel() - smin < S;
   return smooth ? std::sqrt(sa * sa - sb * sb) : 0;
@@ -470,6 +499,7 @@ void Sift::MakeLevels(std::int32_t o, const float_t* image) {
     FillBase(o, image, begin, end);
     std::int64_t lag = 0;
     for (const Detail::TConvolution& convolution : chain) {
+      // A filter needs rows below the one that it computes; behind several filters in a row the radii add up.
       lag += convolution.radius;
       Detail::Convolve(convolution, Clamped(begin - lag, 0, h), end == h ? h : Clamped(end - lag, 0, h));
     }
@@ -511,6 +541,7 @@ void Sift::DetectKeypoints(float_t threshold, float_t edgeThreshold) {
     workHoldsGradients = false;
     const auto first = static_cast<std::ptrdiff_t>(keypoints.size());
     FindCandidates(o, kCandidateRatio * threshold);
+    // Refined in place: what is accepted moves forward over what was refused.
     auto accepted = keypoints.begin() + first;
     for (auto candidate = accepted; candidate != keypoints.end(); ++candidate) {
       if (Refine(o, threshold, edgeThreshold, *candidate)) {
@@ -527,6 +558,7 @@ void Sift::DetectKeypoints(float_t threshold, float_t edgeThreshold) {
 void Sift::FindCandidates(std::int32_t o, float_t threshold) {
   const std::int32_t w = GetOctaveWidth(o);
   const std::int32_t h = GetOctaveHeight(o);
+  // An extremum is compared with its eight neighbors in the picture, which a smaller octave does not have.
   if (w < 3 || h < 3) {
     return;
   }
@@ -618,6 +650,7 @@ void Sift::ComputeGradients(std::int32_t o) {
     for (std::int32_t y = 1; y < h - 1; ++y) {
       const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(y) * w;
       for (std::ptrdiff_t i = row + 1; i < row + w - 1; ++i) {
+        // Magnitude and direction side by side, since every reader wants both.
         const float_t gx = 0.5F * (level[i + 1] - level[i - 1]);
         const float_t gy = 0.5F * (level[i + w] - level[i - w]);
         const float_t angle = std::atan2(gy, gx) + kTwoPi;
@@ -694,6 +727,7 @@ bool Sift::Place(const Keypoint& keypoint, TPlacement& place) const {
 /// The octave's outermost samples have no gradient.
 template <typename TVisit>
 void Sift::VisitWindow(const TPlacement& place, float_t radius, const TVisit& visit) const {
+  // The bounds leave out the outermost samples of the octave, which have no central difference.
   const std::int32_t reach = Truncate(radius);
   const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(place.w) * place.h;
   const float_t* const pairs = workBuffer.get() + 2 * plane * place.level;
@@ -751,6 +785,8 @@ void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t ang
     TDescriptorSample sample;
     sample.nx = (ct * dx + st * dy) / bin;
     sample.ny = (-st * dx + ct * dy) / bin;
+    // Relative to the keypoint's own direction, which makes the descriptor follow a turn of
+    // the picture.
     sample.nt = kDirectionBins * Reduce(angle - direction) / kTwoPi;
     // The window has a sigma of half the width of the grid, two bins.
     sample.weight = Detail::expn((sample.nx * sample.nx + sample.ny * sample.ny) * 0.125F) * magnitude;
@@ -759,12 +795,14 @@ void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t ang
   if (normalizeDescriptors) {
     float_t* const end = descriptor + kDescriptorLength;
     Normalize(descriptor, end);
+    // Length 1 takes a change of contrast out, the clamp a change of light that is not the same everywhere.
     std::transform(descriptor, end, descriptor, [](float_t value) { return std::min(value, kDescriptorClamp); });
     Normalize(descriptor, end);
   }
 }
 
 Sift::Keypoint Sift::MakeKeypoint(float_t x, float_t y, float_t sigma) const {
+  // sigma = sigma0 * 2^(o + s / S), solved for o + s / S. An octave begins half a level above its level smin.
   const float_t phi = std::log2(sigma / sigma0);
   const auto steps = static_cast<float_t>(S);
   const std::int32_t octave = Truncate(std::floor(phi - (static_cast<float_t>(smin) + 0.5F) / steps));
@@ -786,6 +824,7 @@ void Sift::Normalize(float_t* begin, float_t* end) {
   for (const float_t* value = begin; value != end; ++value) {
     sum += *value * *value;
   }
+  // The epsilon keeps zeros from becoming NaN; next to any real length it is lost in rounding.
   const float_t norm = std::sqrt(sum) + std::numeric_limits<float_t>::epsilon();
   for (float_t* value = begin; value != end; ++value) {
     *value /= norm;

@@ -52,9 +52,11 @@ std::optional<TChildProcess> StartChild(const boost::function<void(int toParent)
     // Whatever ends the parent shall end this process too, even in an endless loop.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
 #endif
+    // A crash is a result here, and no reason to fill the disk or to wake a crash reporter.
     const rlimit noCore = {0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
     close(ends[0]);
+    // The parent may have ended before the call above: then no signal comes any more.
     if (getppid() == parent) {
       work(ends[1]);
     }
@@ -75,6 +77,7 @@ int EndChild(const TChildProcess& child) {
   kill(child.process, SIGKILL);
   close(child.fromChild);
   int status = 0;
+  // Always, or the child stays as a zombie until the program ends.
   while (waitpid(child.process, &status, 0) < 0 && errno == EINTR) {
   }
   return status;

@@ -19,6 +19,7 @@ namespace base {
 
 namespace {
 
+// The one type that the C++ standard lets a signal handler and the rest of a program share.
 volatile std::sig_atomic_t interrupted = 0;
 
 // Where standard error goes, also while it is muted.
@@ -51,12 +52,16 @@ void Close(int descriptor) {
 
 ssize_t ReadSome(int descriptor, char* data, std::size_t size) {
   for (;;) {
+    // A plain read() would miss a signal that arrives between the test of Interrupted() and the call: with SA_RESTART
+    // it would wait for input that may never come. The pipe of the handler closes that gap ("self-pipe trick").
     std::array<pollfd, 2> waits = {{{descriptor, POLLIN, 0}, {wakeUp[0], POLLIN, 0}}};
     // Regular files are always ready, so the wait costs them nothing.
     poll(waits.data(), waits.size(), -1);
     if (Interrupted()) {
       return 0;
     }
+    // EAGAIN comes from a standard input that another program sharing the terminal has set to O_NONBLOCK. The poll()
+    // above has waited by then, so that trying again costs no busy loop.
     const ssize_t count = read(descriptor, data, size);
     if (count >= 0 || (errno != EINTR && errno != EAGAIN)) {
       return count;
@@ -78,11 +83,13 @@ extern "C" void OnInterrupt(int /*signal*/) {
   constexpr std::string_view kMessage = "Ends after the command under way; once more ends at once\n";
   interrupted = 1;
   for (const int signal : kEndingSignals) {
+    // The second one must end even a program that hangs in a library, so that it is not ours to handle any more.
     std::signal(signal, SIG_DFL);
   }
 #ifdef _WIN32
   _write(standardError, kMessage.data(), static_cast<unsigned int>(kMessage.size()));
 #else
+  // A system call that the signal interrupted may be about to read errno.
   const int savedError = errno;
   [[maybe_unused]] ssize_t written = write(wakeUp[1], "!", 1);
   written = write(standardError, kMessage.data(), kMessage.size());
@@ -108,6 +115,8 @@ void Catch(int signal) {
   }
   struct sigaction action = {};
   action.sa_handler = OnInterrupt;
+  // Libraries do not expect EINTR from their reads and writes. poll() is never restarted, which is what a waiting
+  // reader needs.
   action.sa_flags = SA_RESTART;
   // A second signal waits until the first one has been answered, so that the message comes once and whole.
   for (const int other : kEndingSignals) {
@@ -131,6 +140,8 @@ std::FILE* TakeStandardOutput(bool verbose) {
   _setmode(own, _O_BINARY);
   return _fdopen(own, "wb");
 #else
+  // From 3 on: where the caller closed standard input or error, the new descriptor must not become one of them. Closed
+  // on exec, so that a gnuplot that lives on does not keep the reader of our output waiting for its end.
   const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
   const int other = verbose ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
   if (own < 0 || other < 0 || dup2(other, STDOUT_FILENO) < 0) {
@@ -202,6 +213,7 @@ TLineReader::TLineReader(const std::string& path) : descriptor(OpenForReading(Na
 }
 
 TLineReader::~TLineReader() {
+  // 0 is standard input, which nobody here opened.
   if (descriptor > 0) {
     Close(descriptor);
   }
@@ -216,6 +228,7 @@ bool TLineReader::IsTerminal() const {
 }
 
 bool TLineReader::BeginsAsText() {
+  // What was read stays in `pending`, so that a pipe loses nothing by being looked at.
   return !ReadBlock() || pending.find('\0') == std::string::npos;
 }
 
@@ -223,12 +236,14 @@ bool TLineReader::ReadBlock() {
   if (atEnd) {
     return false;
   }
+  // Once a block and not once a line, which would take a time that grows with the square of the lines in a block.
   pending.erase(0, position);
   position = 0;
   std::array<char, 65536> block;
   const auto count = ReadSome(descriptor, block.data(), block.size());
   if (count <= 0) {
     atEnd = true;
+    hasFailed = count < 0;
     return false;
   }
   pending.append(block.data(), static_cast<std::size_t>(count));
@@ -236,6 +251,7 @@ bool TLineReader::ReadBlock() {
 }
 
 bool TLineReader::Next(std::string& line) {
+  // What has been searched for a line end is not searched again: a line of many megabytes takes a time in proportion.
   std::size_t searched = 0;
   for (;;) {
     if (Interrupted()) {
@@ -251,7 +267,7 @@ bool TLineReader::Next(std::string& line) {
     if (!ReadBlock()) {
       line.assign(pending, position);
       position = pending.size();
-      if (Interrupted() || line.empty()) {
+      if (Interrupted() || hasFailed || line.empty()) {
         return false;
       }
       break;

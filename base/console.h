@@ -56,14 +56,20 @@ class TLineReader {
   /// True if there is no zero byte in what arrives first: a picture has one. Waits for it.
   bool BeginsAsText();
 
-  /// The next line without its end. False at the end of the input, or once Ctrl-C was pressed.
+  /// The next line without its end. False at the end of the input, if it could not be read to its end, or once Ctrl-C
+  /// was pressed.
   bool Next(std::string& line);
+
+  /// True if the system failed to deliver what comes next. The beginning of a line that was there already is not a
+  /// line.
+  bool HasFailed() const { return hasFailed; }
 
  private:
   bool ReadBlock();
 
   int descriptor = 0;
   bool atEnd = false;
+  bool hasFailed = false;
   std::string pending;
   std::size_t position = 0;
 };

@@ -12,8 +12,8 @@ std::string Beside(const std::string& path) {
 
 }  // namespace
 
-TFileReplacement::TFileReplacement(const std::string& path)
-    : path(path), file(std::fopen(Beside(path).c_str(), "wb")), failed(!file), isBeside(file != nullptr) {}
+TFileReplacement::TFileReplacement(const std::string& thePath)
+    : path(thePath), file(std::fopen(Beside(thePath).c_str(), "wb")), failed(!file), isBeside(file != nullptr) {}
 
 TFileReplacement::~TFileReplacement() {
   if (isBeside) {
@@ -33,6 +33,8 @@ bool TFileReplacement::Finish() {
 }
 
 bool TFileReplacement::Commit() {
+  // Not std::rename, which on Windows refuses to replace a file. On POSIX systems the replacement is atomic: a reader
+  // sees either all of the earlier file or all of the new one.
   boost::system::error_code error;
   boost::filesystem::rename(Beside(path), path, error);
   isBeside = isBeside && error;

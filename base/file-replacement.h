@@ -31,7 +31,7 @@ class TFileReplacement {
 
  private:
   struct TCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
   };
 
   std::string path;

@@ -10,6 +10,8 @@
 namespace base {
 
 bool TFileStamp::IsSettled() const {
+  // An absolute difference: a time in the future, from a server whose clock runs ahead, must not count as settled for
+  // ever. Two seconds is the resolution of FAT, the coarsest of the file systems that are in use.
   return std::abs(static_cast<std::int64_t>(std::time(nullptr)) - seconds) > 2;
 }
 

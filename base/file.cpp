@@ -89,6 +89,7 @@ bool Seek(std::FILE* file, std::int64_t offset, int origin) {
 
 using TStatus = struct stat;
 
+// A backslash is a character of a name like any other here.
 constexpr const char* kSeparators = "/";
 
 // Without O_NONBLOCK a pipe in the place of a file would wait for its other end; a terminal shall not become ours.
@@ -127,6 +128,7 @@ bool Rename(const std::string& from, const std::string& to) {
 ssize_t WriteSome(int descriptor, const void* bytes, std::size_t count) {
   const ssize_t written = write(descriptor, bytes, count);
   if (written < 0 && errno == EAGAIN) {
+    // TransferAll takes EINTR for "not yet, try again", which is what has happened.
     pollfd wait = {descriptor, POLLOUT, 0};
     poll(&wait, 1, -1);
     errno = EINTR;
@@ -147,6 +149,7 @@ bool FollowLink(std::string& path, const TStatus& status) {
   boost::system::error_code error;
   const boost::filesystem::path content = boost::filesystem::read_symlink(path, error);
   if (!error) {
+    // The content of a relative link counts from the directory of the link, not from the working directory.
     path = content.is_absolute() ? content.string() : (boost::filesystem::path(path).parent_path() / content).string();
   }
   return !error;
@@ -162,11 +165,15 @@ bool TakeOverRights(int descriptor, const TStatus& earlier) {
     // Only root may give a file away. Where we may not, ours has the same rights at least.
     [[maybe_unused]] const int ignored = fchown(descriptor, earlier.st_uid, earlier.st_gid);
   }
+  // Only the nine bits of rights: a new file of ours must not become set-user-ID because an earlier one of somebody
+  // else was.
   return status.st_mode == earlier.st_mode || fchmod(descriptor, earlier.st_mode & 0777) == 0;
 }
 
 /// Another descriptor of standard output or standard error if that is the file of this status; negative if neither is.
 int DuplicateStandardStream(const TStatus& status) {
+  // Device and inode together name a file; two paths may lead to the same one, such as /dev/stdout and the file it was
+  // redirected to.
   for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
     TStatus own = {};
     if (GetStatus(stream, own) && own.st_dev == status.st_dev && own.st_ino == status.st_ino) {
@@ -243,6 +250,8 @@ std::optional<TTarget> FindTarget(std::string path) {
   if (path.empty()) {
     return std::nullopt;
   }
+  // As many as Linux follows before it gives up with ELOOP. Links are followed by hand because the target that does not
+  // exist yet has no canonical path.
   constexpr int kMostLinks = 40;
   for (int links = 0; links <= kMostLinks; ++links) {
     TStatus status = {};
@@ -252,6 +261,8 @@ std::optional<TTarget> FindTarget(std::string path) {
     if (FollowLink(path, status)) {
       continue;
     }
+    // Renaming needs no right to write the file itself, so that a write-protected file would be replaced without a word
+    // if nobody asked.
     if (!IsRegular(status) || !IsWritable(path)) {
       return std::nullopt;
     }
@@ -265,6 +276,8 @@ class TNeighbor {
  public:
   explicit TNeighbor(const std::string& target) {
     constexpr int kAttempts = 100;
+    // With the process number the name is unique among those that run now; what an earlier process of that number left
+    // behind is passed over by the attempts.
     static unsigned int counter = 0;
     const std::string start =
         target.substr(0, target.find_last_of(kSeparators) + 1) + ".tessimar-" + std::to_string(ProcessNumber()) + '-';
@@ -314,6 +327,8 @@ TReadOutcome TFileReader::Read(const std::string& path, std::uint64_t most) {
     size = 0;
     return OutcomeOfFailedOpen(path);
   }
+  // Feature vectors of one collection have one length, so that nearly every file has the size of the one before; the
+  // guess saves a call of the system for each of a hundred thousand files.
   const TReadOutcome outcome =
       size <= most && HasSizeAsBefore(descriptor) ? TReadOutcome::kRead : ReadToSize(descriptor, most);
   if (outcome != TReadOutcome::kRead) {
@@ -326,6 +341,7 @@ TReadOutcome TFileReader::Read(const std::string& path, std::uint64_t most) {
 /// Reads a file that gives as many bytes as the one before and not one more, without asking for its size. A pipe has no
 /// first byte to go to, so that nothing is taken from it.
 bool TFileReader::HasSizeAsBefore(int descriptor) {
+  // One byte more is asked for than the file should have: if it comes, the file is longer and the guess was wrong.
   return size > 0 && ReadFromStart(descriptor, bytes.data(), size + 1) == static_cast<std::ptrdiff_t>(size);
 }
 
@@ -370,22 +386,25 @@ bool ReplaceFile(const std::string& path, const void* bytes, std::size_t count) 
     return false;
   }
   TNeighbor file(target->path);
+  // The order matters: the rights come before the contents, so that no byte of a private file is ever readable to
+  // others, and the name comes last, so that it always stands for something whole. There is no fsync(): after a power
+  // cut the file system decides which of the two files is there.
   return file.GetDescriptor() >= 0 && (!target->earlier || TakeOverRights(file.GetDescriptor(), *target->earlier)) &&
          WriteAll(file.GetDescriptor(), bytes, count) && file.TakePlaceOf(target->path);
 }
 
-TNamedOutput::TNamedOutput(const std::string& path) : path(path) {
+TNamedOutput::TNamedOutput(const std::string& thePath) : path(thePath) {
   TStatus status = {};
-  const bool exists = GetStatus(path, status);
+  const bool exists = GetStatus(thePath, status);
   if (exists) {
     descriptor = DuplicateStandardStream(status);
   }
   if (descriptor < 0 && exists && !IsRegular(status)) {
-    descriptor = Open(path, O_WRONLY);
+    descriptor = Open(thePath, O_WRONLY);
     isOpen = descriptor >= 0;
     return;
   }
-  const std::optional<TTarget> target = descriptor < 0 ? FindTarget(path) : std::nullopt;
+  const std::optional<TTarget> target = descriptor < 0 ? FindTarget(thePath) : std::nullopt;
   isOpen = descriptor >= 0 || (target && TNeighbor(target->path).GetDescriptor() >= 0);
 }
 

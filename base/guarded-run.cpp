@@ -36,6 +36,8 @@ namespace {
 
 TAnswer OpenAnswer() {
 #ifdef __linux__
+  // In memory and without a name, so that an answer of many megabytes costs neither a disk nor a pipe that somebody has
+  // to drain meanwhile. Both processes hold it by the same descriptor.
   const int descriptor = memfd_create("answer", MFD_CLOEXEC);
   return TAnswer(descriptor < 0 ? nullptr : fdopen(descriptor, "w+b"));
 #else
@@ -46,6 +48,7 @@ TAnswer OpenAnswer() {
 void Limit(decltype(RLIMIT_CPU) resource, rlim_t most) {
   rlimit limit = {};
   if (getrlimit(resource, &limit) == 0) {
+    // The hard limit too: a library must not be able to raise its own.
     limit.rlim_max = std::min(limit.rlim_max, most);
     limit.rlim_cur = std::min(limit.rlim_cur, most);
     setrlimit(resource, &limit);
@@ -68,6 +71,7 @@ void BeGuarded(const boost::function<bool(std::FILE* answer)>& work, const TGuar
   }
   Limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorSeconds));
   Limit(RLIMIT_FSIZE, limits.memory);
+  // On top of what the parent has mapped, which the copy begins with.
   if (const auto mapped = MappedMemory()) {
     Limit(RLIMIT_AS, *mapped + limits.memory);
   }
@@ -122,6 +126,7 @@ TAnswer RunGuarded(const boost::function<bool(std::FILE* answer)>& work, const T
   if (!isWhole) {
     return nullptr;
   }
+  // The two processes share the position in the file, which is at its end now.
   std::rewind(answer.get());
   return answer;
 }

@@ -15,6 +15,7 @@ constexpr bool kSwaps = std::endian::native == std::endian::big;
 template <typename TNumber>
 TNumber Ordered(TNumber value) {
   if constexpr (kSwaps) {
+    // Through bytes and not through shifts, which doubles do not have.
     std::array<unsigned char, sizeof(TNumber)> bytes;
     std::memcpy(bytes.data(), &value, sizeof(value));
     std::reverse(bytes.begin(), bytes.end());

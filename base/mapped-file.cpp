@@ -16,6 +16,7 @@ std::optional<TMappedFile> TMappedFile::Open(const std::string& path) {
     mapped.bytes = std::shared_ptr<const std::byte>(region, static_cast<const std::byte*>(region->get_address()));
     return mapped;
   } catch (const interprocess::interprocess_exception&) {
+    // An empty file cannot be mapped either: POSIX refuses a length of 0.
     return std::nullopt;
   }
 }

@@ -16,6 +16,9 @@ namespace base {
 void KeepFreedMemory() {
 #ifdef __GLIBC__
   constexpr int kMostKept = 512 << 20;
+  // By default every block above 128 KiB (rising to 32 MiB as they are freed) is a mapping of its own, which goes back
+  // to the system with free() and comes back as pages that the kernel must zero first. Setting either value also
+  // switches that adaptation off.
   mallopt(M_MMAP_THRESHOLD, kMostKept);
   mallopt(M_TRIM_THRESHOLD, kMostKept);
 #endif

@@ -63,6 +63,7 @@ std::optional<std::vector<std::string>> List(const std::string& nativePath, TEnt
 
 /// Asks the system only where the directory itself does not tell.
 bool IsDirectoryEntry(const std::string& directory, const dirent& entry) {
+  // Not all file systems fill d_type in, and a link says nothing about what it points to.
   if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) {
     return entry.d_type == DT_DIR;
   }
@@ -84,6 +85,8 @@ std::optional<std::vector<std::string>> List(const std::string& nativePath, TEnt
     }
     errno = 0;
   }
+  // readdir() returns null both at the end and on an error; only errno, which has to be cleared before each call, tells
+  // which.
   return errno == 0 ? std::optional(std::move(names)) : std::nullopt;
 }
 
@@ -115,6 +118,7 @@ class TListing {
     entries.clear();
     for (std::string& name : List(directory, TEntryKind::kAny).value_or(std::vector<std::string>())) {
       const auto [entry, isNew] = entries.try_emplace(FoldCase(name), name);
+      // The order in which the system delivers names differs between machines; the smallest one wins on all of them.
       if (!isNew && name < entry->second) {
         entry->second = std::move(name);
       }
@@ -130,6 +134,7 @@ class TListing {
 /// The entry of `directory` (empty, or ended by a slash) that `name` stands for; nothing if there is none.
 std::optional<std::string> MatchEntry(const std::string& directory, const std::string& name) {
   static TListing listing;
+  // An exact match costs one call of the system and no listing, and it is what there is nearly always.
   if (filesystem::exists(Status(directory + name))) {
     return name;
   }
@@ -170,6 +175,7 @@ class TDirectoryMemory {
   }
 
   void Remember(const std::string& asked, const std::string& found) {
+    // At most eight entries, searched one by one: a map would cost more than it saves.
     std::erase_if(entries, [&](const auto& each) { return each.first == asked; });
     entries.emplace_front(asked, found);
     if (entries.size() > kMostEntries) {
@@ -204,6 +210,7 @@ std::string_view FileNameOf(std::string_view path) {
 
 std::string DroppedPath(std::string urlPath) {
   const auto isLetter = [](char character) { return LowerAscii(character) >= 'a' && LowerAscii(character) <= 'z'; };
+  // The toolkit's path of file:///c:/pictures begins with the slash that ends the (empty) host.
   if (urlPath.size() >= 3 && urlPath[0] == '/' && isLetter(urlPath[1]) && urlPath[2] == ':') {
     urlPath.erase(0, 1);
   }
@@ -225,10 +232,12 @@ std::string NativePath(const std::string& path) {
   std::string slashed = path;
   std::replace(slashed.begin(), slashed.end(), '\\', '/');
 
+  // Both memories are static and without a lock: the program has one thread.
   static TDirectoryMemory memory;
   const std::size_t nameStart = slashed.find_last_of('/') + 1;
   const std::string directory = slashed.substr(0, nameStart);
   const std::string name = slashed.substr(nameStart);
+  // The file itself is asked for even so. A directory that was renamed since then gives no hit and is resolved anew.
   if (const auto found = memory.Find(directory); found && filesystem::exists(Status(*found + name))) {
     return *found + name;
   }
@@ -266,6 +275,7 @@ std::string CanonicalPath(const std::string& path) {
 
 bool RemoveFile(const std::string& path) {
   boost::system::error_code error;
+  // remove() would take an empty directory, too.
   if (!filesystem::is_directory(Status(path))) {
     filesystem::remove(ToPath(path), error);
   }

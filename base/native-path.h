@@ -6,8 +6,9 @@
 #include <vector>
 
 /// The door to the file system. Paths are UTF-8 bytes as the user typed them, folded to lower case by the command
-/// parser and possibly written with backslashes. What reads, tests or scans goes through NativePath first, here or at
-/// the caller's; what writes takes the path exactly as it is spelt.
+/// parser and possibly written with backslashes. What reads a file that a user named goes through NativePath first,
+/// here or in the caller; what writes takes the path exactly as it is spelled, and so does what reads the program's own
+/// files back.
 namespace base {
 
 /// True for both slashes, on every platform: wherever the program cuts a path, both count.

@@ -23,6 +23,8 @@ constexpr const char* kLibrarySuffix = ".so";
 
 #ifdef __ELF__
 
+// A process loads libraries of its own word size only, so that one form of the header will do: one of the other size
+// fails the test of EI_CLASS below, whose byte stands at the same place in both.
 using THeader = std::conditional_t<sizeof(void*) == 8, Elf64_Ehdr, Elf32_Ehdr>;
 using TSegment = std::conditional_t<sizeof(void*) == 8, Elf64_Phdr, Elf32_Phdr>;
 
@@ -41,6 +43,7 @@ std::uint64_t LoadedBytes(std::istream& file, const THeader& header) {
       return 0;
     }
     if (segment.p_type == PT_LOAD) {
+      // p_filesz and not p_memsz: what exceeds the file is zero-filled memory (.bss) and needs no byte of it.
       most = std::max<std::uint64_t>(most, segment.p_offset + segment.p_filesz);
     }
   }
@@ -52,6 +55,7 @@ std::uint64_t LoadedBytes(std::istream& file, const THeader& header) {
 }  // namespace
 
 bool IsPluginFileName(const std::string& fileName) {
+  // The suffix may stand anywhere in the name, as in "FeatureX.so.1.2", which is how versions of libraries are called.
   return fileName.rfind("Feature", 0) == 0 && fileName.find(kLibrarySuffix) != std::string::npos;
 }
 
@@ -83,6 +87,7 @@ std::string WhyNoPlugin(const std::string& fileName) {
       header.e_type != ET_DYN) {
     return "it is no library";
   }
+  // Comparing with the program itself instead of with constants is right on every processor that it is compiled for.
   std::ifstream program("/proc/self/exe", std::ios::binary);
   THeader own;
   if (!program || !ReadRecord(program, own)) {

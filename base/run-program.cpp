@@ -54,6 +54,8 @@ bool EndedWell(pid_t process) {
 }  // namespace
 
 void RunGnuplot(const char* script) {
+  // The shell finds gnuplot on the path. The status says nothing that the caller could use: gnuplot also ends with 0
+  // where it could not write its picture.
   [[maybe_unused]] const int status = std::system((std::string(kGnuplot) + script).c_str());
 }
 
@@ -70,17 +72,20 @@ std::optional<std::string> AskGnuplot([[maybe_unused]] const std::string& script
       pipe2(output.data(), O_CLOEXEC) != 0) {
     return std::nullopt;
   }
+  // posix_spawn and not fork: a program that holds gigabytes of features would have to copy its page tables first.
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, fileno(input.get()), STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
   std::string name = "gnuplot";
+  // Ignores ~/.gnuplot and the like, which may change colors and terminals: a report must look the same for everybody.
   std::string defaults = "-d";
   const std::array<char*, 3> arguments = {name.data(), defaults.data(), nullptr};
   pid_t process = 0;
   const bool isStarted = posix_spawnp(&process, name.c_str(), &actions, nullptr, arguments.data(), environ) == 0;
   posix_spawn_file_actions_destroy(&actions);
+  // Before reading: with our own copy of the writing end open, the pipe would never come to its end.
   close(output[1]);
   std::string printed = Drain(output[0]);
   return isStarted && EndedWell(process) ? std::optional(std::move(printed)) : std::nullopt;

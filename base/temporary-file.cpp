@@ -11,6 +11,8 @@ TTemporaryFile::TTemporaryFile(const std::string& prefix) {
   // A number taken already is no reason to give up; so many in a row are.
   constexpr int kAttempts = 1000;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    // The libraries take a bare name, so that the file lies in the working directory, where the user may save models
+    // anyway. rand() need not be unpredictable: the exclusive open below is what protects.
     const std::string candidate = FormatString("%s%d.dat", prefix.c_str(), std::rand());
     // "x" makes the file or fails: whatever stands there, a dangling link too, is left alone.
     if (std::FILE* file = std::fopen(candidate.c_str(), "wbx")) {

@@ -7,6 +7,8 @@ namespace base {
 namespace {
 
 bool IsWhiteSpace(char character) {
+  // Tab, line feed, vertical tab, form feed and carriage return are 9 to 13 without a gap. std::isspace would ask the
+  // locale and, for bytes above 127, must not be given a char.
   return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
@@ -63,12 +65,15 @@ std::string UnescapeField(std::string_view field) {
       continue;
     }
     const char kind = field[++i];
+    // An unknown escape gives its character, so that damaged lines still give a text and never an error.
     text += kind == 't' ? '\t' : kind == 'n' ? '\n' : kind;
   }
   return text;
 }
 
 void UseClassicNumbers() {
+  // Only the category of numbers: file names and messages stay in the user's own character set. In a German locale
+  // printf would write "0,5" into tables, and strtod would read "0.5" as 0.
   std::setlocale(LC_NUMERIC, "C");
 }
 

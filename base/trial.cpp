@@ -12,7 +12,7 @@ TTrialOutcome RunTrial(const boost::function<void(const TTell&)>&, const TTell&,
   return {TTrialEnd::kNotStarted, {}};
 }
 
-TGuardedBlock::TGuardedBlock(std::size_t size, TFlush, const char* name) : size(size), name(name) {}
+TGuardedBlock::TGuardedBlock(std::size_t theSize, TFlush, const char* theName) : size(theSize), name(theName) {}
 TGuardedBlock::~TGuardedBlock() = default;
 void TGuardedBlock::MakeReadOnly() {}
 
@@ -54,11 +54,14 @@ namespace base {
 
 namespace {
 
+// Control characters, which no line of a trial begins with: its lines are words and numbers.
 // The first byte of a line that the machinery tells, and not the trial.
 constexpr char kReturnedMark = '\x01';
 constexpr char kThrewMark = '\x02';
 constexpr char kTrespassedMark = '\x03';
 
+// Larger than the rows of any picture that is tried, so that an error of a whole row, the commonest one, still falls
+// into it. It costs address space only: the pages are never touched.
 constexpr std::size_t kGuardSize = std::size_t{16} << 20;
 
 // Both serve the handler of signals, which has nothing but globals.
@@ -81,6 +84,7 @@ void WriteText(const char* text) {
 }
 
 void TellLine(std::string line) {
+  // A line feed in a text of the plug-in would be taken for the end of the line.
   std::replace(line.begin(), line.end(), '\n', ' ');
   line += '\n';
   WriteAll(line.data(), line.size());
@@ -116,6 +120,7 @@ extern "C" void OnFault(int signal, siginfo_t* information, void* /*context*/) {
     _exit(EXIT_FAILURE);
   }
   std::signal(signal, SIG_DFL);
+  // Ends the process by the signal itself, which the parent reads from waitpid().
   raise(signal);
 }
 
@@ -134,6 +139,7 @@ void CatchFaults() {
 }
 
 [[noreturn]] void BeTrial(const boost::function<void(const TTell&)>& trial) {
+  // What a plug-in prints must not mix with the findings on standard output.
   dup2(STDERR_FILENO, STDOUT_FILENO);
   CatchFaults();
   try {
@@ -144,6 +150,7 @@ void CatchFaults() {
   } catch (...) {
     TellLine(kThrewMark + std::string("it throws an exception"));
   }
+  // Not exit(): the destructors and buffers belong to the parent, and would be run and written twice.
   _exit(EXIT_SUCCESS);
 }
 
@@ -153,6 +160,7 @@ bool Listen(int pipe, const TTell& hear, int patience, TTrialOutcome& outcome) {
   auto deadline = TClock::now() + std::chrono::milliseconds(patience);
   std::string pending;
   for (;;) {
+    // Rounded up, since poll() with 0 would spin through the last millisecond.
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - TClock::now()).count();
     pollfd wait = {pipe, POLLIN, 0};
     const int ready = left > 0 ? poll(&wait, 1, static_cast<int>(left)) : 0;
@@ -227,10 +235,10 @@ TTrialOutcome RunTrial(const boost::function<void(const TTell&)>& trial, const T
   return outcome;
 }
 
-TGuardedBlock::TGuardedBlock(std::size_t size, TFlush flush, const char* name) : size(size), name(name) {
+TGuardedBlock::TGuardedBlock(std::size_t theSize, TFlush flush, const char* theName) : size(theSize), name(theName) {
   const auto slot = std::find(blocks.begin(), blocks.end(), nullptr);
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  pagesSize = (size + page - 1) / page * page;
+  pagesSize = (theSize + page - 1) / page * page;
   mappingSize = pagesSize + 2 * kGuardSize;
   void* const memory = mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (slot == blocks.end() || memory == MAP_FAILED) {
@@ -238,7 +246,9 @@ TGuardedBlock::TGuardedBlock(std::size_t size, TFlush flush, const char* name) :
   }
   mapping = static_cast<unsigned char*>(memory);
   pages = mapping + kGuardSize;
-  bytes = flush == TFlush::kAtEnd ? pages + pagesSize - size : pages;
+  // The processor protects whole pages only, so that just one end of the block can touch the guard. Each picture is
+  // tried with either end.
+  bytes = flush == TFlush::kAtEnd ? pages + pagesSize - theSize : pages;
   if (pagesSize > 0 && mprotect(pages, pagesSize, PROT_READ | PROT_WRITE) != 0) {
     munmap(mapping, mappingSize);
     mapping = nullptr;
@@ -268,6 +278,7 @@ TMemoryInUse MemoryInUse() {
   TMemoryInUse memory;
 #if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
   const auto heap = mallinfo2();
+  // Blocks in use in the arenas, and those that are mappings of their own.
   memory.allocated = heap.uordblks + heap.hblkhd;
 #endif
   memory.mapped = MappedMemory();

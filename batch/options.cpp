@@ -36,7 +36,8 @@ pane would show. Which lines of the script failed is told on standard error.
 
 Exit status: 0 if every line succeeded or the plug-in is sound, 1 if a line failed
 or the plug-in has a fault, 2 for wrong usage or a file or directory that cannot be
-used, 130 after Ctrl-C (or SIGTERM or SIGHUP: the first one ends the run after the
+used, 3 if every line succeeded but a picture or a stored feature could not be
+read, or not whole, 130 after Ctrl-C (or SIGTERM or SIGHUP: the first one ends the run after the
 command under way, with tables and history), 141 if nobody reads the output any
 more.
 )";
@@ -50,6 +51,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   // A long option behind a single dash is a slip that needs no guessing.
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   QCommandLineOption line("e", "", "LINE");
+  // "-e" takes its line also without a blank, as other programs of a shell do.
   line.setFlags(QCommandLineOption::ShortOptionStyle);
   parser.addOption(line);
   parser.addOptions({{"pictures", "", "DIR"}, {"variables", "", "FILE"}, {"rankings", "", "DIR"}, {"runs", "", "DIR"}});
@@ -63,6 +65,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   for (const char* name :
        {"pictures", "variables", "rankings", "runs", "segments", "seed", "plugins", "check-plugin"}) {
     const QStringList values = parser.values(name);
+    // The parser would take the last one without a word.
     if (values.size() > 1 && std::string_view(name) != "plugins") {
       reason = std::string("There is more than one '--") + name + "'.";
     } else if (values.contains(QString())) {
@@ -72,6 +75,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
       reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
     }
   }
+  // The last fault found is told. One is enough, and the order of the options has no meaning.
   if (!reason.empty()) {
     return std::nullopt;
   }
@@ -88,6 +92,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   TOptions options;
   if (parser.isSet("seed")) {
     bool isNumber = false;
+    // 32 bits without a sign: what rand() and the generator of the network library are seeded with.
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
       reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";
@@ -101,8 +106,10 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   for (const QString& text : parser.values("e")) {
     options.lines.push_back(FromQString(text));
   }
+  // With -e and without a script nothing is read: a job without standard input would wait for ever.
   options.onlyLines = !options.lines.empty() && scripts.isEmpty();
   options.runs = FromQString(parser.value("runs"));
+  // "-" is standard input, as for other programs of a shell.
   options.script = scripts.isEmpty() || scripts.first() == "-" ? std::string() : FromQString(scripts.first());
   for (const QString& directory : parser.values("plugins")) {
     options.plugins.push_back(FromQString(directory));

@@ -27,7 +27,8 @@ struct TOptions {
   std::string checkedPlugin;
   /// There are lines and no script: nothing is read.
   bool onlyLines = false;
-  /// What makes everything drawn by lot repeatable; nothing: the clock decides.
+  /// The seed of all random numbers. Without one the network draws its weights by the clock, and the map has the
+  /// directions of an unseeded rand(), the same in every run.
   std::optional<std::uint32_t> seed;
   /// What the training libraries print goes to standard error.
   bool verbose = false;

@@ -8,7 +8,7 @@ class QDialog;
 class TPictureSaver {
  public:
   /// `directory` exists.
-  explicit TPictureSaver(const std::string& directory) : directory(directory) {}
+  explicit TPictureSaver(const std::string& theDirectory) : directory(theDirectory) {}
 
   void Save(QDialog& dialog);
 

@@ -4,7 +4,7 @@
 
 #include "base/console.h"
 
-TStreamView::TStreamView(std::FILE* stream) : stream(stream), showsWork(base::IsTerminal(stderr)) {}
+TStreamView::TStreamView(std::FILE* theStream) : stream(theStream), showsWork(base::IsTerminal(stderr)) {}
 
 void TStreamView::AddOutput(const std::string& text) {
   ShowWork(std::string());
@@ -26,6 +26,7 @@ void TStreamView::ShowWork(const std::string& text) {
     return;
   }
   // The cursor goes back, so that whatever is printed next stands in the place of the count and not behind it.
+  // Spaces wipe what a longer text before has left; not every terminal knows an escape for that.
   const std::string blanks(std::max(shownWidth, text.size()) - text.size(), ' ');
   std::fprintf(stderr, "\r%s%s\r", text.c_str(), blanks.c_str());
   std::fflush(stderr);

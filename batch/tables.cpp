@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "engine/var-list.h"
 #include "experiments/encoding.h"
+#include "experiments/file-name.h"
 #include "experiments/run-file.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -17,6 +18,7 @@ namespace {
 
 /// A variable's name as a file name: variables may be called anything, "../a" included.
 std::string EncodeForFileName(std::string_view name) {
+  // No capitals: variables have none, and on file systems that fold case two names would be one.
   constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789_-";
   std::string encoded;
   for (const char character : name) {
@@ -46,6 +48,7 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
   std::string table = "rank\timageIndex\tdistance\tfile\ttags\n";
   int rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
+    // 17 digits give back the same double; positions count from 0, ranks from 1.
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
       const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
@@ -87,7 +90,8 @@ std::string WriteIndices(const TVarList& varList, const std::string& directory, 
                          const TFormat& format) {
   for (const auto& variable : varList.GetVariables()) {
     if (const auto* index = dynamic_cast<const TVarDatabaseIndex*>(variable.get())) {
-      std::string file = base::WithTrailingSeparator(directory) + EncodeForFileName(index->GetName()) + ending;
+      std::string file =
+          base::WithTrailingSeparator(directory) + FitFileName(EncodeForFileName(index->GetName()), ending);
       const std::string text = format(*index, varList);
       if (!base::ReplaceFile(file, text.data(), text.size())) {
         return file;

@@ -12,8 +12,9 @@ std::string FormatVariables(const TVarList& varList);
 /// found) and the names of its features, joined with commas. The origin is the picture's top left corner.
 std::string FormatSegments(const TVarList& varList);
 
-/// Writes one table for each ranking in the store: DIRECTORY/NAME.tsv with the columns rank, imageIndex, distance,
-/// file and tags. The directory exists. Returns the first file that could not be written; empty if all could.
+/// Writes one table for each ranking in the store: DIRECTORY/NAME.tsv with the columns rank (from 1), imageIndex (from
+/// 0), distance, file and tags, joined with commas. File and tags are empty where the database of the ranking is gone
+/// or has changed. The directory exists. Returns the first file that could not be written; empty if all could.
 std::string WriteRankings(const TVarList& varList, const std::string& directory);
 
 /// Writes one run for each ranking in the store: DIRECTORY/NAME.run. Documents are the names of the pictures below the

@@ -129,6 +129,18 @@ const TImageRGB& Mosaic(int width, int height) {
   return *mosaic;
 }
 
+const TImageRGB& SmallColor() {
+  return Mosaic(640, 480);
+}
+
+const TImageGray& SmallGray() {
+  static TImageGray gray;
+  if (gray.GetWidth() == 0) {
+    SmallColor().ToGray(gray);
+  }
+  return gray;
+}
+
 std::string PictureDirectory(int count, int width, int height) {
   const filesystem::path directory = DirectoryName(count, width, height);
   if (filesystem::exists(directory / "complete")) {

@@ -6,10 +6,15 @@
 #include <string>
 
 #include "engine/var-list.h"
+#include "images/image-gray.h"
 #include "images/image-rgb.h"
 
 /// A picture of any size, laid out as a mosaic of the sample collection.
 const TImageRGB& Mosaic(int width, int height);
+
+/// The mosaic of 640 x 480, and its gray plane.
+const TImageRGB& SmallColor();
+const TImageGray& SmallGray();
 
 /// A directory of `count` JPEG files of width x height, all the same mosaic, made on first use below the system's
 /// directory for temporary files and left there for the next run. With a width of 0 the files are empty.

@@ -38,7 +38,7 @@ constexpr int kPhotos = 10;
 /// and the concept "concept" that the classifier "classifier" has learned from them.
 class TLesson {
  public:
-  TLesson(int length, const std::string& type) : type(type) {
+  TLesson(int length, const std::string& theType) : type(theType) {
     svm_set_print_string_function([](const char*) {});
     // The same network in every run.
     classifiers.SetSeed(1);

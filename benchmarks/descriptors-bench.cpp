@@ -23,18 +23,6 @@ TFunctionType Resolve(const char* name, const char* symbol) {
   return library == nullptr ? nullptr : reinterpret_cast<TFunctionType>(dlsym(library, symbol));
 }
 
-const TImageRGB& Color() {
-  return Mosaic(640, 480);
-}
-
-const TImageGray& Gray() {
-  static TImageGray gray;
-  if (gray.GetWidth() == 0) {
-    Color().ToGray(gray);
-  }
-  return gray;
-}
-
 template <typename TImage>
 void Measure(benchmark::State& state, const char* name, const char* symbol, const TImage& image) {
   const auto process = Resolve<TProcess>(name, symbol);
@@ -52,20 +40,20 @@ void Measure(benchmark::State& state, const char* name, const char* symbol, cons
   }
 }
 
-void BM_DescribeColour(benchmark::State& state, const char* name) {
-  Measure(state, name, "ProcessColor", Color());
+void BM_DescribeColor(benchmark::State& state, const char* name) {
+  Measure(state, name, "ProcessColor", SmallColor());
 }
 
 void BM_DescribeGray(benchmark::State& state, const char* name) {
-  Measure(state, name, "ProcessGrayscale", Gray());
+  Measure(state, name, "ProcessGrayscale", SmallGray());
 }
 
 /// Histograms of 20 orientations on the cells of "phog". Each is scaled by itself, so the coarser ones cannot be summed
 /// up from the finest, but the finest alone tell how long one pass takes.
 void BM_HogOpenCv(benchmark::State& state, const std::vector<int>& levels) {
   cv::setNumThreads(1);
-  const cv::Mat gray(480, 640, CV_8UC1, const_cast<unsigned char*>(Gray().GetPixels()),
-                     static_cast<std::size_t>(Gray().GetStride()));
+  const cv::Mat gray(480, 640, CV_8UC1, const_cast<unsigned char*>(SmallGray().GetPixels()),
+                     static_cast<std::size_t>(SmallGray().GetStride()));
   std::vector<cv::HOGDescriptor> descriptors;
   std::size_t length = 0;
   for (const int cells : levels) {
@@ -90,13 +78,13 @@ void BM_HogOpenCv(benchmark::State& state, const std::vector<int>& levels) {
 }
 
 BENCHMARK_CAPTURE(BM_DescribeGray, edgehistogram, "EdgeHistogram")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, colorlayout, "ColorLayout")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, correlogram, "Correlogram")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, colorlayout, "ColorLayout")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, correlogram, "Correlogram")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_DescribeGray, phog, "Phog")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_DescribeGray, gist, "Gist")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_DescribeGray, tamura, "Tamura")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, cedd, "Cedd")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_DescribeColour, moments, "Moments")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, cedd, "Cedd")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_DescribeColor, moments, "Moments")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_HogOpenCv, all, {1, 2, 4})->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_HogOpenCv, finest, {4})->Unit(benchmark::kMillisecond);
 

@@ -17,18 +17,6 @@
 
 namespace {
 
-const TImageRGB& Color() {
-  return Mosaic(640, 480);
-}
-
-const TImageGray& Gray() {
-  static TImageGray gray;
-  if (gray.GetWidth() == 0) {
-    Color().ToGray(gray);
-  }
-  return gray;
-}
-
 /// The picture as OpenCV sees it; it does not write to a picture that it only reads.
 template <typename TImage>
 cv::Mat Wrap(const TImage& image, int type) {
@@ -41,14 +29,14 @@ void BM_Gray(benchmark::State& state) {
   TImageGray gray;
   gray.SetSize(640, 480);
   for (auto _ : state) {
-    TKernel(Color().GetPixels(), Color().GetStride(), gray.GetPixels(), gray.GetStride(), 640, 480);
+    TKernel(SmallColor().GetPixels(), SmallColor().GetStride(), gray.GetPixels(), gray.GetStride(), 640, 480);
     benchmark::ClobberMemory();
   }
 }
 
 void BM_GrayOpenCv(benchmark::State& state) {
   cv::setNumThreads(1);
-  const cv::Mat color = Wrap(Color(), CV_8UC3);
+  const cv::Mat color = Wrap(SmallColor(), CV_8UC3);
   cv::Mat gray;
   for (auto _ : state) {
     cv::cvtColor(color, gray, cv::COLOR_RGB2GRAY);
@@ -68,7 +56,7 @@ void BM_Histogram(benchmark::State& state) {
 
 void BM_HsvOpenCv(benchmark::State& state) {
   cv::setNumThreads(1);
-  const cv::Mat color = Wrap(Color(), CV_8UC3);
+  const cv::Mat color = Wrap(SmallColor(), CV_8UC3);
   cv::Mat hsv;
   std::array<std::uint32_t, 256> counts;
   for (auto _ : state) {
@@ -86,16 +74,16 @@ void BM_HsvOpenCv(benchmark::State& state) {
 
 void BM_LbpOpenCv(benchmark::State& state) {
   cv::setNumThreads(1);
-  const cv::Mat gray = Wrap(Gray(), CV_8UC1);
-  const cv::Mat centre = gray(cv::Rect(1, 1, gray.cols - 2, gray.rows - 2));
-  const std::array<cv::Point, 8> neighbours = {{{0, 0}, {1, 0}, {2, 0}, {0, 1}, {2, 1}, {0, 2}, {1, 2}, {2, 2}}};
+  const cv::Mat gray = Wrap(SmallGray(), CV_8UC1);
+  const cv::Mat center = gray(cv::Rect(1, 1, gray.cols - 2, gray.rows - 2));
+  const std::array<cv::Point, 8> neighbors = {{{0, 0}, {1, 0}, {2, 0}, {0, 1}, {2, 1}, {0, 2}, {1, 2}, {2, 2}}};
   cv::Mat brighter;
   cv::Mat pattern;
   std::array<std::uint32_t, 256> counts;
   for (auto _ : state) {
-    pattern = cv::Mat::zeros(centre.size(), CV_8UC1);
-    for (std::size_t bit = 0; bit < neighbours.size(); ++bit) {
-      cv::compare(gray(cv::Rect(neighbours[bit], centre.size())), centre, brighter, cv::CMP_GT);
+    pattern = cv::Mat::zeros(center.size(), CV_8UC1);
+    for (std::size_t bit = 0; bit < neighbors.size(); ++bit) {
+      cv::compare(gray(cv::Rect(neighbors[bit], center.size())), center, brighter, cv::CMP_GT);
       cv::bitwise_and(brighter, cv::Scalar(1 << bit), brighter);
       cv::bitwise_or(pattern, brighter, pattern);
     }

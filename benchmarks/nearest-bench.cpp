@@ -30,9 +30,9 @@ constexpr int kHistograms = 10000;
 constexpr std::size_t kQueries = 64;
 
 /// A classifier, half of its examples positive, and queries.
-struct TNeighbours {
+struct TNeighbors {
   /// As many rows as the count says become examples, the others queries.
-  TNeighbours(const std::vector<std::vector<double>>& rows, std::size_t count) {
+  TNeighbors(const std::vector<std::vector<double>>& rows, std::size_t count) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
       auto vector = std::make_unique<TFeatureVector>();
       vector->SetLength(kVectorLength);
@@ -56,14 +56,14 @@ struct TNeighbours {
   std::vector<std::unique_ptr<TFeatureVector>> queries;
 };
 
-std::unique_ptr<TNeighbours> AtRandom(const benchmark::State& state) {
+std::unique_ptr<TNeighbors> AtRandom(const benchmark::State& state) {
   std::mt19937_64 random(2);
   std::vector<std::vector<double>> rows(static_cast<std::size_t>(state.range(0)) + 1,
                                         std::vector<double>(kVectorLength));
   for (auto& row : rows) {
     FillAtRandom(row.data(), kVectorLength, random);
   }
-  return std::make_unique<TNeighbours>(rows, rows.size() - 1);
+  return std::make_unique<TNeighbors>(rows, rows.size() - 1);
 }
 
 /// Appends the vectors "hsv" of all segments of the grid.
@@ -87,8 +87,8 @@ void AppendHistograms(const std::string& location, std::vector<std::vector<doubl
 
 /// Histograms of photographs; as these are too few, those of their parts to the right and below the middle of the first
 /// cell come after them. The queries are histograms of other photographs.
-const TNeighbours& Histograms() {
-  static const std::unique_ptr<TNeighbours> neighbours = [] {
+const TNeighbors& Histograms() {
+  static const std::unique_ptr<TNeighbors> neighbors = [] {
     std::vector<std::vector<double>> rows;
     AppendHistograms(SampleDirectory(1, 100), rows);
     AppendHistograms(CutSampleDirectory(1, 100), rows);
@@ -98,9 +98,9 @@ const TNeighbours& Histograms() {
     for (std::size_t i = 0; i < kQueries; ++i) {
       rows.push_back(others[i * others.size() / kQueries]);
     }
-    return std::make_unique<TNeighbours>(rows, kHistograms);
+    return std::make_unique<TNeighbors>(rows, kHistograms);
   }();
-  return *neighbours;
+  return *neighbors;
 }
 
 void CountQueries(benchmark::State& state) {
@@ -108,21 +108,21 @@ void CountQueries(benchmark::State& state) {
       benchmark::Counter(kQueries, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-void Classify(benchmark::State& state, const TNeighbours& neighbours) {
+void Classify(benchmark::State& state, const TNeighbors& neighbors) {
   for (auto _ : state) {
-    for (const auto& query : neighbours.queries) {
-      benchmark::DoNotOptimize(neighbours.classifier.Classify(*query));
+    for (const auto& query : neighbors.queries) {
+      benchmark::DoNotOptimize(neighbors.classifier.Classify(*query));
     }
   }
 }
 
 /// The rows and queries as floats, each in one block.
 struct TFloats {
-  explicit TFloats(const TNeighbours& neighbours) {
-    for (const TFeatureVector* example : neighbours.examples) {
+  explicit TFloats(const TNeighbors& neighbors) {
+    for (const TFeatureVector* example : neighbors.examples) {
       rows.insert(rows.end(), example->GetData(), example->GetData() + kVectorLength);
     }
-    for (const auto& query : neighbours.queries) {
+    for (const auto& query : neighbors.queries) {
       queries.insert(queries.end(), query->GetData(), query->GetData() + kVectorLength);
     }
   }
@@ -133,28 +133,28 @@ struct TFloats {
 
 /// `find` gives the position of the nearest row for the numbers of a query.
 template <typename TFind>
-void FindNearest(benchmark::State& state, const TNeighbours& neighbours, TFloats& floats, const TFind& find) {
-  std::vector<std::int64_t> found(neighbours.queries.size());
+void FindNearest(benchmark::State& state, const TNeighbors& neighbors, TFloats& floats, const TFind& find) {
+  std::vector<std::int64_t> found(neighbors.queries.size());
   for (auto _ : state) {
     for (std::size_t i = 0; i < found.size(); ++i) {
       found[i] = find(floats.queries.data() + i * kVectorLength);
     }
   }
   for (std::size_t i = 0; i < found.size(); ++i) {
-    const bool isPositive = found[i] < static_cast<std::int64_t>(neighbours.examples.size() / 2);
-    if (isPositive != (neighbours.classifier.Classify(*neighbours.queries[i]) > 0)) {
+    const bool isPositive = found[i] < static_cast<std::int64_t>(neighbors.examples.size() / 2);
+    if (isPositive != (neighbors.classifier.Classify(*neighbors.queries[i]) > 0)) {
       state.SkipWithError("The two find different classes.");
       return;
     }
   }
 }
 
-void FindWithFaiss(benchmark::State& state, const TNeighbours& neighbours) {
+void FindWithFaiss(benchmark::State& state, const TNeighbors& neighbors) {
   omp_set_num_threads(1);
-  TFloats floats(neighbours);
+  TFloats floats(neighbors);
   faiss::IndexFlat index(kVectorLength, faiss::METRIC_L1);
-  index.add(static_cast<faiss::Index::idx_t>(neighbours.examples.size()), floats.rows.data());
-  FindNearest(state, neighbours, floats, [&](const float* query) {
+  index.add(static_cast<faiss::Index::idx_t>(neighbors.examples.size()), floats.rows.data());
+  FindNearest(state, neighbors, floats, [&](const float* query) {
     float distance = 0.0F;
     faiss::Index::idx_t label = 0;
     index.search(1, query, 1, &distance, &label);
@@ -162,13 +162,13 @@ void FindWithFaiss(benchmark::State& state, const TNeighbours& neighbours) {
   });
 }
 
-void FindWithOpenCv(benchmark::State& state, const TNeighbours& neighbours) {
+void FindWithOpenCv(benchmark::State& state, const TNeighbors& neighbors) {
   cv::setNumThreads(1);
-  TFloats floats(neighbours);
-  const cv::Mat rows(static_cast<int>(neighbours.examples.size()), kVectorLength, CV_32F, floats.rows.data());
+  TFloats floats(neighbors);
+  const cv::Mat rows(static_cast<int>(neighbors.examples.size()), kVectorLength, CV_32F, floats.rows.data());
   const cv::BFMatcher matcher(cv::NORM_L1);
   std::vector<cv::DMatch> matches;
-  FindNearest(state, neighbours, floats, [&](float* query) {
+  FindNearest(state, neighbors, floats, [&](float* query) {
     matcher.match(cv::Mat(1, kVectorLength, CV_32F, query), rows, matches);
     return std::int64_t{matches.front().trainIdx};
   });
@@ -179,10 +179,10 @@ void BM_Nearest(benchmark::State& state) {
 }
 
 void BM_NearestPlainRead(benchmark::State& state) {
-  const auto neighbours = AtRandom(state);
+  const auto neighbors = AtRandom(state);
   for (auto _ : state) {
     std::uint64_t sum = 0;
-    for (const TFeatureVector* example : neighbours->examples) {
+    for (const TFeatureVector* example : neighbors->examples) {
       const auto* words = reinterpret_cast<const std::uint64_t*>(example->GetData());
       for (int i = 0; i < kVectorLength; ++i) {
         sum += words[i];
@@ -205,9 +205,9 @@ void BM_NearestHistograms(benchmark::State& state) {
   CountQueries(state);
 }
 
-std::vector<const double*> Rows(const TNeighbours& neighbours) {
+std::vector<const double*> Rows(const TNeighbors& neighbors) {
   std::vector<const double*> rows;
-  for (const TFeatureVector* example : neighbours.examples) {
+  for (const TFeatureVector* example : neighbors.examples) {
     rows.push_back(example->GetData());
   }
   return rows;

@@ -122,8 +122,8 @@ void BM_SiftDetect(benchmark::State& state) {
   state.counters["keypoints"] = static_cast<double>(count);
 }
 
-/// The same from the picture in colours, as segmentimage does it.
-void BM_SiftDetectFromColours(benchmark::State& state) {
+/// The same from the picture in colors, as segmentimage does it.
+void BM_SiftDetectFromColors(benchmark::State& state) {
   const TImageRGB& picture = Picture(state);
   std::vector<TInterestPoint> points;
   for (auto _ : state) {
@@ -168,7 +168,7 @@ BENCHMARK(BM_SiftPyramidOpenCv)->Apply(Sizes);
 BENCHMARK(BM_SiftDetect)->Apply(Sizes);
 BENCHMARK(AtLevel<BM_SiftDetect, HWY_AVX2>)->Name("BM_SiftDetect/AVX2")->Apply(Sizes);
 BENCHMARK(AtLevel<BM_SiftDetect, kPlain>)->Name("BM_SiftDetect/SSE2")->Apply(Sizes);
-BENCHMARK(BM_SiftDetectFromColours)->Apply(Sizes);
+BENCHMARK(BM_SiftDetectFromColors)->Apply(Sizes);
 BENCHMARK(BM_SiftDetectOpenCv)->Apply(Sizes);
 BENCHMARK(BM_SiftDetectOpenCvFindsNothing)->Apply(Sizes);
 

@@ -1,5 +1,6 @@
-// A long session: a script that makes many variables and copies each of them once more, in the window. Time and memory
-// must grow with the number of lines and no faster.
+// A long session: a script that makes many variables and copies each of them once more, in the window, of which time
+// and memory must grow with the number of lines and no faster; and a line beside large pictures, which must not be
+// decoded again for it.
 
 #include <chrono>
 #include <ctime>
@@ -80,6 +81,30 @@ void BM_Variables(benchmark::State& state) {
   state.counters["exit"] = benchmark::Counter(exitTime, benchmark::Counter::kAvgIterations);
 }
 
+constexpr int kLargePictures = 20;
+
+/// A line that fails, as the cheapest of all. The commands before it have decoded the thumbnails of the window's rows.
+void BM_LineBesideLargePictures(benchmark::State& state) {
+  const std::string pictures = PictureDirectory(kLargePictures, 4000, 3000);
+  EnterWorkDirectory("work-variables");
+  TSession session;
+  session.window.show();
+  for (int i = 1; i <= kLargePictures; ++i) {
+    const std::string number = std::to_string(i);
+    session.controller.ExecuteCommand("image" + number + "=loadimage(" + Quoted(pictures + "/im" + number + ".jpg") +
+                                      ")");
+  }
+  QCoreApplication::processEvents();
+  if (session.controller.GetVarList().GetVariables().size() != kLargePictures) {
+    state.SkipWithError("The pictures did not become variables.");
+  }
+  for (auto _ : state) {
+    session.controller.ExecuteCommand("none");
+    QCoreApplication::processEvents();
+  }
+}
+
+BENCHMARK(BM_LineBesideLargePictures)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Variables)->Arg(1250)->Arg(2500)->Arg(5000)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace

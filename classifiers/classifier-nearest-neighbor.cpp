@@ -23,6 +23,7 @@ constexpr std::uint64_t kMaxEmptyExamples = 1 << 20;
 
 /// What a query has found so far.
 struct TNearest {
+  // Nothing is nearer than an example whose distance overflows or is not a number, so that such a one never answers.
   double distance = std::numeric_limits<double>::max();
   double result = 0.0;
 };
@@ -32,12 +33,15 @@ struct TNearest {
 /// last.
 template <typename TNext>
 void Compare(const TFeatureVector& query, double result, TNearest& nearest, const TNext& next) {
+  // Pointers on the stack, filled and used up block by block: a query of a million examples needs no list of them.
   constexpr std::size_t kBlock = 64;
   std::array<const double*, kBlock> candidates;
   const TFeatureVector* example = next();
   while (example != nullptr) {
     std::size_t count = 0;
     for (; example != nullptr && count < kBlock; example = next()) {
+      // The same object and not an equal one: a vector that was added as an example is asked about without finding
+      // itself, while a duplicate of it counts.
       if (example != &query && example->GetLength() == query.GetLength()) {
         candidates[count++] = example->GetData();
       }
@@ -66,6 +70,7 @@ std::optional<TExamples> ReadExamples(std::FILE* file, std::uint32_t length) {
   if (!remaining || static_cast<std::uint64_t>(count) > most) {
     return std::nullopt;
   }
+  // Only now, when the rest of the file is known to be long enough: a damaged count must not ask for memory.
   TExamples examples(static_cast<std::size_t>(count));
   for (auto& example : examples) {
     example = std::make_unique<TFeatureVector>();
@@ -104,6 +109,7 @@ double TClassifierNearestNeighbor::Classify(const TFeatureVector& vector) const 
     return ClassifyWithBounds(vector);
   }
   TNearest nearest;
+  // Positives first, and only a smaller distance replaces what was found: on a tie the positive class wins.
   CompareAll(vector, *positiveExamples, 1.0, nearest);
   CompareAll(vector, *negativeExamples, -1.0, nearest);
   return nearest.result;
@@ -114,6 +120,7 @@ double TClassifierNearestNeighbor::Score(const TFeatureVector& vector) const {
   TNearest negative;
   CompareAll(vector, *positiveExamples, 1.0, positive);
   CompareAll(vector, *negativeExamples, -1.0, negative);
+  // One of the two is 0, and the sum is the other class, or 0 where both lists are empty.
   if (positive.result == 0.0 || negative.result == 0.0) {
     return positive.result + negative.result;
   }
@@ -122,6 +129,8 @@ double TClassifierNearestNeighbor::Score(const TFeatureVector& vector) const {
 }
 
 double TClassifierNearestNeighbor::ClassifyWithBounds(const TFeatureVector& vector) const {
+  // The row of the smallest bound is most often the nearest itself. Its true distance is the limit for all others:
+  // whatever has a larger bound is out without being read.
   std::size_t promising = bounds->Nearest(std::numeric_limits<std::size_t>::max());
   if (Example(promising) == &vector) {
     promising = bounds->Nearest(promising);
@@ -131,6 +140,7 @@ double TClassifierNearestNeighbor::ClassifyWithBounds(const TFeatureVector& vect
   kernels::FindNearestL1(vector.GetData(), vector.GetLength(), &values, 1, limit);
   // One as near as the promising one may come before it and win the tie.
   TNearest nearest;
+  // FindNearestL1 looks for what is strictly nearer; the next double makes that "as near".
   nearest.distance = std::min(std::nextafter(limit, HUGE_VAL), nearest.distance);
   const std::vector<std::uint32_t>& rows = bounds->Within(limit);
   auto row = rows.begin();
@@ -149,6 +159,7 @@ const TFeatureVector* TClassifierNearestNeighbor::Example(std::size_t row) const
 
 void TClassifierNearestNeighbor::UpdateBounds() const {
   const std::pair revision(positiveExamples->GetRevision(), negativeExamples->GetRevision());
+  // Freed before the new ones are made, as both take an eighth of the examples' memory.
   if (revision != boundsRevision) {
     bounds.reset();
     bounds = MakeBounds();
@@ -165,6 +176,7 @@ std::unique_ptr<TDistanceBounds> TClassifierNearestNeighbor::MakeBounds() const 
   std::uint32_t length = 0;
   for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
     for (const TFeatureVector* example : list->GetItems()) {
+      // Bounds are for rows of one length. Examples of several are compared one by one.
       if (!rows.empty() && example->GetLength() != length) {
         return nullptr;
       }
@@ -185,6 +197,7 @@ bool TClassifierNearestNeighbor::Save(std::FILE* file) const {
     length = negatives.front()->GetLength();
   }
   const auto isShorter = [&](const TFeatureVector* example) { return example->GetLength() < length; };
+  // Longer examples are cut to the first one's length in the file, shorter ones cannot be filled up.
   if (std::any_of(positives.begin(), positives.end(), isShorter) ||
       std::any_of(negatives.begin(), negatives.end(), isShorter)) {
     return false;
@@ -207,6 +220,7 @@ bool TClassifierNearestNeighbor::Load(std::FILE* file) {
     return false;
   }
   Clear();
+  // After Clear(), which deletes by the ownership of the lists as it was.
   SetCopyExamples(true);
   HandOver(*positives, *positiveExamples);
   HandOver(*negatives, *negativeExamples);

@@ -7,16 +7,17 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include <doublefann.h>
 
 #include "classifiers/model-storage.h"
+#include "classifiers/network-output.h"
 #include "classifiers/network-text.h"
 
 namespace {
 
 constexpr const char* kTemporaryPrefix = "nn-temp-";
+// Of each hidden layer, whatever the length of the vectors.
 constexpr std::uint32_t kHiddenNeurons = 5;
 /// The library's own range of weights in a new network.
 constexpr fann_type kLargestWeight = 0.1;
@@ -54,8 +55,10 @@ void TClassifierNeuralNetwork::TDestroy::operator()(fann_train_data* data) const
 
 TClassifierNeuralNetwork::TClassifierNeuralNetwork() {
   name = "NeuralNetwork";
+  // Sigmoid neurons saturate on large values; on scaled ones they begin where they learn fastest.
   normalize = true;
   SetCopyExamples(true);
+  // So small an error that the number of epochs ends a training as a rule.
   settings = {{"hiddenlayers", "1"}, {"maxerror", "0.0000001"}, {"maxiterations", "1000"}};
 }
 
@@ -65,13 +68,18 @@ void TClassifierNeuralNetwork::Train() {
   if (!HasUniformExamples()) {
     return;
   }
+  // The earlier network goes even if the new training fails: an answer of a network for other examples would be worse
+  // than none.
   network.reset();
+  output.reset();
   trainingData.reset();
   if (positiveExamples->GetItems().front()->GetLength() == 0) {
     return;
   }
   if (normalize) {
     ComputeNormalization();
+    // In place, once. The next training scales the scaled values again, which changes them only if examples came that
+    // leave their range.
     NormalizeExamples();
   }
   ReadSettings();
@@ -96,11 +104,13 @@ void TClassifierNeuralNetwork::Train() {
   fann_test_data(network.get(), trainingData.get());
   fann_print_connections(network.get());
   mse = fann_get_MSE(network.get());
+  output = std::make_unique<TNetworkOutput>(*network);
 }
 
 void TClassifierNeuralNetwork::ReadSettings() {
   hiddenLayerCount = std::min(ToInteger(GetSetting("hiddenlayers")), static_cast<std::int32_t>(kMaxHiddenLayers));
   maxIterations = ToInteger(GetSetting("maxiterations"));
+  // The library compares in single precision.
   maxError = static_cast<float>(std::atof(GetSetting("maxerror").c_str()));
 }
 
@@ -121,20 +131,22 @@ std::uint32_t TClassifierNeuralNetwork::SetLayerSizes() {
   const auto hidden = static_cast<std::uint32_t>(std::max(hiddenLayerCount, 0));
   layerSizes[0] = positiveExamples->GetItems().front()->GetLength();
   std::fill_n(layerSizes.begin() + 1, hidden, kHiddenNeurons);
+  // Bias neurons are the library's own business and not counted here.
   layerSizes[hidden + 1] = 1;
   return hidden + 2;
 }
 
 double TClassifierNeuralNetwork::Classify(const TFeatureVector& vector) const {
-  if (!network || vector.GetLength() != network->num_input) {
+  const std::uint32_t length = vector.GetLength();
+  if (!output || length != output->GetInputCount()) {
     return 0.0;
   }
-  std::vector<fann_type> inputs(vector.GetData(), vector.GetData() + vector.GetLength());
+  const auto inputs = std::make_unique_for_overwrite<double[]>(length + std::size_t{1});
+  std::copy_n(vector.GetData(), length, inputs.get());
   if (normalize) {
-    Normalize(inputs.data(), vector.GetLength());
+    Normalize(inputs.get(), length);
   }
-  const double output = *fann_run(network.get(), inputs.data());
-  return 2 * output - 1;
+  return 2 * output->Run(inputs.get()) - 1;
 }
 
 bool TClassifierNeuralNetwork::Save(std::FILE* file) const {
@@ -145,7 +157,7 @@ bool TClassifierNeuralNetwork::Save(std::FILE* file) const {
     return WriteBlock(file, "");
   }
   return StoreThroughFile(
-      file, kTemporaryPrefix, [this](const char* name) { return fann_save(network.get(), name) == 0; },
+      file, kTemporaryPrefix, [this](const char* filename) { return fann_save(network.get(), filename) == 0; },
       [](std::string_view text) { return ParseNetwork(text).has_value(); });
 }
 
@@ -158,6 +170,7 @@ bool TClassifierNeuralNetwork::Load(std::FILE* file) {
   std::unique_ptr<fann, TDestroy> loaded;
   if (!text->empty()) {
     const std::optional<std::uint32_t> inputs = ParseNetwork(*text);
+    // Scaling and network come from different parts of the file and must speak of vectors of one length.
     if (!inputs || (scaling->dimension > 0 && *inputs != static_cast<std::uint32_t>(scaling->dimension))) {
       return false;
     }
@@ -166,9 +179,11 @@ bool TClassifierNeuralNetwork::Load(std::FILE* file) {
       return false;
     }
   }
+  // A file without a range was written by a classifier that did not scale.
   normalize = scaling->dimension > 0;
   SetScaling(std::move(*scaling));
   network = std::move(loaded);
+  output = network ? std::make_unique<TNetworkOutput>(*network) : nullptr;
   return true;
 }
 

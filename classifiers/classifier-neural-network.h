@@ -7,6 +7,7 @@
 
 #include "classifiers/classifier.h"
 
+class TNetworkOutput;
 struct fann;
 struct fann_train_data;
 
@@ -81,6 +82,8 @@ class TClassifierNeuralNetwork : public TClassifier {
   std::uint32_t SetLayerSizes();
 
   std::unique_ptr<fann, TDestroy> network;
+  /// Made of the network; null without one.
+  std::unique_ptr<TNetworkOutput> output;
   std::unique_ptr<fann_train_data, TDestroy> trainingData;
   /// Neurons per layer: inputs, hidden layers, output.
   std::array<std::uint32_t, kMaxHiddenLayers + 2> layerSizes = {};

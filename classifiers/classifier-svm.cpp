@@ -90,11 +90,19 @@ void TClassifierSVM::SetDefaultParameters() {
   parameters->svm_type = C_SVC;
   parameters->kernel_type = RBF;
   parameters->degree = 3;
+  // A placeholder: the first training replaces it by 1 / length, the library's own default, by which a kernel value
+  // does not shrink with the number of features.
   parameters->gamma = 0.5;
   parameters->coef0 = 0;
+  // Megabytes for rows of the kernel matrix.
   parameters->cache_size = 100;
+  // The library's default tolerance of the stopping criterion.
   parameters->eps = 0.001;
+  // 2^15, the upper end of the grid from 2^-5 to 2^15 that the library's authors advise to search (C.-W. Hsu, C.-C.
+  // Chang, C.-J. Lin, "A Practical Guide to Support Vector Classification", 2003): training errors cost so much that
+  // next to none are tolerated.
   parameters->C = 32768;
+  // nu and p belong to other kinds of machine. They are set because the record of the parameters holds them.
   parameters->nu = 0.5;
   parameters->p = 0.1;
   parameters->shrinking = 1;
@@ -102,6 +110,7 @@ void TClassifierSVM::SetDefaultParameters() {
 }
 
 void TClassifierSVM::FreeModel() {
+  // In this order: the decision refers to the model, and the model to the rows of the problem.
   decision.reset();
   model.reset();
   problem.reset();
@@ -128,6 +137,7 @@ void TClassifierSVM::Train() {
     return;
   }
   const TPrintScope scope(trainingWatcher);
+  // The model keeps pointers into the rows of the problem for its support vectors: the problem has to outlive it.
   model.reset(svm_train(&problem->view, parameters.get()));
   decision = std::make_unique<TSvmDecision>(*model, rowLength);
 }
@@ -151,6 +161,8 @@ void TClassifierSVM::AddProblemRow(const TFeatureVector& example, double label, 
   const auto place = static_cast<std::size_t>(row);
   svm_node* const nodes = problem->nodes.get() + place * (std::size_t{rowLength} + 1);
   for (std::uint32_t i = 0; i < rowLength; ++i) {
+    // Indices from 0, and none left out: the library takes what is missing for 0, so that a sparse row would be right
+    // too, but its saved models would no longer tell the length.
     nodes[i] = {static_cast<int>(i), example.GetData()[i]};
   }
   nodes[rowLength] = kRowEnd;
@@ -160,6 +172,7 @@ void TClassifierSVM::AddProblemRow(const TFeatureVector& example, double label, 
 
 void TClassifierSVM::ApplyKernelSetting() {
   const std::string kernel = GetSetting("kernel");
+  // After the problem was built, which still saw the kernel of the training before.
   parameters->kernel_type = kernel == "linear" ? LINEAR : kernel == "poly" ? POLY : RBF;
 }
 
@@ -177,6 +190,7 @@ std::optional<std::vector<double>> TClassifierSVM::ModelInput(const TFeatureVect
 
 double TClassifierSVM::Classify(const TFeatureVector& vector) const {
   const auto values = ModelInput(vector);
+  // The labels are 1 and -1 in whatever order the model names them.
   return !values ? 0.0 : decision->Label(values->data()) < 0 ? -1.0 : 1.0;
 }
 
@@ -198,7 +212,7 @@ bool TClassifierSVM::Save(std::FILE* file) const {
     return WriteBlock(file, "");
   }
   return StoreThroughFile(
-      file, kTemporaryPrefix, [this](const char* name) { return svm_save_model(name, model.get()) == 0; },
+      file, kTemporaryPrefix, [this](const char* filename) { return svm_save_model(filename, model.get()) == 0; },
       [](std::string_view text) { return ParseSvmModel(text).has_value(); });
 }
 
@@ -220,6 +234,8 @@ bool TClassifierSVM::Load(std::FILE* file) {
     if (!loaded) {
       return false;
     }
+    // A model with scaling tells its length by that; one without tells it by its support vectors; one of a single class
+    // has none of either.
     length = length == 0 ? facts->length : length;
   }
   normalize = scaling->dimension > 0;

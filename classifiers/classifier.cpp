@@ -7,10 +7,12 @@
 
 #include "base/file.h"
 #include "classifiers/model-storage.h"
+#include "kernels/scale-range.h"
 
 namespace {
 
 void AddExample(TFeatureVectorList& list, TFeatureVector* vector, bool copies) {
+  // A feature that was not found is no example.
   if (vector == nullptr) {
     return;
   }
@@ -32,6 +34,7 @@ TClassifier::TClassifier()
 TClassifier::~TClassifier() = default;
 
 void TClassifier::Clear() {
+  // Not the training: what was learned does not depend on the examples any more, except for the nearest neighbor.
   positiveExamples->Clear();
   negativeExamples->Clear();
 }
@@ -46,6 +49,7 @@ bool TClassifier::Load(std::FILE* file) {
 }
 
 bool TClassifier::Save(std::FILE* file) const {
+  // Little-endian, and 0 for a classifier that has not scaled.
   if (!WriteInt32(file, dimension)) {
     return false;
   }
@@ -70,11 +74,13 @@ void TClassifier::SetSeed(std::uint32_t /*value*/) {}
 
 void TClassifier::SetCopyExamples(bool flag) {
   copyExamples = flag;
+  // Examples that came before are included: whoever switches this with examples in the lists says whose they are.
   positiveExamples->SetOwnsItems(flag);
   negativeExamples->SetOwnsItems(flag);
 }
 
 std::string TClassifier::GetSettingName(std::uint32_t index) const {
+  // A map of a handful of keys: walking there costs nothing, and gives the byte-wise order.
   return index < settings.size() ? std::next(settings.begin(), index)->first : std::string();
 }
 
@@ -88,6 +94,7 @@ bool TClassifier::SetSetting(const std::string& key, const std::string& value) {
   if (found == settings.end()) {
     return false;
   }
+  // Text of any kind; each class reads it at its next training, and takes what is no number or no name for a default.
   found->second = value;
   return true;
 }
@@ -102,6 +109,7 @@ std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
   }
   const auto count = static_cast<std::size_t>(scaling.dimension);
   const std::optional<std::uint64_t> remaining = base::RemainingBytes(file);
+  // Two doubles for each dimension must still be there before memory is asked for.
   if (scaling.dimension > kMaxDimension || !remaining || *remaining < 2 * sizeof(double) * std::uint64_t{count}) {
     return std::nullopt;
   }
@@ -123,12 +131,7 @@ void TClassifier::SetScaling(TScaling scaling) {
 
 void TClassifier::Normalize(double* values, std::uint32_t length) const {
   const std::uint32_t known = std::min(length, static_cast<std::uint32_t>(std::max(dimension, 0)));
-  for (std::uint32_t i = 0; i < known; ++i) {
-    const double range = maximum[i] - minimum[i];
-    // Worked out for each, so that compilers can take several at once.
-    const double scaled = 2 * (values[i] - minimum[i]) / range - 1;
-    values[i] = range > 0 ? scaled : values[i];
-  }
+  kernels::ScaleRange(minimum.get(), maximum.get(), known, values);
 }
 
 void TClassifier::Normalize(TFeatureVector& vector) const {
@@ -149,6 +152,7 @@ void TClassifier::ComputeNormalization() {
   std::fill_n(minimum.get(), length, std::numeric_limits<double>::max());
   // The smallest positive number, so that a dimension of nothing but zeros has a range, and its zeros become -1.
   std::fill_n(maximum.get(), length, std::numeric_limits<double>::min());
+  // Both classes together: scaled apart, the two would be moved over each other and could not be told apart.
   for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
     for (const TFeatureVector* example : list->GetItems()) {
       const double* const values = example->GetData();

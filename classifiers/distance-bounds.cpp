@@ -8,6 +8,7 @@
 
 namespace {
 
+// As many as a byte has.
 constexpr double kLevels = 256.0;
 
 /// Shorter rows, filled up to whole units, would take too much of the rows' own memory.
@@ -40,23 +41,28 @@ std::unique_ptr<TDistanceBounds> TDistanceBounds::Make(const std::vector<const d
     }
   }
   const double step = (highest - lowest) / (kLevels - 1.0);
+  // A step of 0 (all numbers alike) cannot be divided by, a denormal one has lost the digits that the bound needs, and
+  // an infinite one comes of a range beyond the largest double.
   if (!isFinite || !std::isnormal(step)) {
     return nullptr;
   }
   return std::unique_ptr<TDistanceBounds>(new TDistanceBounds(rows, length, lowest, step));
 }
 
-TDistanceBounds::TDistanceBounds(const std::vector<const double*>& rows, std::size_t length, double lowest, double step)
-    : length(length),
-      pitch((length + kernels::kByteRowUnit - 1) / kernels::kByteRowUnit * kernels::kByteRowUnit),
-      lowest(lowest),
-      step(step),
+TDistanceBounds::TDistanceBounds(const std::vector<const double*>& rows, std::size_t theLength, double theLowest,
+                                 double theStep)
+    : length(theLength),
+      pitch((theLength + kernels::kByteRowUnit - 1) / kernels::kByteRowUnit * kernels::kByteRowUnit),
+      lowest(theLowest),
+      step(theStep),
       bytes(rows.size() * pitch),
       moved(rows.size()),
       queryBytes(pitch),
       distances(rows.size()) {
   for (std::size_t row = 0; row < rows.size(); ++row) {
     const auto distance = static_cast<float>(Round(rows[row], bytes.data() + row * pitch));
+    // The conversion to single precision may round down; the next float is certainly not below. A float each saves half
+    // of the memory.
     moved[row] = std::nextafter(distance, std::numeric_limits<float>::max());
   }
 }
@@ -65,9 +71,11 @@ double TDistanceBounds::Round(const double* numbers, std::uint8_t* rounded) cons
   double sum = 0.0;
   for (std::size_t i = 0; i < length; ++i) {
     const double level = std::clamp((numbers[i] - lowest) / step, 0.0, kLevels - 1.0);
+    // To the nearest level, so that no number moves by more than half a step.
     rounded[i] = static_cast<std::uint8_t>(level + 0.5);
     sum += std::fabs(level - static_cast<double>(rounded[i]));
   }
+  // An upper limit of what the exact sum would be: this value is subtracted from distances, and must not be too small.
   return sum * (1.0 + kSumError) + static_cast<double>(length) * kLevelError;
 }
 
@@ -94,6 +102,7 @@ std::size_t TDistanceBounds::Nearest(std::size_t excluded) const {
 }
 
 const std::vector<std::uint32_t>& TDistanceBounds::Within(double distance) {
+  // In steps, and a little larger for the rounding of the sums on the other side.
   const double limit = (distance / step + queryMoved) * (1.0 + kSumError);
   within.clear();
   for (std::size_t row = 0; row < distances.size(); ++row) {

@@ -28,6 +28,7 @@ bool TFunctionGetClassifierSetting::Execute(const std::vector<std::string>& para
     print(setting);
     return true;
   }
+  // The wording and the blank at the end are part of the transcripts.
   Print(FormatString("%d setting available: ", static_cast<int>(classifier.GetSettingCount())));
   for (std::uint32_t i = 0; i < classifier.GetSettingCount(); ++i) {
     print(classifier.GetSettingName(i));

@@ -24,6 +24,7 @@ bool WriteUint32(std::FILE* file, std::uint32_t value) {
 }  // namespace
 
 bool ReadInt32(std::FILE* file, std::int32_t& value) {
+  // Through the unsigned number, whose bytes are turned around without touching a sign.
   std::uint32_t bits = 0;
   if (!ReadUint32(file, bits)) {
     return false;
@@ -33,6 +34,7 @@ bool ReadInt32(std::FILE* file, std::int32_t& value) {
 }
 
 bool ReadDoubles(std::FILE* file, double* values, std::size_t count) {
+  // `values` may be null then, which fread must not be given.
   if (count == 0) {
     return true;
   }
@@ -49,6 +51,7 @@ bool WriteInt32(std::FILE* file, std::int32_t value) {
 
 bool WriteDoubles(std::FILE* file, const double* values, std::size_t count) {
   return std::all_of(values, values + count, [&](double value) {
+    // A copy of each, as the caller's numbers stay in the machine's order.
     base::ToLittleEndian(&value, 1);
     return std::fwrite(&value, sizeof(value), 1, file) == 1;
   });
@@ -59,6 +62,7 @@ std::optional<std::string> ReadBlock(std::FILE* file) {
   if (!ReadUint32(file, size)) {
     return std::nullopt;
   }
+  // The size comes from a file that may be damaged or forged: up to 4 GiB would be asked for on its word.
   const std::optional<std::uint64_t> remaining = base::RemainingBytes(file);
   if (!remaining || size > *remaining) {
     return std::nullopt;
@@ -82,5 +86,6 @@ bool StoreThroughFile(std::FILE* file, const std::string& prefix, const std::fun
     return false;
   }
   const std::optional<std::string> text = temporary.Read();
+  // Read back and checked, because the libraries report neither a full disk nor a short write.
   return text && isSound(*text) && WriteBlock(file, *text);
 }

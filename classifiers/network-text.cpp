@@ -12,6 +12,7 @@ struct TField {
   enum { kCount, kNumber } kind;
 };
 
+/// The fields of a saved network in the order in which the library writes and, reading, demands them.
 constexpr TField kHead[] = {
     {"learning_rate=", TField::kNumber},
     {"connection_rate=", TField::kNumber},
@@ -90,11 +91,13 @@ bool TakeLayers(TTextCursor& cursor, std::uint32_t layerCount, std::vector<std::
   }
   for (std::uint32_t i = 0; i < layerCount; ++i) {
     std::uint32_t size = 0;
+    // A neuron and a bias at least.
     if (!cursor.TakeCount(size) || !cursor.Take(" ") || size < 2) {
       return false;
     }
     layers.push_back(size);
   }
+  // One output, and the bias neuron that the library gives every layer, the last included.
   return cursor.Take("\n") && layers.back() == 2;
 }
 
@@ -114,6 +117,7 @@ bool TakeNeurons(TTextCursor& cursor, const std::vector<std::uint32_t>& layers) 
   }
   for (std::size_t layer = 0; layer < layers.size(); ++layer) {
     for (std::uint32_t neuron = 0; neuron < layers[layer]; ++neuron) {
+      // The last of each layer is its bias neuron.
       const bool isFed = layer > 0 && neuron + 1 < layers[layer];
       if (!TakeNeuron(cursor, isFed ? layers[layer - 1] : 0)) {
         return false;
@@ -158,6 +162,7 @@ std::optional<std::uint32_t> ParseNetwork(std::string_view text) {
   TTextCursor cursor(text);
   std::uint32_t layerCount = 0;
   std::vector<std::uint32_t> layers;
+  // The mark of a file with floating-point weights; fixed-point ones have another.
   const bool isNetwork =
       cursor.Take("FANN_FLO_2.1\nnum_layers=") && cursor.TakeCount(layerCount) && cursor.Take("\n") &&
       TakeHead(cursor) &&

@@ -11,6 +11,7 @@ namespace {
 /// A power with the library's products in the library's order.
 double Power(double base, int exponent) {
   double power = 1.0;
+  // Squaring and multiplying, as the library does: std::pow may round differently in the last bit.
   for (; exponent > 0; exponent /= 2) {
     if (exponent % 2 == 1) {
       power *= base;
@@ -22,17 +23,18 @@ double Power(double base, int exponent) {
 
 }  // namespace
 
-TSvmDecision::TSvmDecision(const svm_model& model, std::uint32_t length)
-    : model(model), supportVectors(static_cast<std::size_t>(model.l), length) {
+TSvmDecision::TSvmDecision(const svm_model& theModel, std::uint32_t length)
+    : model(theModel), supportVectors(static_cast<std::size_t>(theModel.l), length) {
   for (std::size_t row = 0; row < supportVectors.GetCount(); ++row) {
     for (std::size_t i = 0; i < length; ++i) {
-      supportVectors.Set(row, i, model.SV[row][i].value);
+      supportVectors.Set(row, i, theModel.SV[row][i].value);
     }
   }
 }
 
 double TSvmDecision::Label(const double* values) const {
   // A NaN goes to the second class, as any value that is not above 0 does.
+  // With one class there is nothing to decide, and no support vector.
   return model.nr_class < 2 || Value(values) > 0 ? model.label[0] : model.label[1];
 }
 
@@ -47,6 +49,7 @@ double TSvmDecision::Value(const double* values) const {
   const double* const coefficients = model.sv_coef[0];
   double value = 0.0;
   for (std::size_t row = 0; row < supportVectors.GetCount(); ++row) {
+    // One support vector after the other, in the library's order: the sum is the same to the last bit.
     value += coefficients[row] * KernelValue(sums[row]);
   }
   return value - model.rho[0];

@@ -26,5 +26,5 @@ class TSvmDecision {
   double KernelValue(double sum) const;
 
   const svm_model& model;
-  kernels::PackedRows supportVectors;
+  kernels::TPackedRows supportVectors;
 };

@@ -21,6 +21,7 @@ bool TakeKernel(TTextCursor& cursor, std::int32_t& kernelType) {
     return false;
   }
   if (cursor.Take("linear\n")) {
+    // The numbers of the library's own constants LINEAR, POLY and RBF; this file does without its header.
     kernelType = 0;
     return true;
   }
@@ -52,6 +53,7 @@ bool TakeLabels(TTextCursor& cursor, std::uint32_t classCount) {
       return false;
     }
   }
+  // With one class the second label stays 0, which no class has.
   return cursor.Take("\n") && labels[0] != labels[1];
 }
 
@@ -113,6 +115,7 @@ std::optional<TSvmModelFacts> ParseSvmModel(std::string_view text) {
   }
   for (std::uint32_t i = 0; i < head.vectorCount; ++i) {
     std::uint32_t length = 0;
+    // A row of another length would be read past its end by the fast decision.
     if (!TakeVector(cursor, length) || length == 0 || (i > 0 && length != facts.length)) {
       return std::nullopt;
     }

@@ -8,6 +8,8 @@
 
 namespace {
 
+/// svm_parameter as 32-bit code lays it out. Written field by field and not as a block of memory, whose pointers and
+/// padding differ from machine to machine.
 struct TParameterRecord {
   std::array<std::int32_t, 4> kinds;    // svm_type, kernel_type, degree, padding
   std::array<double, 5> numbers;        // gamma, coef0, cache_size, eps, C
@@ -37,6 +39,7 @@ bool ReadIntegers(std::FILE* file, auto& values) {
 /// For a record from a file, which must be one that the library can train with: other kinds of machine need other data,
 /// and weights would be sought behind pointers that no file can hold.
 bool ParametersAreValid(const svm_parameter& parameter) {
+  // One tebibyte is nobody's cache; the library would multiply it by 2^20 into a number of bytes.
   constexpr double kMaxCacheSize = 1 << 20;  // megabytes
   return parameter.svm_type == C_SVC &&
          (parameter.kernel_type == LINEAR || parameter.kernel_type == POLY || parameter.kernel_type == RBF) &&

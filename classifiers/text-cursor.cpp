@@ -18,6 +18,7 @@ bool TTextCursor::Take(std::string_view literal) {
 }
 
 bool TTextCursor::TakeNumber(double& value) {
+  // from_chars reads "inf" and "nan", with which a model computes nothing.
   return Parse(value) && std::isfinite(value);
 }
 
@@ -27,6 +28,8 @@ bool TTextCursor::TakeCount(std::uint32_t& value) {
 
 template <typename TNumber>
 bool TTextCursor::Parse(TNumber& value) {
+  // Whatever the locale. strtod would take a comma for the decimal point in some, and skip blanks that are not in the
+  // form.
   const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
   if (error != std::errc()) {
     return false;

@@ -14,6 +14,7 @@ std::unique_ptr<TVar> TVarClassifier::CreateNew() const {
 void TVarClassifier::Assign(const TVar* source) {
   const auto* other = dynamic_cast<const TVarClassifier*>(source);
   if (other != nullptr) {
+    // The type and not the training: two variables that shared one would change each other.
     SetClassifierType(other->classifierType);
   }
 }

@@ -10,6 +10,8 @@ bool TConceptCommand::Locate(const TImageSelection& images, const TVarVisualConc
     Print("Tag is empty");
     return false;
   }
+  // Held for this one command: the user may replace the classifier variable, and the concept must notice at the next
+  // one.
   const auto classifier = visualConcept.LockClassifier();
   if (!classifier) {
     Print("Concept has no classifier");

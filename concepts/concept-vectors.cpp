@@ -10,6 +10,7 @@ void TConceptVectors::CollectFeatures(const TFeatureVectorList& first, const TFe
   features.clear();
   dimension = 0;
   for (const TFeatureVector* vector : first.GetItems()) {
+    // By name alone. That lengths agree is tested segment by segment, where it matters.
     if (second.Find(vector->GetName()) != nullptr) {
       features.push_back({vector->GetName(), vector->GetLength()});
       dimension += vector->GetLength();
@@ -20,6 +21,7 @@ void TConceptVectors::CollectFeatures(const TFeatureVectorList& first, const TFe
 bool TConceptVectors::FindParts(const TImageSegment& segment, const double** parts) const {
   return std::all_of(features.begin(), features.end(), [&](const TConceptFeature& feature) {
     const TFeatureVector* vector = segment.GetFeatures().Find(feature.name);
+    // Where the vectors lie, without copying them.
     *parts = vector == nullptr ? nullptr : vector->GetData();
     ++parts;
     return vector != nullptr && vector->GetLength() == feature.length;

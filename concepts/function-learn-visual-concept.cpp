@@ -16,12 +16,14 @@
 namespace {
 
 const TFeatureVectorList& FirstSegmentFeatures(const TVarDatabase& database) {
+  // The first segment stands for all, as the first image does for a database.
   return database.GetImages().front()->GetSegments().front()->GetFeatures();
 }
 
 bool HasUsableSegment(const TConceptVectors& vectors, const TVarDatabase& database) {
   TFeatureVector combined;
   return std::any_of(database.GetImages().begin(), database.GetImages().end(), [&](const auto& image) {
+    // Ends at the first one, which is the very first segment as a rule.
     return std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
                        [&](const auto& segment) { return vectors.Combine(*segment, combined); });
   });
@@ -67,6 +69,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   auto& visualConcept = dynamic_cast<TVarVisualConcept&>(variable);
   const auto* positive = Require<TVarDatabase>(params, 1);
   const auto* negative = positive == nullptr ? nullptr : Require<TVarDatabase>(params, 2);
+  // Parameter by parameter: the first wrong one is told of, and no other.
   const auto* classifierVariable = negative == nullptr ? nullptr : Require<TVarClassifier>(params, 3);
   if (classifierVariable == nullptr) {
     return false;
@@ -74,6 +77,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   if (!CheckSegmented(*positive, *negative)) {
     return false;
   }
+  // A classifier variable in the store always has one: createclassifier and copies make it.
   TClassifier& classifier = *classifierVariable->GetClassifier();
   visualConcept.SetClassifier(classifierVariable->WatchClassifier());
   visualConcept.GetVectors().CollectFeatures(FirstSegmentFeatures(*positive), FirstSegmentFeatures(*negative));
@@ -86,6 +90,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
 bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
   const std::array<std::pair<const char*, const TVarDatabase*>, 2> databases = {
       {{"First", &positive}, {"Second", &negative}}};
+  // Two loops, so that a missing database is told before missing segments of the other.
   for (const auto& [ordinal, database] : databases) {
     if (database->GetImages().empty()) {
       Print(FormatString("%s database does not contain images", ordinal));
@@ -103,10 +108,10 @@ bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, c
 
 bool TFunctionLearnVisualConcept::CheckExamples(const TVarVisualConcept& visualConcept, const TClassifier& classifier,
                                                 const TVarDatabase& positive, const TVarDatabase& negative) const {
+  // A classifier may be taught by several commands and gathers the examples of all of them; they must have one length.
   if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
       HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
-    Print("Classifier holds examples of another length");
-    Print("createclassifier makes it new");
+    Print("Classifier holds examples of another length: createclassifier makes it new");
     return false;
   }
   if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
@@ -129,6 +134,7 @@ bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, 
   // One vector serves every example.
   classifier.SetCopyExamples(true);
   const std::size_t positives = positive.GetImages().size();
+  // One count over both databases, for the progress that the user sees.
   const std::size_t total = positives + negative.GetImages().size();
   int skipped = 0;
   std::size_t done = 0;
@@ -147,6 +153,7 @@ bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, 
   if (done < total) {
     return Interrupted(done, total);
   }
+  // The training itself may take minutes and shows nothing: the window is drawn once more before it.
   ProcessEvents();
   classifierList->PrepareTraining(classifier);
   bool isWanted = true;
@@ -154,10 +161,12 @@ bool TFunctionLearnVisualConcept::Train(const TVarVisualConcept& visualConcept, 
     classifier.SetTrainingWatcher([&] { return isWanted = ReportProgress(total, total); });
   }
   classifier.Train();
+  // It refers to a variable of this call.
   classifier.SetTrainingWatcher({});
   if (!isWanted) {
     return Interrupted(total, total);
   }
+  // Without a feature in common there are examples of length 0, on which no training took place.
   if (const auto error = classifier.GetTrainingError(); error && hasFeatures) {
     Print(FormatString("Mean square error: %.6f", *error));
   }

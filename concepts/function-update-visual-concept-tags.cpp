@@ -31,6 +31,7 @@ bool TFunctionUpdateVisualConceptTags::Execute(const std::vector<std::string>& p
   }
   int tagged = 0;
   const auto visit = [&](TVarImage& image) {
+    // Every label is this concept's: locating it has taken all others away.
     const bool isFound = std::any_of(image.GetSegments().begin(), image.GetSegments().end(),
                                      [](const auto& segment) { return !segment->GetLabel().empty(); });
     if (isFound) {

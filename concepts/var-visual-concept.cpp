@@ -18,6 +18,7 @@ void TVarVisualConcept::Assign(const TVar* source) {
   if (other == nullptr || other == this) {
     return;
   }
+  // Not the classifier: the copy would answer with a training that it never had. It has to be learned anew.
   vectors = other->vectors;
 }
 

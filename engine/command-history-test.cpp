@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/ordinary-user.h"
 #include "tests/support/scratch-directory.h"
 
 using TLines = std::vector<std::string>;
@@ -68,6 +69,26 @@ TEST(TCommandHistory, EveryLineIsWrittenWithItsEndAndReadBack) {
   EXPECT_EQ(FileBytes("history.txt"), "");
   history.Save("absent/history.txt");
   EXPECT_FALSE(std::filesystem::exists("absent"));
+}
+
+TEST(TCommandHistory, TellsWhetherItCouldBeReadAndWritten) {
+  const TScratchDirectory scratch;
+  TCommandHistory history;
+  history.Load("absent.txt");
+  EXPECT_FALSE(history.IsUnreadable());
+  MakeFile("history.txt", "one\r\n");
+  std::filesystem::permissions("history.txt", std::filesystem::perms::none);
+  {
+    const TOrdinaryUser ordinaryUser;
+    ASSERT_TRUE(ordinaryUser.isOrdinary);
+    EXPECT_FALSE(history.Load("history.txt"));
+    EXPECT_TRUE(history.IsUnreadable());
+  }
+  std::filesystem::permissions("history.txt", std::filesystem::perms::owner_all);
+  EXPECT_TRUE(history.Load("history.txt"));
+  EXPECT_FALSE(history.IsUnreadable());
+  EXPECT_TRUE(history.Save("history.txt"));
+  EXPECT_FALSE(history.Save("absent/history.txt"));
 }
 
 TEST(TCommandHistory, AssignCopiesTheLines) {

@@ -9,16 +9,19 @@
 class TCommandHistory {
  public:
   /// Replaces `entries` by the lines of the file, up to its first zero byte. False, without entries, if the file cannot
-  /// be read.
+  /// be read or there is none.
   bool Load(const std::string& filename);
+
+  /// True if Load found a file that the system does not let us read.
+  bool IsUnreadable() const { return isUnreadable; }
 
   /// Whether the text that was loaded last had a line feed without a carriage return in front of it, where a character
   /// of the line was lost, and whether text stood behind the last line feed, which was lost.
   bool HasBareLineFeed() const { return hasBareLineFeed; }
   bool HasOpenLastLine() const { return hasOpenLastLine; }
 
-  /// Writes every entry and its line end, in place of what the file held. A failure is not reported.
-  void Save(const std::string& filename) const;
+  /// Writes every entry and its line end, in place of what the file held. False if that fails.
+  bool Save(const std::string& filename) const;
 
   /// Replaces `entries` by a copy of the other's.
   void Assign(const TCommandHistory& other) { entries = other.entries; }
@@ -28,4 +31,5 @@ class TCommandHistory {
  private:
   bool hasBareLineFeed = false;
   bool hasOpenLastLine = false;
+  bool isUnreadable = false;
 };

@@ -29,7 +29,10 @@ std::string RemoveBlanks(const std::string& line) {
 }  // namespace
 
 std::unique_ptr<TParsedCommand> TCommandParser::Parse(std::string line) const {
+  // Folded as a whole, strings included: that is why paths find their files whatever their case, and why names of
+  // features and tags have no capitals.
   line = RemoveBlanks(base::FoldCase(std::move(line)));
+  // The first one, even inside of quotes: a file name with "=" cannot be a parameter of a command without destination.
   const std::size_t equals = line.find('=');
   if (equals == std::string::npos) {
     return ParseFunction(line);
@@ -59,6 +62,7 @@ std::unique_ptr<TParsedCommand> TCommandParser::ParseAssign(const std::string& d
 std::unique_ptr<TParsedCommand> TCommandParser::ParseFunction(const std::string& line) const {
   const std::size_t open = line.find('(');
   const std::size_t close = line.find(')');
+  // The first brackets of either kind. What follows the closing one is not looked at.
   if (open == std::string::npos || close == std::string::npos || open == 0 || close <= open) {
     return Fail("Syntax error while parsing function call");
   }
@@ -83,10 +87,12 @@ void TCommandParser::ParseParameters(const std::string& text, std::vector<std::s
   parameters.clear();
   std::size_t start = 0;
   for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', start)) {
+    // Blanks went before; what is trimmed here are line ends and the like that came with a pasted text.
     parameters.emplace_back(base::Trim(std::string_view(text).substr(start, comma - start)));
     start = comma + 1;
   }
   const std::string_view last = base::Trim(std::string_view(text).substr(start));
+  // "f()" has no parameter, while "f(a,)" has two, the second empty.
   if (!last.empty() || !parameters.empty()) {
     parameters.emplace_back(last);
   }

@@ -23,7 +23,7 @@ class TCompletionTest : public testing::Test {
     MakeFile("photos/.hidden", "");
     MakeFile("phone.txt", "");
     workbench.Run("c = createclassifier(\"neural\")");
-    workbench.Run("colour = createclassifier(\"svm\")");
+    workbench.Run("color = createclassifier(\"svm\")");
   }
 
   TTexts Candidates(const std::string& before) { return workbench.window.OnComplete(before).candidates; }
@@ -34,8 +34,8 @@ class TCompletionTest : public testing::Test {
 TEST_F(TCompletionTest, OffersCommandsAndVariablesOutsideOfQuotes) {
   EXPECT_EQ(Candidates("DisplayIm"), TTexts{"displayimage("});
   EXPECT_EQ(Candidates("a = loadi"), TTexts{"loadimage("});
-  EXPECT_EQ(Candidates("c"), (TTexts{"c", "colour", "createclassifier("}));
-  EXPECT_EQ(Candidates("getclassifiersetting( c"), (TTexts{"c", "colour"}));
+  EXPECT_EQ(Candidates("c"), (TTexts{"c", "color", "createclassifier("}));
+  EXPECT_EQ(Candidates("getclassifiersetting( c"), (TTexts{"c", "color"}));
   EXPECT_EQ(Candidates("he"), TTexts{"help"});
   EXPECT_EQ(Candidates("help loadm"), TTexts{"loadmirflickrtags"});
   EXPECT_EQ(Candidates("nothing"), TTexts());
@@ -47,9 +47,9 @@ TEST_F(TCompletionTest, OffersWhatTheCommandTakesInsideOfQuotes) {
   EXPECT_EQ(Candidates("UpdateFeature(db, \""), (TTexts{"hsv", "lbp"}));
   EXPECT_EQ(Candidates("segmentimage(a,\"S"), TTexts{"sift"});
   EXPECT_EQ(Candidates("x = createclassifier(\"ne"), (TTexts{"nearest", "neural"}));
-  EXPECT_EQ(Candidates("setclassifiersetting(colour, \""), TTexts{"kernel"});
+  EXPECT_EQ(Candidates("setclassifiersetting(color, \""), TTexts{"kernel"});
   EXPECT_EQ(Candidates("setclassifiersetting(none, \""), TTexts());
-  EXPECT_EQ(Candidates("setclassifiersetting(colour, \"kernel\", \""), TTexts());
+  EXPECT_EQ(Candidates("setclassifiersetting(color, \"kernel\", \""), TTexts());
 }
 
 TEST_F(TCompletionTest, OffersFilesThatTheLanguageCanSay) {
@@ -90,14 +90,14 @@ TEST_F(TCompletionTest, TabPutsASingleCandidateInAndShowsSeveral) {
   press(popup, Qt::Key_Down);
   press(popup, Qt::Key_Return);
   EXPECT_FALSE(line->ShowsCandidates());
-  EXPECT_EQ(workbench.window.GetCommandText(), "reset(colour");
+  EXPECT_EQ(workbench.window.GetCommandText(), "reset(color");
 
   workbench.window.SetCommandText("reset(c");
   press(line, Qt::Key_Tab);
   press(popup, Qt::Key_O, "o");
   EXPECT_EQ(workbench.window.GetCommandText(), "reset(co");
   press(popup, Qt::Key_Tab);
-  EXPECT_EQ(workbench.window.GetCommandText(), "reset(colour");
+  EXPECT_EQ(workbench.window.GetCommandText(), "reset(color");
 
   workbench.window.SetCommandText("nothing");
   press(line, Qt::Key_Tab);

@@ -54,6 +54,7 @@ TKind KindOf(std::string_view function, int parameter) {
 }
 
 bool CanBeSaid(const std::string& filename) {
+  // The characters at which the parser cuts, even between double quotes, and control characters, which no key types.
   return std::none_of(filename.begin(), filename.end(), [](char character) {
     return std::string_view("\",)").find(character) != std::string_view::npos ||
            static_cast<unsigned char>(character) < ' ';
@@ -67,6 +68,7 @@ TNames FilesBehind(const std::string& typed, bool onlyDirectories) {
   const bool showsHidden = base::FileNameOf(typed).starts_with('.');
   const std::string searched = directory.empty() ? "." : directory;
   const auto files = base::ListFiles(searched).value_or(std::vector<std::string>());
+  // Two listings of the directory cost less than asking for the kind of each entry.
   const std::set<std::string> isFile(files.begin(), files.end());
   TNames names;
   for (const std::string& entry : base::ListDirectory(searched).value_or(std::vector<std::string>())) {
@@ -100,6 +102,7 @@ std::string Prepared(std::string_view text) {
 TNames StringCandidates(std::string_view call, const std::string& typed, const TVarList& variables,
                         const TFeatureList& features) {
   const std::string prepared = Prepared(call);
+  // In front of the bracket stands the command, or "destination=command".
   const std::size_t bracket = std::min(prepared.find('('), prepared.size());
   const std::size_t equals = prepared.find('=');
   const std::size_t start = equals < bracket ? equals + 1 : 0;
@@ -155,8 +158,10 @@ TNames WordCandidates(std::string_view front, const TFunctionList& functions, co
 
 TCompletion CompleteCommand(const std::string& before, const TFunctionList& functions, const TVarList& variables,
                             const TFeatureList& features) {
+  // Quotes pair up from the left here, since what is typed so far has an end that is still open.
   const bool isQuoted = std::count(before.begin(), before.end(), '"') % 2 == 1;
   TCompletion completion;
+  // npos + 1 is 0: without a separator the word begins with the line.
   completion.start = (isQuoted ? before.rfind('"') : before.find_last_of("=(,) \t\"")) + 1;
   const std::string_view front = std::string_view(before).substr(0, completion.start);
   const std::string typed = before.substr(completion.start);
@@ -164,6 +169,7 @@ TCompletion CompleteCommand(const std::string& before, const TFunctionList& func
       isQuoted ? StringCandidates(front, typed, variables, features) : WordCandidates(front, functions, variables);
   const std::string folded = base::FoldCase(typed);
   for (const std::string& name : names) {
+    // As the parser folds, so that "Up" completes to "updatefeature(".
     if (base::FoldCase(name).starts_with(folded)) {
       completion.candidates.push_back(name);
     }

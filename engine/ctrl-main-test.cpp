@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "base/console.h"
+#include "tests/support/ordinary-user.h"
 #include "tests/support/workbench.h"
 
 namespace {
@@ -122,6 +123,33 @@ TEST(TCtrlMain, TheHistoryKeepsTheLast25LinesOverARestart) {
     expected += (i % 2 == 0 ? "Line " + std::to_string(i) : "") + "\r\n";
   }
   EXPECT_EQ(FileBytes("CommandHistory.txt"), expected);
+}
+
+TEST(TCtrlMain, AHistoryThatCannotBeReadStaysAndOneThatCannotBeWrittenIsTold) {
+  TScratchDirectory directory;
+  const std::string earlier = "earlier\r\n";
+  MakeFile("CommandHistory.txt", earlier);
+  std::filesystem::create_directory("FeatureStorage");
+  MainWindow window;
+  const auto run = [&] {
+    TRecordingView view(window);
+    testing::internal::CaptureStderr();
+    {
+      const TOrdinaryUser ordinaryUser;
+      EXPECT_TRUE(ordinaryUser.isOrdinary);
+      TCtrlMain(view).ExecuteCommand("reset()");
+    }
+    return std::pair(view.output, testing::internal::GetCapturedStderr());
+  };
+  using std::filesystem::perms;
+  std::filesystem::permissions(".", perms::all);
+  std::filesystem::permissions("CommandHistory.txt", perms::none);
+  EXPECT_EQ(run(), std::pair(std::string("  CommandHistory.txt could not be read and is left as it is\n> reset()\n"),
+                             std::string()));
+  EXPECT_EQ(FileBytes("CommandHistory.txt"), earlier);
+  std::filesystem::permissions("CommandHistory.txt", perms::owner_read | perms::group_read | perms::others_read);
+  EXPECT_EQ(run(), std::pair(std::string("> reset()\n"), std::string("File 'CommandHistory.txt' cannot be written\n")));
+  EXPECT_EQ(FileBytes("CommandHistory.txt"), earlier);
 }
 
 TEST(TCtrlMain, TheVariablesTableFollowsTheStore) {

@@ -1,6 +1,7 @@
 #include "engine/ctrl-main.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -9,6 +10,7 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "base/abandoned-files.h"
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -24,12 +26,13 @@
 #include "engine/var-list.h"
 #include "engine/var.h"
 #include "features/feature-list.h"
+#include "features/feature-store.h"
 #include "segmentation/segmentation-methods.h"
 
 namespace {
 
 constexpr const char* kHistoryFile = "CommandHistory.txt";
-constexpr const char* kFeatureDirectory = "FeatureStorage";
+// Lines. Those of scripts count too, so that a long script leaves its last ones.
 constexpr std::size_t kMaxHistory = 25;
 constexpr const char* kFunctionFailed = "Function failed";
 
@@ -40,6 +43,7 @@ constexpr std::chrono::milliseconds kDrawInterval(50);
 /// The number with a comma between thousands.
 std::string GroupThousands(std::size_t number) {
   std::string digits = std::to_string(number);
+  // By hand, since a locale's separator would make the title differ from machine to machine.
   for (std::size_t end = digits.size(); end > 3; end -= 3) {
     digits.insert(end - 3, 1, ',');
   }
@@ -53,6 +57,8 @@ bool RunGuarded(const TRun& run, const TPrint& print) {
   try {
     return run();
   } catch (const std::bad_alloc&) {
+    // A photograph too large for the memory there is: by the time it gets here its blocks are free again, so that the
+    // line can be printed.
     print("Out of memory");
   } catch (const std::exception& failure) {
     print(failure.what());
@@ -64,7 +70,7 @@ bool RunGuarded(const TRun& run, const TPrint& print) {
 template <typename TFunctor>
 class TAtEnd {
  public:
-  explicit TAtEnd(const TFunctor& functor) : functor(functor) {}
+  explicit TAtEnd(const TFunctor& theFunctor) : functor(theFunctor) {}
   ~TAtEnd() { functor(); }
   TAtEnd(const TAtEnd&) = delete;
   TAtEnd& operator=(const TAtEnd&) = delete;
@@ -75,44 +81,55 @@ class TAtEnd {
 
 }  // namespace
 
-TCtrlMain::TCtrlMain(TView& view, const std::vector<std::string>& pluginDirectories)
-    : view(view),
+TCtrlMain::TCtrlMain(TView& theView, const std::vector<std::string>& pluginDirectories)
+    : view(theView),
       parser(std::make_unique<TCommandParser>()),
       history(std::make_unique<TCommandHistory>()),
       varList(std::make_unique<TVarList>()),
       functionList(std::make_unique<TFunctionList>()),
       featureList(std::make_unique<TFeatureList>(pluginDirectories)),
       classifierList(std::make_unique<TClassifierList>()) {
-  view.SetListener(this);
+  theView.SetListener(this);
   const auto print = boost::bind(&TCtrlMain::PrintLine, this, boost::placeholders::_1);
   parser->SetOutput(print);
   varList->SetOutput(print);
   functionList->SetOutput(print);
+  // The way back: executescript runs lines through the same door as the user's.
   functionList->SetCommand(boost::bind(&TCtrlMain::ExecuteCommand, this, boost::placeholders::_1));
   functionList->SetWork(this);
+  // A first start has no such file, and an empty history.
   history->Load(kHistoryFile);
   functionList->SetVarList(varList.get());
   functionList->SetFeatureList(featureList.get());
   functionList->SetClassifierList(classifierList.get());
   for (const auto& feature : featureList->GetFeatures()) {
-    view.AddFeature(feature->GetName());
+    theView.AddFeature(feature->GetName());
   }
   for (const TClassifierType& type : ClassifierTypes()) {
-    view.AddClassifier(type.name);
+    theView.AddClassifier(type.name);
   }
   for (const std::string_view method : {kGridMethod, kSiftMethod}) {
-    view.AddSegmentationMethod(std::string(method));
+    theView.AddSegmentationMethod(std::string(method));
   }
   if (!base::MakeDirectory(kFeatureDirectory)) {
     PrintLine(FormatString("Directory '%s' cannot be created", kFeatureDirectory));
   }
+  hasLosses = !featureList->IsComplete();
+  if (history->IsUnreadable()) {
+    PrintLine(FormatString("%s could not be read and is left as it is", kHistoryFile));
+  }
+  base::RemoveAbandonedFiles(".");
   for (const std::string& refusal : featureList->GetRefusals()) {
     PrintLine(refusal);
   }
 }
 
 TCtrlMain::~TCtrlMain() {
-  history->Save(kHistoryFile);
+  const auto save = [this] { return history->IsUnreadable() || history->Save(kHistoryFile); };
+  if (!RunGuarded(save, [](const char* /*reason*/) {})) {
+    // The output has ended, and a window is gone.
+    std::fprintf(stderr, "File '%s' cannot be written\n", kHistoryFile);
+  }
   // The view outlives this object and must not call into it.
   view.SetListener(nullptr);
 }
@@ -127,10 +144,22 @@ void TCtrlMain::AddToHistory(const std::string& line) {
   // A line feed would make two entries of one in the file.
   std::string entry = line;
   std::erase(entry, '\n');
+  // Newest first: the up key walks towards larger indices.
   entries.insert(entries.begin(), std::move(entry));
   // A file edited by hand may have brought more.
   entries.resize(std::min(entries.size(), kMaxHistory));
   historyIndex = -1;
+}
+
+template <typename TRun>
+void TCtrlMain::RunOutside(const TRun& run) {
+  const auto runs = [&] {
+    run();
+    return true;
+  };
+  if (!RunGuarded(runs, [this](const char* reason) { PrintFailure(reason); })) {
+    ++failedLines;
+  }
 }
 
 void TCtrlMain::ExecuteCommand(const std::string& line) {
@@ -138,12 +167,14 @@ void TCtrlMain::ExecuteCommand(const std::string& line) {
 }
 
 void TCtrlMain::ExecuteScriptLine(const std::string& line, const std::string& script, std::size_t number) {
-  SetPosition(script, number);
-  ExecuteCommand(line);
+  RunOutside([&] {
+    SetPosition(script, number);
+    Execute(line, TOrigin::kTyped);
+  });
 }
 
 void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) {
-  RunAsWork([&] {
+  const auto lines = [&] {
     std::string line;
     for (std::size_t number = 1; !view.IsClosing() && reader.Next(line); ++number) {
       if (number == 1 && line.starts_with("#!")) {
@@ -155,19 +186,31 @@ void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) 
         break;
       }
     }
-  });
+    if (reader.HasFailed() && !base::Interrupted()) {
+      ++failedLines;
+      PrintLine(FormatString("Script '%s' cannot be read to its end", script.c_str()));
+    }
+  };
+  RunOutside([&] { RunAsWork(lines); });
 }
 
 void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
+  // What belongs to a line but not to its command needs memory, too.
+  RunOutside([&] { ExecuteAsWork(line, origin); });
+}
+
+void TCtrlMain::ExecuteAsWork(const std::string& line, TOrigin origin) {
+  // The outermost line alone forgets an earlier wish to interrupt: inside of a script it must end all lines that are
+  // still to come.
   if (underWay.empty()) {
     isInterrupted = false;
   }
   underWay.push_back(std::exchange(nextPosition, {}));
+  const TAtEnd popsPosition([this] { underWay.pop_back(); });
   lastPrinted.clear();
   failure.clear();
   view.BeginWork();
-  const TAtEnd atEnd([this] {
-    underWay.pop_back();
+  const TAtEnd endsWork([this] {
     if (std::exchange(showsWork, false)) {
       const auto clear = [this] {
         view.ShowWork(std::string());
@@ -185,15 +228,26 @@ void TCtrlMain::Execute(const std::string& line, TOrigin origin) {
     view.ProcessEvents();
     return RunLine(line, origin);
   };
-  if (!RunGuarded(runs, [this](const char* reason) { PrintLine(reason); })) {
+  if (!RunGuarded(runs, [this](const char* reason) { PrintFailure(reason); })) {
     ++failedLines;
     ReportFailedLine();
   }
 }
 
+void TCtrlMain::PrintFailure(const char* reason) noexcept {
+  // Without memory for the very words there is nothing left to be done but to go on.
+  RunGuarded(
+      [&] {
+        PrintLine(reason);
+        return true;
+      },
+      [](const char* /*reason*/) {});
+}
+
 bool TCtrlMain::RunLine(const std::string& line, TOrigin origin) {
   const THelpRequest help = ProcessHelp(line);
   if (help != THelpRequest::kNone) {
+    // Not for a help line of a script, which stands in no command line.
     if (underWay.size() == 1) {
       view.SelectCommandText();
     }
@@ -216,11 +270,13 @@ bool TCtrlMain::RunParsed(const TParsedCommand& parsed, TOrigin origin) {
 }
 
 void TCtrlMain::RunFromView(TOrigin origin) {
-  pendingLines.push_back({view.GetCommandText(), origin});
-  if (isRunning) {
-    return;
-  }
-  RunAsWork([] {});
+  RunOutside([&] {
+    // Even if nothing runs: there is one way for all lines, and their order is that of their arrival.
+    pendingLines.push_back({view.GetCommandText(), origin});
+    if (!isRunning) {
+      RunAsWork([] {});
+    }
+  });
 }
 
 void TCtrlMain::RunAsWork(const boost::function<void()>& run) {
@@ -233,6 +289,7 @@ void TCtrlMain::RunAsWork(const boost::function<void()>& run) {
   });
   run();
   while (!pendingLines.empty() && !view.IsClosing()) {
+    // Taken out first: the line may itself let events through and add others.
     const TPendingLine line = std::move(pendingLines.front());
     pendingLines.pop_front();
     Execute(line.text, line.origin);
@@ -269,6 +326,8 @@ bool TCtrlMain::Continue(const std::string& command, std::size_t done, std::size
   if (now - lastDrawn >= kDrawInterval) {
     view.ShowWork(command + ", " + GroupThousands(done) + " of " + GroupThousands(total));
     showsWork = true;
+    // The time after drawing: where that is slow, work and drawing alternate instead of the drawing taking all the
+    // time.
     lastDrawn = std::chrono::steady_clock::now();
   }
   return !isInterrupted;
@@ -284,6 +343,7 @@ void TCtrlMain::Pause(int milliseconds) {
 
 void TCtrlMain::SetSeed(std::uint32_t seed) {
   classifierList->SetSeed(seed);
+  // The directions of the map are drawn by rand().
   std::srand(seed);
 }
 
@@ -301,6 +361,7 @@ TCtrlMain::THelpRequest TCtrlMain::ProcessHelp(const std::string& line) {
     }
     return THelpRequest::kAnswered;
   }
+  // The case counts, as the line is not folded yet. All that follows the blank is the name.
   if (!text.starts_with("help ")) {
     return THelpRequest::kNone;
   }
@@ -355,6 +416,7 @@ bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) 
   if (RunGuarded(run, [this](const char* reason) { PrintLine(reason); })) {
     return true;
   }
+  // The destination may be half filled, and a variable with half of its data is worse than none.
   varList->Remove(parsed.Destination);
   PrintFunctionFailed();
   if (existedBefore) {
@@ -364,6 +426,7 @@ bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) 
 }
 
 bool TCtrlMain::PrintFunctionFailed() {
+  // What a command printed last is the reason that it gave.
   failure = kFunctionFailed + (lastPrinted.empty() ? "" : ": " + lastPrinted);
   PrintLine(kFunctionFailed);
   return false;
@@ -383,6 +446,8 @@ void TCtrlMain::ReportFailedLine() {
 
 bool TCtrlMain::FillDestination(TFunction& function, const TParsedCommand& parsed) {
   TVar* destination = varList->Find(parsed.Destination);
+  // A variable of the right type is filled as it stands, which keeps it in its place of the table and lets a command
+  // take over what it can use.
   if (destination != nullptr && destination->GetType() != function.GetReturnType()) {
     PrintLine("Destination variable already exists but has a different type, replacing it");
     varList->Remove(parsed.Destination);

@@ -26,7 +26,7 @@ namespace base {
 class TLineReader;
 }
 
-/// The program's centre: owns every engine object and is the road of every command line, whether typed, dropped or read
+/// The program's center: owns every engine object and is the road of every command line, whether typed, dropped or read
 /// from a script. It drives the view by plain calls and hears of the user as the view's listener.
 class TCtrlMain : private TViewListener, private TWork {
  public:
@@ -64,6 +64,9 @@ class TCtrlMain : private TViewListener, private TWork {
   /// The number of command lines that failed so far, those of scripts included.
   int GetFailedLines() const { return failedLines; }
 
+  /// True if a command that succeeded had to do without a file that it could not read, or not whole.
+  bool HasLosses() const { return hasLosses; }
+
  private:
   enum class THelpRequest { kNone, kAnswered, kUnknownName };
   enum class TOrigin { kTyped, kDropped };
@@ -91,10 +94,12 @@ class TCtrlMain : private TViewListener, private TWork {
   void ProcessEvents() override;
   void Pause(int milliseconds) override;
   void SetPosition(const std::string& script, std::size_t line) override { nextPosition = {script, line}; }
+  void NoteLoss() override { hasLosses = true; }
   bool IsInterrupted() const override { return isInterrupted; }
 
   void RunFromView(TOrigin origin);
   void Execute(const std::string& line, TOrigin origin);
+  void ExecuteAsWork(const std::string& line, TOrigin origin);
   /// Calls `run` as one piece of work, and then runs the lines that arrived meanwhile.
   void RunAsWork(const boost::function<void()>& run);
   void AddToHistory(const std::string& line);
@@ -108,6 +113,14 @@ class TCtrlMain : private TViewListener, private TWork {
   bool RunFunction(const TParsedCommand& parsed);
   bool RunAssignFunction(const TParsedCommand& parsed, TOrigin origin);
   bool RunAssign(const TParsedCommand& parsed);
+
+  /// Calls what belongs to no command. If it throws, that is told and counts as a line that failed: nothing goes on to
+  /// the toolkit, which could not bear it.
+  template <typename TRun>
+  void RunOutside(const TRun& run);
+
+  /// Prints why something ended that had thrown.
+  void PrintFailure(const char* reason) noexcept;
 
   /// Says that a command failed. Always false.
   bool PrintFunctionFailed();
@@ -129,6 +142,7 @@ class TCtrlMain : private TViewListener, private TWork {
   std::unique_ptr<TFeatureList> featureList;
   std::unique_ptr<TClassifierList> classifierList;
   int failedLines = 0;
+  bool hasLosses = false;
   /// The lines under way, one inside the other, the outermost first.
   std::vector<TPosition> underWay;
   TPosition nextPosition;

@@ -9,12 +9,15 @@
 
 namespace {
 
+// Scripts that call each other in a chain. A circle is found by itself; this bounds the stack that a long chain takes.
 constexpr std::size_t kMaxDepth = 32;
 
 /// Keeps an element at the end of a list for its own lifetime, however that ends.
 class TListScope {
  public:
-  TListScope(std::vector<std::string>& list, const std::string& element) : list(list) { list.push_back(element); }
+  TListScope(std::vector<std::string>& theList, const std::string& element) : list(theList) {
+    theList.push_back(element);
+  }
   ~TListScope() { list.pop_back(); }
   TListScope(const TListScope&) = delete;
   TListScope& operator=(const TListScope&) = delete;
@@ -35,6 +38,7 @@ Parameters:  1 - script file)"}) {}
 
 bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
   const std::string filename = StripQuotes(params[0]);
+  // A script that runs itself under another spelling, or through a link, would never end.
   const std::string identity = base::CanonicalPath(filename);
   if (std::find(running.begin(), running.end(), identity) != running.end()) {
     Print("Script is already running");
@@ -57,6 +61,7 @@ bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
     if (work != nullptr) {
       work->SetPosition(filename, i + 1);
     }
+    // A line that fails does not end the script: the user sees which one it was, and the rest may do without it.
     command(script.entries[i]);
     ProcessEvents();
   }

@@ -29,6 +29,7 @@
 #include "segmentation/function-segment-image.h"
 
 TFunctionList::TFunctionList() {
+  // The order of the help list.
   functions.push_back(std::make_unique<TFunctionLoadImage>());
   functions.push_back(std::make_unique<TFunctionLoadDatabase>());
   functions.push_back(std::make_unique<TFunctionDisplayImage>());
@@ -53,6 +54,7 @@ TFunctionList::TFunctionList() {
   functions.push_back(std::make_unique<TFunctionSetClassifierSetting>());
   functions.push_back(std::make_unique<TFunctionReset>());
   for (const auto& function : functions) {
+    // Bound to the list, which asks for the controller's output at each line: that is set later.
     function->SetOutput(boost::bind(&TFunctionList::Print, this, boost::placeholders::_1));
     function->SetCommand(boost::bind(&TFunctionList::ExecuteCommand, this, boost::placeholders::_1));
   }

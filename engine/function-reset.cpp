@@ -10,6 +10,7 @@ Syntax:      reset()
 Returns:     nothing)"}) {}
 
 bool TFunctionReset::Execute(const std::vector<std::string>& /*params*/) {
+  // By name, one after the other, as a user would remove them. History, plug-ins and files stay.
   while (!varList->GetVariables().empty()) {
     varList->Remove(varList->GetVariables().front()->GetName());
   }

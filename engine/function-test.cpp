@@ -17,8 +17,8 @@ using TLines = std::vector<std::string>;
 /// A variable that tells when it dies, and can speak.
 class TVarProbe : public TVar {
  public:
-  explicit TVarProbe(const std::string& name, TLines* deaths = nullptr) : TVar("probe"), deaths(deaths) {
-    SetName(name);
+  explicit TVarProbe(const std::string& theName, TLines* theDeaths = nullptr) : TVar("probe"), deaths(theDeaths) {
+    SetName(theName);
   }
   ~TVarProbe() override {
     if (deaths != nullptr) {
@@ -43,7 +43,7 @@ class TFunctionProbe : public TFunction {
     SetVarList(&variables);
     variables.Add(std::make_unique<TVarProbe>("x"));
   }
-  TFunctionProbe(const TLines& kinds, int optional) : TFunctionProbe({.kinds = kinds, .optional = optional}) {}
+  TFunctionProbe(const TLines& theKinds, int optional) : TFunctionProbe({.kinds = theKinds, .optional = optional}) {}
 
   TVarList variables;
   TLines lines;

@@ -21,6 +21,7 @@ TFunction::TFunction(const TCommandFacts& facts)
       help(facts.help) {}
 
 void TFunction::ShowHelp() const {
+  // The raw string of a help text begins with a line feed, so that its first line is empty.
   std::istringstream lines(help);
   std::string line;
   if (!std::getline(lines, line)) {
@@ -39,6 +40,7 @@ bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
   if (takesAnything) {
     return true;
   }
+  // Kinds are looked at only if the number fits, since they go by position.
   if (!CheckParameterCount(static_cast<int>(params.size()))) {
     return false;
   }
@@ -51,6 +53,7 @@ bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
 }
 
 bool TFunction::Execute(const std::vector<std::string>& /*params*/) {
+  // Reached only by a command that overrides neither of the two for its kind; the controller asks ReturnsValue() first.
   Print("This function needs a destination variable - function not executed");
   return false;
 }
@@ -64,6 +67,7 @@ bool TFunction::CheckParameterCount(int count) const {
   if (count >= minParameters && count <= maxParameters) {
     return true;
   }
+  // The texts are those of the transcripts, letter for letter.
   if (minParameters != maxParameters) {
     Print(FormatString("Function needs %d to %d parameters", minParameters, maxParameters));
   } else if (maxParameters == 0) {
@@ -84,6 +88,7 @@ bool TFunction::CheckParameterType(int position, const std::string& parameter, c
   if (kind == "variable" && varList->Find(parameter) == nullptr) {
     return report("an unknown variable");
   }
+  // A single double quote passes, being its own first and last character; StripQuotes makes the empty text of it.
   if (kind == "string" && (parameter.empty() || parameter.front() != '"' || parameter.back() != '"')) {
     return report("not of type 'string', use syntax \"...\"");
   }
@@ -98,6 +103,7 @@ std::string TFunction::StripQuotes(const std::string& parameter) {
 }
 
 void TFunction::PrintWrongType(int position, const std::string& quotedType) const {
+  // No command has a variable further back.
   constexpr std::array<const char*, 3> kOrdinals = {"First", "Second", "Third"};
   Print(std::string(kOrdinals.at(static_cast<std::size_t>(position) - 1)) + " parameter is not of type " + quotedType);
 }
@@ -105,6 +111,13 @@ void TFunction::PrintWrongType(int position, const std::string& quotedType) cons
 void TFunction::Print(const std::string& line) const {
   if (output) {
     output(line);
+  }
+}
+
+void TFunction::PrintLoss(const std::string& line) const {
+  Print(line);
+  if (work != nullptr) {
+    work->NoteLoss();
   }
 }
 
@@ -117,6 +130,7 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
     Print("File cannot be read");
     return false;
   }
+  // Told, not mended: scripts that were written for the rule rely on it.
   if (lines.HasBareLineFeed()) {
     Print(FormatString("File '%s' has line ends without carriage return: the last character of such a line is lost",
                        path.c_str()));
@@ -128,6 +142,7 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
 }
 
 bool TFunction::ReportProgress(std::size_t done, std::size_t total) const {
+  // Without anybody to ask, as in tests of single commands, nothing is ever interrupted.
   return work == nullptr || work->Continue(name, done, total);
 }
 

@@ -119,6 +119,10 @@ class TFunction {
   /// Prints one line of output.
   void Print(const std::string& line) const;
 
+  /// Prints a line that tells of a file without which the command goes on, and notes that something is missing in what
+  /// it makes.
+  void PrintLoss(const std::string& line) const;
+
   /// Reads a text file that the user named into lines. False if there is none; the reason has been printed, and so has
   /// what the reader loses of the file.
   bool LoadLines(const std::string& path, TCommandHistory& lines) const;

@@ -32,8 +32,8 @@ Opens the workbench. Its files go into the directory in which it is started.
 
   SCRIPT            run the lines of this file, then leave the window to you
   --workspace       work in the folder Tessimar of your home, which is made if there
-                    is none, with links to the sample collection. The entry in the
-                    desktop's menu does this
+                    is none, with links to the sample collection and to the installed
+                    descriptors. The entry in the desktop's menu does this
   -h, --help        print this text
   --version         print the version
 
@@ -51,6 +51,7 @@ int Refuse(const std::string& reason) {
 /// Without a display the toolkit can only give up. It would do so with many words and a core dump.
 void RefuseWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
   if (type == QtFatalMsg) {
+    // _Exit: the toolkit is in the middle of its construction, so that neither destructors nor exit handlers may run.
     std::_Exit(Refuse("There is no display. tessimar-batch runs scripts without one."));
   }
 }
@@ -87,24 +88,31 @@ TOptions ParseOptions(const QStringList& arguments, std::string& reason) {
           parser.isSet("help"), parser.isSet("version")};
 }
 
-/// Makes ~/Tessimar the working directory, with a link to each part of the sample collection where nothing of that name
-/// stands. False if that folder cannot be used.
+/// Lays a link to each entry of `folder`, as seen from the program's own, into the working directory, where nothing of
+/// that name stands.
+void LinkEntries(const char* folder, QDir::Filters kinds) {
+  const QDir entries(QDir(QApplication::applicationDirPath()).filePath(folder));
+  for (const QFileInfo& entry : entries.entryInfoList(kinds)) {
+    const QFileInfo link(entry.fileName());
+    // A link into an installation that has gone would keep the entry out for good.
+    if (link.isSymbolicLink() && !link.exists()) {
+      QFile::remove(link.filePath());
+    }
+    // Fails where something stands, which is the user's.
+    QFile::link(entry.absoluteFilePath(), link.filePath());
+  }
+}
+
+/// Makes ~/Tessimar the working directory, with links to the parts of the sample collection and to the descriptors that
+/// are installed. False if that folder cannot be used.
 bool EnterWorkspace(QString& folder) {
   folder = QDir::home().filePath("Tessimar");
   // Without a home the toolkit names the root of the file system, which is no place for anybody's work.
   if (QDir::home().isRoot() || !base::MakeWritableDirectory(FromQString(folder)) || !QDir::setCurrent(folder)) {
     return false;
   }
-  const QDir samples(QDir(QApplication::applicationDirPath()).filePath(TESSIMAR_SAMPLES));
-  for (const QFileInfo& sample : samples.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
-    const QFileInfo link(sample.fileName());
-    // A link into an installation that has gone would keep the samples out for good.
-    if (link.isSymbolicLink() && !link.exists()) {
-      QFile::remove(link.filePath());
-    }
-    // Fails where something stands, which is the user's.
-    QFile::link(sample.absoluteFilePath(), link.filePath());
-  }
+  LinkEntries(TESSIMAR_SAMPLES, QDir::AllEntries | QDir::NoDotAndDotDot);
+  LinkEntries(TESSIMAR_FEATURES, QDir::Files);
   return true;
 }
 
@@ -164,6 +172,7 @@ int main(int argc, char** argv) {
   QTimer scriptTimer;
   if (reader) {
     scriptTimer.setSingleShot(true);
+    // From the event loop, so that the window is drawn before the first line runs and events are handled meanwhile.
     scriptTimer.callOnTimeout([&] { controller.RunScript(*reader, options.script); });
     scriptTimer.start();
   }

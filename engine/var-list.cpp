@@ -10,6 +10,8 @@
 TVarList::TVarList() = default;
 
 TVarList::~TVarList() {
+  // In the order of addition: a vector may destroy its elements in any order, and what variables print on their end
+  // should not depend on that.
   byName.clear();
   for (auto& variable : variables) {
     variable.reset();
@@ -23,8 +25,16 @@ TVar* TVarList::Find(const std::string& name) const {
 
 void TVarList::Add(std::unique_ptr<TVar> variable) {
   variable->SetOutput(boost::bind(&TVarList::Print, this, boost::placeholders::_1));
-  ++byName.try_emplace(variable->GetName(), TNamed{variable.get(), 0}).first->second.count;
+  // Without memory for either place the variable is in none.
   variables.push_back(std::move(variable));
+  TVar* added = variables.back().get();
+  try {
+    // Of namesakes the first one counts, as in a search from the front.
+    ++byName.try_emplace(added->GetName(), TNamed{added, 0}).first->second.count;
+  } catch (...) {
+    variables.pop_back();
+    throw;
+  }
 }
 
 void TVarList::Remove(const std::string& name) {
@@ -40,6 +50,7 @@ void TVarList::Remove(const std::string& name) {
   if (--named->second.count == 0) {
     byName.erase(named);
   } else {
+    // The next of that name. Seldom enough that a walk through the rest will do.
     named->second.first = std::find_if(behind, variables.end(), isNamed)->get();
   }
 }

@@ -13,12 +13,14 @@
 #include "gui/main-window.h"
 #include "images/var-image.h"
 
-TWindowView::TWindowView(MainWindow& window) : window(window) {
+TWindowView::TWindowView(MainWindow& theWindow) : window(theWindow) {
+  // Armed again by the next change; without one there is nothing to fill.
   fillTimer.setSingleShot(true);
   fillTimer.callOnTimeout([this] { FillTable(); });
 }
 
 TWindowView::~TWindowView() {
+  // Qualified, as a virtual call from a destructor reaches no further anyway.
   TWindowView::SetListener(nullptr);
 }
 
@@ -34,6 +36,7 @@ void TWindowView::SetListener(TViewListener* listener) {
     window.OnComplete.clear();
     return;
   }
+  // Callbacks and no signals of the toolkit: the controller is no QObject, and the window knows no engine file.
   window.OnKeyUp = boost::bind(&TViewListener::PreviousCommand, listener);
   window.OnKeyDown = boost::bind(&TViewListener::NextCommand, listener);
   window.OnReturnPressed = boost::bind(&TViewListener::OnCommandEntered, listener);
@@ -62,6 +65,7 @@ void TWindowView::AddOutput(const std::string& text) {
 }
 
 void TWindowView::ShowVariables(const TVarList& list) {
+  // A pointer is enough: the list is the controller's and lives as long as that is the listener.
   unshown = &list;
   if (workDepth == 0) {
     FillTable();
@@ -112,15 +116,20 @@ void TWindowView::SelectCommandText() {
 }
 
 void TWindowView::BeginWork() {
-  ++workDepth;
   window.SetBusy(true);
+  ++workDepth;
 }
 
 void TWindowView::EndWork() noexcept {
+  // Before the window is free again: the user must see the final state when the pointer is an arrow.
   if (--workDepth == 0) {
     FillTable();
   }
-  window.SetBusy(false);
+  try {
+    window.SetBusy(false);
+  } catch (const std::exception&) {
+    // Input that waited may be lost for lack of memory, which is better than the program.
+  }
 }
 
 bool TWindowView::IsClosing() const {
@@ -136,6 +145,7 @@ void TWindowView::ProcessEvents() {
 }
 
 void TWindowView::Pause(int milliseconds) {
+  // Milliseconds between two looks at the events, so that a window that waits is still drawn and Escape still works.
   constexpr int kStep = 50;
   for (int rest = milliseconds; rest > 0; rest -= kStep) {
     ProcessEvents();

@@ -26,6 +26,10 @@ class TWork {
   /// script.
   virtual void SetPosition(const std::string& script, std::size_t line) = 0;
 
+  /// Tells that a file could not be read, or not whole, so that what the command makes lacks something although it
+  /// succeeds.
+  virtual void NoteLoss() = 0;
+
   /// True once the user has asked the command under way to end.
   virtual bool IsInterrupted() const = 0;
 };

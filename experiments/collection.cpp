@@ -26,6 +26,7 @@ std::optional<TPictureCollection> OpenCollection(const std::string& directory, s
     return std::nullopt;
   }
   TPictureCollection collection;
+  // The name as the file system has it, since paths are made of it for every picture.
   collection.location = base::WithTrailingSeparator(base::NativePath(directory));
   return collection;
 }
@@ -41,6 +42,7 @@ std::optional<TPictureCollection> ReadCollection(const std::string& directory, s
   if (!collection) {
     return std::nullopt;
   }
+  // The rule of loaddatabase, so that positions in annotation files mean the same pictures in both programs.
   auto names = ListPictures(collection->location);
   if (!names || names->empty()) {
     reason = names ? FormatString("Collection '%s' holds no picture", directory.c_str()) : CannotRead(directory);
@@ -61,6 +63,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
     return std::nullopt;
   }
   std::erase_if(*entries, [&](const std::string& entry) { return !base::IsDirectory(collection->location + entry); });
+  // By bytes: the order is part of the results, and must not depend on a locale or on the file system.
   std::sort(entries->begin(), entries->end());
   for (const std::string& entry : *entries) {
     auto names = base::ListFiles(collection->location + entry);
@@ -72,6 +75,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
     SortPictureNames(*names);
     for (const std::string& name : *names) {
       collection->names.push_back(std::string(entry).append("/").append(name));
+      // The directory's name is the tag.
       collection->classes.push_back(entry);
     }
   }

@@ -65,7 +65,7 @@ std::vector<std::string> Texts(const QStringList& list) {
 /// Reads options one after the other; the first fault stays.
 class TOptionReader {
  public:
-  explicit TOptionReader(const QCommandLineParser& parser) : parser(parser) {}
+  explicit TOptionReader(const QCommandLineParser& theParser) : parser(theParser) {}
 
   bool Has(const char* name) const { return parser.isSet(name); }
   std::vector<std::string> All(const char* name) const { return Texts(parser.values(name)); }
@@ -95,6 +95,7 @@ class TOptionReader {
     if (!Has("part")) {
       return {};
     }
+    // Up to nine digits, which fit into the number that they are turned into.
     static const QRegularExpression form("^([0-9]{1,9})/([0-9]{1,9})$");
     const auto match = form.match(ToQString(text));
     const TPart part = {match.captured(1).toUInt(), match.captured(2).toUInt()};
@@ -118,6 +119,7 @@ class TOptionReader {
 
   std::vector<TExpectation> Expectations() {
     std::vector<TExpectation> expectations;
+    // The form is tested now; whether set and measure exist is known only when the sets are.
     for (const std::string& text : All("expect")) {
       if (const auto expectation = ParseExpectation(text)) {
         expectations.push_back(*expectation);
@@ -130,6 +132,7 @@ class TOptionReader {
 
   std::vector<std::string> Sets() {
     const std::string text = One("features");
+    // Commas part the sets, as blanks may stand in their names.
     return Has("features") ? Texts(ToQString(text).split(',')) : std::vector<std::string>();
   }
 
@@ -196,6 +199,7 @@ void CheckCollection(const TExperimentOptions& options, TOptionReader& reader) {
 }
 
 void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
+  // What a measurement of finished runs has no use for. To ignore it would look as if it had been obeyed.
   for (const char* name : {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "concepts",
                            "segments", "step", "part"}) {
     if (reader.Has(name)) {
@@ -219,6 +223,7 @@ void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& opti
   if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
     reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
   }
+  // An unquoted pattern of the shell may have become several names.
   if (inputs.size() > 1 && !reader.Has("measure")) {
     reader.Refuse("More than one collection was given.");
   }
@@ -227,6 +232,7 @@ void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& opti
 }  // namespace
 
 std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
+  // Made by hand: without an application object the toolkit does not know the arguments.
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
     arguments << ToQString(argv[i]);
@@ -247,11 +253,13 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     return std::nullopt;
   }
   TExperimentCommand command;
+  // Before everything else, so that --help answers whatever else is wrong.
   command.help = parser.isSet("help");
   command.version = parser.isSet("version");
   if (command.help || command.version) {
     return command;
   }
+  // "--out=" is a slip of a script whose variable is empty, and "--features=" would silently mean all features.
   for (const QString& name : parser.optionNames()) {
     if (parser.values(name).contains(QString())) {
       reason = "The value of '--" + FromQString(name) + "' is empty.";
@@ -284,6 +292,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     reason = reader.GetReason();
     return std::nullopt;
   }
+  // Names are appended to it everywhere.
   options.out = base::WithTrailingSeparator(options.out);
   return command;
 }

@@ -20,6 +20,7 @@
 
 namespace {
 
+// Two that teach and two that are asked: with fewer the area under the curve would be that of a single picture.
 constexpr std::size_t kLeastCarriers = 4;
 /// One that teaches, and one that is asked.
 constexpr std::size_t kLeastOthers = 2;
@@ -43,11 +44,13 @@ std::vector<const TFeature*> FeaturesOf(const TPlan& plan) {
 /// The segments of a collection and what is known of them.
 class TSegmentStore {
  public:
-  explicit TSegmentStore(const TPlan& plan) : plan(plan), features(FeaturesOf(plan)) {}
+  explicit TSegmentStore(const TPlan& thePlan) : plan(thePlan), features(FeaturesOf(thePlan)) {}
 
   TStepOutcome Fill(const TFeatureTable& table, TProgress& progress, TMeasuredConcepts& measured, std::string& reason) {
     const std::size_t count = table.GetPictureCount();
     std::size_t changed = 0;
+    // Segments are cut from the files anew, and their figures stand beside those of the extracted features: both have
+    // to be of the same pictures.
     if (!table.IsCurrent(plan.collection, 0, count, changed)) {
       return Refuse(changed, reason);
     }
@@ -63,6 +66,8 @@ class TSegmentStore {
         if (!Cut(picture)) {
           return Refuse(picture, reason);
         }
+        // The first readable picture says which features there are, and how long: later segments that differ cannot be
+        // combined and are left out.
         if (isFirst) {
           const TFeatureVectorList& first = pictures[picture].front()->GetFeatures();
           vectors.CollectFeatures(first, first);
@@ -165,6 +170,8 @@ std::vector<TLesson> MakeLessons(const TExperimentOptions& options, const TPlan&
     std::vector<std::uint32_t> others;
     for (std::uint32_t picture = 0; picture < names.size(); ++picture) {
       if (!store.GetSegments(picture).empty()) {
+        // Pictures that take no part are neither carriers nor others, so that they are missing from both halves of
+        // both.
         (std::binary_search(tagged.begin(), tagged.end(), picture) ? carriers : others).push_back(picture);
       }
     }
@@ -178,6 +185,8 @@ std::vector<TLesson> MakeLessons(const TExperimentOptions& options, const TPlan&
 void Teach(const TLesson& lesson, TSegmentStore& store, TClassifier& classifier) {
   // One vector serves every example.
   classifier.SetCopyExamples(true);
+  // Carriers first, then the others, each in the order that the digests gave: libsvm and FANN depend on the order of
+  // the examples.
   for (const std::uint32_t picture : lesson.carriers.first) {
     for (const auto& segment : store.GetSegments(picture)) {
       classifier.AddPositiveExample(&store.Combine(*segment));
@@ -218,6 +227,7 @@ double AreaBy(const std::vector<TAskedPicture>& asked, const TValue& value) {
 bool MeasureConcept(const TLesson& lesson, const std::string& name, std::uint32_t seed, TSegmentStore& store,
                     TProgress& progress, std::vector<TMeasuredConcept>& measured) {
   TClassifierList classifierList;
+  // Each classifier begins with the same seed, so that its figures do not depend on which others were asked for.
   classifierList.SetSeed(seed);
   const std::unique_ptr<TClassifier> classifier = classifierList.Create(name);
   Teach(lesson, store, *classifier);
@@ -234,6 +244,7 @@ bool MeasureConcept(const TLesson& lesson, const std::string& name, std::uint32_
       progress.Advance();
     }
   }
+  // Back to the order of the collection, which tables and report go by.
   std::sort(asked.begin(), asked.end(),
             [](const TAskedPicture& a, const TAskedPicture& b) { return a.picture < b.picture; });
   const double areaByFraction = AreaBy(asked, [](const TAskedPicture& each) { return each.GetFraction(); });
@@ -282,10 +293,13 @@ std::pair<std::vector<std::uint32_t>, std::vector<std::uint32_t>> SplitHalves(co
   std::vector<std::pair<std::string, std::uint32_t>> drawn;
   drawn.reserve(pictures.size());
   for (const std::uint32_t picture : pictures) {
+    // A draw that any program can repeat from names and seed, that does not change when other pictures join the
+    // collection, and that needs no generator of random numbers.
     drawn.emplace_back(DigestOf(std::to_string(seed) + "\t" + names[picture]), picture);
   }
   std::sort(drawn.begin(), drawn.end());
   std::transform(drawn.begin(), drawn.end(), pictures.begin(), [](const auto& each) { return each.second; });
+  // The odd one teaches.
   const auto middle = pictures.begin() + static_cast<std::ptrdiff_t>((pictures.size() + 1) / 2);
   return {{pictures.begin(), middle}, {middle, pictures.end()}};
 }
@@ -296,6 +310,7 @@ double AreaUnderCurve(std::span<const double> positives, std::span<const double>
   // In halves, so that the count is exact.
   std::size_t halves = 0;
   for (const double value : positives) {
+    // Below `low` the positive is larger: two halves each. Between the two it is a tie: one half.
     const auto [low, high] = std::equal_range(sorted.begin(), sorted.end(), value);
     halves += static_cast<std::size_t>(low - sorted.begin()) + static_cast<std::size_t>(high - sorted.begin());
   }

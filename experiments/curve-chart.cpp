@@ -9,11 +9,12 @@
 
 namespace {
 
-constexpr std::array<const char*, 8> kColours = {"#2b7bba", "#c8680a", "#2e8b3d", "#8a63d2",
-                                                 "#d0403f", "#0f8a8a", "#9a6a4f", "#c2528f"};
+constexpr std::array<const char*, 8> kColors = {"#2b7bba", "#c8680a", "#2e8b3d", "#8a63d2",
+                                                "#d0403f", "#0f8a8a", "#9a6a4f", "#c2528f"};
 
 /// Narrow, so that the letters stay readable on a telephone.
 constexpr int kWidth = 480;
+// In the units of the drawing, as are all sizes here; the page scales it to its width.
 constexpr int kPlotHeight = 340;
 constexpr int kKeyHeight = 21;
 
@@ -35,6 +36,7 @@ std::string FormatScript(const TExperiment& experiment) {
       "set key below left Left reverse maxcols 1\n$curves << END\n",
       kWidth, HeightOf(experiment));
   for (std::size_t level = 0; level < kRecallLevels; ++level) {
+    // The level of recall without the rounding of a division by 10.
     script += FormatString("%zu.%zu", level / 10, level % 10);
     for (const TCurve& curve : experiment.curves) {
       script += FormatString(" %.8f", curve[level]);
@@ -43,17 +45,18 @@ std::string FormatScript(const TExperiment& experiment) {
   }
   script += "END\nplot ";
   for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
-    // Told apart by dashes and marks as well as by colour.
+    // Told apart by dashes and marks as well as by color.
     constexpr std::size_t kDashes = 5;
     constexpr std::size_t kMarks = 13;
     script +=
         FormatString("%s$curves using 1:%zu with linespoints lc rgb '%s' lw 2 dt %zu pt %zu ps 0.8 title 'set %zu'",
-                     set == 0 ? "" : ", ", set + 2, ColourOfSet(set), set % kDashes + 1, set % kMarks + 1, set);
+                     set == 0 ? "" : ", ", set + 2, ColorOfSet(set), set % kDashes + 1, set % kMarks + 1, set);
   }
   return script + "\n";
 }
 
 void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {
+  // Behind what was put in, so that a name that holds what is sought is not replaced again.
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
     text.replace(at, what.size(), with);
   }
@@ -71,8 +74,8 @@ void RemoveTitles(std::string& drawing) {
 
 }  // namespace
 
-const char* ColourOfSet(std::size_t set) {
-  return kColours[set % kColours.size()];
+const char* ColorOfSet(std::size_t set) {
+  return kColors[set % kColors.size()];
 }
 
 std::string DrawCurves(const TExperiment& experiment) {
@@ -85,8 +88,10 @@ std::string DrawCurves(const TExperiment& experiment) {
   }
   std::string drawing = printed.substr(begin, end - begin);
   RemoveTitles(drawing);
+  // The namespace of that prefix was declared in what has been cut off; HTML wants the plain name.
   ReplaceAll(drawing, "xlink:href=", "href=");
   ReplaceAll(drawing, "color=\"black\"", "color=\"inherit\"");
+  // gnuplot quotes attributes in either way. With the page's own color the drawing stays readable on a dark background.
   for (const std::string attribute : {"stroke", "fill"}) {
     ReplaceAll(drawing, attribute + "=\"black\"", attribute + "=\"currentColor\"");
     ReplaceAll(drawing, attribute + "='black'", attribute + "='currentColor'");

@@ -5,9 +5,9 @@
 
 #include "experiments/experiment.h"
 
-/// The colour that stands for a set in charts, as #rrggbb: visible on white and on black.
-const char* ColourOfSet(std::size_t set);
+/// The color that stands for a set in charts, as #rrggbb: visible on white and on black.
+const char* ColorOfSet(std::size_t set);
 
 /// The curves of all sets as an element <svg> of a page, drawn by gnuplot; empty if there is no gnuplot. It names no
-/// version and no date, and takes the colour of its lines and letters from the page.
+/// version and no date, and takes the color of its lines and letters from the page.
 std::string DrawCurves(const TExperiment& experiment);

@@ -49,6 +49,7 @@ std::string DigestOf(std::string_view bytes) {
 
 std::optional<std::string> DigestOfFile(const std::string& path) {
   base::TFileReader reader;
+  // Up to 4 GiB, which no plug-in and no run comes near.
   if (reader.Read(path, std::numeric_limits<std::uint32_t>::max()) != base::TReadOutcome::kRead) {
     return std::nullopt;
   }

@@ -6,9 +6,11 @@
 
 #include "kernels/l1-distance-tile.h"
 
-TDistanceWork::TDistanceWork(const TFeatureTable& table, const std::vector<TFeatureSet>& sets) : table(table) {
+TDistanceWork::TDistanceWork(const TFeatureTable& theTable, const std::vector<TFeatureSet>& sets) : table(theTable) {
   for (std::size_t set = 0; set < sets.size(); ++set) {
     TNode* node = &root;
+    // A tree of the sets: "hsv" and "hsv+lbp" share the node of "hsv", whose distances are worked out once. Only common
+    // beginnings are shared, because the order of the additions is part of the result.
     for (const std::size_t feature : sets[set]) {
       auto child = std::find_if(node->children.begin(), node->children.end(),
                                 [&](const TNode& each) { return each.feature == feature; });
@@ -25,6 +27,7 @@ std::size_t TDistanceWork::GetQueriesAtATime() const {
   // 32 MiB of sums; enough queries at 100,000 pictures that the vectors of a part of the collection are used many times
   // while they are in the cache.
   constexpr std::size_t kSums = std::size_t{1} << 22;
+  // From 64 on nothing is gained: the vectors of the queries themselves have to stay in the cache.
   return std::clamp<std::size_t>(kSums / table.GetPictureCount(), 1, 64);
 }
 
@@ -36,6 +39,7 @@ void TDistanceWork::Run(std::span<const std::uint32_t> queries, const TTake& tak
 void TDistanceWork::Visit(const TNode& node, std::span<const std::uint32_t> queries, std::vector<double>& sums,
                           const TTake& take) {
   for (const std::size_t set : node.sets) {
+    // A copy, as the sums go on to the sets that begin with this one, and taking may overwrite.
     std::vector<double> distances = sums;
     std::replace_if(
         distances.begin(), distances.end(), [](double sum) { return std::isnan(sum); },
@@ -43,6 +47,7 @@ void TDistanceWork::Visit(const TNode& node, std::span<const std::uint32_t> quer
     take(set, distances);
   }
   for (const TNode& child : node.children) {
+    // The last branch takes the sums over; the others work on a copy.
     if (&child == &node.children.back()) {
       AddFeature(child.feature, queries, sums);
       Visit(child, queries, sums, take);

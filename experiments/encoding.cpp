@@ -4,6 +4,7 @@ namespace {
 
 template <typename TKeeps>
 std::string Encode(std::string_view text, const TKeeps& keeps) {
+  // Capitals, as RFC 3986 (section 2.1) asks for.
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string encoded;
   encoded.reserve(text.size());
@@ -21,6 +22,7 @@ std::string Encode(std::string_view text, const TKeeps& keeps) {
 }
 
 bool IsPlain(char character) {
+  // The unreserved characters of RFC 3986, section 2.3.
   return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
          (character >= '0' && character <= '9') || std::string_view("-._~").find(character) != std::string_view::npos;
 }
@@ -30,6 +32,7 @@ int DigitValue(char character) {
   if (character >= '0' && character <= '9') {
     return character - '0';
   }
+  // The bit that tells small letters from capitals in ASCII.
   const char lower = static_cast<char>(character | 0x20);
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }

@@ -32,6 +32,7 @@ bool IsNumber(std::string_view text) {
 }  // namespace
 
 std::optional<TExpectation> ParseExpectation(const std::string& text) {
+  // From the end: the name of a set may hold any of these characters, a number does not.
   const std::size_t sign = text.find_last_of("<>=");
   if (sign == std::string::npos || sign == 0 || text[sign] != '=') {
     return std::nullopt;
@@ -39,6 +40,7 @@ std::optional<TExpectation> ParseExpectation(const std::string& text) {
   const std::string_view whole = text;
   const std::string_view left = base::Trim(whole.substr(0, sign - 1));
   const std::string_view number = base::Trim(whole.substr(sign + 1));
+  // A set may have blanks in its name, a measure has none.
   const std::size_t blank = left.find_last_of(" \t");
   const std::size_t kind = std::string_view("><=").find(text[sign - 1]);
   if (kind == std::string_view::npos || blank == std::string_view::npos || !IsNumber(number)) {
@@ -77,12 +79,14 @@ std::string DescribeMiss(const TExpectation& expectation, const TExperiment& exp
       holds = mean <= number;
       break;
     case TExpectation::TRelation::kEqual:
+      // As texts: the expectation is of what a table shows, not of the last bits of a double.
       holds = Rounded(mean, decimals) == Rounded(number, decimals);
       break;
   }
   if (holds) {
     return {};
   }
+  // Enough decimals that a figure that misses by little does not look as if it fitted.
   return FormatString("Expected \"%s\", but %s of '%s' is %s", expectation.text.c_str(), expectation.measure.c_str(),
                       expectation.set.c_str(), Rounded(mean, std::max<std::size_t>(decimals, 8)).c_str());
 }

@@ -35,8 +35,8 @@ constexpr const char* kNoDigest = "-";
 
 /// The names of the files of a part.
 struct TPartPaths {
-  TPartPaths(const std::string& directory, const TPart& part, const char* ending)
-      : start(base::WithTrailingSeparator(directory)), end(part.GetMark()), ending(ending) {}
+  TPartPaths(const std::string& directory, const TPart& part, const char* theEnding)
+      : start(base::WithTrailingSeparator(directory)), end(part.GetMark()), ending(theEnding) {}
 
   std::string Of(const std::string& feature) const { return start + feature + end + ".npy" + ending; }
   std::string Pictures() const { return start + "pictures" + end + ".txt" + ending; }
@@ -106,6 +106,8 @@ std::optional<TStoredPart> OpenPart(const TPartPaths& paths) {
   TStoredPart part;
   for (const std::string& line : WholeLines(*pictures)) {
     const auto fields = Fields(line);
+    // A line that was cut off has no line end and is no whole line; one that has it and is of another form was not
+    // written here.
     if (fields.size() != 3) {
       return std::nullopt;
     }
@@ -114,6 +116,8 @@ std::optional<TStoredPart> OpenPart(const TPartPaths& paths) {
   part.picturesBytes = std::move(*pictures);
   for (const std::string& line : WholeLines(*digest)) {
     const auto fields = Fields(line);
+    // The last line, the digest of the list of pictures. It is missing from a part that was not finished, whose digest
+    // then stays empty.
     if (fields.size() == 1) {
       part.picturesDigest = fields[0];
     } else {
@@ -134,9 +138,12 @@ using TFilePointer = std::unique_ptr<std::FILE, TFileCloser>;
 /// A text that grows line by line, each on disk before the next step.
 class TTextWriter {
  public:
-  explicit TTextWriter(const std::string& path) : path(path), file(std::fopen(path.c_str(), "wb")), failed(!file) {}
+  explicit TTextWriter(const std::string& thePath)
+      : path(thePath), file(std::fopen(thePath.c_str(), "wb")), failed(!file) {}
 
   void Write(const std::string& text) {
+    // Flushed at once: what an end by force leaves behind is every row up to a line of the list, and the next start
+    // goes on from there. fflush hands the bytes to the system, which outlives this program.
     failed =
         failed || std::fwrite(text.data(), 1, text.size(), file.get()) != text.size() || std::fflush(file.get()) != 0;
   }
@@ -158,7 +165,7 @@ class TTextWriter {
 /// The rows of one feature. How long they are shows with the first vector; rows without one wait until then.
 class TRowWriter {
  public:
-  TRowWriter(const std::string& path, std::size_t rows) : text(path), rows(rows) {}
+  TRowWriter(const std::string& path, std::size_t theRows) : text(path), rows(theRows) {}
 
   std::size_t GetLength() const { return length; }
 
@@ -180,6 +187,7 @@ class TRowWriter {
 
   bool Finish() {
     if (length == 0) {
+      // No picture gave a vector: a table of so many rows without columns.
       text.Write(NpyHeader(rows, 0));
     }
     return text.Close();
@@ -210,9 +218,9 @@ class TRowWriter {
 /// Writes a part, first under the names of unfinished files.
 class TPartWriter {
  public:
-  TPartWriter(const std::vector<TFeatureSource>& sources, const TPartPaths& unfinished, std::size_t rows)
-      : sources(sources), pictures(unfinished.Pictures()), digest(unfinished.Digest()) {
-    for (const TFeatureSource& source : sources) {
+  TPartWriter(const std::vector<TFeatureSource>& theSources, const TPartPaths& unfinished, std::size_t rows)
+      : sources(theSources), pictures(unfinished.Pictures()), digest(unfinished.Digest()) {
+    for (const TFeatureSource& source : theSources) {
       writers.push_back(std::make_unique<TRowWriter>(unfinished.Of(source.feature->GetName()), rows));
       digest.Write(EncodeField(source.feature->GetName()) + "\t" + source.origin + "\n");
     }
@@ -244,6 +252,8 @@ class TPartWriter {
         return writers[i]->GetFile().GetPath();
       }
     }
+    // The list of pictures comes last: a part without it does not exist for a reader, so that features of an unfinished
+    // extraction are never taken for whole.
     for (auto [file, path] : {std::pair(&digest, finished.Digest()), std::pair(&pictures, finished.Pictures())}) {
       if (!file->Close() || !Rename(*file, path)) {
         return file->GetPath();
@@ -273,18 +283,19 @@ bool IsNotANumber(const double* vector, std::size_t length) {
 /// Extracts the features of one part.
 class TExtraction {
  public:
-  TExtraction(const TPictureCollection& collection, const std::vector<TFeatureSource>& sources, const TPart& part,
-              const std::string& directory, std::string& reason)
-      : collection(collection),
-        sources(sources),
-        share(part.ShareOf(collection.names.size())),
+  TExtraction(const TPictureCollection& theCollection, const std::vector<TFeatureSource>& theSources, const TPart& part,
+              const std::string& directory, std::string& theReason)
+      : collection(theCollection),
+        sources(theSources),
+        share(part.ShareOf(theCollection.names.size())),
         finished(directory, part, ""),
         unfinished(directory, part, kUnfinished),
-        reason(reason) {}
+        reason(theReason) {}
 
   TStepOutcome Run(TProgress& progress) {
     source = OpenPart(unfinished);
     const auto complete = OpenPart(finished);
+    // Of an unfinished and a finished part the one with more pictures: it saves more of the work.
     if (!source || (complete && source->pictures.size() < complete->pictures.size())) {
       source = complete;
     }
@@ -328,10 +339,13 @@ class TExtraction {
       line.digest = DigestOf(reader.GetBytes());
     }
     const TPictureLine* known = source && row < source->pictures.size() ? &source->pictures[row] : nullptr;
+    // The bytes decide, and neither the time nor the size: a digest is what makes an extraction repeatable.
     if (known != nullptr && (known->name != line.name || known->digest != line.digest)) {
       known = nullptr;
     }
+    // What could not be read then has the same bytes now, and cannot be read again.
     const bool isKept = known != nullptr && (known->damage == kUnreadable || HasAllRows(row));
+    // Nothing new so far: the files that are there may be all that is wanted.
     if (!writer && isKept) {
       return true;
     }
@@ -354,6 +368,8 @@ class TExtraction {
   /// Takes over what was kept so far. The files that it lies in stay readable: they are mapped.
   void BeginWriting(std::size_t kept) {
     for (const TFeatureSource& each : sources) {
+      // Removed and not overwritten: the old contents stay mapped as long as somebody reads them, while truncating a
+      // mapped file would end the program at the next read.
       std::remove(unfinished.Of(each.feature->GetName()).c_str());
     }
     writer = std::make_unique<TPartWriter>(sources, unfinished, share.second - share.first);
@@ -364,11 +380,11 @@ class TExtraction {
 
   void CopyRow(std::size_t row) {
     for (std::size_t i = 0; i < sources.size(); ++i) {
-      const double* vector = source->FindRow(sources[i], row);
-      if (vector == nullptr || source->pictures[row].damage == kUnreadable) {
+      const double* stored = source->FindRow(sources[i], row);
+      if (stored == nullptr || source->pictures[row].damage == kUnreadable) {
         writer->GetRows(i).AddMissing();
       } else {
-        writer->GetRows(i).Add(vector, source->files.at(sources[i].feature->GetName()).GetColumns());
+        writer->GetRows(i).Add(stored, source->files.at(sources[i].feature->GetName()).GetColumns());
       }
     }
     writer->AddLine(source->pictures[row]);
@@ -407,10 +423,12 @@ class TExtraction {
       rows.AddMissing();
       return "has an invalid length";
     }
+    // A table has one number of columns, and a distance needs equal lengths.
     if (rows.GetLength() != 0 && rows.GetLength() != vector.GetLength()) {
       rows.AddMissing();
       return FormatString("has %u numbers and not %zu as before", vector.GetLength(), rows.GetLength());
     }
+    // A NaN is stored as it is. Its picture then ranks last everywhere, and the list of damage says why.
     rows.Add(vector.GetData(), vector.GetLength());
     return IsNotANumber(vector.GetData(), vector.GetLength()) ? "gives what is not a number" : "";
   }
@@ -475,6 +493,7 @@ TStepOutcome ExtractFeatures(const TPictureCollection& collection, const std::ve
 std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& collection,
                                                  const std::vector<TFeatureSource>& sources,
                                                  const std::string& directory, std::string& reason) {
+  // As many parts as the files themselves say, in whatever number they were extracted.
   const std::size_t partCount = CountOfFeatureParts(directory);
   TFeatureTable table;
   table.features.resize(sources.size());
@@ -503,6 +522,7 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
       }
       table.damages.push_back(line.damage);
       table.pictureDigests.push_back(line.digest);
+      // Names in their order and digests of contents: two collections with the same digest give the same results.
       digest.Add(EncodeField(line.name) + "\t" + line.digest + "\n");
     }
     for (std::size_t i = 0; i < sources.size(); ++i) {
@@ -525,12 +545,15 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
         rows.length = file->second.GetColumns();
       }
       for (std::size_t row = 0; row < end - begin; ++row) {
+        // A part in which no picture could be read has no columns. Its rows are filled in below, when the length is
+        // known from another part.
         rows.rows.push_back(file->second.GetColumns() == 0 ? nullptr : file->second.GetRow(row));
       }
       table.files.push_back(file->second);
     }
   }
   for (const TFeatureRows& rows : table.features) {
+    // One row of NaN serves every picture and every feature.
     table.notANumber.resize(std::max(table.notANumber.size(), rows.length), std::numeric_limits<double>::quiet_NaN());
   }
   for (TFeatureRows& rows : table.features) {

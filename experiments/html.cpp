@@ -6,9 +6,10 @@
 #include <QString>
 
 #include "base/format-string.h"
+#include "experiments/repaired-text.h"
 
 std::string EscapeHtml(std::string_view text) {
-  QString decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  QString decoded = RepairText(text);
   for (QChar& character : decoded) {
     constexpr char16_t kPictures = 0x2400;
     constexpr char16_t kPictureOfDelete = 0x2421;
@@ -26,6 +27,7 @@ std::string EscapeHtml(std::string_view text) {
 
 std::string FormatDecimals(double number, int decimals) {
   std::string text = FormatString("%.*f", decimals, number);
+  // "-0.000" would read as a difference with a direction.
   const bool isZero = text.find_first_of("123456789") == std::string::npos;
   return isZero && text.starts_with('-') ? text.substr(1) : text;
 }

@@ -1,17 +1,16 @@
 #include "experiments/json.h"
 
-#include <QString>
-
 #include "base/format-string.h"
+#include "experiments/repaired-text.h"
 
 std::string TJsonWriter::Quote(std::string_view text) {
-  const QString decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
   std::string quoted(1, '"');
-  for (const char character : decoded.toStdString()) {
+  for (const char character : RepairText(text).toStdString()) {
     if (character == '"' || character == '\\') {
       quoted += '\\';
       quoted += character;
     } else if (static_cast<unsigned char>(character) < ' ') {
+      // RFC 8259, section 7: control characters must be escaped, everything else may stand as UTF-8.
       quoted += FormatString("\\u%04x", static_cast<unsigned>(character));
     } else {
       quoted += character;

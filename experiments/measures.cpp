@@ -28,6 +28,7 @@ double NdcgAt10(std::span<const std::uint32_t> ranks, std::size_t relevant) {
   for (std::size_t i = 0; i < std::min(relevant, kDiscounts.size()); ++i) {
     ideal += kDiscounts[i];
   }
+  // Never 0 / 0, as a topic has a relevant picture.
   return gain / ideal;
 }
 
@@ -42,11 +43,15 @@ TTopicResult MeasureTopic(std::span<const std::uint32_t> ranks, std::size_t rele
   TTopicResult result = {};
   double precisionSum = 0.0;
   for (std::size_t i = 0; i < ranks.size(); ++i) {
+    // Relevant pictures that the ranking does not hold add nothing, which is what the definition says of them.
     precisionSum += static_cast<double>(i + 1) / ranks[i];
   }
   double best = 0.0;
   std::size_t hits = ranks.size();
+  // From full recall down, so that `best` is the largest precision at this recall or beyond: interpolated precision
+  // never rises with recall.
   for (std::size_t level = kRecallLevels; level-- > 0;) {
+    // recall >= level / 10 in whole numbers: 3 of 10 is exactly the level 0.3, which no double is.
     for (; hits > 0 && hits * 10 >= level * relevant; --hits) {
       best = std::max(best, static_cast<double>(hits) / ranks[hits - 1]);
     }

@@ -22,7 +22,7 @@ class TNpyFile {
   const double* GetRow(std::size_t row) const { return values + row * columns; }
 
  private:
-  TNpyFile(const base::TMappedFile& file) : file(file) {}
+  TNpyFile(const base::TMappedFile& theFile) : file(theFile) {}
 
   base::TMappedFile file;
   const double* values = nullptr;

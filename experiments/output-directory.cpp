@@ -43,6 +43,8 @@ base::TFileReplacement& TOutputDirectory::Begin(const std::string& name) {
 
 std::string TOutputDirectory::Commit() {
   for (base::TFileReplacement& file : files) {
+    // All are written before the first takes its place: on a full disk no result of an earlier experiment is lost, and
+    // no table stands beside one of another run.
     if (!file.Finish()) {
       return file.GetPath();
     }
@@ -66,6 +68,7 @@ bool OpenOutputDirectory(const std::string& path, std::string& reason) {
       return refuse(name);
     }
   }
+  // Files are removed below these later on. A directory with anything else in it was named by mistake.
   for (const std::string below : {"runs", "features", "parts"}) {
     for (const std::string& name : base::ListDirectory(path + below).value_or(std::vector<std::string>())) {
       if (!IsOwnBelow(below, name)) {

@@ -9,7 +9,7 @@
 class TOutputDirectory {
  public:
   /// `path` is ended by a separator.
-  explicit TOutputDirectory(const std::string& path) : path(path) {}
+  explicit TOutputDirectory(const std::string& thePath) : path(thePath) {}
 
   /// Begins a file of that name below the directory; it stays good until Commit.
   base::TFileReplacement& Begin(const std::string& name);

@@ -36,6 +36,7 @@ std::vector<std::vector<std::string>> SetsOf(const TExperimentOptions& options, 
       // A name that came before hides its later namesakes.
       if (plan.featureList.Find(feature->GetName()) == feature.get()) {
         all.push_back(feature->GetName());
+        // Each feature alone, in the order of the program's list, and then all of them together.
         sets.push_back({feature->GetName()});
       }
     }
@@ -54,6 +55,8 @@ std::optional<std::string> OriginOf(const TFeature& feature, const std::string& 
   if (plugin == nullptr) {
     return version;
   }
+  // Two builds of a plug-in may give different numbers under one name and version; only the bytes of the library tell
+  // them apart.
   auto digest = DigestOfFile(plugin->GetFile());
   if (!digest) {
     reason = FormatString("Plug-in '%s' cannot be read", plugin->GetFile().c_str());
@@ -88,6 +91,7 @@ bool ResolveSets(const TExperimentOptions& options, TPlan& plan, std::string& re
     }
   }
   for (const auto& feature : plan.featureList.GetFeatures()) {
+    // Every feature once, however many sets use it, and none that no set uses: extraction is what takes the time.
     const bool isUsed = plan.featureList.Find(feature->GetName()) == feature.get() &&
                         std::any_of(sets.begin(), sets.end(), [&](const std::vector<std::string>& names) {
                           return std::find(names.begin(), names.end(), feature->GetName()) != names.end();
@@ -105,6 +109,7 @@ bool ResolveSets(const TExperimentOptions& options, TPlan& plan, std::string& re
     for (const std::string& name : names) {
       const auto source = std::find_if(plan.sources.begin(), plan.sources.end(),
                                        [&](const TFeatureSource& each) { return each.feature->GetName() == name; });
+      // In the order of the set's name, by which the sums are formed: "a+b" and "b+a" may differ in their last bits.
       set.push_back(static_cast<std::size_t>(source - plan.sources.begin()));
     }
   }
@@ -159,6 +164,7 @@ TTopicPlan MakeTopics(const TPlan& plan, const TFeatureTable& table) {
       topics.tagsOfPictures[picture].push_back(static_cast<std::uint32_t>(topics.tags.size()));
     }
     topics.tags.push_back(tag);
+    // All of them, those that cannot be read included: they stay in the rankings, at the end, and are relevant there.
     topics.carriers.push_back(pictures.size());
   }
   for (std::uint32_t picture = 0; picture < topics.tagsOfPictures.size(); ++picture) {
@@ -167,6 +173,7 @@ TTopicPlan MakeTopics(const TPlan& plan, const TFeatureTable& table) {
       continue;
     }
     std::vector<std::uint32_t> tags = topics.tagsOfPictures[picture];
+    // The query itself is not relevant to its own topic: another picture has to be.
     std::erase_if(tags, [&](std::uint32_t tag) { return topics.carriers[tag] < 2; });
     if (!tags.empty()) {
       topics.queries.push_back(picture);
@@ -185,6 +192,8 @@ TFingerprint MakeFingerprint(const TExperimentOptions& options, const TPlan& pla
   for (const std::uint32_t query : plan.queries.value_or(std::vector<std::uint32_t>())) {
     queries.push_back(std::to_string(query));
   }
+  // What decides the contents of a part. The names are read by people: they end the sentence "was made with another
+  // ...".
   return {{"collection", table.GetDigest()},
           {"truth", plan.truth.digest},
           {"list of features", EncodeField(base::Join(plan.setNames, ","))},
@@ -196,6 +205,7 @@ TFingerprint MakeFingerprint(const TExperimentOptions& options, const TPlan& pla
 }
 
 std::size_t CountOfTop(const TExperimentOptions& options, const TPlan& plan) {
+  // The pictures of a strip in the report, which are drawn even where the runs show fewer ranks.
   constexpr std::size_t kDrawn = 8;
   const std::size_t ranks = plan.collection.names.size() - (options.keepsQuery ? 0 : 1);
   return std::min(std::max(options.depth, kDrawn), ranks);

@@ -25,6 +25,7 @@ void TProgress::Begin(const std::string& newLabel, std::size_t newTotal) {
 void TProgress::Advance(std::size_t count) {
   done += count;
   const TClock::time_point now = TClock::now();
+  // Five times a second: fast enough to look alive, slow enough to cost nothing over a slow line.
   if (now - shown >= std::chrono::milliseconds(200)) {
     shown = now;
     Show();
@@ -39,6 +40,7 @@ void TProgress::Show() {
   const double left = seconds / static_cast<double>(std::max<std::size_t>(done, 1)) * static_cast<double>(total - done);
   std::string time;
   if (done > 0) {
+    // Seconds up to a minute and a half, minutes from then on: the estimate has no more digits than that.
     time = left < 90.0 ? FormatString(", %.0f s left", left) : FormatString(", %.0f min left", left / 60.0);
   }
   // The escape wipes what the line before had more.

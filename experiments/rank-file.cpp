@@ -56,6 +56,7 @@ std::optional<TRankFile> TRankFile::Open(const std::string& path, const TFingerp
   const std::string_view bytes(reinterpret_cast<const char*>(mapped->GetBytes()), mapped->GetSize());
   const std::string header = FormatHeader(fingerprint);
   if (!bytes.starts_with(header)) {
+    // The header of the other plan may be longer than ours, by the names of its sets for one. Records are not searched.
     reason = bytes.starts_with(kMagic) ? DescribeDifference(bytes.substr(0, 2 * header.size() + 4096), fingerprint)
                                        : "is damaged";
     return std::nullopt;
@@ -69,6 +70,7 @@ std::optional<TRankFile> TRankFile::Open(const std::string& path, const TFingerp
     file.offsets.push_back(offset);
     offset += file.RecordSize(query) * setCount;
   }
+  // The sizes follow from the plan: a file that was cut off shows here.
   if (offset != bytes.size()) {
     reason = "is damaged";
     return std::nullopt;
@@ -85,6 +87,7 @@ const std::byte* TRankFile::RecordOf(std::size_t query, std::size_t set) const {
 }
 
 std::span<const TTopicResult> TRankFile::GetResults(std::size_t query, std::size_t set) const {
+  // Read in place: mappings begin at a page, and header and records keep multiples of eight.
   return {reinterpret_cast<const TTopicResult*>(RecordOf(query, set)), topicCounts[query]};
 }
 

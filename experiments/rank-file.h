@@ -45,7 +45,7 @@ class TRankFile {
   std::span<const std::int32_t> GetTop(std::size_t query, std::size_t set) const;
 
  private:
-  explicit TRankFile(const base::TMappedFile& file) : file(file) {}
+  explicit TRankFile(const base::TMappedFile& theFile) : file(theFile) {}
 
   const std::byte* RecordOf(std::size_t query, std::size_t set) const;
   std::size_t RecordSize(std::size_t query) const;

@@ -2,17 +2,17 @@
 
 #include <algorithm>
 
-TRanker::TRanker(const std::vector<std::vector<std::uint32_t>>& tagsOfPictures, std::size_t tagCount, bool keepsQuery,
-                 std::size_t topCount)
-    : tagsOfPictures(tagsOfPictures),
+TRanker::TRanker(const std::vector<std::vector<std::uint32_t>>& theTagsOfPictures, std::size_t tagCount,
+                 bool theKeepsQuery, std::size_t theTopCount)
+    : tagsOfPictures(theTagsOfPictures),
       carriers(tagCount),
-      keepsQuery(keepsQuery),
-      topCount(topCount),
+      keepsQuery(theKeepsQuery),
+      topCount(theTopCount),
       ranks(tagCount),
       isAsked(tagCount, false),
-      isRelevant(tagsOfPictures.size(), 0) {
-  for (std::uint32_t picture = 0; picture < tagsOfPictures.size(); ++picture) {
-    for (const std::uint32_t tag : tagsOfPictures[picture]) {
+      isRelevant(theTagsOfPictures.size(), 0) {
+  for (std::uint32_t picture = 0; picture < theTagsOfPictures.size(); ++picture) {
+    for (const std::uint32_t tag : theTagsOfPictures[picture]) {
       carriers[tag].push_back(picture);
     }
   }
@@ -25,8 +25,10 @@ TQueryRanking TRanker::Rank(std::span<const double> distances, std::uint32_t que
     entries[picture] = {static_cast<std::int32_t>(picture), distances[picture]};
   }
   if (!keepsQuery) {
+    // Before the sort: entries are in the order of the collection, so that the position is the picture.
     entries.erase(entries.begin() + query);
   }
+  // Stable: ties stay in the order of the collection, as in the command searchimage.
   kernels::RankSort(entries);
   for (const std::uint32_t tag : tags) {
     ranks[tag].clear();
@@ -35,6 +37,7 @@ TQueryRanking TRanker::Rank(std::span<const double> distances, std::uint32_t que
       isRelevant[picture] = 1;
     }
   }
+  // One walk for all tags of the query; most ranks hold a picture that is relevant to none of them.
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const auto picture = static_cast<std::size_t>(entries[i].imageIndex);
     if (isRelevant[picture] == 0) {
@@ -53,6 +56,7 @@ TQueryRanking TRanker::Rank(std::span<const double> distances, std::uint32_t que
   for (const std::uint32_t tag : tags) {
     const std::size_t relevant = carriers[tag].size() - (keepsQuery ? 0 : 1);
     ranking.results.push_back(MeasureTopic(ranks[tag], relevant, entries.size()));
+    // Only what was set is taken back, since the next query asks for other tags of thousands.
     isAsked[tag] = false;
     for (const std::uint32_t picture : carriers[tag]) {
       isRelevant[picture] = 0;

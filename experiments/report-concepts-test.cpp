@@ -41,7 +41,7 @@ TEST(ConceptSection, DrawsThePicturesWithTheMostAndTheFewestRightSegments) {
   for (int i = 0; i < 8; ++i) {
     collection.names.push_back("im" + std::to_string(i) + ".jpg");
     MakePicture("photos/" + collection.names.back(), 8, 4, [](int x, int) {
-      return x < 4 ? TColour{255, 0, 0} : TColour{0, 255, 0};
+      return x < 4 ? TColor{255, 0, 0} : TColor{0, 255, 0};
     });
   }
   // Right segments: 2, 1, 0, 2 of the carriers, 2, 1, 0, 2 of the others. Ties stand in the order of the collection.

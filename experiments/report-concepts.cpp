@@ -12,6 +12,7 @@
 
 namespace {
 
+// As many as intervals of a few hundred pictures can support; the tables have eight.
 constexpr int kDecimals = 3;
 constexpr std::size_t kMostDrawn = 3;
 
@@ -28,6 +29,7 @@ std::string FormatFigures(const TMeasuredConcepts& measured) {
     headings += FormatColumnHeading(Words(heading));
   }
   std::string rows;
+  // By tag, then by classifier, as the tables have them.
   for (const TMeasuredConcept& each : measured.concepts) {
     const TSegmentCounts counts = each.CountSegments();
     rows += "<tr>" + FormatRowHeading(Words(each.tag)) + FormatCell(each.classifier);
@@ -48,7 +50,7 @@ std::string FormatFigures(const TMeasuredConcepts& measured) {
 /// Draws the pictures of concepts. Each is stored once, however often it is drawn.
 class TSegmentDrawing {
  public:
-  explicit TSegmentDrawing(const TPictureCollection& collection) : collection(collection) {}
+  explicit TSegmentDrawing(const TPictureCollection& theCollection) : collection(theCollection) {}
 
   std::string Format(const TAskedPicture& asked, const TMeasuredConcept& measured) {
     const std::string name = EscapeHtml(collection.names[asked.picture]);
@@ -63,6 +65,7 @@ class TSegmentDrawing {
         FormatString("<svg viewBox=\"0 0 %d %d\" role=\"img\" aria-label=\"", asked.width, asked.height) + name + " " +
         words + "\">";
     if (Keep(asked)) {
+      // The picture itself stands once in the page, as a symbol: each drawing of it costs a line.
       html += FormatString("<use href=\"#concept-picture-%u\"/>", asked.picture);
     }
     std::string cells;
@@ -93,12 +96,14 @@ class TSegmentDrawing {
 
   /// False if there is no such picture any more.
   bool Keep(const TAskedPicture& asked) {
+    // Pixels of the longer side, twice what the page shows, for screens with small pixels.
     constexpr int kSide = 240;
     constexpr int kQuality = 75;
     const auto [place, isNew] = isKept.try_emplace(asked.picture, false);
     TImageRGB thumbnail;
     if (isNew && LoadThumbnail(collection.GetPath(asked.picture), kSide, thumbnail)) {
       place->second = true;
+      // The thumbnail's sides are rounded; stretched to the full size its pixels meet the segments' coordinates.
       pictures += FormatString(
                       "<image id=\"concept-picture-%u\" width=\"%d\" height=\"%d\" "
                       "preserveAspectRatio=\"none\" href=\"",
@@ -130,6 +135,7 @@ std::string FormatDrawings(const TMeasuredConcept& measured, TSegmentDrawing& dr
   for (const TAskedPicture& each : measured.asked) {
     pictures.push_back(&each);
   }
+  // Stable, so that equal ones stay in the order of the collection.
   std::stable_sort(pictures.begin(), pictures.end(),
                    [](const auto* a, const auto* b) { return a->CountRight() > b->CountRight(); });
   // No picture stands in both lists.
@@ -162,6 +168,7 @@ TReportSection FormatConceptSection(const TMeasuredConcepts& measured, const TPi
   std::string drawings;
   const std::string* tag = nullptr;
   for (const TMeasuredConcept& each : measured.concepts) {
+    // A heading for each tag, under which its classifiers stand.
     if (tag == nullptr || *tag != each.tag) {
       tag = &each.tag;
       drawings +=
@@ -169,6 +176,7 @@ TReportSection FormatConceptSection(const TMeasuredConcepts& measured, const TPi
     }
     drawings += FormatDrawings(each, drawing);
   }
+  // In front of the drawings that refer to them, and not shown itself.
   body += "<svg class=\"unseen\" aria-hidden=\"true\"><defs>\n" + drawing.GetPictures() + "</defs></svg>\n";
   return {"concepts", "Concepts", body + drawings};
 }

@@ -13,6 +13,7 @@
 
 namespace {
 
+// The tables have eight decimals; people compare by two or three.
 constexpr int kDecimals = 3;
 
 /// In the order of TMeasure.
@@ -47,6 +48,7 @@ std::string SetHeadings(const TExperiment& experiment) {
 
 /// The row of a set over all topics.
 const TSummaryRow& OverAll(const TExperiment& experiment, std::size_t set, std::size_t measure) {
+  // There always is one: Summarise makes a row for each set and measure.
   return *std::find_if(experiment.summary.begin(), experiment.summary.end(), [&](const TSummaryRow& row) {
     return row.set == set && row.tag.empty() && static_cast<std::size_t>(row.measure) == measure;
   });
@@ -71,8 +73,9 @@ std::string FormatBar(const TSummaryRow& row) {
   const auto percent = [](double part) { return FormatDecimals(100.0 * part, 2) + "%"; };
   const std::string low = percent(row.interval->low);
   const std::string high = percent(row.interval->high);
+  // Hidden from screen readers, which read the number behind it. Percentages let the page's style decide the size.
   return "<svg aria-hidden=\"true\"><rect class=\"scale\" width=\"100%\" height=\"100%\"/><rect y=\"15%\" width=\"" +
-         percent(row.mean) + "\" height=\"70%\" fill=\"" + ColourOfSet(row.set) + "\"/><line class=\"whisker\" x1=\"" +
+         percent(row.mean) + "\" height=\"70%\" fill=\"" + ColorOfSet(row.set) + "\"/><line class=\"whisker\" x1=\"" +
          low + "\" x2=\"" + high + "\" y1=\"50%\" y2=\"50%\"/><line class=\"whisker\" x1=\"" + low + "\" x2=\"" + low +
          "\" y1=\"25%\" y2=\"75%\"/><line class=\"whisker\" x1=\"" + high + "\" x2=\"" + high +
          "\" y1=\"25%\" y2=\"75%\"/></svg>";
@@ -100,12 +103,17 @@ TReportSection FormatSummarySection(const TExperiment& experiment) {
 
 /// Which of the two is better, by how much, and whether that is more than luck.
 std::string FormatComparison(const TExperiment& experiment, const TComparison& comparison) {
+  // R. Fisher's convention. Taken against the p after Holm's correction, so that it holds for all comparisons of the
+  // report together.
   constexpr double kLevel = 0.05;
+  // What four decimals would show as 0.0000; the smallest p of 100,000 draws is 0.00001.
   constexpr double kLeastShown = 0.00005;
   const auto probability = [](double p) { return p < kLeastShown ? "p &lt; 0.0001" : "p = " + FormatDecimals(p, 4); };
+  // The sentence names the better set first, whichever stands first in the table.
   const bool isTurned = comparison.difference < 0.0;
   const std::string better = EscapeHtml(experiment.sets[isTurned ? comparison.a : comparison.b]);
   const std::string worse = EscapeHtml(experiment.sets[isTurned ? comparison.b : comparison.a]);
+  // The ends of an interval change places with its sign.
   const TInterval interval =
       isTurned ? TInterval{-comparison.interval.high, -comparison.interval.low} : comparison.interval;
   const std::string figures = Decimals(isTurned ? -comparison.difference : comparison.difference) + " " +
@@ -161,12 +169,14 @@ TReportSection FormatCurveSection(const TExperiment& experiment) {
 /// Nothing where no topic has a tag.
 std::optional<TReportSection> FormatTagSection(const TExperiment& experiment) {
   // By tag: the row of each set.
+  // A row of the table for each tag, which the summary has set by set.
   std::map<std::string, std::vector<const TSummaryRow*>> tags;
   for (const TSummaryRow& row : experiment.summary) {
     if (!row.tag.empty() && row.measure == TMeasure::kAp) {
       tags[row.tag].push_back(&row);
     }
   }
+  // Rankings of other programs have topics without tags.
   if (tags.empty()) {
     return std::nullopt;
   }
@@ -179,6 +189,7 @@ std::optional<TReportSection> FormatTagSection(const TExperiment& experiment) {
     rows += "<tr>" + FormatRowHeading(EscapeHtml(tag)) + FormatCell(std::to_string(means.front()->topics));
     for (const TSummaryRow* row : means) {
       const std::string number = Decimals(row->mean);
+      // Equal to the last bit: sets that share the first place are both in bold type.
       rows += FormatCell(row->mean == best && means.size() > 1 ? "<strong>" + number + "</strong>" : number);
     }
     rows += "</tr>\n";
@@ -224,6 +235,7 @@ std::string FormatReport(const TExperiment& experiment, const std::vector<TRepor
     bodies.append("<section id=\"" + section.id + "\">\n<h2>" + heading + "</h2>\n").append(section.body);
     bodies += "</section>\n";
   }
+  // One file, with style and pictures in it: a report is mailed and archived.
   return std::string("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n") +
          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
          "<title>Report of an experiment</title>\n<style>" +

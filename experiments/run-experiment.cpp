@@ -12,6 +12,7 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "experiments/expectation.h"
+#include "experiments/file-name.h"
 #include "experiments/output-directory.h"
 #include "experiments/plan.h"
 #include "experiments/progress.h"
@@ -41,6 +42,7 @@ void PrintSummary(const TExperiment& experiment, const std::string& out, std::FI
   std::fprintf(output, "%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
                experiment.topics.size(), experiment.queryCount);
   for (const TSummaryRow& row : experiment.summary) {
+    // Rows of single tags have no interval and are left to the tables.
     if (row.interval && row.measure == TMeasure::kAp) {
       std::fprintf(output, "  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
                    row.interval->high);
@@ -53,6 +55,7 @@ void PrintSummary(const TExperiment& experiment, const std::string& out, std::FI
 class TStopwatch {
  public:
   void Note(const std::string& step) {
+    // A clock that is never set back.
     const auto now = std::chrono::steady_clock::now();
     table += step + FormatString("\t%.3f\n", std::chrono::duration<double>(now - begin).count());
     begin = now;
@@ -88,6 +91,7 @@ bool AreKnown(const std::vector<TExpectation>& expectations, const std::vector<s
 /// Puts the results in their places, tells what they are, and holds them against what was expected.
 int Conclude(const TExperimentOptions& options, const TExperiment& experiment, TOutputDirectory& out,
              std::FILE* output) {
+  // Ctrl-C while pictures were drawn: the report would lack some.
   if (base::Interrupted()) {
     return kExperimentInterrupted;
   }
@@ -106,6 +110,7 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
   int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
   for (const TExpectation& expectation : options.expectations) {
     if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
+      // All misses are printed, and outweigh damage.
       status = RefuseExperiment(kExperimentFailed, miss);
     }
   }
@@ -115,11 +120,13 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
 /// An experiment on a collection.
 class TCollectionRun {
  public:
-  TCollectionRun(const TExperimentOptions& options, std::FILE* output)
-      : options(options), output(output), features(options.out + "features"), progress(options.isQuiet) {}
+  TCollectionRun(const TExperimentOptions& theOptions, std::FILE* theOutput)
+      : options(theOptions), output(theOutput), features(theOptions.out + "features"), progress(theOptions.isQuiet) {}
 
   int Run() {
     std::string reason;
+    // Every step makes the plan anew: steps may run on different machines, and what they agree on is checked by the
+    // fingerprint and not by trust.
     plan = MakePlan(options, reason);
     if (!plan) {
       return RefuseExperiment(kExperimentUnusable, reason);
@@ -161,6 +168,8 @@ class TCollectionRun {
   }
 
   TStepResult Rank(const TFeatureTable& table) {
+    // A step of its own may come days after the extraction. A part looks at its own share, so that all parts together
+    // look at every picture once.
     if (options.step == TStep::kRank) {
       const auto [begin, end] = options.part.ShareOf(table.GetPictureCount());
       std::size_t changed = 0;
@@ -197,9 +206,11 @@ class TCollectionRun {
         return status;
       }
       TDamageList& damage = collected.experiment.damage;
+      // Concepts look at segments, and may find damage that the features of whole pictures do not show.
       damage.insert(damage.end(), concepts.damage.begin(), concepts.damage.end());
     }
     std::string reason;
+    // Before anything is written: it may find that a picture has changed, and then there are no results.
     auto strips = FormatStripSection(*plan, table, collected, reason);
     if (!strips) {
       return RefuseExperiment(kExperimentFailed, reason);
@@ -217,8 +228,10 @@ class TCollectionRun {
     }
     out.Add("report.html", FormatReport(collected.experiment, sections));
     stopwatch.Note("report");
+    // The one file that differs between two runs of the same experiment; it stands apart for that reason.
     out.Add("times.tsv", stopwatch.GetTable());
     const int status = Conclude(options, collected.experiment, out, output);
+    // Only beside the new tables. Where these could not be written the old runs belong to the old ones.
     if (out.IsCommitted()) {
       RemoveOtherRuns();
     }
@@ -228,8 +241,8 @@ class TCollectionRun {
   /// Runs of an earlier experiment would stand beside tables that do not know them.
   void RemoveOtherRuns() const {
     for (const std::string& name : base::ListFiles(options.out + "runs").value_or(std::vector<std::string>())) {
-      if (std::find(plan->setNames.begin(), plan->setNames.end(), name.substr(0, name.rfind(".run"))) ==
-          plan->setNames.end()) {
+      if (std::none_of(plan->setNames.begin(), plan->setNames.end(),
+                       [&](const std::string& set) { return name == FitFileName(set, ".run"); })) {
         std::remove((options.out + "runs/" + name).c_str());
       }
     }
@@ -246,7 +259,7 @@ class TCollectionRun {
 /// A measurement of runs that other programs wrote.
 class TRunsRun {
  public:
-  TRunsRun(const TExperimentOptions& options, std::FILE* output) : options(options), output(output) {}
+  TRunsRun(const TExperimentOptions& theOptions, std::FILE* theOutput) : options(theOptions), output(theOutput) {}
 
   int Run() {
     std::string reason;
@@ -259,6 +272,7 @@ class TRunsRun {
       return RefuseExperiment(kExperimentFailed, FormatString("There is no topic: '%s' names no relevant document",
                                                               options.judgements.c_str()));
     }
+    // Rankings of other programs get the same statistics as our own.
     Summarise(experiment, options.seed);
     stopwatch.Note("measure");
     TOutputDirectory out(options.out);
@@ -272,6 +286,7 @@ class TRunsRun {
  private:
   bool ReadRuns(const TJudgements& judgements, std::string& reason) {
     for (std::size_t i = 0; i < judgements.qids.size(); ++i) {
+      // Each topic is its own query: rankings from elsewhere do not tell which topics share a picture.
       experiment.topics.push_back({judgements.qids[i], judgements.qids[i], "", i, judgements.relevant[i].size()});
     }
     experiment.queryCount = judgements.qids.size();
@@ -280,6 +295,7 @@ class TRunsRun {
       if (!run) {
         return false;
       }
+      // Two rows of one name in the tables could not be told apart.
       const auto known = std::find(experiment.sets.begin(), experiment.sets.end(), run->name);
       if (known != experiment.sets.end() && !judgements.qids.empty()) {
         const auto& other = options.runs[static_cast<std::size_t>(known - experiment.sets.begin())];

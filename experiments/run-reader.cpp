@@ -14,6 +14,7 @@ namespace {
 std::vector<std::string_view> SplitFields(std::string_view line) {
   constexpr std::string_view kBlanks = " \t";
   std::vector<std::string_view> fields;
+  // Any number of blanks, as printf pads columns.
   for (std::size_t begin = line.find_first_not_of(kBlanks); begin != std::string_view::npos;) {
     const std::size_t end = std::min(line.find_first_of(kBlanks, begin), line.size());
     fields.push_back(line.substr(begin, end - begin));
@@ -27,6 +28,7 @@ template <typename TNumber>
 std::optional<TNumber> ParseNumber(std::string_view text) {
   TNumber number = {};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  // All of it: "12a" is no rank.
   return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
@@ -44,14 +46,19 @@ struct TRunEntry {
 
 class TRunReader {
  public:
-  TRunReader(const std::string& path, const TJudgements& judgements, TDamageList& damage)
-      : path(path), judgements(judgements), damage(damage), topics(judgements.qids.size()), seen(topics.size()) {}
+  TRunReader(const std::string& thePath, const TJudgements& theJudgements, TDamageList& theDamage)
+      : path(thePath),
+        judgements(theJudgements),
+        damage(theDamage),
+        topics(theJudgements.qids.size()),
+        seen(topics.size()) {}
 
   void AddLine(std::size_t number, std::string_view line) {
     const auto fields = SplitFields(line);
     if (fields.empty()) {
       return;
     }
+    // The second field, "Q0", means nothing any more and is not looked at.
     const auto rank = fields.size() == 6 ? ParseNumber<std::uint32_t>(fields[3]) : std::nullopt;
     const auto score = fields.size() == 6 ? ParseNumber<double>(fields[4]) : std::nullopt;
     if (!rank || *rank == 0 || !score) {
@@ -60,6 +67,7 @@ class TRunReader {
     }
     const auto topic = judgements.positions.find(std::string(fields[0]));
     if (topic == judgements.positions.end()) {
+      // Once a topic: a run may have a thousand lines for each.
       if (unjudged.emplace(fields[0]).second) {
         Note(number,
              "topic " + Quoted(fields[0]) + " has no relevant document in the judgements; its lines are skipped");
@@ -71,10 +79,12 @@ class TRunReader {
     } else if (name != fields[5]) {
       Note(number, "the run is called " + Quoted(fields[5]) + " here, and " + Quoted(name) + " before");
     }
+    // A document that counted twice could raise recall above 1.
     if (!seen[topic->second].emplace(fields[2]).second) {
       Note(number, "document " + Quoted(fields[2]) + " came before in topic " + Quoted(fields[0]));
       return;
     }
+    // Looked up now, so that documents need not be kept.
     const bool isRelevant = judgements.relevant[topic->second].contains(std::string(fields[2]));
     topics[topic->second].push_back({*rank, isRelevant, *score, number});
   }
@@ -97,6 +107,7 @@ class TRunReader {
 
   TTopicResult Measure(std::size_t topic) {
     std::vector<TRunEntry>& entries = topics[topic];
+    // Stable, so that of two lines with one rank the first one in the file holds.
     std::stable_sort(entries.begin(), entries.end(),
                      [](const TRunEntry& a, const TRunEntry& b) { return a.rank < b.rank; });
     const std::string inTopic = " in topic " + Quoted(judgements.qids[topic]);
@@ -121,6 +132,7 @@ class TRunReader {
       last = entry.rank;
       before = &entry;
     }
+    // The number of ranks is the last one that is written, missing ones included.
     return MeasureTopic(ranks, judgements.relevant[topic].size(), last);
   }
 
@@ -167,13 +179,16 @@ std::optional<TJudgements> ReadJudgements(const std::string& path, TDamageList& 
       damage.push_back({path, number, "the line is not of the form qid 0 docno relevance"});
       return;
     }
+    // A blank cannot stand in either, so that the pair is unique.
     if (!judged.insert(std::string(fields[0]) + " " + std::string(fields[2])).second) {
       damage.push_back(
           {path, number, "document " + Quoted(fields[2]) + " was judged before in topic " + Quoted(fields[0])});
       return;
     }
+    // Grades above 1 count as 1: all measures here are binary. Below 0 some collections mark spam.
     if (*relevance > 0) {
       const auto [topic, isNew] = judgements.positions.try_emplace(std::string(fields[0]), judgements.qids.size());
+      // In the order in which the file names them first, which is that of the tables.
       if (isNew) {
         judgements.qids.emplace_back(fields[0]);
         judgements.relevant.emplace_back();

@@ -10,7 +10,9 @@
 
 namespace {
 
+// 2.5 percent of 10,000 resamples.
 constexpr std::size_t kTail = 250;
+// 65,536 patterns: up to there the exact test is cheaper than the draws of the other.
 constexpr std::size_t kMostPatterns = 16;
 constexpr std::size_t kDraws = 100000;
 
@@ -19,6 +21,7 @@ constexpr std::size_t kColumnsAtATime = 64;
 
 TInterval PercentileInterval(std::vector<double>& means) {
   const auto at = [&](std::size_t position) {
+    // Only two positions of the order are wanted, and a full sort would take ten times as long.
     std::nth_element(means.begin(), means.begin() + static_cast<std::ptrdiff_t>(position), means.end());
     return means[position];
   };
@@ -30,11 +33,14 @@ void BootstrapColumns(const TPictureSums& pictures, std::size_t first, std::uint
   const std::size_t count = pictures.topicCounts.size();
   std::vector<std::vector<double>> means(intervals.size());
   std::vector<double> sums(intervals.size());
+  // From the seed anew for each block of columns: all columns see the same resamples, whatever the size of a block.
   boost::random::mt19937 generator(seed);
   for (std::size_t resample = 0; resample < kResamples; ++resample) {
     std::fill(sums.begin(), sums.end(), 0.0);
     std::uint64_t topics = 0;
     for (std::size_t draw = 0; draw < count; ++draw) {
+      // The high half of a product, which is what the header promises. Distributions of the standard library differ
+      // between its makers.
       const std::size_t picture = static_cast<std::size_t>(std::uint64_t{generator()} * count >> 32);
       const double* row = &pictures.sums[picture * pictures.columns + first];
       for (std::size_t column = 0; column < sums.size(); ++column) {
@@ -95,9 +101,11 @@ double RandomisationTest(const std::vector<double>& differences, std::uint32_t s
   if (differences.size() <= kMostPatterns) {
     const std::uint32_t patterns = std::uint32_t{1} << differences.size();
     for (std::uint32_t signs = 0; signs < patterns; ++signs) {
+      // One word is enough for 16 signs, and the tables of missing pictures are 0.
       std::fill(pattern.begin(), pattern.end(), signs);
       hits += isHit(pattern) ? 1 : 0;
     }
+    // The pattern that was observed is one of them and a hit, so that p is never 0.
     return static_cast<double>(hits) / patterns;
   }
   boost::random::mt19937 generator(seed);
@@ -105,6 +113,7 @@ double RandomisationTest(const std::vector<double>& differences, std::uint32_t s
     std::generate(pattern.begin(), pattern.end(), [&] { return static_cast<std::uint32_t>(generator()); });
     hits += isHit(pattern) ? 1 : 0;
   }
+  // The observed pattern counts as a draw (B. Phipson, G. Smyth, "Permutation P-values Should Never Be Zero", 2010).
   return static_cast<double>(1 + hits) / (1 + kDraws);
 }
 
@@ -115,6 +124,7 @@ std::vector<double> AdjustHolm(const std::vector<double>& p) {
   std::vector<double> adjusted(p.size());
   double before = 0.0;
   for (std::size_t i = 0; i < order.size(); ++i) {
+    // A p that follows a larger one in the order cannot be more significant than that.
     before = std::max(before, std::min(1.0, p[order[i]] * static_cast<double>(p.size() - i)));
     adjusted[order[i]] = before;
   }

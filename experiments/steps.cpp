@@ -9,6 +9,7 @@
 #include "base/native-path.h"
 #include "experiments/digest.h"
 #include "experiments/encoding.h"
+#include "experiments/file-name.h"
 #include "experiments/json.h"
 #include "experiments/output-directory.h"
 #include "experiments/run-file.h"
@@ -19,10 +20,12 @@ namespace {
 constexpr const char* kNoTopic =
     "There is no topic: no tag is carried by a picture that can be read and may be a query, and by another picture";
 
+/// The division stands in the name, so that parts of two divisions never overwrite each other.
 std::string PartPath(const TExperimentOptions& options, const TPart& part) {
   return FormatString("%sparts/rank.%zu-of-%zu.bin", options.out.c_str(), part.number, part.count);
 }
 
+/// By query of the part: a file of rankings has no index, and its records are found by these numbers.
 std::vector<std::size_t> TopicCounts(const TTopicPlan& topics, const TPart& part) {
   const auto [begin, end] = part.ShareOf(topics.queries.size());
   std::vector<std::size_t> counts;
@@ -38,6 +41,7 @@ std::size_t CountOfRankParts(const std::string& directory) {
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
     std::size_t number = 0;
     std::size_t named = 0;
+    // What is still being written ends in ".new" and does not count.
     if (name.ends_with(".bin") && std::sscanf(name.c_str(), "rank.%zu-of-%zu.bin", &number, &named) == 2) {
       count = std::max(count, named);
     }
@@ -48,6 +52,7 @@ std::size_t CountOfRankParts(const std::string& directory) {
 void RemoveOtherParts(const std::string& directory, const TPart& part) {
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
     if (!name.ends_with(FormatString("-of-%zu.bin", part.count)) && !name.ends_with(".new")) {
+      // Parts of another division would be joined with these: the largest number of parts found counts.
       std::remove((base::WithTrailingSeparator(directory) + name).c_str());
     }
   }
@@ -61,9 +66,11 @@ void ListTopics(const TExperimentOptions& options, const TPlan& plan, TCollected
       collected.places.emplace_back(query, i);
     }
   }
+  // As numbers, which are in the byte order of the tags.
   const auto tagOf = [&](const std::pair<std::size_t, std::size_t>& place) {
     return topics.tagsOfQueries[place.first][place.second];
   };
+  // Tags are numbered in byte order, and queries stand in the order of the collection; stable keeps that within a tag.
   std::stable_sort(collected.places.begin(), collected.places.end(),
                    [&](const auto& a, const auto& b) { return tagOf(a) < tagOf(b); });
   for (const auto& place : collected.places) {
@@ -78,9 +85,10 @@ void ListTopics(const TExperimentOptions& options, const TPlan& plan, TCollected
 void WriteRuns(const TExperimentOptions& options, const TPlan& plan, const TCollected& collected,
                const std::vector<std::string>& documents, TOutputDirectory& out) {
   const TExperiment& experiment = collected.experiment;
+  // The scores of a run count down from here, also where it shows fewer ranks.
   const std::size_t ranked = documents.size() - (options.keepsQuery ? 0 : 1);
   for (std::size_t set = 0; set < plan.sets.size(); ++set) {
-    base::TFileReplacement& run = out.Begin("runs/" + plan.setNames[set] + ".run");
+    base::TFileReplacement& run = out.Begin("runs/" + FitFileName(plan.setNames[set], ".run"));
     const std::string tag = EncodeSet(plan.setNames[set]);
     for (const TTopic& topic : experiment.topics) {
       const auto top = collected.GetTop(topic.query, set);
@@ -97,6 +105,7 @@ void WriteJudgements(const TExperimentOptions& options, const TPlan& plan, const
   for (const TTopic& topic : collected.experiment.topics) {
     for (const std::uint32_t picture : plan.truth.carriers.at(topic.tag)) {
       if (options.keepsQuery || picture != collected.topics.queries[topic.query]) {
+        // Relevant documents only: what a file of judgements does not name counts as not relevant.
         judgements.Write(FormatJudgement(topic.qid, documents[picture]));
       }
     }
@@ -118,6 +127,7 @@ std::string FormatRecord(const TExperimentOptions& options, const TPlan& plan, c
   json.BeginObject("options");
   json.Add("collection", options.collection);
   json.Add("classes", options.hasClasses);
+  // Paths as they were given: they say what was asked for, and the digests below say what was there.
   json.Add("truth", options.truth);
   json.Add("features", plan.setNames);
   json.Add("plugins", options.plugins);
@@ -153,6 +163,7 @@ std::string FormatRecord(const TExperimentOptions& options, const TPlan& plan, c
 TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,
                         TProgress& progress) {
   const TTopicPlan topics = MakeTopics(plan, table);
+  // Told before hours of ranking, and with the reason.
   if (topics.queries.empty()) {
     return {TStepOutcome::kFailed, kNoTopic};
   }
@@ -161,6 +172,7 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
     return {TStepOutcome::kFailed, FormatString("Directory '%s' cannot be written", directory.c_str())};
   }
   const std::string path = PartPath(options, options.part);
+  // Written beside an earlier part of that name, which stays good until this one is whole.
   TRankFileWriter writer(path, MakeFingerprint(options, plan, table));
   TDistanceWork distances(table, plan.sets);
   TRanker ranker(topics.tagsOfPictures, topics.tags.size(), options.keepsQuery, CountOfTop(options, plan));
@@ -168,9 +180,12 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
   const std::vector<std::size_t> topicCounts = TopicCounts(topics, options.part);
   progress.Begin("Topics:", std::accumulate(topicCounts.begin(), topicCounts.end(), std::size_t{0}));
   const std::size_t pictureCount = table.GetPictureCount();
+  // Queries in blocks: each vector of the collection is read from memory once a block. The results do not depend on the
+  // size of the blocks.
   for (std::size_t first = begin; first < end; first += distances.GetQueriesAtATime()) {
     const std::size_t count = std::min(distances.GetQueriesAtATime(), end - first);
     const std::span<const std::uint32_t> queries = std::span(topics.queries).subspan(first, count);
+    // The distances come set by set, the file wants them query by query.
     std::vector<TQueryRanking> rankings(count * plan.sets.size());
     distances.Run(queries, [&](std::size_t set, std::span<double> rows) {
       for (std::size_t i = 0; i < count; ++i) {
@@ -181,6 +196,7 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
     for (const TQueryRanking& ranking : rankings) {
       writer.Add(ranking);
     }
+    // Between blocks only, some seconds apart. The part is not renamed, so that nothing half done is left in its place.
     if (base::Interrupted()) {
       return {TStepOutcome::kInterrupted, ""};
     }
@@ -256,6 +272,7 @@ TDamageList AllDamage(const TPlan& plan, const TFeatureTable& table) {
       damage.push_back({plan.collection.names[picture], 0, table.GetDamage(picture)});
     }
   }
+  // Pictures first, in the order of the collection, since most users look for these.
   damage.insert(damage.end(), plan.damage.begin(), plan.damage.end());
   return damage;
 }
@@ -264,6 +281,7 @@ void WriteResults(const TExperimentOptions& options, const TPlan& plan, const TF
                   const TCollected& collected, TOutputDirectory& out) {
   std::vector<std::string> documents;
   for (const std::string& name : plan.collection.names) {
+    // Once for all runs: a name stands in thousands of lines.
     documents.push_back(EncodeName(name));
   }
   WriteRuns(options, plan, collected, documents, out);
@@ -287,6 +305,7 @@ void WriteTables(const TExperiment& experiment, TOutputDirectory& out) {
   for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
     topics.Write(FormatTopics(experiment, set));
   }
+  // The small tables at once, the large ones piece by piece: those may have millions of rows.
   out.Add("summary.tsv", FormatSummary(experiment));
   out.Add("comparison.tsv", FormatComparisons(experiment));
   out.Add("curves.tsv", FormatCurves(experiment));
@@ -303,6 +322,7 @@ std::string FormatRunsRecord(const TExperimentOptions& options, const TExperimen
   json.Add("expect", TextsOf(options.expectations));
   json.EndObject();
   json.BeginObject("sha256");
+  // The bytes of what was measured: a record without them could not be checked.
   for (const std::string& run : options.runs) {
     json.Add(run, DigestOfFile(base::NativePath(run)).value_or(""));
   }

@@ -30,8 +30,8 @@ struct TStripDistances {
 
 class TStripWriter {
  public:
-  TStripWriter(const TPlan& plan, const TFeatureTable& table, const TCollected& collected)
-      : plan(plan), table(table), collected(collected) {}
+  TStripWriter(const TPlan& thePlan, const TFeatureTable& theTable, const TCollected& theCollected)
+      : plan(thePlan), table(theTable), collected(theCollected) {}
 
   std::string FormatSet(std::size_t set) {
     const auto& results = collected.experiment.results[set];
@@ -41,6 +41,7 @@ class TStripWriter {
     // No topic stands in both lists.
     const std::size_t bestCount = std::min(kMostStrips, (topics.size() + 1) / 2);
     const auto end = topics.begin() + static_cast<std::ptrdiff_t>(bestCount);
+    // Ties stay in the order of the topics, so that the same experiment gives the same page.
     std::stable_sort(topics.begin(), topics.end(),
                      [&](std::size_t a, std::size_t b) { return precision(a) > precision(b); });
     std::vector<std::size_t> worst(end, topics.end());
@@ -111,17 +112,21 @@ class TStripWriter {
         vectors.push_back(rows.rows[static_cast<std::size_t>(picture)]);
       }
       const double* vector = rows.rows[query];
+      // Worked out anew: rankings on disk keep positions and no distances. The same kernel in the same order of
+      // features gives the same bits.
       kernels::AddL1DistanceTile(&vector, 1, vectors.data(), vectors.size(), rows.length, distances.totals.data(),
                                  shown.size());
       std::vector<double>& part = parts.emplace_back(shown.size(), 0.0);
       kernels::AddL1DistanceTile(&vector, 1, vectors.data(), vectors.size(), rows.length, part.data(), shown.size());
     }
     for (double& total : distances.totals) {
+      // As in the ranking itself.
       total = std::isnan(total) ? INFINITY : total;
     }
     for (const std::vector<double>& part : parts) {
       double& sum = distances.ofFeatures.emplace_back(0.0);
       for (std::size_t i = 0; i < part.size(); ++i) {
+        // A result without a distance would make every share a NaN.
         sum += std::isinf(distances.totals[i]) ? 0.0 : part[i];
       }
     }
@@ -130,6 +135,7 @@ class TStripWriter {
 
   std::string FormatShares(const TStripDistances& distances, std::size_t set) const {
     const double total = std::accumulate(distances.ofFeatures.begin(), distances.ofFeatures.end(), 0.0);
+    // Shares of nothing would be 0 / 0.
     if (total == 0.0) {
       return "<p class=\"shares\">No distance to share: none of these results differs from the query and can be "
              "compared with "
@@ -155,6 +161,7 @@ class TStripWriter {
   }
 
   const std::string& AddressOf(std::uint32_t picture) {
+    // Pixels: the frame of a strip.
     constexpr int kSide = 104;
     constexpr int kQuality = 75;
     const auto [place, isNew] = addresses.try_emplace(picture);
@@ -162,6 +169,7 @@ class TStripWriter {
     if (isNew && !base::Interrupted()) {
       const std::string path = plan.collection.GetPath(picture);
       std::size_t other = 0;
+      // A report that shows another picture than the one that was measured would be a lie that nobody can see.
       if (!table.IsCurrent(plan.collection, picture, picture + 1, other)) {
         changed = path;
       }

@@ -11,6 +11,7 @@ namespace {
 using TFields = std::vector<std::string>;
 
 std::string Number(double number) {
+  // Eight decimals in every table, as in the curve of the command evaluateindex.
   return FormatString("%.8f", number);
 }
 
@@ -85,6 +86,7 @@ std::string FormatConcepts(const TMeasuredConcepts& measured) {
     }
     fields.push_back(Number(each.areaByFraction));
     fields.push_back(Number(each.areaByScore));
+    // Empty and not 0: a classifier without a training error has not trained without errors.
     fields.push_back(each.meanSquareError ? Number(*each.meanSquareError) : std::string());
     table += Line(fields);
   }
@@ -98,6 +100,7 @@ std::string FormatSegmentsHeading() {
 std::string FormatSegments(const TMeasuredConcept& measured, const std::vector<std::string>& names) {
   std::string table;
   for (const TAskedPicture& asked : measured.asked) {
+    // The same for all segments of a picture, encoded once.
     const std::string start =
         EncodeField(measured.tag) + "\t" + measured.classifier + "\t" + EncodeField(names[asked.picture]);
     for (const TAskedSegment& each : asked.segments) {

@@ -18,8 +18,8 @@ namespace {
 /// Gathers pairs of tag and picture; each stands once.
 class TTruthReader {
  public:
-  TTruthReader(const TPictureCollection& collection, TDamageList& damage)
-      : collection(collection), names(collection), damage(damage) {}
+  TTruthReader(const TPictureCollection& theCollection, TDamageList& theDamage)
+      : collection(theCollection), names(theCollection), damage(theDamage) {}
 
   void AddClasses() {
     for (std::size_t i = 0; i < collection.classes.size(); ++i) {
@@ -32,6 +32,7 @@ class TTruthReader {
     if (!lines) {
       return false;
     }
+    // The ending decides, and not the contents: a table of one column would look like annotations.
     if (path.ends_with(".txt")) {
       const std::string tag = AnnotationTag(path);
       for (const TNumberedLine& line : *lines) {
@@ -39,6 +40,7 @@ class TTruthReader {
       }
     } else {
       for (const TNumberedLine& line : *lines) {
+        // The heading may be there or not.
         if (line.number != 1 || line.text != "file\ttag") {
           AddRow(path, line);
         }
@@ -52,6 +54,7 @@ class TTruthReader {
     TDigest digest;
     for (const auto& [tag, picture] : pairs) {
       truth.carriers[tag].push_back(picture);
+      // Of the pairs and not of the files: the same truth in another form gives the same digest.
       digest.Add(EncodeField(tag) + "\t" + EncodeField(collection.names[picture]) + "\n");
     }
     truth.digest = digest.Finish();
@@ -69,6 +72,7 @@ class TTruthReader {
   }
 
   void AddRow(const std::string& path, const TNumberedLine& line) {
+    // Exactly one TAB: a name with blanks in it is nothing unusual.
     const std::size_t tab = line.text.find('\t');
     const std::string name = line.text.substr(0, tab);
     const std::string tag = tab == std::string::npos ? std::string() : line.text.substr(tab + 1);
@@ -82,6 +86,7 @@ class TTruthReader {
   }
 
   void AddPair(const std::string& path, std::size_t line, const std::string& tag, std::size_t picture) {
+    // A pair that stands twice is harmless, but often a sign that two files were mixed up.
     if (!pairs.emplace(tag, static_cast<std::uint32_t>(picture)).second) {
       damage.push_back(
           {path, line, FormatString("'%s' has the tag '%s' already", collection.names[picture].c_str(), tag.c_str())});
@@ -102,6 +107,7 @@ std::optional<std::vector<std::string>> TruthFiles(const std::string& path) {
   }
   auto files = base::ListFiles(nativePath);
   if (files) {
+    // Collections bring a README and other files in the same directory.
     std::erase_if(*files, [](const std::string& name) { return !name.ends_with(".txt"); });
     std::sort(files->begin(), files->end());
     for (std::string& name : *files) {
@@ -114,6 +120,7 @@ std::optional<std::vector<std::string>> TruthFiles(const std::string& path) {
 }  // namespace
 
 std::optional<std::vector<TNumberedLine>> ReadNumberedLines(const std::string& path) {
+  // A pipe would wait for its other end.
   if (!base::IsRegularFile(path)) {
     return std::nullopt;
   }
@@ -130,6 +137,7 @@ std::optional<std::vector<TNumberedLine>> ReadNumberedLines(const std::string& p
     if (line.ends_with('\r')) {
       line.remove_suffix(1);
     }
+    // Numbers count blank lines too, as editors do.
     if (!base::Trim(line).empty()) {
       lines.push_back({number, std::string(line)});
     }
@@ -165,6 +173,7 @@ std::optional<std::vector<std::uint32_t>> ReadQueries(const TPictureCollection& 
     return std::nullopt;
   }
   const TPictureNames names(collection);
+  // Ascending, as binary searches want it.
   std::set<std::uint32_t> pictures;
   for (const TNumberedLine& line : *lines) {
     const auto picture = names.Find(line.text);

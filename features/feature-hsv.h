@@ -2,7 +2,7 @@
 
 #include "features/feature.h"
 
-/// "hsv": a histogram of 256 bins over quantised HSV colour, 16 steps of hue by 4 of saturation by 4 of value, as
+/// "hsv": a histogram of 256 bins over quantised HSV color, 16 steps of hue by 4 of saturation by 4 of value, as
 /// fractions of all pixels. A picture without pixels gives NaN in every bin.
 class TFeatureHsv : public TFeature {
  public:

@@ -13,25 +13,32 @@
 TFeatureList::TFeatureList(const std::vector<std::string>& pluginDirectories) {
   features.push_back(std::make_unique<TFeatureHsv>());
   features.push_back(std::make_unique<TFeatureLbp>());
-  for (const std::string& fileName : base::ListDirectory(".").value_or(std::vector<std::string>())) {
+  // As the system delivers them: the order of plug-ins in the working directory, and with it which of two namesakes
+  // runs, is that of the directory. Further directories are sorted, since theirs should be the same on every machine.
+  for (const std::string& fileName : List(".")) {
     if (base::IsPluginFileName(fileName)) {
       LoadPlugin(fileName);
     }
   }
   for (const std::string& directory : pluginDirectories) {
-    auto fileNames = base::ListDirectory(directory);
-    if (!fileNames) {
-      refusals.push_back(FormatString("Directory '%s' cannot be read", directory.c_str()));
-      continue;
-    }
-    std::sort(fileNames->begin(), fileNames->end());
-    for (const std::string& fileName : *fileNames) {
+    auto fileNames = List(directory);
+    std::sort(fileNames.begin(), fileNames.end());
+    for (const std::string& fileName : fileNames) {
       const std::string path = base::WithTrailingSeparator(base::NativePath(directory)) + fileName;
       if (base::IsPluginFileName(fileName) && !triedFiles.contains(base::CanonicalPath(path))) {
         LoadPlugin(path);
       }
     }
   }
+}
+
+std::vector<std::string> TFeatureList::List(const std::string& directory) {
+  auto fileNames = base::ListDirectory(directory);
+  if (!fileNames) {
+    refusals.push_back(FormatString("Directory '%s' cannot be read", directory.c_str()));
+    isComplete = false;
+  }
+  return std::move(fileNames).value_or(std::vector<std::string>());
 }
 
 void TFeatureList::LoadPlugin(const std::string& fileName) {
@@ -42,6 +49,7 @@ void TFeatureList::LoadPlugin(const std::string& fileName) {
     refusals.push_back(FormatString("Plug-in '%s' was left out: %s", fileName.c_str(), reason.c_str()));
     return;
   }
+  // It is kept all the same: its library stays loaded, and the list says what there is. Find() gives the first.
   if (Find(plugin->GetName()) != nullptr) {
     refusals.push_back(FormatString("Plug-in '%s' never runs: there is another feature \"%s\" before it",
                                     fileName.c_str(), plugin->GetName().c_str()));

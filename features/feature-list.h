@@ -21,14 +21,20 @@ class TFeatureList {
 
   const std::vector<std::unique_ptr<TFeature>>& GetFeatures() const { return features; }
 
+  /// False if a directory could not be read, so that plug-ins may be missing.
+  bool IsComplete() const { return isComplete; }
+
   /// One line for each plug-in that was left out or that never runs, and for each directory that cannot be read.
   const std::vector<std::string>& GetRefusals() const { return refusals; }
 
  private:
+  /// The names of the files in a directory; none, and a refusal, if it cannot be read.
+  std::vector<std::string> List(const std::string& directory);
   void LoadPlugin(const std::string& fileName);
 
   std::vector<std::unique_ptr<TFeature>> features;
   std::vector<std::string> refusals;
+  bool isComplete = true;
   /// The plug-ins that were met, as base::CanonicalPath names them.
   std::set<std::string> triedFiles;
 };

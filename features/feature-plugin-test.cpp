@@ -48,15 +48,15 @@ TNumbers Numbers(const TFeatureVector& vector) {
 class TPluginTest : public testing::Test {
  protected:
   TPluginTest() {
-    colour.SetSize(3, 2, true);
-    colour.SetPixel(0, 0, 255, 0, 12);
-    colour.SetPixel(2, 1, 9, 8, 7);
+    color.SetSize(3, 2, true);
+    color.SetPixel(0, 0, 255, 0, 12);
+    color.SetPixel(2, 1, 9, 8, 7);
     gray.SetSize(3, 2);
     gray.SetPixel(2, 1, 66);
   }
 
   const TScratchDirectory scratch;
-  TImageRGB colour;
+  TImageRGB color;
   TImageGray gray;
   TFeatureVector vector;
 };
@@ -80,7 +80,7 @@ TEST_F(TPluginTest, TheTemplateOfTheSdkRuns) {
   const TFeature* feature = list.Find("meancolor");
   EXPECT_TRUE(feature->NeedsColor());
   EXPECT_FALSE(feature->NeedsGrayscale());
-  ASSERT_TRUE(feature->ProcessColor(colour, vector));
+  ASSERT_TRUE(feature->ProcessColor(color, vector));
   EXPECT_EQ(vector.GetName(), "meancolor");
   EXPECT_EQ(Numbers(vector), (TNumbers{264.0 / (255.0 * 6.0), 8.0 / (255.0 * 6.0), 19.0 / (255.0 * 6.0)}));
   ASSERT_TRUE(feature->ProcessColor(TImageRGB(), vector));
@@ -107,14 +107,14 @@ TEST_F(TPluginTest, FileNamesWithBlanksAndAccentsLoad) {
 
 TEST_F(TPluginTest, PicturesReachTheLibraryWithTheirStrides) {
   const TFeatureList list = ListWith("plain");
-  ASSERT_TRUE(list.Find("fixture")->ProcessColor(colour, vector));
+  ASSERT_TRUE(list.Find("fixture")->ProcessColor(color, vector));
   EXPECT_EQ(vector.GetName(), "fixture");
   EXPECT_EQ(Numbers(vector), (TNumbers{9.0, 3.0, 2.0, 12.0}));
   ASSERT_TRUE(list.Find("fixture")->ProcessColor(TImageRGB(), vector));
   EXPECT_EQ(Numbers(vector), (TNumbers{-1.0, 0.0, 0.0, 0.0}));
 }
 
-TEST_F(TPluginTest, AGrayFeatureNeedsNoColourFunction) {
+TEST_F(TPluginTest, AGrayFeatureNeedsNoColorFunction) {
   const TFeatureList list = ListWith("gray");
   const TFeature* feature = list.Find("fixture");
   ASSERT_NE(feature, nullptr);
@@ -122,15 +122,15 @@ TEST_F(TPluginTest, AGrayFeatureNeedsNoColourFunction) {
   EXPECT_FALSE(feature->NeedsColor());
   ASSERT_TRUE(feature->ProcessGrayscale(gray, vector));
   EXPECT_EQ(Numbers(vector), (TNumbers{66.0, 3.0, 2.0, 4.0}));
-  ASSERT_TRUE(feature->ProcessColor(colour, vector));
+  ASSERT_TRUE(feature->ProcessColor(color, vector));
   EXPECT_EQ(vector.GetLength(), 0u);
 }
 
-TEST_F(TPluginTest, AFeatureOfBothKindsIsAskedForColourOnly) {
+TEST_F(TPluginTest, AFeatureOfBothKindsIsAskedForColorOnly) {
   const TFeatureList list = ListWith("both");
   ASSERT_NE(list.Find("fixture"), nullptr);
   EXPECT_TRUE(list.Find("fixture")->NeedsColor());
-  EXPECT_TRUE(list.Find("fixture")->ProcessColor(colour, vector));
+  EXPECT_TRUE(list.Find("fixture")->ProcessColor(color, vector));
   EXPECT_EQ(vector.GetLength(), 4u);
 }
 
@@ -171,14 +171,14 @@ TEST_F(TPluginTest, FurtherDirectoriesComeAfterwardsByName) {
                                         "Plug-in 'one/FeatureText.so' was left out: it is no library",
                                         hides(filesystem::absolute("two") / "with a blank/Feature.so"),
                                         "Directory 'none' cannot be read"}));
-  ASSERT_TRUE(list.Find("meancolor")->ProcessColor(colour, vector));
+  ASSERT_TRUE(list.Find("meancolor")->ProcessColor(color, vector));
   EXPECT_EQ(vector.GetLength(), 3u);
 }
 
 TEST_F(TPluginTest, TheLengthIsAskedForEachTime) {
   const TFeatureList list = ListWith("growing");
   for (const std::uint32_t length : {4u, 5u, 6u}) {
-    ASSERT_TRUE(list.Find("fixture")->ProcessColor(colour, vector));
+    ASSERT_TRUE(list.Find("fixture")->ProcessColor(color, vector));
     EXPECT_EQ(vector.GetLength(), length);
   }
 }
@@ -200,7 +200,7 @@ TEST_F(TPluginTest, ALengthOutOfRangeFailsAndLeavesTheVectorAlone) {
     TFeatureVector target;
     target.SetName("before");
     target.SetLength(2);
-    EXPECT_EQ(list.Find("fixture")->ProcessColor(colour, target), each.isValid) << each.fixture;
+    EXPECT_EQ(list.Find("fixture")->ProcessColor(color, target), each.isValid) << each.fixture;
     EXPECT_EQ(target.GetLength(), each.length) << each.fixture;
     EXPECT_EQ(target.GetName(), each.isValid ? "fixture" : "before") << each.fixture;
   }
@@ -222,7 +222,7 @@ TEST_F(TPluginTest, LibrariesThatCannotServeAreLeftOutWithAReason) {
       {"without-length", "does not export GetFeatureLength"},
       {"without-color", "does not export ProcessColor"},
       {"without-gray", "does not export ProcessGrayscale"},
-      {"needs-nothing", "needs neither colour nor gray"},
+      {"needs-nothing", "needs neither color nor gray"},
       {"refusing", ": the wind is wrong"},
   };
   for (const TCase& each : cases) {

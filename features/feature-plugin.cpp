@@ -4,7 +4,7 @@
 #include "images/image-gray.h"
 #include "images/image-rgb.h"
 
-TFeaturePlugin::TFeaturePlugin(const TPluginExports& exports) : exports(exports) {}
+TFeaturePlugin::TFeaturePlugin(const TPluginExports& theExports) : exports(theExports) {}
 
 std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName, std::string& reason) {
   const auto exports = LoadPluginExports(fileName, reason);
@@ -17,14 +17,18 @@ std::unique_ptr<TFeaturePlugin> TFeaturePlugin::Load(const std::string& fileName
   return reason.empty() ? std::move(plugin) : nullptr;
 }
 
+std::optional<std::uint32_t> TFeaturePlugin::GetLength() const {
+  const std::int32_t answer = exports.getFeatureLength();
+  return answer < 0 || answer > kMaxPluginLength ? std::nullopt : std::optional(static_cast<std::uint32_t>(answer));
+}
+
 bool TFeaturePlugin::PrepareVector(TFeatureVector& vector) const {
-  const std::int32_t length = exports.getFeatureLength();
-  if (length < 0 || length > kMaxPluginLength) {
-    return false;
+  const auto answer = GetLength();
+  if (answer) {
+    vector.SetName(name);
+    vector.SetLength(*answer);
   }
-  vector.SetName(name);
-  vector.SetLength(static_cast<std::uint32_t>(length));
-  return true;
+  return answer.has_value();
 }
 
 bool TFeaturePlugin::ProcessColor(const TImageRGB& image, TFeatureVector& vector) const {
@@ -34,6 +38,7 @@ bool TFeaturePlugin::ProcessColor(const TImageRGB& image, TFeatureVector& vector
   if (!PrepareVector(vector)) {
     return false;
   }
+  // What the call returns is not looked at: libraries that write a vector return anything.
   exports.processColor(image.GetPixels(), image.GetWidth(), image.GetHeight(), image.GetStride(), vector.GetData());
   return true;
 }

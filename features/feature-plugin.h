@@ -13,6 +13,8 @@ class TFeaturePlugin : public TFeature {
   /// that it needs, or says things of itself that the program cannot work with.
   static std::unique_ptr<TFeaturePlugin> Load(const std::string& fileName, std::string& reason);
 
+  std::optional<std::uint32_t> GetLength() const override;
+
   /// The library's file.
   const std::string& GetFile() const { return file; }
 

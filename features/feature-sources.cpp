@@ -9,9 +9,11 @@
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "base/text.h"
+#include "features/feature-store.h"
 
 namespace {
 
+// Two fields, as a stamp has two.
 constexpr std::string_view kUnknown = "-\t-";
 
 /// Size and time of change of a picture; empty if there is none.
@@ -25,8 +27,9 @@ std::string StampOf(const std::string& picture) {
 }  // namespace
 
 TFeatureSources::TFeatureSources(const std::string& featureName)
-    : path(base::WithTrailingSeparator("FeatureStorage") + featureName + ".sources") {
-  const std::string text = base::ReadFile(path).value_or(std::string());
+    : path(base::WithTrailingSeparator(kFeatureDirectory) + featureName + ".sources") {
+  std::string text;
+  isKnown = base::ReadFile(path, text) != base::TReadOutcome::kUnreadable;
   std::string_view rest = text;
   for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
     const std::string_view line = rest.substr(0, end);
@@ -37,6 +40,7 @@ TFeatureSources::TFeatureSources(const std::string& featureName)
       continue;
     }
     const std::string_view stamp = line.substr(second + 1);
+    // Of two lines for one file the later one holds.
     sources[base::UnescapeField(line.substr(0, first))] = {
         base::UnescapeField(line.substr(first + 1, second - first - 1)),
         stamp == kUnknown ? std::string() : std::string(stamp)};
@@ -60,6 +64,7 @@ bool TFeatureSources::ComeFromOther(std::string_view storedFile, const std::stri
     return false;
   }
   const std::string stamp = StampOf(picture);
+  // A picture that is gone says nothing about whether the stored vector was made from it.
   return !stamp.empty() && stamp != source.stamp;
 }
 
@@ -70,6 +75,7 @@ bool TFeatureSources::Save() const {
     lines.push_back(base::EscapeField(storedFile) + '\t' + base::EscapeField(source.picture) + '\t' +
                     (source.stamp.empty() ? std::string(kUnknown) : source.stamp) + '\n');
   }
+  // The table has no order of its own; the file should be the same whenever its contents are.
   std::sort(lines.begin(), lines.end());
   const std::string text = base::Join(lines, "");
   return base::ReplaceFile(path, text.data(), text.size());

@@ -11,8 +11,11 @@
 /// between; size and time are "-" where there was no picture to be seen.
 class TFeatureSources {
  public:
-  /// Reads what is known so far; a file that cannot be read is one that knows nothing.
+  /// Reads what is known so far.
   explicit TFeatureSources(const std::string& featureName);
+
+  /// False if there is a file which cannot be read: what it knows is not to be lost by replacing it.
+  bool IsKnown() const { return isKnown; }
 
   const std::string& GetPath() const { return path; }
 
@@ -33,5 +36,6 @@ class TFeatureSources {
   };
 
   std::string path;
+  bool isKnown = true;
   std::unordered_map<std::string, TSource> sources;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -11,6 +12,8 @@ class TFeatureVector;
 /// The directory "FeatureStorage" of raw vector files, one for each image and feature. A file holds the doubles of one
 /// vector, little-endian, and nothing else. It is tied to an image by the stem of its file name only.
 
+constexpr const char* kFeatureDirectory = "FeatureStorage";
+
 /// The path of the file for a feature of an image: the stem is the file name without its directory and without its last
 /// full stop and what follows.
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename);
@@ -21,12 +24,14 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector);
 /// Reads the stored vectors of one feature, image after image.
 class TStoredFeatureReader {
  public:
-  explicit TStoredFeatureReader(const std::string& featureName) : featureName(featureName) {}
+  /// `length` is that of the feature; nothing if it is not known.
+  TStoredFeatureReader(const std::string& theFeatureName, std::optional<std::uint32_t> theLength)
+      : featureName(theFeatureName), length(theLength) {}
 
-  /// Fills the vector with the doubles of the image's file; bytes behind the last whole one do not count. Where there
-  /// is no file of exactly that name, one that differs in the case of ASCII letters serves, of several the first in
-  /// byte order. Too large is a file of more than 2^24 doubles. Unless the outcome is kRead, the vector is as it was.
-  /// Its name is the caller's business.
+  /// Fills the vector with the doubles of the image's file. A file that does not hold whole doubles, and as many as the
+  /// feature has, is no stored vector and counts as absent. Where there is no file of exactly that name, one that
+  /// differs in the case of ASCII letters serves, of several the first in byte order. Too large is a file of more than
+  /// 2^24 doubles. Unless the outcome is kRead, the vector is as it was. Its name is the caller's business.
   base::TReadOutcome Read(const std::string& imageFilename, TFeatureVector& vector);
 
   /// The path of the file that was read last, or sought in vain.
@@ -36,6 +41,7 @@ class TStoredFeatureReader {
   base::TReadOutcome ReadFile();
 
   std::string featureName;
+  std::optional<std::uint32_t> length;
   std::string path;
   base::TFileReader reader;
   /// The names in the directory by their folded form; read when the first file is not found, since one listing costs

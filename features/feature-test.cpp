@@ -60,7 +60,7 @@ TEST(TFeature, APictureOfTheWrongKindGivesAVectorOfLengthZero) {
   EXPECT_FALSE(feature.NeedsColor() || feature.NeedsGrayscale());
 }
 
-TEST(TFeatureHsv, EachColourHasItsBin) {
+TEST(TFeatureHsv, EachColorHasItsBin) {
   struct TCase {
     unsigned char red, green, blue;
     int bin;
@@ -116,8 +116,8 @@ TEST(TFeatureHsv, BinsAreFractionsOfAllPixelsWhateverTheVectorHeld) {
   EXPECT_EQ(Bins(vector, "hsv"), (TBins{{0, 0.25}, {15, 0.5}, {95, 0.25}}));
 }
 
-TEST(TFeatureLbp, EachBrighterNeighbourSetsItsBitInReadingOrder) {
-  // The neighbours of the centre in reading order have the weights 1, 2, 4, 8, 16, 32, 64, 128.
+TEST(TFeatureLbp, EachBrighterNeighborSetsItsBitInReadingOrder) {
+  // The neighbors of the center in reading order have the weights 1, 2, 4, 8, 16, 32, 64, 128.
   const int positions[] = {0, 1, 2, 3, 5, 6, 7, 8};
   for (int bit = 0; bit < 8; ++bit) {
     std::vector<unsigned char> levels(9, 5);
@@ -126,7 +126,7 @@ TEST(TFeatureLbp, EachBrighterNeighbourSetsItsBitInReadingOrder) {
   }
 }
 
-TEST(TFeatureLbp, OnlyStrictlyBrighterNeighboursCount) {
+TEST(TFeatureLbp, OnlyStrictlyBrighterNeighborsCount) {
   EXPECT_EQ(LbpOf(3, 3, {9, 9, 9, 9, 5, 9, 9, 9, 9}), (TBins{{255, 1.0}}));
   EXPECT_EQ(LbpOf(3, 3, {5, 5, 5, 5, 5, 5, 5, 5, 5}), (TBins{{0, 1.0}}));
   EXPECT_EQ(LbpOf(3, 3, {5, 5, 5, 5, 9, 5, 5, 5, 5}), (TBins{{0, 1.0}}));
@@ -135,7 +135,7 @@ TEST(TFeatureLbp, OnlyStrictlyBrighterNeighboursCount) {
 }
 
 TEST(TFeatureLbp, BinsAreFractionsOfTheInnerPixels) {
-  // Six inner pixels. A brighter pixel at (2, 1) sets the bit of each inner neighbour that points to it, and is pattern
+  // Six inner pixels. A brighter pixel at (2, 1) sets the bit of each inner neighbor that points to it, and is pattern
   // 0 itself: (1, 1) sees it at the right (16), (3, 1) at the left (8), (1, 2) above right (4), (2, 2) above (2),
   // (3, 2) above left (1).
   std::vector<unsigned char> levels(20, 100);
@@ -153,13 +153,13 @@ TEST(TFeatures, PicturesWithoutPixelsToCountGiveZerosOrNoNumbers) {
   const std::vector<TCase> cases = {{0, 0, false, true}, {0, 2, false, false}, {5, 0, false, true}, {1, 1, true, true},
                                     {2, 1, true, false}, {2, 7, true, false},  {7, 2, true, false}, {1, 9, true, true}};
   for (const TCase& each : cases) {
-    TImageRGB colour;
-    colour.SetSize(each.width, each.height, true);
+    TImageRGB color;
+    color.SetSize(each.width, each.height, true);
     TImageGray gray;
     gray.SetSize(each.width, each.height);
     TFeatureVector hsv;
     TFeatureVector lbp;
-    EXPECT_TRUE(TFeatureHsv().ProcessColor(colour, hsv));
+    EXPECT_TRUE(TFeatureHsv().ProcessColor(color, hsv));
     EXPECT_TRUE(TFeatureLbp().ProcessGrayscale(gray, lbp));
     ASSERT_EQ(hsv.GetLength(), 256u);
     ASSERT_EQ(lbp.GetLength(), 256u);

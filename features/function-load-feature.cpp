@@ -19,23 +19,26 @@ Parameters:  1 - 'database'
              2 - string)"}) {}
 
 bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* database = RequireFilledDatabase(params, "No images in database");
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
     return false;
   }
-  if (database->GetImages().empty()) {
-    Print("No images in database");
-    return false;
-  }
-  if (featureList->Find(featureName) == nullptr) {
+  const TFeature* feature = featureList->Find(featureName);
+  // A feature that the program does not have could not be computed for a query.
+  if (feature == nullptr) {
     Print("Unknown feature");
     return false;
   }
   Print("Loading features..");
+  // Nothing is refused on the strength of it: a collection that was moved has other paths and the same pictures. The
+  // user is told, and decides.
   const TFeatureSources sources(featureName);
-  TStoredFeatureReader reader(featureName);
-  TPictureReport report(output);
+  if (!sources.IsKnown()) {
+    PrintLoss(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
+  }
+  TStoredFeatureReader reader(featureName, feature->GetLength());
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   int fromOthers = 0;
   int missing = 0;
   const auto step = [&](TVarImage& image) {
@@ -43,6 +46,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     if (outcome == base::TReadOutcome::kRead) {
       fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
     } else if (outcome == base::TReadOutcome::kUnreadable) {
+      // A file that is there and cannot be read is told of by name; one that is not there is the usual case and only
+      // counted.
       report.AddUnreadable(reader.GetPath());
     } else if (outcome == base::TReadOutcome::kAbsent) {
       ++missing;
@@ -69,6 +74,8 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
 base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader, const std::string& featureName,
                                                    TVarImage& image) const {
   TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
+  // A vector that is there is filled in its place, so that the order of features, which decides the order of sums in a
+  // search, stays.
   TFeatureVector* known = features.Find(featureName);
   auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
   if (added) {
@@ -76,7 +83,7 @@ base::TReadOutcome TFunctionLoadFeature::LoadImage(TStoredFeatureReader& reader,
   }
   const base::TReadOutcome outcome = reader.Read(image.GetFilename(), added ? *added : *known);
   if (outcome == base::TReadOutcome::kTooLarge) {
-    Print(FormatString("File '%s' is too large", reader.GetPath().c_str()));
+    PrintLoss(FormatString("File '%s' is too large", reader.GetPath().c_str()));
   } else if (outcome == base::TReadOutcome::kRead && added) {
     features.Add(added.release());
   }

@@ -10,7 +10,8 @@ class TStoredFeatureReader;
 class TVarImage;
 
 /// loadfeature: reads one feature of the running system for all images of a database from "FeatureStorage". Images
-/// without a file there stay as they are, and are counted; so are vectors that are known to come from other pictures.
+/// without a file there, or with one of another length than the feature's, stay as they are, and are counted; so are
+/// vectors that are known to come from other pictures.
 class TFunctionLoadFeature : public TImageCommand {
  public:
   TFunctionLoadFeature();

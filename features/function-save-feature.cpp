@@ -1,5 +1,6 @@
 #include "features/function-save-feature.h"
 
+#include "base/abandoned-files.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
 #include "features/feature-sources.h"
@@ -17,21 +18,24 @@ Parameters:  1 - 'database'
              2 - string)"}) {}
 
 bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
-  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* database = RequireFilledDatabase(params, "No images in database");
   const std::string featureName = StripQuotes(params[1]);
   if (database == nullptr) {
     return false;
   }
-  if (database->GetImages().empty()) {
-    Print("No images in database");
-    return false;
-  }
+  // The first image stands for all; images that lack the feature are skipped and counted.
   if (database->GetImages().front()->GetImageSegment().GetFeatures().Find(featureName) == nullptr) {
     Print("Feature not found in database");
     return false;
   }
   TFeatureSources sources(featureName);
+  if (!sources.IsKnown()) {
+    Print(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
+    return false;
+  }
+  base::RemoveAbandonedFiles(kFeatureDirectory);
   int skipped = 0;
+  int unread = 0;
   std::string failedFile;
   const auto step = [&](const TVarImage& image) {
     const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
@@ -39,8 +43,14 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
       ++skipped;
       return true;
     }
+    // What an earlier run stored of the picture is better than numbers of nothing.
+    if (vector->GetLacksPicture()) {
+      ++unread;
+      return true;
+    }
     const std::string path = StoredFeaturePath(featureName, image.GetFilename());
     if (!SaveStoredFeature(path, *vector)) {
+      // Ends the command: where one file cannot be written, as on a full disk, the others cannot either.
       failedFile = path;
       return false;
     }
@@ -50,6 +60,9 @@ bool TFunctionSaveFeature::Execute(const std::vector<std::string>& params) {
   const auto atEnd = [&] {
     if (skipped > 0) {
       Print(FormatString("%d images without the feature skipped", skipped));
+    }
+    if (unread > 0) {
+      Print(FormatString("%d images that could not be read are not saved", unread));
     }
   };
   const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);

@@ -5,7 +5,8 @@
 
 #include "images/image-command.h"
 
-/// savefeature: writes one feature of all images of a database into "FeatureStorage". Images without it are skipped.
+/// savefeature: writes one feature of all images of a database into "FeatureStorage". Images without it are
+/// skipped, and so are those whose picture could not be read when it was computed.
 class TFunctionSaveFeature : public TImageCommand {
  public:
   TFunctionSaveFeature();

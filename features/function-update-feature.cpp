@@ -33,46 +33,41 @@ bool TFunctionUpdateFeature::Execute(const std::vector<std::string>& params) {
     Print("Feature not found");
     return false;
   }
-  if (images->IsDatabase()) {
-    Print("Processing.. this could take some time");
-    ProcessEvents();
-  }
-  TPictureReport report(output);
   int count = 0;
-  const auto step = [&](TVarImage& image) {
+  return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
     if (!ProcessImage(*feature, image, report)) {
       return false;
     }
+    // Some seconds' worth of pictures: often enough to show life, seldom enough to leave the output readable.
     if (++count % 100 == 0) {
       ProcessEvents();
       Print(FormatString("%d images processed", count));
     }
     return true;
-  };
-  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
-    return false;
-  }
-  if (images->IsDatabase()) {
-    Print("Processing done");
-  }
-  return true;
+  });
 }
 
 bool TFunctionUpdateFeature::ProcessImage(const TFeature& feature, TVarImage& image, TPictureReport& report) const {
   TImageRGB color;
-  report.Load(image.GetFilename(), color);
+  const bool isRead = report.Load(image.GetFilename(), color);
   TImageGray gray;
   if (feature.NeedsGrayscale()) {
     color.ToGray(gray);
   }
   TImageSegmentRect& whole = image.GetImageSegment();
+  // The rectangle is known only now: an image variable is a file name until somebody decodes it.
   whole.SetX(0);
   whole.SetY(0);
   whole.SetWidth(color.GetWidth());
   whole.SetHeight(color.GetHeight());
+  // The first failure ends the command: a feature that cannot say its length fails on every segment.
   const auto process = [&](TImageSegment& segment) { return UpdateSegmentFeature(feature, color, gray, segment); };
-  const bool computed = process(whole) && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
-                                                      [&](const auto& segment) { return process(*segment); });
+  bool computed = process(whole);
+  if (computed) {
+    whole.GetFeatures().Find(feature.GetName())->SetLacksPicture(!isRead);
+  }
+  computed = computed && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
+                                     [&](const auto& segment) { return process(*segment); });
   if (!computed) {
     Print(FormatString("Feature '%s' has an invalid length", feature.GetName().c_str()));
   }

@@ -6,7 +6,7 @@
 
 void SetHistogram(const std::string& name, const TByteHistogram& counts, double total, TFeatureVector& vector) {
   vector.SetName(name);
-  vector.SetLength(counts.size());
+  vector.SetLength(kHistogramLength);
   std::transform(counts.begin(), counts.end(), vector.GetData(),
                  [total](std::uint64_t count) { return static_cast<double>(count) / total; });
 }

@@ -63,8 +63,8 @@ TEST_F(TPluginDoctor, TellsWhatASoundPluginIs) {
   EXPECT_TRUE(report.isSound);
   ASSERT_EQ(report.lines.size(), 12u) << base::Join(report.lines, "\n");
   EXPECT_EQ(report.lines[0], "ok     exports all seven functions");
-  EXPECT_EQ(report.lines[1], "ok     calls itself \"meancolor\": The mean colour of a picture");
-  EXPECT_EQ(report.lines[2], "ok     works on colour, its vector has length 3");
+  EXPECT_EQ(report.lines[1], "ok     calls itself \"meancolor\": The mean color of a picture");
+  EXPECT_EQ(report.lines[2], "ok     works on color, its vector has length 3");
   EXPECT_EQ(report.lines[9], "ok     loses no memory in 1000 calls");
   EXPECT_TRUE(report.lines[10].ends_with(" ms for a megapixel")) << report.lines[10];
   EXPECT_EQ(report.lines[11], "FeatureMeanColor.so is sound");
@@ -89,14 +89,14 @@ TEST_F(TPluginDoctor, EachFaultHasItsLine) {
       {"without-length", "does not export GetFeatureLength"},
       {"without-color", "does not export ProcessColor"},
       {"name-capital", "cannot be used: its name \"meanColor\" is empty or cannot be typed"},
-      {"needs-nothing", "cannot be used: it needs neither colour nor gray"},
+      {"needs-nothing", "cannot be used: it needs neither color nor gray"},
       {"named-lbp", "never runs: a built-in feature is called \"lbp\" too"},
       {"refusing", "cannot be used: the wind is wrong"},
       {"length-negative", "has no length on 0 x 0: asks for -1 numbers; the workbench gives 0 to 16777216"},
       {"length-beyond", "has no length on 0 x 0: asks for 16777217 numbers; the workbench gives 0 to 16777216"},
       {"growing",
        "gives different answers to 0 x 0, 1 x 1, 1 x 500, 500 x 1, 17 x 13, 101 x 75, 64 x 48 black, 64 x 48 gray, "
-       "64 x 48 colour, 64 x 48 noise, 4000 x 3000: 4 numbers, then 5"},
+       "64 x 48 color, 64 x 48 noise, 4000 x 3000: 4 numbers, then 5"},
       {"crashes", "crashes on 1 x 1, 1 x 500: "},
       {"crashes-when-asked", "crashes when it is asked what it is: "},
       {"overflows-stack", "crashes on 1 x 500: "},

@@ -49,15 +49,19 @@ constexpr std::array<TPicture, 11> kPictures = {{{"0 x 0", 0, 0, TFill::kNoise},
                                                  {"101 x 75", 101, 75, TFill::kColor},
                                                  {"64 x 48 black", 64, 48, TFill::kBlack},
                                                  {"64 x 48 gray", 64, 48, TFill::kGray},
-                                                 {"64 x 48 colour", 64, 48, TFill::kColor},
+                                                 {"64 x 48 color", 64, 48, TFill::kColor},
                                                  {"64 x 48 noise", 64, 48, TFill::kNoise},
                                                  {"4000 x 3000", 4000, 3000, TFill::kNoise}}};
+// Of the pictures above: the one that is asked for again and again, small enough for a thousand calls.
 constexpr std::size_t kNoisePicture = 9;
 constexpr TPicture kMegapixel = {"1000 x 1000", 1000, 1000, TFill::kNoise};
 
+// As many as a leak of a few bytes needs to stand out from the allocator's own bookkeeping; a slow plug-in is judged by
+// fewer.
 constexpr int kLeakCalls = 1000;
 constexpr int kFewestLeakCalls = 20;
 constexpr auto kLeakTime = std::chrono::seconds(60);
+// The best of three: the first one may load pages, and any of them may be interrupted.
 constexpr int kTimedCalls = 3;
 
 /// What the surroundings of a call hold that must not matter, different from call to call.
@@ -69,6 +73,8 @@ struct TSurroundings {
   unsigned char padding;
 };
 
+// The two calls differ in everything that must not matter. An element that keeps both patterns was not written; an
+// answer that differs has read what is not its own.
 constexpr TSurroundings kFirst = {TFlush::kAtEnd, 0x7ff4a5a500c0ffee, 0x55};
 constexpr TSurroundings kSecond = {TFlush::kAtStart, 0x7ff45a5a00decade, 0xc3};
 
@@ -81,6 +87,8 @@ void FillRow(const TPicture& picture, int y, int bytesPerPixel, std::uint64_t& s
       break;
     case TFill::kColor:
       for (std::size_t i = 0; i < count; ++i) {
+        // A slope in each channel, of another steepness, that wraps around at 256: colors of all hues, the same on
+        // every machine.
         const auto channel = i % static_cast<std::size_t>(bytesPerPixel);
         row[i] = static_cast<unsigned char>(i * (channel + 1) + static_cast<std::size_t>(y) * (5 - channel));
       }
@@ -120,6 +128,7 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
     std::fill(row + rowSize, row + stride, surroundings.padding);
     FillRow(picture, y, bytesPerPixel, state, row);
   }
+  // The workbench gives all plug-ins the same picture, so that none may write to it.
   pixels.MakeReadOnly();
   answer.assign(static_cast<std::size_t>(length), surroundings.element);
   auto* const answerBytes = reinterpret_cast<unsigned char*>(answer.data());
@@ -131,6 +140,7 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   if (time != nullptr) {
     *time = TClock::now() - start;
   }
+  // Out of the guarded block, which goes on return.
   std::copy_n(elements.GetBytes(), answerSize, answerBytes);
   return std::nullopt;
 }
@@ -156,6 +166,7 @@ void TellFaults(const TAnswer& first, const TAnswer& second, const base::TTell& 
   bool isDifferenceTold = false;
   for (std::size_t i = 0; i < first.size(); ++i) {
     const bool isUnwritten = first[i] == kFirst.element && second[i] == kSecond.element;
+    // An element counts for one fault only, the first in this order.
     const bool isInfinite = !isUnwritten && !(std::isfinite(number(first[i])) && std::isfinite(number(second[i])));
     if (isUnwritten && !std::exchange(isUnwrittenTold, true)) {
       tell(FormatString("unwritten element %zu", i));
@@ -192,8 +203,8 @@ std::size_t LostBytes(const std::vector<base::TMemoryInUse>& history) {
 /// begin with a word that says what they are about.
 class TCheckup {
  public:
-  TCheckup(const std::string& fileName, const boost::function<void(const std::string&)>& print, int patience)
-      : fileName(fileName), print(print), patience(patience) {}
+  TCheckup(const std::string& theFileName, const boost::function<void(const std::string&)>& thePrint, int thePatience)
+      : fileName(theFileName), print(thePrint), patience(thePatience) {}
 
   bool Run() {
     const std::string bareName(base::FileNameOf(fileName));
@@ -201,6 +212,7 @@ class TCheckup {
       PrintFault("the workbench passes it over: its name does not begin with Feature or has no library ending");
     }
     if (Introduce()) {
+      // The later trials need an answer to hold theirs against.
       TryPictures();
       TryLeaks();
       TryTime();
@@ -346,8 +358,7 @@ class TCheckup {
     } else {
       PrintGood("calls itself \"" + name + "\"" + (description.empty() ? "" : ": " + description));
     }
-    PrintGood(
-        FormatString("works on %s, its vector has length %s", isColor ? "colour" : "gray levels", length.c_str()));
+    PrintGood(FormatString("works on %s, its vector has length %s", isColor ? "color" : "gray levels", length.c_str()));
     return true;
   }
 
@@ -375,6 +386,7 @@ class TCheckup {
           },
           [&](const std::string& word, const std::string& text) {
             if (word == "picture") {
+              // Told before the call, so that a crash is known to be of this picture.
               current = std::strtoull(text.c_str(), nullptr, 10);
             } else if (word == "answered") {
               digests[current] = std::strtoull(text.c_str(), nullptr, 10);
@@ -414,6 +426,7 @@ class TCheckup {
                 tell("differs another process gets another answer");
               }
             }
+            // Restarts the patience of the parent: it is for one call and not for a thousand.
             tell("call");
             history.push_back(base::MemoryInUse());
           }
@@ -504,6 +517,7 @@ class TCheckup {
   int faults = 0;
   std::string name;
   bool isColor = false;
+  // By kind of fault: one line each, with all pictures on which it was found.
   std::map<std::string, TFinding> findings;
   /// Of the pictures that were answered.
   std::array<std::optional<std::uint64_t>, kPictures.size()> digests;

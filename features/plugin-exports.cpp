@@ -18,6 +18,8 @@ bool IsControl(char character) {
 bool IsUsableName(std::string_view name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), [](char character) {
     const bool isCapital = character >= 'A' && character <= 'Z';
+    // A capital would be folded away and never match; the others end a name in the command line, and the slashes would
+    // lead into other directories where the name becomes part of a file name.
     return !isCapital && !IsControl(character) &&
            std::string_view("/\\\",=)").find(character) == std::string_view::npos;
   });
@@ -48,6 +50,8 @@ std::optional<TPluginExports> LoadPluginExports(const std::string& fileName, std
   if (!reason.empty()) {
     return std::nullopt;
   }
+  // The object goes and the library stays: QLibrary unloads only when asked to. Its code may have started threads or
+  // left handlers behind.
   QLibrary library(QString::fromStdString(base::PluginLoadPath(fileName)));
   if (!library.load()) {
     reason = library.errorString().toStdString();
@@ -61,12 +65,14 @@ std::optional<TPluginExports> LoadPluginExports(const std::string& fileName, std
   Resolve(library, "GetFeatureLength", exports.getFeatureLength, exports.missing);
   Resolve(library, "ProcessGrayscale", exports.processGrayscale, exports.missing);
   Resolve(library, "ProcessColor", exports.processColor, exports.missing);
+  // Not among the seven: libraries without it work.
   exports.getRefusal = reinterpret_cast<TPluginExports::TGetText*>(library.resolve("GetRefusal"));
   return exports;
 }
 
 std::string AskPlugin(const TPluginExports& exports, std::string& name, bool& needsGrayscale, bool& needsColor) {
   if (exports.getRefusal != nullptr) {
+    // First of all, since a library that refuses to work need not answer anything else sensibly.
     std::string refusal = PluginText(exports.getRefusal());
     if (!refusal.empty()) {
       return refusal;
@@ -85,7 +91,7 @@ std::string AskPlugin(const TPluginExports& exports, std::string& name, bool& ne
   needsGrayscale = exports.needsGrayscale() != 0;
   needsColor = exports.needsColor() != 0;
   if (!needsColor && !needsGrayscale) {
-    return "it needs neither colour nor gray";
+    return "it needs neither color nor gray";
   }
   return WhyMissing(exports, {needsColor ? "ProcessColor" : "ProcessGrayscale"});
 }

@@ -12,6 +12,7 @@ namespace {
 /// Calls `process` with the segment's part of the picture, which is the picture itself if it covers all of it.
 template <typename TImage, typename TProcess>
 bool WithCrop(const TImage& picture, const TImageSegmentRect& rect, const TProcess& process) {
+  // Saves the copy of a whole photograph.
   if (rect.GetX() == 0 && rect.GetY() == 0 && rect.GetWidth() == picture.GetWidth() &&
       rect.GetHeight() == picture.GetHeight()) {
     return process(picture);
@@ -26,6 +27,7 @@ bool WithCrop(const TImage& picture, const TImageSegmentRect& rect, const TProce
 bool UpdateSegmentFeature(const TFeature& feature, const TImageRGB& color, const TImageGray& gray,
                           TImageSegment& segment) {
   const auto& rect = dynamic_cast<const TImageSegmentRect&>(segment);
+  // In place of an earlier one, whose order among the features stays.
   TFeatureVector* known = segment.GetFeatures().Find(feature.GetName());
   std::unique_ptr<TFeatureVector> added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
   TFeatureVector& vector = known == nullptr ? *added : *known;

@@ -17,10 +17,12 @@
 
 namespace {
 
+// The toolkit's own limit is 32,767, less than a long path in a script of generated lines may need.
 constexpr int kMostCharacters = 1 << 20;
 
 /// The clipboard that a key pastes from; nothing for any other key.
 std::optional<QClipboard::Mode> PastedBy(const QKeyEvent& key) {
+  // Pastes the selection in the toolkit's line editors; it is no standard key that could be asked for.
   if (key.keyCombination() == (Qt::CTRL | Qt::SHIFT | Qt::Key_Insert)) {
     return QClipboard::Selection;
   }
@@ -36,7 +38,9 @@ TCommandLine::TCommandLine(QWidget* parent)
   completer->setWidget(this);
   completer->setCompletionMode(QCompleter::UnfilteredPopupCompletion);
   completer->setMaxVisibleItems(12);
+  completer->popup()->setAccessibleName("Candidates");
   connect(completer, qOverload<const QString&>(&QCompleter::activated), this, &TCommandLine::Accept);
+  // Only while the list is open, and not for text that the program sets.
   connect(this, &QLineEdit::textEdited, this, [this] {
     if (ShowsCandidates()) {
       Complete();
@@ -78,6 +82,7 @@ void TCommandLine::keyPressEvent(QKeyEvent* event) {
 }
 
 void TCommandLine::inputMethodEvent(QInputMethodEvent* event) {
+  // Input methods deliver pasted and dictated text this way.
   if (event->commitString().contains('\n')) {
     emit linesPasted(event->commitString());
   } else {
@@ -118,12 +123,15 @@ void TCommandLine::PasteFrom(QClipboard::Mode mode) {
 void TCommandLine::Complete() {
   const QString before = text().left(cursorPosition());
   const std::string bytes = FromQString(before);
+  // What stands behind the cursor plays no part and stays.
   const TCandidates completion = OnComplete(bytes);
+  // The controller counts bytes of UTF-8, the line editor counts UTF-16 units.
   start = ToQString(bytes.substr(0, completion.start)).size();
   QStringList texts;
   for (const std::string& candidate : completion.candidates) {
     texts << ToQString(candidate);
   }
+  // While the list is open a single candidate stays in it: typing on would otherwise insert what nobody chose.
   if (texts.size() == 1 && !ShowsCandidates()) {
     Accept(texts.first());
   } else {
@@ -139,6 +147,7 @@ void TCommandLine::ShowCandidates(const QStringList& texts) {
   }
   candidates->setStringList(texts);
   QRect place = cursorRect();
+  // 40 pixels for the scroll bar and the frame.
   place.setWidth(qMin(width(), completer->popup()->sizeHintForColumn(0) + 40));
   completer->complete(place);
   completer->popup()->setCurrentIndex(completer->completionModel()->index(0, 0));

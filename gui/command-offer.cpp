@@ -6,7 +6,7 @@ const TCommandOfferScope* innermost = nullptr;
 
 }  // namespace
 
-TCommandOfferScope::TCommandOfferScope(const TCommandTaker& taker) : taker(taker), outer(innermost) {
+TCommandOfferScope::TCommandOfferScope(const TCommandTaker& theTaker) : taker(theTaker), outer(innermost) {
   innermost = this;
 }
 

@@ -8,7 +8,7 @@ const TDialogRunnerScope* innermost = nullptr;
 
 }  // namespace
 
-TDialogRunnerScope::TDialogRunnerScope(const TDialogRunner& runner) : runner(runner), outer(innermost) {
+TDialogRunnerScope::TDialogRunnerScope(const TDialogRunner& theRunner) : runner(theRunner), outer(innermost) {
   innermost = this;
 }
 

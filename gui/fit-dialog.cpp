@@ -26,11 +26,13 @@ void MoveFrame(QWidget& window, QPoint place) {
 
 bool ExceedsScreen(const QDialog& dialog) {
   const QSize outer = dialog.size() + kFrame;
+  // Without task bars and panels.
   return dialog.screen()->availableGeometry().size().boundedTo(outer) != outer;
 }
 
 void ReduceToScreen(QDialog& dialog, TPictureView& view, QWidget& closeButton, QSize fullSize) {
   const QSize available = dialog.screen()->availableGeometry().size() - kFrame;
+  // At least one pixel either way: a very long, thin picture would vanish.
   const QSize size = fullSize.scaled(available - kAround, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
   view.move(kMargin, kMargin);
   view.Reduce(size);
@@ -44,6 +46,7 @@ void ReduceToScreen(QDialog& dialog, TPictureView& view, QWidget& closeButton, Q
 void MoveOntoScreen(QDialog& dialog) {
   const QRect screen = dialog.screen()->availableGeometry();
   const QSize outer = dialog.size() + kFrame;
+  // Where there is no room, the upper left corner counts: it has the title bar.
   const auto bounded = [](int place, int first, int room) { return std::max(std::min(place, first + room), first); };
   const QPoint place(bounded(dialog.pos().x(), screen.x(), screen.width() - outer.width()),
                      bounded(dialog.pos().y(), screen.y(), screen.height() - outer.height()));

@@ -15,12 +15,14 @@
 namespace {
 
 void DrawSegments(const TImageSegmentList& segments, QImage& canvas) {
+  // Half transparent gray, which does not hide the picture; labelled segments stand out in green.
   const QColor unlabelled(128, 128, 128, 128);
   const QColor labelled(0, 255, 0, 255);
   QPainter painter(&canvas);
   for (const auto& segment : segments) {
     const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
     painter.setPen(rect.GetLabel().empty() ? unlabelled : labelled);
+    // The toolkit draws a rectangle one pixel larger than its size.
     painter.drawRect(rect.GetX(), rect.GetY(), rect.GetWidth() - 1, rect.GetHeight() - 1);
   }
 }
@@ -63,7 +65,8 @@ bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
     Print("Parameter is not of type 'image'");
     return false;
   }
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
+  // Nobody would see the picture, and decoding it takes most of the time.
   if (!DialogsAreShown()) {
     report.Check(image->GetFilename());
     return true;

@@ -19,11 +19,11 @@
 namespace {
 
 constexpr int kCanvasSize = 800;
-constexpr int kCentre = kCanvasSize / 2;
+constexpr int kCenter = kCanvasSize / 2;
 constexpr int kTileWidth = 120;
 constexpr std::size_t kMaxTiles = 40;
 
-/// Copies the tile to the canvas around the centre x, y; what falls outside is cut.
+/// Copies the tile to the canvas around the center x, y; what falls outside is cut.
 void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
   const int left = x - tile.GetWidth() / 2;
   const int top = y - tile.GetHeight() / 2;
@@ -38,17 +38,18 @@ void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
 /// A canvas of the map, with `ratio` pixels for one of the screen's logical ones, and what lies where on it.
 class TMapCanvas {
  public:
-  TMapCanvas(int count, qreal ratio) : count(count), ratio(ratio) {
-    const int size = qRound(kCanvasSize * ratio);
+  TMapCanvas(int theCount, qreal theRatio) : count(theCount), ratio(theRatio) {
+    const int size = qRound(kCanvasSize * theRatio);
     canvas.SetSize(size, size, true);
   }
 
   /// Draws a result in a direction drawn by lot, at a distance from the middle that grows with its rank, from 0, among
   /// all that are shown. The query, of rank -1, lies one step beyond the middle.
   void Draw(const TTopResult& result, int rank, TPictureReport& report) {
+    // Whole degrees. y grows downwards on the screen, hence the minus below.
     const double angle = (std::rand() % 360) * std::numbers::pi / 180.0;
-    const double x = kCentre + std::cos(angle) * rank * kCentre / count;
-    const double y = kCentre + std::sin(angle) * -rank * kCentre / count;
+    const double x = kCenter + std::cos(angle) * rank * kCenter / count;
+    const double y = kCenter + std::sin(angle) * -rank * kCenter / count;
     if (!LoadTile(result.filename, qRound(kTileWidth * ratio), tile, &report)) {
       return;
     }
@@ -100,10 +101,11 @@ bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
   TImageDisplay dialog;
   dialog.setAccessibleName(ToQString(top->index->GetTitle()));
   TMapCanvas map(count, dialog.devicePixelRatioF());
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   std::size_t done = 0;
   for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
     if (DialogsAreShown()) {
+      // From the last rank down to 0, and -1 for the query behind the others.
       map.Draw(results[done], count - 1 - static_cast<int>(done), report);
     } else {
       report.Check(results[done].filename);

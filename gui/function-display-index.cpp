@@ -37,7 +37,7 @@ bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
   TIndexDisplay dialog;
   dialog.setAccessibleName(ToQString(top->index->GetTitle()));
   const qreal ratio = dialog.devicePixelRatioF();
-  TPictureReport report(output);
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
   TImageRGB tile;
   std::size_t done = 0;
   for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
@@ -49,6 +49,7 @@ bool TFunctionDisplayIndex::Execute(const std::vector<std::string>& params) {
     QImage picture;
     if (LoadTile(filename, qRound(kTileWidth * ratio), tile, &report)) {
       picture = ToQImage(tile);
+      // The tile was loaded with as many pixels as the screen has for it; the toolkit must not enlarge it again.
       picture.setDevicePixelRatio(ratio);
     }
     dialog.SetImage(picture, static_cast<int>(done), {QRect(), filename, description});

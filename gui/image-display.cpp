@@ -11,12 +11,15 @@
 
 TImageDisplay::TImageDisplay(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::TImageDisplay>()) {
   ui->setupUi(this);
+  // Return closes the dialog until Tab leads to a picture.
+  ui->pbClose->setFocus(Qt::OtherFocusReason);
 }
 
 TImageDisplay::~TImageDisplay() = default;
 
 void TImageDisplay::SetImage(const QImage& image, const std::vector<TPictureItem>& items) {
   const QSize size = image.deviceIndependentSize().toSize();
+  // Margins of 10 pixels, and the button below.
   const int width = size.width() + 20;
   const int height = size.height() + 50;
   resize(width, height);
@@ -28,6 +31,8 @@ void TImageDisplay::SetImage(const QImage& image, const std::vector<TPictureItem
 }
 
 void TImageDisplay::showEvent(QShowEvent* event) {
+  // Only now the dialog knows its screen. Spontaneous events come from the window system, as when the dialog is brought
+  // back from the task bar.
   if (!event->spontaneous() && ExceedsScreen(*this)) {
     ReduceToScreen(*this, *ui->laImage, *ui->pbClose, ui->laImage->size());
   } else if (!event->spontaneous()) {

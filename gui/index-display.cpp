@@ -9,6 +9,8 @@
 
 TIndexDisplay::TIndexDisplay(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::TIndexDisplay>()), labels() {
   ui->setupUi(this);
+  // Return closes the dialog until Tab leads to a picture.
+  ui->pbClose->setFocus(Qt::OtherFocusReason);
   labels = {ui->laImage1,  ui->laImage2,  ui->laImage3,  ui->laImage4,  ui->laImage5,  ui->laImage6,
             ui->laImage7,  ui->laImage8,  ui->laImage9,  ui->laImage10, ui->laImage11, ui->laImage12,
             ui->laImage13, ui->laImage14, ui->laImage15, ui->laImage16};
@@ -37,11 +39,13 @@ void TIndexDisplay::Reduce() {
   std::vector<TPictureItem> items;
   for (const TPictureView* label : labels) {
     for (TPictureItem item : label->GetItems()) {
+      // In the coordinates of the whole.
       item.place = label->geometry().translated(-tiles.topLeft());
       items.push_back(item);
     }
   }
   auto* whole = new TPictureView(this);
+  // One picture of all sixteen: they shrink together and keep their distances.
   whole->SetPicture(grab(tiles), items);
   for (TPictureView* label : labels) {
     label->hide();

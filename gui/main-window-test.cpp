@@ -75,7 +75,7 @@ class TMainWindowTest : public testing::Test {
 };
 
 TEST_F(TMainWindowTest, TheFormHasItsNamesGeometryAndHeaders) {
-  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v" PROJECT_VERSION);
   EXPECT_EQ(window.size(), QSize(1182, 568));
   const QSize available = QApplication::primaryScreen()->availableGeometry().size();
   EXPECT_EQ(window.pos().x(), (available.width() - window.frameGeometry().width()) / 2);
@@ -194,33 +194,33 @@ TEST_F(TMainWindowTest, OutputLeavesTheSelectionWhatItIs) {
 }
 
 TEST_F(TMainWindowTest, AChangedFileShowsWithTheNextRowsAndNoneIsReadTwice) {
-  const auto paint = [](const char* file, QColor colour, std::chrono::seconds age) {
+  const auto paint = [](const char* file, QColor color, std::chrono::seconds age) {
     QImage picture(40, 30, QImage::Format_RGB888);
-    picture.fill(colour);
+    picture.fill(color);
     ASSERT_TRUE(picture.save(file, "BMP"));
     std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() - age);
   };
   const std::vector<TVariableRow> rows = {{"a", "image", "", "a.png"}, {"b", "image", "", "./a.png"}};
-  const auto colourOf = [&](int row) { return Thumbnail(row).toImage().pixelColor(20, 15); };
+  const auto colorOf = [&](int row) { return Thumbnail(row).toImage().pixelColor(20, 15); };
   paint("a.png", Qt::red, std::chrono::hours(2));
   window.SetVariables(rows);
-  EXPECT_EQ(colourOf(0), QColor(Qt::red));
+  EXPECT_EQ(colorOf(0), QColor(Qt::red));
   paint("a.png", Qt::blue, std::chrono::hours(1));
-  EXPECT_EQ(colourOf(0), QColor(Qt::red)) << "a picture changes with a line, not under the eye";
+  EXPECT_EQ(colorOf(0), QColor(Qt::red)) << "a picture changes with a line, not under the eye";
   window.SetVariables(rows);
-  EXPECT_EQ(colourOf(0), QColor(Qt::blue));
+  EXPECT_EQ(colorOf(0), QColor(Qt::blue));
   // A change that the file's size and time do not show: what is kept is shown, under any name of the file.
   const auto changed = std::filesystem::last_write_time("a.png");
   paint("a.png", Qt::green, std::chrono::hours(1));
   std::filesystem::last_write_time("a.png", changed);
   window.SetVariables(rows);
-  EXPECT_EQ(colourOf(0), QColor(Qt::blue));
-  EXPECT_EQ(colourOf(1), QColor(Qt::blue));
+  EXPECT_EQ(colorOf(0), QColor(Qt::blue));
+  EXPECT_EQ(colorOf(1), QColor(Qt::blue));
   // Twice within the grain of a file system's clock.
-  for (const QColor colour : {Qt::red, Qt::green}) {
-    paint("a.png", colour, std::chrono::seconds(0));
+  for (const QColor color : {Qt::red, Qt::green}) {
+    paint("a.png", color, std::chrono::seconds(0));
     window.SetVariables(rows);
-    EXPECT_EQ(colourOf(0), colour);
+    EXPECT_EQ(colorOf(0), color);
   }
   std::filesystem::remove("a.png");
   window.SetVariables(rows);
@@ -536,9 +536,9 @@ TEST_F(TCommandLineTest, ADialogOfACommandGetsItsInputAsUsual) {
 
 TEST_F(TMainWindowTest, TheTitleShowsTheWorkUnderWay) {
   window.ShowWork("segmentimage, 1,200 of 25,000");
-  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8 - segmentimage, 1,200 of 25,000");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v" PROJECT_VERSION " - segmentimage, 1,200 of 25,000");
   window.ShowWork("");
-  EXPECT_EQ(window.windowTitle(), "Tessimar v0.1.8");
+  EXPECT_EQ(window.windowTitle(), "Tessimar v" PROJECT_VERSION);
 }
 
 TEST_F(TMainWindowTest, ACommandOfferedDuringAnotherStandsInTheLineAfterwards) {

@@ -39,18 +39,23 @@ static QIcon MakeIcon() {
 
 namespace {
 
-constexpr const char* kTitle = "Tessimar v0.1.8";
+constexpr const char* kTitle = "Tessimar v" TESSIMAR_VERSION;
 
-/// Adds a row with a label, which the table takes over.
+/// Adds a row with a label and an item with its text for screen readers, which the table takes over.
 void AddSideRow(QTableWidget* table, const std::string& text) {
   const int row = table->rowCount();
   table->setRowCount(row + 1);
   auto* label = new QLabel(table);
+  // A name of a plug-in may hold what the toolkit would take for markup.
   label->setTextFormat(Qt::PlainText);
   label->setText(ToQString(text));
   label->setIndent(5);
   label->setToolTip(PlainToolTip(label->text()));
   table->setCellWidget(row, 0, label);
+  auto* item = new QTableWidgetItem();
+  item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled);
+  item->setData(Qt::AccessibleTextRole, label->text());
+  table->setItem(row, 0, item);
 }
 
 /// Files are only read: a source that is told of a move would delete them.
@@ -67,6 +72,7 @@ MainWindow::MainWindow(QWidget* parent)
       workInput(this),
       offerScope(boost::bind(&MainWindow::TakeOffer, this, boost::placeholders::_1)) {
   ui->setupUi(this);
+  // Up, down and Escape belong to the window, which the line editor would take for itself.
   ui->leCommand->installEventFilter(this);
   setWindowTitle(kTitle);
   // The dialogs' too.
@@ -79,10 +85,21 @@ MainWindow::MainWindow(QWidget* parent)
   ui->twVariables->setColumnWidth(2, 750);
   ui->leCommand->setFocus(Qt::OtherFocusReason);
   ui->splitter->setSizes({260, 260, 50});
+  // The command line must not be dragged out of sight.
   ui->splitter->setCollapsible(2, false);
   setMinimumSize(480, 340);
   for (QGroupBox* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
     box->setToolTip(box->title());
+  }
+  // Tab leads out of every pane but the command line, where it completes and Shift+Tab leads out.
+  ui->pteInfo->setTabChangesFocus(true);
+  ui->twVariables->setTabKeyNavigation(false);
+  connect(ui->twVariables, &QTableWidget::cellActivated, this, &MainWindow::TakeVariable);
+  for (QTableWidget* table : {ui->twFeatures, ui->twClassifiers, ui->twSegmentationMethods}) {
+    table->setTabKeyNavigation(false);
+    connect(table, &QTableWidget::cellActivated, this, [this, table](int row) {
+      InsertIntoCommand('"' + table->item(row, 0)->data(Qt::AccessibleTextRole).toString() + '"');
+    });
   }
   // A file dropped anywhere is the window's. The text widgets would take its address as text; without accepting drops
   // they let it pass to here.
@@ -118,6 +135,7 @@ void MainWindow::SetVariables(const std::vector<TVariableRow>& rows) {
 void MainWindow::AddOutput(const std::string& text) {
   QPlainTextEdit* pane = ui->pteInfo;
   const QTextCursor before = pane->textCursor();
+  // Output goes where the cursor is, which is at the end unless the user has put it elsewhere.
   if (!before.hasSelection()) {
     pane->insertPlainText(ToQString(text));
     pane->ensureCursorVisible();
@@ -127,6 +145,7 @@ void MainWindow::AddOutput(const std::string& text) {
   QTextCursor selection = before;
   // Text inserted at either end of the selection would become part of it.
   selection.setKeepPositionOnInsert(before.position() > before.anchor());
+  // Drops the selection of this copy and keeps the place.
   place.setPosition(place.position());
   place.insertText(ToQString(text));
   pane->setTextCursor(place);
@@ -185,6 +204,7 @@ void MainWindow::ShowWork(const std::string& text) {
 }
 
 void MainWindow::ProcessWorkEvents() {
+  // While work is under way TWorkInput holds the input back, Escape excepted; outside of it nothing would.
   QCoreApplication::processEvents(workInput.IsActive() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
 }
 
@@ -199,10 +219,12 @@ void MainWindow::on_leCommand_linesPasted(const QString& text) {
   QStringList lines = text.split('\n');
   for (const QString& each : lines) {
     if (each.size() + line->text().size() > line->maxLength()) {
+      // The editor would cut the line without a word, and a cut command may do something else than the whole one.
       QToolTip::showText(line->mapToGlobal(QPoint()), "A line of more than 1,048,576 characters was not pasted", line);
       return;
     }
   }
+  // What stands behind the last line end waits for its Return.
   const QString rest = lines.takeLast();
   for (QString each : lines) {
     if (each.endsWith('\r')) {
@@ -225,6 +247,7 @@ void MainWindow::on_leCommand_linesPasted(const QString& text) {
 
 void MainWindow::RunHelp() {
   const std::string before = GetCommandText();
+  // F1 takes the road of a typed line, and leaves what was being typed.
   SetCommandText("help");
   on_leCommand_returnPressed();
   if (!before.empty()) {
@@ -240,6 +263,23 @@ void MainWindow::TakeOffer(const std::string& line) {
   }
 }
 
+void MainWindow::TakeVariable(int row) {
+  const TVariableRow& variable = ui->twVariables->GetRow(row);
+  const bool isEmpty = ui->leCommand->text().isEmpty();
+  QString line = ToQString(variable.name);
+  if (isEmpty && variable.type == "image") {
+    line = "displayimage(" + line + ")";
+  } else if (isEmpty && variable.type == "databaseindex") {
+    line = "displayindex(" + line + ")";
+  }
+  InsertIntoCommand(line);
+}
+
+void MainWindow::InsertIntoCommand(const QString& text) {
+  ui->leCommand->insert(text);
+  ui->leCommand->setFocus(Qt::OtherFocusReason);
+}
+
 void MainWindow::Interrupt() {
   if (OnInterrupt) {
     OnInterrupt();
@@ -249,6 +289,7 @@ void MainWindow::Interrupt() {
 void MainWindow::FollowPanes() {
   const auto follow = [this](QWidget* widget) {
     QWidget* parent = widget->parentWidget();
+    // Margins at the size of the form, before anything was resized.
     const QRect place = widget->geometry();
     followers.push_back({widget, QMargins(place.left(), place.top(), parent->width() - place.left() - place.width(),
                                           parent->height() - place.top() - place.height())});
@@ -288,11 +329,13 @@ void MainWindow::ArrangeChildrenOf(const QWidget* parent) {
 
 /// The three boxes stay at the right edge and share what height there is.
 void MainWindow::ArrangeSideTables() {
+  // The size of the central widget in the form.
   constexpr QSize kForm(1182, 568);
   const int wider = ui->centralWidget->width() - kForm.width();
   const int higher = ui->centralWidget->height() - kForm.height();
   int index = 0;
   for (QWidget* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
+    // Thirds of the extra height without a pixel lost to rounding.
     const int above = higher * index / 3;
     const int including = higher * (index + 1) / 3;
     box->setGeometry(1040 + wider, 10 + 170 * index + above, 131, 161 + including - above);
@@ -390,6 +433,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
     return;
   }
   const std::string path = base::DroppedPath(FromQString(urls.first().path()));
+  // As databases know an image; everything else is taken for a directory, and the controller checks it.
   const bool isImage = path.find(".jpg") != std::string::npos;
   SetCommandText((isImage ? "image=loadimage(\"" : "database=loaddatabase(\"") + path + "\")");
   if (OnFileDropped) {
@@ -402,9 +446,9 @@ void MainWindow::mousePressEvent(QMouseEvent* event) {
     return;
   }
   // The toolkit deletes the drag, and the drag its data, once the user has let go.
-  auto* data = new QMimeData();
-  data->setText("tessimar/feature");
+  auto* mime = new QMimeData();
+  mime->setText("tessimar/feature");
   auto* drag = new QDrag(this);
-  drag->setMimeData(data);
+  drag->setMimeData(mime);
   drag->exec(Qt::MoveAction);
 }

@@ -102,6 +102,9 @@ class MainWindow : public QMainWindow {
   void RunHelp();
   void Interrupt();
   void TakeOffer(const std::string& line);
+  /// Writes the name of a variable into the command line, or into an empty one the line that shows it.
+  void TakeVariable(int row);
+  void InsertIntoCommand(const QString& text);
 
   std::unique_ptr<Ui::MainWindow> ui;
   /// Empty until the window was shown: at the size of the form, its own geometry holds.

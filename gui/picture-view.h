@@ -20,6 +20,9 @@ struct TPictureItem {
 /// A picture that tells what it shows, in tooltips and in a context menu: copy the name of an image file, open it, take
 /// it as a query, save the picture. It has the size of the picture, or is reduced; then a click changes between that
 /// and the full size, of which the mouse drags what does not fit.
+///
+/// By the keyboard: the arrows choose one of the things that it shows, or move the full size, and Space does what a
+/// click does.
 class TPictureView : public QLabel {
   Q_OBJECT
 
@@ -41,12 +44,21 @@ class TPictureView : public QLabel {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
 
  private:
   QSize GetFullSize() const;
   /// The place in the picture at full size that is shown at `point` of the view.
   QPoint ToPicture(QPoint point) const;
+  /// The other way round.
+  QPoint FromPicture(QPoint point) const;
   const TPictureItem* FindItem(QPoint point) const;
+  /// The item that the keyboard chose; null if there is none.
+  const TPictureItem* ChosenItem() const;
+  void Choose(std::size_t index);
+  /// Changes between the full size and all of the picture; what `point` shows stays there.
+  void Toggle(QPoint point);
   /// Shows the full size with its pixel `origin` at the top left, or next to that at an edge.
   void ShowFrom(QPoint origin);
   void SavePicture(const std::string& filename);
@@ -63,4 +75,5 @@ class TPictureView : public QLabel {
   QPoint pressed;
   QPoint originThen;
   bool isDragged = false;
+  std::size_t chosen = 0;
 };

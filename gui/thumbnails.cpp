@@ -25,10 +25,12 @@ QPixmap ReadThumbnail(const std::string& filename, QSize wanted) {
   }
   QImageReader::setAllocationLimit(kMostMegabytes);
   QImageReader reader(ToQString(base::NativePath(filename)));
+  // Many files are called .jpg and are something else.
   reader.setDecideFormatFromContent(true);
   const QSize size = reader.size();
   if (reader.format() == "jpeg" && size.isValid()) {
     for (const int divisor : {8, 4, 2}) {
+      // As the decoder rounds.
       const QSize reduced((size.width() + divisor - 1) / divisor, (size.height() + divisor - 1) / divisor);
       if (reduced.width() >= 4 * wanted.width() && reduced.height() >= 4 * wanted.height()) {
         reader.setScaledSize(reduced);
@@ -37,6 +39,7 @@ QPixmap ReadThumbnail(const std::string& filename, QSize wanted) {
     }
   }
   const QImage picture = reader.read();
+  // All thumbnails have one size, whatever the proportions of the picture.
   return picture.isNull() ? QPixmap()
                           : QPixmap::fromImage(picture.scaled(wanted, Qt::IgnoreAspectRatio, Qt::FastTransformation));
 }
@@ -51,6 +54,7 @@ QPixmap TThumbnails::Get(const std::string& filename, qreal pixelRatio) {
     return {};
   }
   const std::string path = base::CanonicalPath(filename);
+  // The canonical path, so that several spellings of a file share one entry.
   const QByteArray key(path.data(), static_cast<qsizetype>(path.size()));
   const TEntry* kept = entries.object(key);
   if (kept != nullptr && kept->stamp == *stamp && kept->pixelRatio == pixelRatio) {
@@ -59,6 +63,8 @@ QPixmap TThumbnails::Get(const std::string& filename, qreal pixelRatio) {
   QPixmap picture = ReadThumbnail(filename, kSize * pixelRatio);
   picture.setDevicePixelRatio(pixelRatio);
   entries.remove(key);
+  // A file that is being written could change within the resolution of its time stamp, and the old thumbnail would
+  // stay.
   if (stamp->IsSettled()) {
     entries.insert(key, std::make_unique<TEntry>(TEntry{*stamp, pixelRatio, picture}).release());
   }

@@ -24,14 +24,17 @@ constexpr int kMostCharacters = 4096;
 /// Draws text behind a small indent and cuts it at the cell's edge, and thumbnails at the cell's left.
 class TCellPainter : public QStyledItemDelegate {
  public:
-  explicit TCellPainter(TVariablesTable* table) : QStyledItemDelegate(table), table(table) {}
+  explicit TCellPainter(TVariablesTable* theTable) : QStyledItemDelegate(theTable), table(theTable) {}
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
     QStyleOptionViewItem cell = option;
     initStyleOption(&cell, index);
+    // A description may be far longer than any screen is wide, and the toolkit would lay out all of it for each
+    // drawing.
     const QString text = cell.text.left(kMostCharacters);
     cell.text.clear();
     const QStyle* style = table->style();
+    // Background, selection and focus first, without the text.
     style->drawControl(QStyle::CE_ItemViewItem, &cell, painter, table);
     painter->save();
     painter->setClipRect(cell.rect);
@@ -42,6 +45,7 @@ class TCellPainter : public QStyledItemDelegate {
                           Qt::AlignLeft | Qt::AlignVCenter | Qt::TextForceLeftToRight, cell.palette, table->isEnabled(),
                           text, isSelected ? QPalette::HighlightedText : QPalette::Text);
     } else if (index.column() == kTypeColumn) {
+      // Read when the row is drawn for the first time: a script may make thousands of images that nobody scrolls to.
       const QPixmap thumbnail = table->GetThumbnail(index.row(), painter->device()->devicePixelRatioF());
       style->drawItemPixmap(painter, cell.rect, Qt::AlignLeft | Qt::AlignVCenter, thumbnail);
     }
@@ -65,13 +69,16 @@ class TCellPainter : public QStyledItemDelegate {
 }  // namespace
 
 TVariablesTable::TVariablesTable(QWidget* parent) : QTableWidget(parent) {
+  // The table is its parent and deletes it.
   setItemDelegate(new TCellPainter(this));
+  // The table shows the store and changes nothing in it.
   setEditTriggers(NoEditTriggers);
 }
 
 void TVariablesTable::SetRows(const std::vector<TVariableRow>& newRows) {
   // A name occurs once, and a variable that is replaced moves to the end.
   for (std::size_t i = 0; i < newRows.size() && i + 1 < rows.size(); ++i) {
+    // Removing that one row keeps all below it, with their thumbnails, as they are.
     if (rows[i].shown.name != newRows[i].name && rows[i + 1].shown.name == newRows[i].name) {
       rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(i));
       removeRow(static_cast<int>(i));
@@ -109,6 +116,7 @@ void TVariablesTable::Fill(int row, const TVariableRow& content) {
     if (column == kNameColumn) {
       cell->setFont(QFont("Courier"));
     } else if (column == kTypeColumn) {
+      // The cell of an image has no text, but a screen reader needs one.
       cell->setData(Qt::AccessibleTextRole, ToQString(content.type));
     }
     if (isNew) {

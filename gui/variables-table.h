@@ -34,6 +34,8 @@ class TVariablesTable : public QTableWidget {
   /// other row and for a file that cannot be read.
   QPixmap GetThumbnail(int row, qreal pixelRatio);
 
+  const TVariableRow& GetRow(int row) const { return rows[static_cast<std::size_t>(row)].shown; }
+
   /// The whole text of a cell; the file name in place of a thumbnail.
   QString GetText(int row, int column) const;
 

@@ -9,17 +9,20 @@
 #include <QWidget>
 #include <QWindow>
 
-TWorkInput::TWorkInput(QWidget* window) : window(window) {}
+TWorkInput::TWorkInput(QWidget* theWindow) : window(theWindow) {}
 
 TWorkInput::~TWorkInput() {
   ShowPointer(false);
 }
 
 void TWorkInput::Begin() {
+  // The inner ones only count.
   if (depth++ > 0) {
     return;
   }
   isButtonHeld = QGuiApplication::mouseButtons() != Qt::NoButton;
+  // Application-wide, since a key event visits window, widget and completer in turn; IsWindows picks out the ones that
+  // count.
   QCoreApplication::instance()->installEventFilter(this);
   ShowPointer(true);
 }
@@ -32,6 +35,7 @@ void TWorkInput::End() {
   ShowPointer(false);
   // Posted and not sent: whoever ended the work may have more to do before the next key counts.
   for (TKept& each : std::exchange(kept, {})) {
+    // A widget of a dialog may be gone by now.
     if (each.receiver) {
       QCoreApplication::postEvent(each.receiver, each.event.release());
     }
@@ -43,6 +47,7 @@ bool TWorkInput::eventFilter(QObject* watched, QEvent* event) {
     return false;
   }
   switch (event->type()) {
+    // A dialog of the command under way takes the window's input: the pointer must not look busy over it.
     case QEvent::WindowBlocked:
     case QEvent::WindowUnblocked:
       ShowPointer(event->type() == QEvent::WindowUnblocked);
@@ -97,6 +102,7 @@ bool TWorkInput::HandleKeyPress(QObject* watched, QEvent* event) {
 }
 
 bool TWorkInput::HandleMouse(const QEvent& event) {
+  // A widget that has seen the press waits for the release; without it a scroll bar would stick to the pointer.
   if (!isButtonHeld || event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
     return true;
   }
@@ -105,6 +111,7 @@ bool TWorkInput::HandleMouse(const QEvent& event) {
 }
 
 void TWorkInput::Keep(QObject* receiver, const QEvent& event) {
+  // A clone, because the toolkit reuses the original.
   kept.push_back({receiver, std::unique_ptr<QEvent>(event.clone())});
 }
 

@@ -16,6 +16,8 @@ struct TSpan {
 
 /// The part of the span that lies in 0 to `limit`.
 TSpan Clip(int start, int length, int limit) {
+  // In 64 bits: a segment read from elsewhere may begin near the largest int, and the sum would wrap around to a
+  // rectangle inside the picture.
   const std::int64_t end = std::min<std::int64_t>(static_cast<std::int64_t>(start) + length, limit);
   const int clippedStart = std::clamp(start, 0, limit);
   return {clippedStart, static_cast<int>(std::max<std::int64_t>(end - clippedStart, 0))};
@@ -24,6 +26,7 @@ TSpan Clip(int start, int length, int limit) {
 struct TRectangle {
   TRectangle(const TPixelBuffer& image, int x, int y, int width, int height)
       : columns(Clip(x, width, image.GetWidth())), rows(Clip(y, height, image.GetHeight())) {
+    // Nothing on either side is nothing at all: a crop of 0 x 40 would count as a picture with rows.
     if (columns.length == 0 || rows.length == 0) {
       columns.length = 0;
       rows.length = 0;

@@ -13,6 +13,7 @@ TFeatureVector* TFeatureVectorList::Find(const std::string& name) const {
 }
 
 void TFeatureVectorList::Remove(const std::string& name) {
+  // From the end, so that erasing moves nothing that is still to be looked at.
   for (std::size_t i = items.size(); i-- > 0;) {
     if (items[i]->GetName() == name) {
       if (ownsItems) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,10 @@ class TFeatureVectorList {
 
   /// Appends the vector. A list that owns its items takes the vector over; otherwise it must outlive its stay here.
   void Add(TFeatureVector* vector) {
+    // Without memory for its place the vector goes, as any other that is taken over.
+    std::unique_ptr<TFeatureVector> taken(ownsItems ? vector : nullptr);
     items.push_back(vector);
+    taken.release();
     ++revision;
   }
 

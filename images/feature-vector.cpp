@@ -8,8 +8,11 @@ void TFeatureVector::SetLength(std::uint32_t newLength) {
   }
   // Free first: two vectors of the largest size need not fit side by side.
   data.reset();
+  // Without memory the vector is empty, and not long without numbers.
+  length = 0;
+  // Without zeros: whoever sets a length writes every element next.
+  data = std::make_unique_for_overwrite<double[]>(newLength);
   length = newLength;
-  data = std::make_unique_for_overwrite<double[]>(length);
 }
 
 void TFeatureVector::Clear() {
@@ -23,4 +26,5 @@ void TFeatureVector::Assign(const TFeatureVector& other) {
   SetLength(other.length);
   std::copy_n(other.data.get(), length, data.get());
   name = other.name;
+  lacksPicture = other.lacksPicture;
 }

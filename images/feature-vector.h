@@ -24,14 +24,20 @@ class TFeatureVector {
   /// Keeps the numbers if the length is the current one; otherwise they are undefined.
   void SetLength(std::uint32_t newLength);
 
+  /// True for a vector that was computed from no picture, because the file could not be read: no number of it tells
+  /// anything.
+  bool GetLacksPicture() const { return lacksPicture; }
+  void SetLacksPicture(bool flag) { lacksPicture = flag; }
+
   /// Zeroes all numbers.
   void Clear();
 
-  /// Takes over numbers and name.
+  /// Takes over numbers, name and whether there was a picture.
   void Assign(const TFeatureVector& other);
 
  private:
   std::unique_ptr<double[]> data;
   std::uint32_t length = 0;
+  bool lacksPicture = false;
   base::TSharedText name;
 };

@@ -23,8 +23,11 @@ bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<
     Print("Path is not a directory");
     return false;
   }
+  // Drawn before the scan begins, which takes seconds for a hundred thousand files on a network share.
   Print("Scanning..");
   ProcessEvents();
+  // An absent path was refused above, so that an earlier database under this name keeps its images until the new one is
+  // known to be a directory.
   database.SetLocation(path);
   if (!database.ScanDirectory()) {
     Print("Directory cannot be read");

@@ -19,6 +19,8 @@ bool TFunctionLoadImage::ExecuteWithReturn(TVar& variable, const std::vector<std
     return false;
   }
   image.SetFilename(filename);
+  // The variable may have held another image: its vectors would be taken for those of the new file. Tags stay; they are
+  // the user's.
   image.GetImageSegment().GetFeatures().Clear();
   ClearSegments(image.GetSegments());
   return true;

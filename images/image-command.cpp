@@ -21,3 +21,13 @@ std::optional<TImageSelection> TImageCommand::RequireImages(const std::vector<st
   PrintWrongType(1, "'image' or 'database'");
   return std::nullopt;
 }
+
+const TVarDatabase* TImageCommand::RequireFilledDatabase(const std::vector<std::string>& params,
+                                                         const char* ifEmpty) const {
+  const auto* database = Require<TVarDatabase>(params, 1);
+  if (database != nullptr && database->GetImages().empty()) {
+    Print(ifEmpty);
+    return nullptr;
+  }
+  return database;
+}

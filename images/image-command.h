@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/function.h"
+#include "images/picture-report.h"
 
 class TVarDatabase;
 class TVarImage;
@@ -13,8 +14,8 @@ class TVarImage;
 /// What a command works on: one image, or all images of a database. Refers to the variable.
 class TImageSelection {
  public:
-  explicit TImageSelection(TVarImage& image) : image(&image) {}
-  explicit TImageSelection(const TVarDatabase& database) : database(&database) {}
+  explicit TImageSelection(TVarImage& theImage) : image(&theImage) {}
+  explicit TImageSelection(const TVarDatabase& theDatabase) : database(&theDatabase) {}
 
   bool IsDatabase() const { return database != nullptr; }
   std::size_t GetSize() const;
@@ -32,6 +33,10 @@ class TImageCommand : public TFunction {
 
   /// The images of the first parameter, an image or a database. Nothing if it is neither, and that has been printed.
   std::optional<TImageSelection> RequireImages(const std::vector<std::string>& params) const;
+
+  /// The database that the first parameter names, with an image at least. Null if it is none, or has none, for which
+  /// the line is `ifEmpty`; that has been printed.
+  const TVarDatabase* RequireFilledDatabase(const std::vector<std::string>& params, const char* ifEmpty) const;
 
   /// Calls `step` for each image until it returns false, or until the user wants the command to end, and `atEnd` behind
   /// the last. True if all images are done. Prints a line if the user ended it; a step that returns false has printed
@@ -55,5 +60,23 @@ class TImageCommand : public TFunction {
   template <typename TStep>
   bool ForEachImage(const TImageSelection& images, const TStep& step) const {
     return ForEachImage(images, step, [] {});
+  }
+
+  /// ForEachImage for work that reads the pictures: says of a database that it takes its time, and that it is done. The
+  /// report that `step` is given with each image has told of all files when this returns.
+  template <typename TStep>
+  bool ProcessImages(const TImageSelection& images, const TStep& step) const {
+    if (images.IsDatabase()) {
+      Print("Processing.. this could take some time");
+      // Drawn before the first picture, which may take seconds.
+      ProcessEvents();
+    }
+    TPictureReport report([this](const std::string& line) { PrintLoss(line); });
+    const bool isDone = ForEachImage(
+        images, [&](TVarImage& image) { return step(image, report); }, [&] { report.PrintRest(); });
+    if (isDone && images.IsDatabase()) {
+      Print("Processing done");
+    }
+    return isDone;
   }
 };

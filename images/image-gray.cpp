@@ -23,6 +23,7 @@ void TImageGray::SetPixel(int x, int y, unsigned char value) {
 }
 
 void TImageGray::ToRGB(TImageRGB& rgb) const {
+  // The bytes behind each row are zeroed with the rest, so that equal pictures are equal byte by byte.
   rgb.SetSize(GetWidth(), GetHeight(), true);
   for (int y = 0; y < GetHeight(); ++y) {
     const unsigned char* source = GetPixels() + static_cast<std::ptrdiff_t>(y) * GetStride();

@@ -22,27 +22,27 @@
 
 namespace {
 
-using TColours = std::vector<TColour>;
+using TColors = std::vector<TColor>;
 
-constexpr TColour kRed = {255, 0, 0};
-constexpr TColour kGreen = {0, 255, 0};
-constexpr TColour kBlue = {0, 0, 255};
-constexpr TColour kOlive = {100, 150, 50};
+constexpr TColor kRed = {255, 0, 0};
+constexpr TColor kGreen = {0, 255, 0};
+constexpr TColor kBlue = {0, 0, 255};
+constexpr TColor kOlive = {100, 150, 50};
 
-/// A different colour for every pixel of a small picture.
-TColour Pattern(int x, int y) {
+/// A different color for every pixel of a small picture.
+TColor Pattern(int x, int y) {
   return {static_cast<unsigned char>(10 + 16 * x), static_cast<unsigned char>(20 + 16 * y),
           static_cast<unsigned char>(x * y)};
 }
 
-TColour Gray(int level) {
+TColor Gray(int level) {
   const auto byte = static_cast<unsigned char>(level);
   return {byte, byte, byte};
 }
 
 /// The pixels in reading order.
-TColours Pixels(const TImageRGB& image) {
-  TColours pixels;
+TColors Pixels(const TImageRGB& image) {
+  TColors pixels;
   for (int y = 0; y < image.GetHeight(); ++y) {
     for (int x = 0; x < image.GetWidth(); ++x) {
       const unsigned char* pixel = image.GetPixels() + y * image.GetStride() + 3 * x;
@@ -61,8 +61,8 @@ std::vector<int> Levels(const TImageGray& image) {
   return levels;
 }
 
-TColours PatternPixels(int width, int height) {
-  TColours pixels;
+TColors PatternPixels(int width, int height) {
+  TColors pixels;
   for (int i = 0; i < width * height; ++i) {
     pixels.push_back(Pattern(i % width, i / width));
   }
@@ -70,7 +70,7 @@ TColours PatternPixels(int width, int height) {
 }
 
 /// Fills the picture with these pixels, in reading order.
-void Fill(TImageRGB& image, int width, int height, const TColours& pixels) {
+void Fill(TImageRGB& image, int width, int height, const TColors& pixels) {
   image.SetSize(width, height, true);
   for (int i = 0; i < width * height; ++i) {
     const auto& [red, green, blue] = pixels[static_cast<std::size_t>(i)];
@@ -83,7 +83,7 @@ void FillPattern(TImageRGB& image, int width, int height) {
 }
 
 /// Loads a file and expects these pixels in reading order.
-void ExpectFile(const std::string& path, int width, int height, const TColours& pixels) {
+void ExpectFile(const std::string& path, int width, int height, const TColors& pixels) {
   TImageRGB image;
   ASSERT_TRUE(image.LoadFromFile(path)) << path;
   EXPECT_EQ(image.GetWidth(), width) << path;
@@ -135,15 +135,15 @@ TEST(TImageRGB, StorageIsReusedNeverShrinksAndIsMadeAnewWhenReleased) {
   EXPECT_EQ(image.GetPixels(), block);
   image.SetSize(3, -3, true);
   EXPECT_EQ(image.GetPixels(), block);
-  EXPECT_EQ(Pixels(image), TColours(9, TColour{}));
+  EXPECT_EQ(Pixels(image), TColors(9, TColor{}));
   image.SetSize(100, 100, true);
-  EXPECT_EQ(Pixels(image), TColours(10000, TColour{}));
+  EXPECT_EQ(Pixels(image), TColors(10000, TColor{}));
   FillPattern(image, 4, 3);
   image.Release();
   EXPECT_EQ(image.GetPixels(), nullptr);
   EXPECT_EQ(image.GetWidth(), 4);
   image.SetSize(4, 3, true);
-  EXPECT_EQ(Pixels(image), TColours(12, TColour{}));
+  EXPECT_EQ(Pixels(image), TColors(12, TColor{}));
   for (const auto& [width, height] : {std::pair(40000, 40000), std::pair(-1, 5), std::pair(1 << 30, 1)}) {
     FillPattern(image, 2, 2);
     image.SetSize(width, height, true);
@@ -176,7 +176,7 @@ TEST(TImageRGB, WrappedMemoryStaysTheCallersAndKeepsItsForm) {
   std::vector<unsigned char> bytes(20);
   std::iota(bytes.begin(), bytes.end(), 0);
   TImageRGB image(bytes.data(), 2, 2, 10);
-  const TColours pixels = {{0, 1, 2}, {3, 4, 5}, {10, 11, 12}, {13, 14, 15}};
+  const TColors pixels = {{0, 1, 2}, {3, 4, 5}, {10, 11, 12}, {13, 14, 15}};
   EXPECT_EQ(Pixels(image), pixels);
   image.SetSize(2, -2, false);
   EXPECT_EQ(image.GetStride(), 10);
@@ -190,9 +190,9 @@ TEST(TImageRGB, WrappedMemoryStaysTheCallersAndKeepsItsForm) {
   EXPECT_EQ(forgotten.GetPixels(), nullptr);
 }
 
-TEST(TImageRGB, FilesOfEveryDepthBecomeColourWithTheTopRowFirst) {
+TEST(TImageRGB, FilesOfEveryDepthBecomeColorWithTheTopRowFirst) {
   const TScratchDirectory scratch;
-  const TColours pixels = {kRed, kGreen, kBlue, kOlive, Gray(0), Gray(255)};
+  const TColors pixels = {kRed, kGreen, kBlue, kOlive, Gray(0), Gray(255)};
   const auto sampleOf = [&pixels](int index, int y, int samples) {
     // Bitmaps hold blue, green, red and, where there is one, alpha.
     return index % samples == 3 ? 40
@@ -201,7 +201,7 @@ TEST(TImageRGB, FilesOfEveryDepthBecomeColourWithTheTopRowFirst) {
   MakePicture("24.ppm", 3, 2, [&pixels](int x, int y) { return pixels[static_cast<std::size_t>(3 * y + x)]; });
   WriteBitmap<BYTE>("24.png", FIF_PNG, FIT_BITMAP, 3, 2, 24, 3, [&](int i, int y) { return sampleOf(i, y, 3); });
   WriteBitmap<BYTE>("32.png", FIF_PNG, FIT_BITMAP, 3, 2, 32, 4, [&](int i, int y) { return sampleOf(i, y, 4); });
-  // 16-bit colours hold red first.
+  // 16-bit colors hold red first.
   WriteBitmap<WORD>("48.png", FIF_PNG, FIT_RGB16, 3, 2, 48, 3, [&pixels](int i, int y) {
     return static_cast<WORD>(257 * pixels[static_cast<std::size_t>(3 * y + i / 3)][static_cast<std::size_t>(i % 3)]);
   });
@@ -211,8 +211,8 @@ TEST(TImageRGB, FilesOfEveryDepthBecomeColourWithTheTopRowFirst) {
 
   const std::unique_ptr<FIBITMAP, decltype(&FreeImage_Unload)> palette(FreeImage_Allocate(3, 2, 8), &FreeImage_Unload);
   for (int i = 0; i < 6; ++i) {
-    const TColour colour = pixels[static_cast<std::size_t>(i)];
-    FreeImage_GetPalette(palette.get())[100 + i] = RGBQUAD{colour[2], colour[1], colour[0], 0};
+    const TColor color = pixels[static_cast<std::size_t>(i)];
+    FreeImage_GetPalette(palette.get())[100 + i] = RGBQUAD{color[2], color[1], color[0], 0};
     FreeImage_GetScanLine(palette.get(), 1 - i / 3)[i % 3] = static_cast<BYTE>(100 + i);
   }
   ASSERT_TRUE(FreeImage_Save(FIF_GIF, palette.get(), "palette.gif", 0));
@@ -232,7 +232,7 @@ TEST(TImageRGB, SixteenBitGrayKeepsItsLevelsHoweverFewItUses) {
     const auto sample = [&levels](int i, int y) {
       return static_cast<WORD>(257 * levels[static_cast<std::size_t>(2 * y + i)]);
     };
-    TColours expected(4);
+    TColors expected(4);
     std::transform(levels.begin(), levels.end(), expected.begin(), Gray);
     WriteBitmap<WORD>("gray16.png", FIF_PNG, FIT_UINT16, 2, 2, 16, 1, sample);
     ExpectFile("gray16.png", 2, 2, expected);
@@ -254,17 +254,17 @@ TEST(TImageRGB, FloatingPointFilesAreBroughtIntoRange) {
     const float brightness = y == 0 ? 1.0F : 100.0F;
     return i >= 3 || i == (y == 0 ? 0 : 2) ? brightness : 0.1F * brightness;
   };
-  WriteBitmap<float>("colour.hdr", FIF_HDR, FIT_RGBF, 2, 2, 96, 3, sample);
-  WriteBitmap<float>("colour.exr", FIF_EXR, FIT_RGBF, 2, 2, 96, 3, sample);
+  WriteBitmap<float>("color.hdr", FIF_HDR, FIT_RGBF, 2, 2, 96, 3, sample);
+  WriteBitmap<float>("color.exr", FIF_EXR, FIT_RGBF, 2, 2, 96, 3, sample);
   const auto sampleWithAlpha = [&sample](int i, int y) { return i % 4 == 3 ? 0.5F : sample(i / 4 * 3 + i % 4, y); };
   WriteBitmap<float>("alpha.tif", FIF_TIFF, FIT_RGBAF, 2, 2, 128, 4, sampleWithAlpha);
   WriteBitmap<float>("alpha.exr", FIF_EXR, FIT_RGBAF, 2, 2, 128, 4, sampleWithAlpha);
-  for (const char* file : {"colour.hdr", "colour.exr", "alpha.tif", "alpha.exr"}) {
+  for (const char* file : {"color.hdr", "color.exr", "alpha.tif", "alpha.exr"}) {
     TImageRGB image;
     ASSERT_TRUE(image.LoadFromFile(file)) << file;
     ASSERT_EQ(image.GetWidth(), 2) << file;
     ASSERT_EQ(image.GetHeight(), 2) << file;
-    const TColours pixels = Pixels(image);
+    const TColors pixels = Pixels(image);
     EXPECT_GT(pixels[0][0], pixels[0][2]) << file << ": the top left is red";
     EXPECT_LT(pixels[2][0], pixels[2][2]) << file << ": the bottom left is blue";
     EXPECT_LT(pixels[1][1], pixels[3][1]) << file << ": the bottom is brighter";
@@ -400,7 +400,7 @@ TEST(TImageRGB, GrayIsTheWeightedSumOfTheChannels) {
   EXPECT_EQ(Levels(gray), (std::vector<int>{76, 150, 29, 124, 255, 1}));
   TImageRGB back;
   gray.ToRGB(back);
-  EXPECT_EQ(Pixels(back), (TColours{Gray(76), Gray(150), Gray(29), Gray(124), Gray(255), Gray(1)}));
+  EXPECT_EQ(Pixels(back), (TColors{Gray(76), Gray(150), Gray(29), Gray(124), Gray(255), Gray(1)}));
   TImageRGB().ToGray(gray);
   EXPECT_EQ(gray.GetWidth() + gray.GetHeight(), 0);
 }
@@ -419,14 +419,14 @@ TEST(TImageGray, CopiesOfWrappedMemoryHaveRowsOfTheirOwn) {
 
 TEST(TImageRGB, ScalingFillsTheWholeDestination) {
   TImageRGB even;
-  Fill(even, 9, 4, TColours(36, kOlive));
+  Fill(even, 9, 4, TColors(36, kOlive));
   TImageRGB scaled;
   for (const auto& [width, height] : {std::pair(40, 30), std::pair(3, 2), std::pair(1, 1), std::pair(9, 4)}) {
     even.ScaleTo(scaled, width, height);
-    EXPECT_EQ(Pixels(scaled), TColours(static_cast<std::size_t>(width) * height, kOlive));
+    EXPECT_EQ(Pixels(scaled), TColors(static_cast<std::size_t>(width) * height, kOlive));
   }
   TImageRGB().ScaleTo(scaled, 2, 3);
-  EXPECT_EQ(Pixels(scaled), TColours(6, TColour{}));
+  EXPECT_EQ(Pixels(scaled), TColors(6, TColor{}));
   even.ScaleTo(scaled, 0, 3);
   EXPECT_EQ(scaled.GetWidth(), 0);
 
@@ -458,7 +458,7 @@ TEST(CropImage, RectanglesAreClippedToThePicture) {
   image.ToGray(gray);
   for (const auto& [x, y, width, height, left, top, columns, rows] : kCases) {
     SCOPED_TRACE(testing::Message() << x << "," << y << " " << width << "x" << height);
-    TColours pixels;
+    TColors pixels;
     for (int i = 0; i < columns * rows; ++i) {
       pixels.push_back(Pattern(left + i % columns, top + i / columns));
     }

@@ -59,7 +59,7 @@ class TImageRGB : public TPixelBuffer {
   /// Decodes a file held in memory, as LoadFromFile does; without a name its contents alone must tell the format.
   bool LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name = {});
 
-  /// Copies a bitmap of any kind: palettes and gray become colour, alpha goes, high dynamic range is tone-mapped. The
+  /// Copies a bitmap of any kind: palettes and gray become color, alpha goes, high dynamic range is tone-mapped. The
   /// caller keeps the bitmap. False, and the buffer as it was, for a bitmap that has no such form.
   bool CopyFromBitmap(FIBITMAP* bitmap);
 

@@ -5,11 +5,15 @@
 #include "base/native-path.h"
 
 bool IsPictureName(const std::string& name) {
+  // Anywhere in the name and in lower case only: "a.jpg.bak" is taken up and "A.JPG" is not. The positions of all
+  // images, and with them every annotation file and stored ranking, hang on this rule.
   return name.find(".jpg") != std::string::npos;
 }
 
 void SortPictureNames(std::vector<std::string>& names) {
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
+    // Shorter names first puts im9.jpg before im10.jpg without looking at the digits, which is the order that
+    // collections such as MIR-Flickr number their images in.
     return a.size() != b.size() ? a.size() < b.size() : a < b;
   });
 }

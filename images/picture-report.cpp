@@ -29,6 +29,7 @@ void TPictureReport::Note(const std::string& filename, bool isRead, const TImage
   } else if (!isRead) {
     AddUnreadable(filename);
   } else if (picture.IsDamaged() && damaged.insert(filename).second && damaged.size() <= kMostLines) {
+    // Once a file, however often a command meets it: a picture may stand in a ranking, in a map and as the query.
     print(FormatString("File '%s' is damaged", filename.c_str()));
   }
 }

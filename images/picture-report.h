@@ -11,7 +11,7 @@ class TImageRGB;
 /// once a file: a line for each of the first ten of either kind, and one for all that follow.
 class TPictureReport {
  public:
-  explicit TPictureReport(const boost::function<void(std::string)>& print) : print(print) {}
+  explicit TPictureReport(const boost::function<void(std::string)>& thePrint) : print(thePrint) {}
 
   /// Loads a picture, and tells if there is something wrong with it. False, and the picture as it was, if it cannot be
   /// read.

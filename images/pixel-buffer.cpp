@@ -6,13 +6,13 @@
 #include <cstring>
 #include <limits>
 
-TPixelBuffer::TPixelBuffer(unsigned char* data, int width, int height, int stride, int bytesPerPixel)
-    : bytesPerPixel(bytesPerPixel),
+TPixelBuffer::TPixelBuffer(unsigned char* data, int width, int height, int stride, int theBytesPerPixel)
+    : bytesPerPixel(theBytesPerPixel),
       pixels(data),
       capacity(height * stride),
-      width(width),
-      height(height),
-      stride(stride) {}
+      columns(width),
+      rows(height),
+      pitch(stride) {}
 
 void TPixelBuffer::Release() {
   ownedPixels.reset();
@@ -21,22 +21,27 @@ void TPixelBuffer::Release() {
 }
 
 void TPixelBuffer::Resize(int newWidth, int newHeight) {
-  const std::int64_t rows = std::abs(static_cast<std::int64_t>(newHeight));
-  if (pixels != nullptr && newWidth == width && rows == height) {
+  // Bitmaps that begin with their top row are known by a negative height; only the magnitude is a size.
+  const std::int64_t height = std::abs(static_cast<std::int64_t>(newHeight));
+  if (pixels != nullptr && newWidth == columns && height == rows) {
     return;
   }
+  // Rows begin at multiples of 4 bytes, as feature plug-ins have been promised. In 64 bits, since width * 3 may exceed
+  // 32.
   const std::int64_t alignedRow = (static_cast<std::int64_t>(newWidth) * bytesPerPixel + 3) & ~std::int64_t{3};
-  if (newWidth < 0 || alignedRow * rows > std::numeric_limits<int>::max()) {
+  if (newWidth < 0 || alignedRow * height > std::numeric_limits<int>::max()) {
     Resize(0, 0);
     return;
   }
-  const int size = static_cast<int>(alignedRow * rows);
+  const int size = static_cast<int>(alignedRow * height);
+  // A smaller picture keeps the block: a command that crops thousands of segments out of one photograph asks for memory
+  // a few times only.
   if (size > capacity) {
     Release();
   }
-  width = newWidth;
-  height = static_cast<int>(rows);
-  stride = static_cast<int>(alignedRow);
+  columns = newWidth;
+  rows = static_cast<int>(height);
+  pitch = static_cast<int>(alignedRow);
   if (pixels == nullptr) {
     ownedPixels = std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(size));
     pixels = ownedPixels.get();
@@ -45,20 +50,20 @@ void TPixelBuffer::Resize(int newWidth, int newHeight) {
 }
 
 void TPixelBuffer::ClearPixels() {
-  std::memset(pixels, 0, static_cast<std::size_t>(height) * static_cast<std::size_t>(stride));
+  std::memset(pixels, 0, static_cast<std::size_t>(rows) * static_cast<std::size_t>(pitch));
 }
 
 void TPixelBuffer::SetSizeToFill(int newWidth, int newHeight) {
   Resize(newWidth, newHeight);
-  const std::ptrdiff_t used = static_cast<std::ptrdiff_t>(width) * bytesPerPixel;
-  for (int y = 0; y < height; ++y) {
-    std::memset(pixels + static_cast<std::ptrdiff_t>(y) * stride + used, 0, static_cast<std::size_t>(stride - used));
+  const std::ptrdiff_t used = static_cast<std::ptrdiff_t>(columns) * bytesPerPixel;
+  for (int y = 0; y < rows; ++y) {
+    std::memset(pixels + static_cast<std::ptrdiff_t>(y) * pitch + used, 0, static_cast<std::size_t>(pitch - used));
   }
 }
 
 unsigned char* TPixelBuffer::PixelAt(int x, int y) {
-  if (x < 0 || x >= width || y < 0 || y >= height) {
+  if (x < 0 || x >= columns || y < 0 || y >= rows) {
     return nullptr;
   }
-  return pixels + static_cast<std::ptrdiff_t>(y) * stride + static_cast<std::ptrdiff_t>(x) * bytesPerPixel;
+  return pixels + static_cast<std::ptrdiff_t>(y) * pitch + static_cast<std::ptrdiff_t>(x) * bytesPerPixel;
 }

@@ -13,9 +13,9 @@ class TPixelBuffer {
 
   unsigned char* GetPixels() { return pixels; }
   const unsigned char* GetPixels() const { return pixels; }
-  int GetWidth() const { return width; }
-  int GetHeight() const { return height; }
-  int GetStride() const { return stride; }
+  int GetWidth() const { return columns; }
+  int GetHeight() const { return rows; }
+  int GetStride() const { return pitch; }
 
   /// Frees or forgets the pixels. The dimensions stay.
   void Release();
@@ -24,7 +24,7 @@ class TPixelBuffer {
   void SetSizeToFill(int newWidth, int newHeight);
 
  protected:
-  explicit TPixelBuffer(int bytesPerPixel) : bytesPerPixel(bytesPerPixel) {}
+  explicit TPixelBuffer(int theBytesPerPixel) : bytesPerPixel(theBytesPerPixel) {}
   TPixelBuffer(unsigned char* data, int width, int height, int stride, int bytesPerPixel);
   ~TPixelBuffer() = default;
 
@@ -45,7 +45,8 @@ class TPixelBuffer {
   std::unique_ptr<unsigned char[]> ownedPixels;
   unsigned char* pixels = nullptr;
   int capacity = 0;
-  int width = 0;
-  int height = 0;
-  int stride = 0;
+  /// Under names of their own, so that derived classes can call an argument `width`.
+  int columns = 0;
+  int rows = 0;
+  int pitch = 0;
 };

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr TColour kOlive = {100, 150, 50};
+constexpr TColor kOlive = {100, 150, 50};
 
 std::string SamplePhoto(int number) {
   return SAMPLES_DIRECTORY "/photos/im" + std::to_string(number) + ".jpg";

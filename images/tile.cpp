@@ -31,6 +31,8 @@ int Divisor(std::int64_t width, std::int64_t height, int tileWidth) {
   const auto isLarger = [&](std::int64_t times, std::int64_t part) {
     return width / part >= times * tileWidth && height / part >= times * tileHeight;
   };
+  // The reductions that a JPEG decoder gets for free: it leaves out the higher frequencies of each block of 8 x 8
+  // samples.
   for (const int divisor : {8, 4, 2}) {
     if (isLarger(kFarLarger, 1) && isLarger(kStillLarger, divisor)) {
       return divisor;
@@ -64,6 +66,7 @@ bool LoadTile(const std::string& filename, int width, TImageRGB& tile, TPictureR
 
 bool LoadThumbnail(const std::string& filename, int side, TImageRGB& thumbnail) {
   std::pair<std::int64_t, std::int64_t> size = TImageRGB::JpegSize(filename);
+  // 0 for what is no JPEG, which is then decoded in full.
   const std::int64_t jpegSide = std::max(size.first, size.second);
   // The width that the thumbnail will have.
   const int divisor =

@@ -10,8 +10,8 @@ class TPictureReport;
 /// can be. What is wrong with the file goes to the report, if there is one.
 ///
 /// A JPEG of at least eight times the tile's width and height is decoded at a half, a quarter or an eighth of its size,
-/// the smallest that leaves four times those of the tile. The levels of the tile then differ from those of the whole
-/// picture's tile: by less than 1 on average, and by no more than 16 for photographs.
+/// the smallest that leaves at least four times those of the tile. The levels of the tile then differ from those of the
+/// whole picture's tile: by less than 1 on average, and by no more than 16 for photographs.
 bool LoadTile(const std::string& filename, int width, TImageRGB& tile, TPictureReport* report = nullptr);
 
 /// Reads an image file and fills `thumbnail` with it, its longer side scaled to `side` pixels at most; a smaller

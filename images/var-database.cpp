@@ -16,6 +16,7 @@ namespace {
 
 /// True for the ending of a common format of photographs, in any case.
 bool IsNamedLikePicture(const std::string& name) {
+  // Only for a hint to the user: what a database takes up is decided by IsPictureName.
   const std::string folded = base::FoldCase(name);
   constexpr std::array<std::string_view, 8> kEndings = {".jpg",  ".jpeg", ".png", ".tif",
                                                         ".tiff", ".gif",  ".bmp", ".webp"};
@@ -55,6 +56,8 @@ std::string TVarDatabase::GetDescription() const {
   if (images.empty()) {
     return description;
   }
+  // The first image stands for all: commands compute a feature for every image or, if they are interrupted, from the
+  // first one on.
   const auto names = images.front()->GetImageSegment().GetFeatures().GetNames();
   return description + (names.empty() ? ", no features" : ", features: " + base::Join(names, ", "));
 }
@@ -67,7 +70,10 @@ void TVarDatabase::SetLocation(const std::string& path) {
 std::uint64_t TVarDatabase::GetFingerprint() const {
   if (!fingerprint) {
     // An odd factor keeps every bit of what came before, and makes the order count.
+    // 2^64 divided by the golden ratio, which spreads the bits (D. Knuth, The Art of Computer Programming 3, section
+    // 6.4, on Fibonacci hashing).
     constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
+    // Good for one run of the program only, as std::hash may differ from build to build; no file holds a fingerprint.
     const std::hash<std::string_view> hash;
     std::uint64_t sum = hash(location);
     for (const auto& image : images) {
@@ -89,16 +95,16 @@ bool TVarDatabase::ScanDirectory() {
     return false;
   }
   int others = 0;
-  std::erase_if(*names, [&](const std::string& name) {
-    const bool isLeftOut = !IsPictureName(name);
-    others += isLeftOut && IsNamedLikePicture(name) ? 1 : 0;
+  std::erase_if(*names, [&](const std::string& filename) {
+    const bool isLeftOut = !IsPictureName(filename);
+    others += isLeftOut && IsNamedLikePicture(filename) ? 1 : 0;
     return isLeftOut;
   });
   SortPictureNames(*names);
   images.reserve(names->size());
-  for (const std::string& name : *names) {
+  for (const std::string& filename : *names) {
     images.push_back(std::make_unique<TVarImage>());
-    images.back()->SetFilename(location + name);
+    images.back()->SetFilename(location + filename);
   }
   if (others > 0) {
     Print(FormatString("%d other pictures left out: their names do not contain '.jpg'", others));

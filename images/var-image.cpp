@@ -30,6 +30,7 @@ std::string TVarImage::GetDescription() const {
     return description;
   }
   description += FormatString(", %d segments", static_cast<int>(segments.size()));
+  // As with databases, the first one stands for all.
   const auto segmentNames = segments.front()->GetFeatures().GetNames();
   description += segmentNames.empty() ? " without features" : " with features: " + base::Join(segmentNames, ", ");
   return description;
@@ -40,6 +41,8 @@ bool TVarImage::HasTag(const std::string& tag) const {
 }
 
 std::string TVarImage::JoinTags(std::string_view separator) const {
+  // A tag may stand there several times, once for each annotation file that was loaded twice. Images have a handful of
+  // tags, so that a search through them is faster than a set.
   std::vector<std::string> different;
   for (const std::string& tag : tags) {
     if (std::find(different.begin(), different.end(), tag) == different.end()) {

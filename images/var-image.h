@@ -24,7 +24,7 @@ class TVarImage : public TVar {
 
   /// The path as the user gave it, or location and file name after a directory scan.
   const std::string& GetFilename() const { return filename; }
-  void SetFilename(std::string name) { filename = std::move(name); }
+  void SetFilename(std::string newName) { filename = std::move(newName); }
 
   /// The segment that stands for the whole image. Its rectangle is empty until a feature is computed.
   TImageSegmentRect& GetImageSegment() { return imageSegment; }

@@ -18,13 +18,16 @@ namespace hn = hwy::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 
 uint32_t Distance(const uint8_t* HWY_RESTRICT query, const uint8_t* HWY_RESTRICT row, size_t length) {
+  // Capped, so that a row is whole vectors even where the processor has longer ones than a unit.
   const hn::CappedTag<uint8_t, kByteRowUnit> d;
   const hn::Repartition<uint64_t, decltype(d)> d64;
   const size_t lanes = hn::Lanes(d);
-  // The sums of eight neighbouring bytes: 64 bits hold them all.
+  // The sums of eight neighboring bytes: 64 bits hold them all.
   const auto difference = [&](size_t i) HWY_ATTR {
     const auto a = LoadU(d, query + i);
     const auto b = LoadU(d, row + i);
+    // |a - b| of bytes without a sign, in bytes: one of the two differences that saturate at 0 is the distance, the
+    // other is 0.
     return SumsOf8(Or(SaturatedSub(a, b), SaturatedSub(b, a)));
   };
   auto sum = Zero(d64);

@@ -27,7 +27,9 @@ TCubicWeights::TCubicWeights(int inputLength, int length) {
   // instead of picked at random.
   const double width = std::max(step, 1.0);
   const double reach = 2.0 * width;
+  // The kernel spans 2 * reach inputs. Where the whole input is shorter, every output takes all of it.
   taps = static_cast<int>(std::min(std::ceil(2.0 * reach), static_cast<double>(inputLength)));
+  // Eight 16-bit weights fill the narrowest vector that the resize kernel works with.
   pitch = (taps + 7) / 8 * 8;
   first.resize(static_cast<std::size_t>(length));
   weights.resize(static_cast<std::size_t>(length) * static_cast<std::size_t>(pitch));
@@ -36,6 +38,8 @@ TCubicWeights::TCubicWeights(int inputLength, int length) {
   for (int x = 0; x < length; ++x) {
     // Pixels are squares: the center of pixel i is at i + 1/2.
     const double center = (x + 0.5) * step;
+    // Moved inwards at the edges: the taps stay inside the picture, and those that the kernel does not reach get the
+    // weight 0 from CubicKernel().
     const int begin = std::clamp(static_cast<int>(std::ceil(center - reach - 0.5)), 0, inputLength - taps);
     double sum = 0.0;
     for (int t = 0; t < taps; ++t) {

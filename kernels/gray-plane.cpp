@@ -38,6 +38,7 @@ alignas(16) constexpr uint8_t kInOrder[16] = {0, 4, 8, 12, 2, 6, 10, 14, 1, 5, 9
 /// 19595 R + 38470 G + 7471 B + 32768 of each pixel; the gray level is the third byte. As products have signs, green is
 /// taken twice with half its weight.
 HWY_INLINE TPixels WeighedSums(TBytes pixels) {
+  // Two 16-bit weights side by side, the first in the lower half, to meet two channels in one instruction.
   const auto pair = [](int32_t first, int32_t second)
                         HWY_ATTR { return BitCast(kShorts, Set(kSums, first | second << 16)); };
   const auto redGreen = BitCast(kShorts, TableLookupBytesOr0(pixels, LoadDup128(kBytes, kRedGreen)));
@@ -45,6 +46,7 @@ HWY_INLINE TPixels WeighedSums(TBytes pixels) {
   auto odd = Zero(kSums);
   auto even = ReorderWidenMulAccumulate(kSums, redGreen, pair(19595, 19235), Set(kSums, 32768), odd);
   even = ReorderWidenMulAccumulate(kSums, blueGreen, pair(7471, 19235), even, odd);
+  // The widening product leaves open which lanes are summed where; this gives each pixel its own sum again.
   return BitCast(kPixels, RearrangeToOddPlusEven(even, odd));
 }
 
@@ -101,6 +103,8 @@ size_t GrayVectors(const uint8_t*, uint8_t*, size_t) {
 void GrayRow(const uint8_t* HWY_RESTRICT rgb, uint8_t* HWY_RESTRICT gray, size_t width) {
   for (size_t x = GrayVectors(rgb, gray, width); x < width; ++x) {
     const uint8_t* pixel = rgb + 3 * x;
+    // ITU-R BT.601 in 16-bit fixed point: 0.299, 0.587 and 0.114 times 65536, rounded so that they sum to 65536. 32768
+    // is one half.
     gray[x] = static_cast<uint8_t>((19595u * pixel[0] + 38470u * pixel[1] + 7471u * pixel[2] + 32768u) >> 16);
   }
 }

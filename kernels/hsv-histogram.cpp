@@ -101,6 +101,7 @@ HWY_INLINE void StoreBins(const uint8_t* pixels, uint8_t* bins) {
   auto red = Zero(d8);
   auto green = Zero(d8);
   auto blue = Zero(d8);
+  // 16-bit lanes from here on: the products of the comparisons, such as 85 * 255 and 60 * 255, need up to 15 bits.
   hn::LoadInterleaved3(d8, pixels, red, green, blue);
   // Even and odd bytes apart, so that no byte has to change its place.
   const auto even = [&](auto bytes) HWY_ATTR { return And(BitCast(d16, bytes), Set(d16, 0xFF)); };
@@ -142,6 +143,8 @@ uint8_t BinOfPixel(int red, int green, int blue) {
   if (delta == 0) {
     return static_cast<uint8_t>(value / 64);
   }
+  // In degrees. Red is tried last, so that on a tie green goes before red and blue before both, as the header says. 360
+  // keeps the remainder below from becoming negative; all divisions cut toward zero.
   int hue = 60 * (green - blue) / delta + 360;
   if (blue == value) {
     hue = 60 * (red - green) / delta + 240;
@@ -169,6 +172,7 @@ void HsvHistogram(const uint8_t* rgb, int stride, int width, int height, uint64_
   for (int y = 0; y < height; ++y) {
     const uint8_t* row = rgb + static_cast<ptrdiff_t>(y) * stride;
     for (size_t x = 0; x < static_cast<size_t>(width); x += kBlock) {
+      // Row by row: the bytes behind a row are no pixels.
       const size_t count = std::min(kBlock, static_cast<size_t>(width) - x);
       BinsOfRow(row + 3 * x, count, bins);
       tables.Add(bins, count);

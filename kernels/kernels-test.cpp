@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -24,6 +25,7 @@
 #include "kernels/rank-sort.h"
 #include "kernels/reference.h"
 #include "kernels/resize-cubic.h"
+#include "kernels/scale-range.h"
 #include "kernels/swap-red-blue.h"
 
 namespace {
@@ -363,7 +365,7 @@ TEST(ResizeCubic, KeepsAnEvenPictureEvenAndCopiesAtTheSameSize) {
   OnEachTarget([&] {
     for (const TResizeKind& kind : kResizeKinds) {
       for (const auto& size : kResizeSizes) {
-        for (const unsigned char level : {0, 1, 127, 255}) {
+        for (const auto level : std::initializer_list<unsigned char>{0, 1, 127, 255}) {
           const TBytes even(static_cast<std::size_t>(size[0] * size[1] * kind.channels), level);
           const TBytes result = Resized(kind.kernel, even, kind.channels, size, 0);
           EXPECT_EQ(result, TBytes(result.size(), level)) << testing::PrintToString(size);
@@ -502,7 +504,9 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
       SCOPED_TRACE(length);
       const std::vector<double> query(length);
       std::vector<double> numbers(length);
-      std::generate(numbers.begin(), numbers.end(), [&] { return std::ldexp(1.0 + 0x1p-32 * random(), random() % 9); });
+      std::generate(numbers.begin(), numbers.end(), [&] {
+        return std::ldexp(1.0 + 0x1p-32 * static_cast<double>(random()), static_cast<int>(random() % 9));
+      });
       // The same numbers in another order: the sums differ by their rounding alone, and every thirtieth is the last
       // one over again. The others are no match.
       std::vector<std::vector<double>> vectors;
@@ -608,7 +612,7 @@ void ExpectSameBits(double found, double expected) {
   }
 }
 
-TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
+TEST(TPackedRows, EqualThePlainLoopsToTheLastBit) {
   std::mt19937 random(10);
   const auto number = [&] {
     constexpr std::array kSpecial{0.0, -0.0, std::numeric_limits<double>::quiet_NaN(),
@@ -624,7 +628,7 @@ TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
         std::vector<double> rows(count * length);
         std::generate(query.begin(), query.end(), number);
         std::generate(rows.begin(), rows.end(), number);
-        kernels::PackedRows packed(count, length);
+        kernels::TPackedRows packed(count, length);
         for (std::size_t i = 0; i < rows.size(); ++i) {
           packed.Set(i / length, i % length, rows[i]);
         }
@@ -632,6 +636,11 @@ TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
         std::vector<double> sums(packed.RoundedCount(), -1.0);
         kernels::reference::DotProducts(query.data(), length, rows.data(), count, expected.data());
         packed.DotProducts(query.data(), sums.data());
+        for (std::size_t row = 0; row < count; ++row) {
+          ExpectSameBits(sums[row], expected[row]);
+        }
+        kernels::reference::DotProductsByFours(query.data(), length, rows.data(), count, expected.data());
+        packed.DotProductsByFours(query.data(), sums.data());
         for (std::size_t row = 0; row < count; ++row) {
           ExpectSameBits(sums[row], expected[row]);
         }
@@ -645,9 +654,32 @@ TEST(PackedRows, EqualThePlainLoopsToTheLastBit) {
   });
 }
 
-TEST(PackedRows, SumProductsAndSquares) {
+TEST(ScaleRange, EqualsThePlainLoopToTheLastBit) {
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr std::array kNumbers{0.0, -0.0, 1.0, 0.1, -3.7, 1e-310, 1e308, -1e308, kInfinity, -kInfinity, kNan};
+  std::mt19937 random(11);
+  OnEachTarget([&] {
+    for (std::size_t length = 0; length < 40; ++length) {
+      std::vector<double> minimum(length);
+      std::vector<double> maximum(length);
+      std::vector<double> values(length);
+      for (std::vector<double>* numbers : {&minimum, &maximum, &values}) {
+        std::generate(numbers->begin(), numbers->end(), [&] { return kNumbers[random() % kNumbers.size()]; });
+      }
+      std::vector<double> expected = values;
+      kernels::reference::ScaleRange(minimum.data(), maximum.data(), length, expected.data());
+      kernels::ScaleRange(minimum.data(), maximum.data(), length, values.data());
+      for (std::size_t i = 0; i < length; ++i) {
+        ExpectSameBits(values[i], expected[i]);
+      }
+    }
+  });
+}
+
+TEST(TPackedRows, SumProductsAndSquares) {
   constexpr std::array kQuery{1.0, -2.0, 0.5};
-  kernels::PackedRows rows(9, 3);
+  kernels::TPackedRows rows(9, 3);
   for (std::size_t i = 0; i < 3; ++i) {
     rows.Set(0, i, kQuery[i]);
     rows.Set(8, i, 4.0);
@@ -656,6 +688,9 @@ TEST(PackedRows, SumProductsAndSquares) {
   rows.DotProducts(kQuery.data(), sums.data());
   EXPECT_EQ(sums[0], 5.25);
   EXPECT_EQ(sums[1], 0.0);
+  EXPECT_EQ(sums[8], -2.0);
+  rows.DotProductsByFours(kQuery.data(), sums.data());
+  EXPECT_EQ(sums[0], 5.25);
   EXPECT_EQ(sums[8], -2.0);
   rows.SquaredDistances(kQuery.data(), sums.data());
   EXPECT_EQ(sums[0], 0.0);

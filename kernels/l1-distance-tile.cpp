@@ -22,12 +22,17 @@ constexpr size_t kElements = 256;
 // Queries that share a load of the candidates.
 constexpr size_t kQueries = 4;
 
+// Two vectors of candidates by up to four queries: eight running sums, which stay in registers, and each pair of loads
+// serves four queries. Sums live in named variables and not in an array, as vectors of some processors cannot be
+// elements of one.
 template <class D, size_t kCount>
 void AddQueries(D d, const double* const* queries, size_t begin, size_t length, const double* HWY_RESTRICT tile,
                 double* sums, size_t stride) {
   const size_t lanes = hn::Lanes(d);
   static_assert(kCount == 1 || kCount == kQueries);
   const double* const q0 = queries[0] + begin;
+  // With a single query the other pointers are copies that nobody follows: the branches that would are left out at
+  // compile time.
   const double* const q1 = queries[kCount > 1 ? 1 : 0] + begin;
   const double* const q2 = queries[kCount > 1 ? 2 : 0] + begin;
   const double* const q3 = queries[kCount > 1 ? 3 : 0] + begin;
@@ -84,6 +89,8 @@ void AddL1DistanceTile(const double* const* queries, size_t queryCount, const do
     for (size_t begin = 0; begin < length; begin += kElements) {
       const size_t elements = std::min(kElements, length - begin);
       for (size_t k = 0; k < abreast; ++k) {
+        // Candidates become lanes: element i of all of them lies side by side, so that no sum is ever split across
+        // lanes and the order of its additions is that of the plain loop.
         const double* candidate = candidates[c + k] + begin;
         for (size_t i = 0; i < elements; ++i) {
           tile[i * abreast + k] = candidate[i];
@@ -100,6 +107,7 @@ void AddL1DistanceTile(const double* const* queries, size_t queryCount, const do
   }
   for (; c < count; ++c) {
     for (size_t q = 0; q < queryCount; ++q) {
+      // What is left of the candidates, fewer than a tile has room for, in the same order of additions.
       double sum = sums[q * stride + c];
       for (size_t i = 0; i < length; ++i) {
         sum += std::fabs(queries[q][i] - candidates[c][i]);

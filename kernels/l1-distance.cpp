@@ -37,7 +37,7 @@ constexpr size_t kAbreast = 4;
 /// abreast and fetches too late, and asking for a line of each in turn is no help: twice the time on some.
 class TReadAhead {
  public:
-  TReadAhead(TVectors query, const double* const* candidates) : query(query), vector(candidates) {}
+  TReadAhead(TVectors theQuery, const double* const* candidates) : query(theQuery), vector(candidates) {}
 
   void FetchLine() {
     hwy::Prefetch(*vector + i);
@@ -79,6 +79,8 @@ void AddFour(const double* HWY_RESTRICT query, size_t length, const double* cons
 
   size_t i = 0;
   for (; i + 2 <= length; i += 2) {
+    // One line of cache for each of the four candidates, every eight elements: as many bytes are asked for as are
+    // consumed.
     if (i % kLine == 0) {
       for (size_t c = 0; c < kAbreast; ++c) {
         ahead.FetchLine();
@@ -165,10 +167,14 @@ size_t FindNearestL1(const double* query, size_t length, const double* const* ca
   size_t nearest = count;
   for (size_t c = 0; c < count; ++c) {
     if (c + kAhead < count) {
+      // Half of what is read before the first look; most candidates are out by then, and more would push out what is
+      // needed.
       for (size_t i = 0; i < std::min(kLook / 2, length); i += kLine) {
         hwy::Prefetch(candidates[c + kAhead] + i);
       }
     }
+    // Only what is certainly farther is left out. Whatever is as near as the rounding allows gets its sum in the one
+    // order that counts, so that the answer, ties included, is that of a comparison with all.
     if (IsAbove(distance * slack, query, candidates[c], length)) {
       continue;
     }

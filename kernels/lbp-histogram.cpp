@@ -35,6 +35,8 @@ HWY_INLINE void StorePatterns(const uint8_t* centers, const TNeighbors& neighbor
   auto pattern = Zero(d);
   for (int bit = 0; bit < 8; ++bit) {
     const auto isGreater = Gt(LoadU(d, centers + neighbors.offsets[bit]), center);
+    // "Strictly greater" is this system's rule. Ojala, Pietikäinen and Harwood, who introduced the patterns (1996), set
+    // the bit for equal neighbors too; a flat area then has the pattern 255 and not 0.
     pattern = Or(pattern, IfThenElseZero(isGreater, Set(d, static_cast<uint8_t>(1u << bit))));
   }
   StoreU(pattern, d, patterns);
@@ -66,6 +68,7 @@ void PatternsOfRow(const uint8_t* centers, const TNeighbors& neighbors, size_t c
 
 void LbpHistogram(const uint8_t* gray, int stride, int width, int height, uint64_t* counts) {
   const TNeighbors neighbors(stride);
+  // The border has no complete neighborhood and is not counted.
   const size_t interior = static_cast<size_t>(width) - 2;
   TCountTables tables;
   HWY_ALIGN uint8_t patterns[kBlock];

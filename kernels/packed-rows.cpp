@@ -14,7 +14,7 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr size_t kAbreast = PackedRows::kAbreast;
+constexpr size_t kAbreast = TPackedRows::kAbreast;
 
 // The stream of vectors at the same lanes of all elements of a group of interleaved rows.
 const double* Stream(const double* numbers, size_t length, size_t lanes, size_t stream) {
@@ -26,6 +26,7 @@ const double* Stream(const double* numbers, size_t length, size_t lanes, size_t 
 template <class Add>
 void SumUp(const double* HWY_RESTRICT query, size_t length, const double* HWY_RESTRICT numbers, size_t count,
            double* HWY_RESTRICT sums, const Add& add) {
+  // A group has eight rows, so that a vector of any processor, capped at eight lanes, lies within one.
   const hn::CappedTag<double, kAbreast> d;
   const size_t lanes = hn::Lanes(d);
   const size_t streams = count / lanes;
@@ -69,6 +70,25 @@ void DotProducts(const double* query, size_t length, const double* numbers, size
         [](auto sum, auto element, auto row) HWY_ATTR { return Add(sum, Mul(element, row)); });
 }
 
+void DotProductsByFours(const double* HWY_RESTRICT query, size_t length, const double* HWY_RESTRICT numbers,
+                        size_t count, double* HWY_RESTRICT sums) {
+  const hn::CappedTag<double, kAbreast> d;
+  const size_t lanes = hn::Lanes(d);
+  for (size_t s = 0; s < count / lanes; ++s) {
+    const double* HWY_RESTRICT rows = Stream(numbers, length, lanes, s);
+    const auto product = [&](size_t i) HWY_ATTR { return Mul(Set(d, query[i]), LoadU(d, rows + i * kAbreast)); };
+    auto sum = Zero(d);
+    for (size_t i = length % 4; i > 0; --i) {
+      sum = Add(sum, product(i - 1));
+    }
+    // One addition in four waits for the one before: a single sum keeps the processor busy.
+    for (size_t i = length % 4; i < length; i += 4) {
+      sum = Add(sum, Add(Add(Add(product(i), product(i + 1)), product(i + 2)), product(i + 3)));
+    }
+    StoreU(sum, d, sums + s * lanes);
+  }
+}
+
 void SquaredDistances(const double* query, size_t length, const double* numbers, size_t count, double* sums) {
   SumUp(query, length, numbers, count, sums, [](auto sum, auto element, auto row) HWY_ATTR {
     const auto difference = Sub(element, row);
@@ -86,19 +106,24 @@ namespace kernels {
 namespace {
 
 HWY_EXPORT(DotProducts);
+HWY_EXPORT(DotProductsByFours);
 HWY_EXPORT(SquaredDistances);
 
 }  // namespace
 
-PackedRows::PackedRows(std::size_t count, std::size_t length) : count(count), length(length) {
-  numbers.resize(RoundedCount() * length);
+TPackedRows::TPackedRows(std::size_t theCount, std::size_t theLength) : count(theCount), length(theLength) {
+  numbers.resize(RoundedCount() * theLength);
 }
 
-void PackedRows::DotProducts(const double* query, double* sums) const {
+void TPackedRows::DotProducts(const double* query, double* sums) const {
   HWY_DYNAMIC_DISPATCH(kernels::DotProducts)(query, length, numbers.data(), RoundedCount(), sums);
 }
 
-void PackedRows::SquaredDistances(const double* query, double* sums) const {
+void TPackedRows::DotProductsByFours(const double* query, double* sums) const {
+  HWY_DYNAMIC_DISPATCH(kernels::DotProductsByFours)(query, length, numbers.data(), RoundedCount(), sums);
+}
+
+void TPackedRows::SquaredDistances(const double* query, double* sums) const {
   HWY_DYNAMIC_DISPATCH(kernels::SquaredDistances)(query, length, numbers.data(), RoundedCount(), sums);
 }
 

@@ -1,4 +1,5 @@
-// Dot products and squared distances of one row with each of many, several of these at a time.
+// Dot products and squared distances of one row with each of many, several of these at a time. Two libraries whose bits
+// the classifiers keep sum in different orders, so that there are two dot products.
 #pragma once
 
 #include <cstddef>
@@ -8,10 +9,10 @@ namespace kernels {
 
 // A copy of rows of one length, eight of them interleaved: element i of all eight lies side by side, so that each has
 // a lane of its own in a vector. The last eight are filled up with zeros.
-class PackedRows {
+class TPackedRows {
  public:
-  PackedRows() = default;
-  PackedRows(std::size_t count, std::size_t length);
+  TPackedRows() = default;
+  TPackedRows(std::size_t count, std::size_t length);
 
   std::size_t GetCount() const { return count; }
   std::size_t GetLength() const { return length; }
@@ -20,7 +21,7 @@ class PackedRows {
     numbers[(row / kAbreast * length + element) * kAbreast + row % kAbreast] = value;
   }
 
-  // Both put a sum for each row into `sums`, which has room for RoundedCount() of them. `query` is as long as the rows:
+  // All put a sum for each row into `sums`, which has room for RoundedCount() of them. `query` is as long as the rows:
   //
   //   sums[r] = 0 + query[0] * row[0] + query[1] * row[1] + ..
   //   sums[r] = 0 + (query[0] - row[0])^2 + (query[1] - row[1])^2 + ..
@@ -28,6 +29,13 @@ class PackedRows {
   // Each sum is built by one product and one addition an element, in this order, and so is the same to the last bit on
   // every processor; a NaN stays a NaN, but which one is not told.
   void DotProducts(const double* query, double* sums) const;
+
+  // The dot products by fours: first the length % 4 elements at the beginning, the last of them first, then, for each
+  // four that follow, the sum of their products as one addend:
+  //
+  //   sums[r] = ((0 + query[1] * row[1]) + query[0] * row[0]) + (((query[2] * row[2] + query[3] * row[3]) + ..) + ..) +
+  //   ..
+  void DotProductsByFours(const double* query, double* sums) const;
   void SquaredDistances(const double* query, double* sums) const;
 
   // The count, rounded up to whole interleaved rows.

@@ -32,6 +32,9 @@ void RankSort(std::vector<TRankEntry>& entries) {
     return;
   }
   // Byte by byte from the lowest, each pass stable. All counts are taken in one go over the entries.
+  // 256 buckets by 8 passes: the counters, 16 KiB, stay in the first-level cache. A comparison sort takes about 20
+  // comparisons of unpredictable outcome for each of a million entries; this takes 8 moves at most, and as a rule
+  // fewer.
   std::array<std::array<std::size_t, 256>, kBytes> counts = {};
   for (const TRankEntry& entry : entries) {
     for (int byte = 0; byte < kBytes; ++byte) {
@@ -45,10 +48,13 @@ void RankSort(std::vector<TRankEntry>& entries) {
     if (positions[ByteOf(entries.front(), byte)] == entries.size()) {
       continue;
     }
+    // Turns counts into the place where each bucket begins. As the pass goes through the entries in order, equal ones
+    // keep theirs: that is what makes ties stable over all passes.
     std::exclusive_scan(positions.begin(), positions.end(), positions.begin(), std::size_t{0});
     for (const TRankEntry& entry : entries) {
       sorted[positions[ByteOf(entry, byte)]++] = entry;
     }
+    // The vectors change roles with each pass, however many there are: the result is always in `entries`.
     std::swap(entries, sorted);
   }
 }

@@ -196,6 +196,20 @@ inline void DotProducts(const double* query, std::size_t length, const double* r
   }
 }
 
+inline void DotProductsByFours(const double* query, std::size_t length, const double* rows, std::size_t count,
+                               double* sums) {
+  for (std::size_t r = 0; r < count; ++r) {
+    const double* row = rows + r * length;
+    sums[r] = 0.0;
+    for (std::size_t i = length % 4; i > 0; --i) {
+      sums[r] += query[i - 1] * row[i - 1];
+    }
+    for (std::size_t i = length % 4; i < length; i += 4) {
+      sums[r] += query[i] * row[i] + query[i + 1] * row[i + 1] + query[i + 2] * row[i + 2] + query[i + 3] * row[i + 3];
+    }
+  }
+}
+
 inline void SquaredDistances(const double* query, std::size_t length, const double* rows, std::size_t count,
                              double* sums) {
   for (std::size_t row = 0; row < count; ++row) {
@@ -203,6 +217,15 @@ inline void SquaredDistances(const double* query, std::size_t length, const doub
     for (std::size_t i = 0; i < length; ++i) {
       const double difference = query[i] - rows[row * length + i];
       sums[row] += difference * difference;
+    }
+  }
+}
+
+inline void ScaleRange(const double* minimum, const double* maximum, std::size_t length, double* values) {
+  for (std::size_t i = 0; i < length; ++i) {
+    const double range = maximum[i] - minimum[i];
+    if (range > 0) {
+      values[i] = 2 * (values[i] - minimum[i]) / range - 1;
     }
   }
 }

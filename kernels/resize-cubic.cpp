@@ -109,6 +109,7 @@ HWY_INLINE void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t be
   const int16_t* const levels1 = planes[kChannels / 2] + begin;
   const int16_t* const levels2 = planes[kChannels - 1] + begin;
 
+  // All channels of a pixel share the weights, so that these are loaded once.
   const auto addTaps = [&](auto tag16, auto& sum0, [[maybe_unused]] auto& sum1, [[maybe_unused]] auto& sum2,
                            ptrdiff_t t) HWY_ATTR {
     const hn::RepartitionToWide<decltype(tag16)> tag32;
@@ -123,6 +124,8 @@ HWY_INLINE void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t be
   auto wide1 = Zero(wide32);
   auto wide2 = Zero(wide32);
   const auto lanes = static_cast<ptrdiff_t>(hn::Lanes(wide16));
+  // Wide vectors first, for long filters of strong reduction; the rest by eights, as `pitch` is a multiple of eight
+  // only.
   ptrdiff_t t = 0;
   for (; t + lanes <= pitch; t += lanes) {
     addTaps(wide16, wide0, wide1, wide2, t);
@@ -153,6 +156,8 @@ HWY_INLINE void FilterStrip(const int16_t* const* rows, size_t column, const int
     const auto a = LoadU(d16, rows[t] + column);
     const auto b = LoadU(d16, rows[t + 1] + column);
     int32_t weightPair;
+    // Two neighboring weights as one 32-bit number: a plain pointer cast would break the rules of aliasing and
+    // alignment.
     hwy::CopyBytes<sizeof(weightPair)>(weights + t, &weightPair);
     const auto pair = BitCast(d16, Set(d32, weightPair));
     sumLower = AddProductPairs(d32, sumLower, InterleaveLower(a, b), pair);
@@ -186,6 +191,7 @@ template <size_t kChannels>
 void FilterPixel(const int16_t* const planes[kChannels], ptrdiff_t begin, const int16_t* weights, ptrdiff_t pitch,
                  int16_t* row) {
   for (size_t channel = 0; channel < kChannels; ++channel) {
+    // One half: the shift below rounds to the nearest.
     int32_t sum = 1 << (kHorizontalShift - 1);
     for (ptrdiff_t t = 0; t < pitch; ++t) {
       sum += planes[channel][begin + t] * weights[t];
@@ -246,6 +252,7 @@ void ResizeCubic(const uint8_t* source, int sourceStride, int sourceWidth, int s
     planes[channel] = levels.data() + channel * planeLength;
   }
   std::vector<int16_t> ring(static_cast<size_t>(vertical.taps) * rowLength);
+  // Rows of neighboring outputs overlap: what one output needs, the next one needs much of.
   const auto rowInRing = [&](int y) { return ring.data() + static_cast<size_t>(y % vertical.taps) * rowLength; };
   // One more, since rows are taken in pairs: the last of an odd number is paired with any row, under a zero weight.
   std::vector<const int16_t*> rows(static_cast<size_t>(vertical.taps) + 1, ring.data());

@@ -28,6 +28,8 @@ size_t SwapVectors(const uint8_t* HWY_RESTRICT source, uint8_t* HWY_RESTRICT des
   const auto reversed = Load(d, kReversed);
 
   size_t i = 0;
+  // Rows of one picture lie next to each other, so that a store beyond the end of one would write into the next: the
+  // bound keeps whole vectors inside.
   for (; i + 16 <= bytes; i += kStep) {
     StoreU(TableLookupBytes(LoadU(d, source + i), reversed), d, destination + i);
   }

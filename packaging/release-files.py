@@ -35,7 +35,7 @@ PUBLIC_DOMAIN = """License: public-domain
 
 CC0 = """License: CC0-1.0
  To the extent possible under law, the author has waived all copyright and
- related or neighbouring rights to this work.
+ related or neighboring rights to this work.
  .
  On Debian systems the full text is in /usr/share/common-licenses/CC0-1.0.
 """

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int kRadius = rows::kSmoothRadius;
 constexpr int kTaps = 2 * kRadius + 1;
+// Of the histogram of magnitudes from which the high threshold is read.
 constexpr int kBins = 64;
 
 rows::TSmoothWeights GaussianWeights() {
@@ -22,6 +23,7 @@ rows::TSmoothWeights GaussianWeights() {
     sum += weights[static_cast<std::size_t>(i)] * (i == 0 ? 1.0 : 2.0);
   }
   rows::TSmoothWeights result;
+  // Normalized in doubles and rounded once.
   std::transform(weights.begin(), weights.end(), result.begin(),
                  [sum](double weight) { return static_cast<float>(weight / sum); });
   return result;
@@ -30,13 +32,15 @@ rows::TSmoothWeights GaussianWeights() {
 /// The rows of a picture smoothed by the Gaussian, one after the other.
 class TSmoother {
  public:
-  explicit TSmoother(const TPicture& picture)
-      : picture(picture), padded(static_cast<std::size_t>(picture.width + 2 * kRadius)) {
-    lines.fill(std::vector<float>(static_cast<std::size_t>(picture.width)));
+  explicit TSmoother(const TPicture& thePicture)
+      : picture(thePicture), padded(static_cast<std::size_t>(thePicture.width + 2 * kRadius)) {
+    lines.fill(std::vector<float>(static_cast<std::size_t>(thePicture.width)));
   }
 
   /// Row `y`; to be called for 0, 1, 2 and so on.
   void Process(int y, float* result) {
+    // The filter is separable: each row is smoothed sideways once, kept for as long as a row within 6 of it needs it,
+    // and then smoothed downwards.
     for (; next <= std::min(y + kRadius, picture.height - 1); ++next) {
       SmoothSideways(next);
     }
@@ -48,12 +52,14 @@ class TSmoother {
   }
 
  private:
+  // A ring of 13 rows.
   float* Line(int y) { return lines[static_cast<std::size_t>(y % kTaps)].data(); }
 
   void SmoothSideways(int y) {
     const unsigned char* pixels = picture.Row(y);
     float* middle = padded.data() + kRadius;
     std::copy(pixels, pixels + picture.width, middle);
+    // The edge pixels repeated, so that the border of the picture makes no edge.
     std::fill(padded.data(), middle, middle[0]);
     std::fill(middle + picture.width, middle + picture.width + kRadius, middle[picture.width - 1]);
     rows::TSmoothTaps taps;
@@ -116,6 +122,8 @@ TGradients FindGradients(const TPicture& picture) {
                  directions[static_cast<std::size_t>(y % 2)].data(), gradients.states.data() + gradients.Index(0, y),
                  picture.width);
   };
+  // Three smoothed rows are kept, for central differences, and two rows of directions: maxima are sought one row
+  // behind, when the magnitudes below are known.
   smoother.Process(0, row(0));
   for (int y = 0; y < picture.height; ++y) {
     if (y + 1 < picture.height) {
@@ -124,6 +132,7 @@ TGradients FindGradients(const TPicture& picture) {
     DifferentiateSideways(row(y), picture.width, across);
     const int above = std::max(0, y - 1);
     const int below = std::min(picture.height - 1, y + 1);
+    // At the upper and lower border the difference is one-sided, and over one row.
     const float share = below - above == 2 ? 0.5f : 1.0f;
     std::transform(row(below), row(below) + width, row(above), down.begin(),
                    [share](float lower, float upper) { return (lower - upper) * share; });
@@ -140,10 +149,11 @@ TGradients FindGradients(const TPicture& picture) {
 
 /// The high threshold, as a magnitude.
 float HighThreshold(const TGradients& gradients, const TPicture& picture) {
-  // Several histograms: neighbours often fall into the same bin, and each would wait for the one before.
+  // Several histograms: neighbors often fall into the same bin, and each would wait for the one before.
   std::array<std::array<std::uint32_t, kBins + 1>, 4> counts = {};
   std::vector<std::int32_t> bins(static_cast<std::size_t>(picture.width));
   for (int y = 0; y < picture.height; ++y) {
+    // The greatest magnitude falls into the bin 64, which is why there are 65 counters.
     rows::Bins(gradients.magnitudes.data() + gradients.Index(0, y), static_cast<float>(kBins) / gradients.greatest,
                bins.data(), picture.width);
     for (std::size_t x = 0; x < bins.size(); ++x) {
@@ -172,6 +182,7 @@ requires(std::endian::native == std::endian::little) void VisitEdges(const std::
   std::size_t i = 0;
   for (std::uint64_t eight = 0; i + sizeof eight <= states.size(); i += sizeof eight) {
     std::memcpy(&eight, states.data() + i, sizeof eight);
+    // The bit of the state 2 in each of eight bytes; 0 and 1 do not have it.
     for (std::uint64_t bits = eight & 0x0202020202020202; bits != 0; bits &= bits - 1) {
       visit(i + static_cast<std::size_t>(std::countr_zero(bits)) / 8);
     }
@@ -187,6 +198,7 @@ requires(std::endian::native == std::endian::little) void VisitEdges(const std::
 void MarkEdges(TGradients& gradients, const TPicture& picture) {
   const float high = HighThreshold(gradients, picture);
   std::vector<unsigned char>& states = gradients.states;
+  // 0.4 is the ratio of the thresholds that the method is commonly run with; Canny himself advises two or three to one.
   rows::Grade(gradients.magnitudes.data(), 0.4f * high, high, states.data(), states.size());
   const std::size_t stride = gradients.stride;
   // The state 1 in one of three pixels next to each other.
@@ -196,17 +208,19 @@ void MarkEdges(TGradients& gradients, const TPicture& picture) {
   };
   std::vector<std::size_t> open;
   VisitEdges(states, [&](std::size_t first) {
+    // A stack of our own: a line that winds through a large picture would be too deep for recursion.
     for (open.push_back(first); !open.empty();) {
       const std::size_t edge = open.back();
       open.pop_back();
+      // Three look-ups without a branch each; most edge pixels have no candidate left beside them.
       if ((hasCandidate(edge - stride) | hasCandidate(edge) | hasCandidate(edge + stride)) == 0) {
         continue;
       }
       for (const std::size_t middle : {edge - stride, edge, edge + stride}) {
-        for (const std::size_t neighbour : {middle - 1, middle, middle + 1}) {
-          if (states[neighbour] == 1) {
-            states[neighbour] = 2;
-            open.push_back(neighbour);
+        for (const std::size_t neighbor : {middle - 1, middle, middle + 1}) {
+          if (states[neighbor] == 1) {
+            states[neighbor] = 2;
+            open.push_back(neighbor);
           }
         }
       }

@@ -15,7 +15,7 @@ struct TEdgePixel {
 /// authors of "phog" take for granted. Gaussian of sigma sqrt 2 over 13 pixels, edge pixels repeated; central
 /// differences, one-sided at the border; the high threshold, relative to the greatest magnitude, is the upper edge of
 /// the bin of a histogram of 64 at which more than 0.7 of the pixels are counted, the low one 0.4 times that;
-/// suppression along the nearest of four directions, where a pixel stays if it is greater than its neighbour to the
-/// left or above and not less than the other; neighbours outside the picture count as 0; hysteresis over all eight
-/// neighbours. The magnitudes are of single precision.
+/// suppression along the nearest of four directions, where a pixel stays if it is greater than its neighbor to the
+/// left or above and not less than the other; neighbors outside the picture count as 0; hysteresis over all eight
+/// neighbors. The magnitudes are of single precision.
 std::vector<TEdgePixel> FindEdges(const TPicture& picture);

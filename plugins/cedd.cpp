@@ -1,6 +1,6 @@
-// "cedd": 144 numbers with a sum of 1: colour and edge directivity. A picture is cut into 1600 blocks; each enters the
+// "cedd": 144 numbers with a sum of 1: color and edge directivity. A picture is cut into 1600 blocks; each enters the
 // areas of its texture (0 no edge, 1 non-directional, 2 horizontal, 3 vertical, 4 45 degrees, 5 135 degrees) with the
-// 24 shades of its mean colour (0 white, 1 gray, 2 black, then a light, a pure and a dark one of red, orange, yellow,
+// 24 shades of its mean color (0 white, 1 gray, 2 black, then a light, a pure and a dark one of red, orange, yellow,
 // green, cyan, blue and magenta): element 24 x area + shade. The shares are rounded to the paper's 3 bits and scaled,
 // so that an L1 distance makes sense; the authors compare by Tanimoto's coefficient.
 //
@@ -13,7 +13,7 @@
 #include "plugins/descriptor.h"
 #include "plugins/directional-edges.h"
 
-const TDescriptor kDescriptor = {"cedd", "Colour and edge directivity of 1600 blocks", 144, true};
+const TDescriptor kDescriptor = {"cedd", "Color and edge directivity of 1600 blocks", 144, true};
 
 namespace {
 
@@ -39,6 +39,7 @@ struct TTrapezoid {
   }
 };
 
+/// Degrees 0 to 360: red, orange, yellow, green, cyan, blue, magenta, red again.
 constexpr std::array<TTrapezoid, kHues> kHueSets = {{{0, 0, 5, 10},
                                                      {5, 10, 35, 50},
                                                      {35, 50, 70, 85},
@@ -48,6 +49,7 @@ constexpr std::array<TTrapezoid, kHues> kHueSets = {{{0, 0, 5, 10},
                                                      {265, 280, 315, 330},
                                                      {315, 330, 360, 360}}};
 constexpr std::array<TTrapezoid, 2> kSaturationSets = {{{0, 0, 10, 75}, {10, 75, 255, 255}}};
+// Black, gray and white, by the value from 0 to 255.
 constexpr std::array<TTrapezoid, 3> kValueSets = {{{0, 0, 10, 75}, {10, 75, 180, 220}, {180, 220, 255, 255}}};
 /// Of saturation and of value, for the shades of a hue.
 constexpr std::array<TTrapezoid, 2> kShadeSets = {{{0, 0, 68, 188}, {68, 188, 255, 255}}};
@@ -67,7 +69,7 @@ constexpr double kQuantiser[kAreas][8] = {
     {968.88475977695578, 10725.159033657819, 24161.205360376698, 41555.917344385321, 62895.628446402261,
      93066.271379694881, 136976.13317822068, 262897.86056221306}};
 
-using TColour = std::array<std::int64_t, 3>;
+using TColor = std::array<std::int64_t, 3>;
 
 struct THsv {
   int hue;
@@ -76,11 +78,13 @@ struct THsv {
 };
 
 /// In whole numbers, cut towards 0, with the offsets of the authors' program: 0..359, 0..255, 0..255.
-THsv ToHsv(const TColour& colour) {
-  const auto [red, green, blue] = colour;
+THsv ToHsv(const TColor& color) {
+  const auto [red, green, blue] = color;
   const std::int64_t most = std::max({red, green, blue});
   const std::int64_t range = most - std::min({red, green, blue});
   const auto sector = [range](std::int64_t offset, std::int64_t difference) {
+    // One division of whole numbers cuts once; offset + 60 * difference / range would cut a negative quotient toward
+    // the other side.
     return static_cast<int>((offset * range + 60 * difference) / range);
   };
   int hue = 0;
@@ -106,6 +110,8 @@ std::array<double, kShades> FuzzyShades(const THsv& hsv) {
       continue;
     }
     const auto rule = [&](double s, double v) { return std::min({hue, s, v}); };
+    // Rules of the fuzzy system: a dark value is black whatever its hue, a pale one is gray or white by its value, and
+    // the rest belongs to its hue.
     shades[2] += rule(saturation(0), value(0)) + rule(saturation(1), value(0));
     shades[1] += rule(saturation(0), value(1));
     shades[0] += rule(saturation(0), value(2));
@@ -114,6 +120,7 @@ std::array<double, kShades> FuzzyShades(const THsv& hsv) {
   }
   const auto paleness = [&](std::size_t set) { return kShadeSets[set].Membership(hsv.saturation); };
   const auto brightness = [&](std::size_t set) { return kShadeSets[set].Membership(hsv.value); };
+  // The second system: pale and bright is a light shade, strong and bright a pure one, and all that is dark a dark one.
   const double light = std::min(paleness(0), brightness(1));
   const double pure = std::min(paleness(1), brightness(1));
   const double dark = std::min(paleness(0), brightness(0)) + std::min(paleness(1), brightness(0));
@@ -130,6 +137,7 @@ std::array<bool, kAreas> Areas(const TQuarters& means) {
   const auto strengths = SquaredStrengths(means);
   const std::int64_t most = *std::max_element(strengths.begin(), strengths.end());
   constexpr std::int64_t kLeast = 14;
+  // The strengths are squares, and so is the threshold.
   if (most < kLeast * kLeast) {
     return {true};
   }
@@ -146,7 +154,7 @@ std::array<bool, kAreas> Areas(const TQuarters& means) {
 }
 
 /// The sums of each channel in the quarters of one block.
-using TBlock = std::array<TColour, 4>;
+using TBlock = std::array<TColor, 4>;
 
 TBlock SumBlock(const TPicture& picture, int left, int top, int width, int height) {
   TBlock block = {};
@@ -161,7 +169,7 @@ TBlock SumBlock(const TPicture& picture, int left, int top, int width, int heigh
         green += pixel[1];
         blue += pixel[2];
       }
-      TColour& quarter = block[(y < height / 2 ? 0 : 2) + side];
+      TColor& quarter = block[(y < height / 2 ? 0 : 2) + side];
       quarter = {quarter[0] + red, quarter[1] + green, quarter[2] + blue};
     }
   }
@@ -170,17 +178,18 @@ TBlock SumBlock(const TPicture& picture, int left, int top, int width, int heigh
 
 void AddBlock(const TBlock& block, std::int64_t pixelsOfQuarter, std::span<double> result) {
   TQuarters means;
-  TColour colour = {};
+  TColor color = {};
   for (std::size_t i = 0; i < block.size(); ++i) {
+    // The luma of ITU-R BT.601 in thousandths, which whole numbers hold exactly.
     means[i] = (299 * block[i][0] + 587 * block[i][1] + 114 * block[i][2]) / (1000 * pixelsOfQuarter);
-    for (std::size_t channel = 0; channel < colour.size(); ++channel) {
-      colour[channel] += block[i][channel];
+    for (std::size_t channel = 0; channel < color.size(); ++channel) {
+      color[channel] += block[i][channel];
     }
   }
-  for (std::int64_t& channel : colour) {
+  for (std::int64_t& channel : color) {
     channel /= 4 * pixelsOfQuarter;
   }
-  const auto shades = FuzzyShades(ToHsv(colour));
+  const auto shades = FuzzyShades(ToHsv(color));
   const auto areas = Areas(means);
   for (std::size_t area = 0; area < kAreas; ++area) {
     for (std::size_t shade = 0; shade < kShades && areas[area]; ++shade) {
@@ -191,12 +200,15 @@ void AddBlock(const TBlock& block, std::int64_t pixelsOfQuarter, std::span<doubl
 
 /// The sides of a block, even, from the number of blocks in a row and in a column.
 int BlockSide(int size, int blocks) {
+  // Even, since a block has four quarters. What is left over at the right and the lower edge of the picture belongs to
+  // no block.
   return std::max(2, size / blocks / 2 * 2);
 }
 
 int Nearest(double millionths, const double (&table)[8]) {
   int best = 0;
   for (int i = 1; i < 8; ++i) {
+    // On a tie the lower level, as the comparison is strict.
     if (std::fabs(millionths - table[i]) < std::fabs(millionths - table[best])) {
       best = i;
     }
@@ -210,6 +222,7 @@ void Describe(const TPicture& picture, std::span<double> result) {
   const int shorter = std::min(picture.width, picture.height);
   int columns = picture.width / 2;
   int rows = picture.height / 2;
+  // The authors' program cuts small pictures into 20 x 20 blocks, and the smallest into blocks of 2 x 2 pixels.
   if (shorter >= 40) {
     columns = rows = shorter >= 80 ? 40 : 20;
   }
@@ -226,6 +239,7 @@ void Describe(const TPicture& picture, std::span<double> result) {
   }
   ScaleToUnitSum(result);
   for (std::size_t i = 0; i < result.size(); ++i) {
+    // The tables are in millionths of the sum.
     result[i] = Nearest(result[i] * 1e6, kQuantiser[i / kShades]);
   }
   ScaleToUnitSum(result);

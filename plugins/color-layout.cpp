@@ -4,8 +4,8 @@
 // software's distance sums three Euclidean ones, over luminance and both differences; the L1 distance of these numbers
 // stands in for it, it is not the same.
 //
-// ISO/IEC 15938-3:2002, colour layout; E. Kasutani, A. Yamada, "The MPEG-7 Color Layout Descriptor", ICIP 2001. The
-// standard takes the mean colour of a cell and converts that; here, as in its reference software, the pixels are
+// ISO/IEC 15938-3:2002, color layout; E. Kasutani, A. Yamada, "The MPEG-7 Color Layout Descriptor", ICIP 2001. The
+// standard takes the mean color of a cell and converts that; here, as in its reference software, the pixels are
 // converted and the results averaged, which differs by rounding.
 
 #include <array>
@@ -14,7 +14,7 @@
 
 #include "plugins/descriptor.h"
 
-const TDescriptor kDescriptor = {"colorlayout", "The lowest frequencies of luminance and colour on 8 x 8 cells", 12,
+const TDescriptor kDescriptor = {"colorlayout", "The lowest frequencies of luminance and color on 8 x 8 cells", 12,
                                  true};
 
 namespace {
@@ -24,7 +24,7 @@ constexpr std::size_t kChannels = 3;
 
 using TCells = std::array<double, kSide * kSide>;
 
-/// Luminance and colour differences of one pixel as the standard scales them, exactly rounded: the decimal fractions
+/// Luminance and color differences of one pixel as the standard scales them, exactly rounded: the decimal fractions
 /// times their common denominators, reduced.
 std::array<std::uint32_t, kChannels> Convert(const unsigned char* pixel) {
   const std::int32_t red = 1000 * pixel[0];
@@ -42,6 +42,7 @@ struct TCellRow {
 
 /// In a picture of fewer than eight columns each stands for eight of them.
 void AddRow(const TPicture& picture, int y, TCellRow& cells) {
+  // Eight copies of each column are cut as one column would be in eight, without fractions.
   const int repetitions = picture.width < static_cast<int>(kSide) ? static_cast<int>(kSide) : 1;
   const unsigned char* row = picture.Row(y);
   const int width = picture.width * repetitions;
@@ -76,6 +77,7 @@ std::array<TCells, kChannels> CellMeans(const TPicture& picture) {
       AddRow(picture, static_cast<int>(y / repetitions), cells);
     }
     for (std::size_t cell = 0; cell < kSide; ++cell) {
+      // Cells may differ by a column or row where the sides are no multiples of eight.
       const std::int64_t columns =
           (static_cast<std::int64_t>(cell + 1) * width + 7) / 8 - (static_cast<std::int64_t>(cell) * width + 7) / 8;
       for (std::size_t channel = 0; channel < kChannels; ++channel) {
@@ -105,9 +107,12 @@ int Coefficient(const TCells& cells, int u, int v) {
       sum += cells[kSide * y + x] * cosines[static_cast<std::size_t>(u)][x] * cosines[static_cast<std::size_t>(v)][y];
     }
   }
+  // Not 0.5: a coefficient that is a half but for the rounding of the cosines goes down on every machine.
   return static_cast<int>(std::floor(sum + 0.499999));
 }
 
+/// The steps of the standard's quantizers: fine around the middle, where means of photographs lie, and coarse at the
+/// ends.
 int QuantiseLuminanceMean(int coefficient) {
   const int d = coefficient / 8;
   if (d <= 63) {
@@ -159,6 +164,8 @@ struct TChannel {
   std::array<double, 6> weights;
 };
 
+/// Luminance, blue difference, red difference. The weights are those by which the standard's distance favors low
+/// frequencies.
 constexpr std::array<TChannel, kChannels> kChannelTable = {{{6, {2, 2, 2, 1, 1, 1}}, {3, {2, 1, 1}}, {3, {4, 2, 2}}}};
 
 /// Horizontal and vertical frequency.

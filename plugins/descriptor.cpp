@@ -8,6 +8,7 @@ namespace {
 std::int32_t Process(const unsigned char* pixels, std::int32_t width, std::int32_t height, std::int32_t stride,
                      double* features) {
   const std::span result(features, static_cast<std::size_t>(kDescriptor.length));
+  // The host's memory holds whatever was there before, and every element must be written.
   std::fill(result.begin(), result.end(), 0.0);
   const TPicture picture = {pixels, width, height, stride};
   if (!picture.IsEmpty()) {
@@ -27,11 +28,11 @@ const char* GetShortDescription() {
 }
 
 bool NeedsGrayscale() {
-  return !kDescriptor.isColour;
+  return !kDescriptor.isColor;
 }
 
 bool NeedsColor() {
-  return kDescriptor.isColour;
+  return kDescriptor.isColor;
 }
 
 std::int32_t GetFeatureLength() {

@@ -25,8 +25,8 @@ struct TDescriptor {
   const char* description;
   /// Of each result, in doubles.
   int length;
-  /// True for pictures in colour, false for gray ones.
-  bool isColour;
+  /// True for pictures in color, false for gray ones.
+  bool isColor;
 };
 
 extern const TDescriptor kDescriptor;

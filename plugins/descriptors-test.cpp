@@ -27,7 +27,7 @@ using TNumbers = std::vector<double>;
 struct TKind {
   const char* className;
   std::size_t length;
-  bool isColour;
+  bool isColor;
   bool hasUnitSum;
   /// The largest difference from the formulas: single precision where it is not 1e-8.
   double tolerance;
@@ -47,13 +47,13 @@ class TTestPicture {
  public:
   using TValue = std::function<int(int x, int y, int channel)>;
 
-  TTestPicture(int width, int height, const TValue& value) : width(width), height(height) {
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) {
+  TTestPicture(int theWidth, int theHeight, const TValue& value) : width(theWidth), height(theHeight) {
+    for (int y = 0; y < theHeight; ++y) {
+      for (int x = 0; x < theWidth; ++x) {
         for (int channel = 0; channel < 3; ++channel) {
-          colours.push_back(static_cast<unsigned char>(value(x, y, channel)));
+          colors.push_back(static_cast<unsigned char>(value(x, y, channel)));
         }
-        grays.push_back(colours[colours.size() - 3]);
+        grays.push_back(colors[colors.size() - 3]);
       }
     }
   }
@@ -62,7 +62,7 @@ class TTestPicture {
   TTestPicture Map(int newWidth, int newHeight, const std::function<std::pair<int, int>(int x, int y)>& source) const {
     return {newWidth, newHeight, [&](int x, int y, int channel) {
               const auto [fromX, fromY] = source(x, y);
-              return colours[static_cast<std::size_t>(3 * (fromY * width + fromX) + channel)];
+              return colors[static_cast<std::size_t>(3 * (fromY * width + fromX) + channel)];
             }};
   }
   TTestPicture Mirrored() const {
@@ -77,7 +77,7 @@ class TTestPicture {
 
   int width;
   int height;
-  std::vector<unsigned char> colours;
+  std::vector<unsigned char> colors;
   /// The first channel.
   std::vector<unsigned char> grays;
 };
@@ -94,14 +94,14 @@ TNumbers Call(const std::string& name, const unsigned char* pixels, int width, i
   using TProcess = std::int32_t (*)(const unsigned char*, std::int32_t, std::int32_t, std::int32_t, double*);
   const TKind& kind = kKinds.at(name);
   TNumbers result(kind.length, std::numeric_limits<double>::quiet_NaN());
-  Resolve<TProcess>(name, kind.isColour ? "ProcessColor" : "ProcessGrayscale")(pixels, width, height, stride,
-                                                                               result.data());
+  Resolve<TProcess>(name, kind.isColor ? "ProcessColor" : "ProcessGrayscale")(pixels, width, height, stride,
+                                                                              result.data());
   return result;
 }
 
 TNumbers Describe(const std::string& name, const TTestPicture& picture) {
-  return kKinds.at(name).isColour ? Call(name, picture.colours.data(), picture.width, picture.height, 3 * picture.width)
-                                  : Call(name, picture.grays.data(), picture.width, picture.height, picture.width);
+  return kKinds.at(name).isColor ? Call(name, picture.colors.data(), picture.width, picture.height, 3 * picture.width)
+                                 : Call(name, picture.grays.data(), picture.width, picture.height, picture.width);
 }
 
 double Sum(const TNumbers& numbers) {
@@ -146,8 +146,8 @@ TTestPicture Made(int width, int height) {
   return {width, height, MadeValue};
 }
 
-TTestPicture Flat(int width, int height, const std::array<int, 3>& colour) {
-  return {width, height, [&](int, int, int channel) { return colour[static_cast<std::size_t>(channel)]; }};
+TTestPicture Flat(int width, int height, const std::array<int, 3>& color) {
+  return {width, height, [&](int, int, int channel) { return color[static_cast<std::size_t>(channel)]; }};
 }
 
 /// `left` in front of column `edge`, `right` from there.
@@ -162,8 +162,8 @@ TEST(TDescriptors, SayWhatTheyAre) {
     EXPECT_EQ(Resolve<const char* (*)()>(name, "GetShortDescription")(), name);
     EXPECT_NE(std::string(Resolve<const char* (*)()>(name, "GetDescription")()), "");
     EXPECT_EQ(Resolve<std::int32_t (*)()>(name, "GetFeatureLength")(), kind.length) << name;
-    EXPECT_EQ(Resolve<bool (*)()>(name, "NeedsColor")(), kind.isColour) << name;
-    EXPECT_EQ(Resolve<bool (*)()>(name, "NeedsGrayscale")(), !kind.isColour) << name;
+    EXPECT_EQ(Resolve<bool (*)()>(name, "NeedsColor")(), kind.isColor) << name;
+    EXPECT_EQ(Resolve<bool (*)()>(name, "NeedsGrayscale")(), !kind.isColor) << name;
   }
 }
 
@@ -200,7 +200,7 @@ TEST(TDescriptors, EmptyTinyAndNarrowPicturesHaveNumbersToo) {
 TEST(TDescriptors, RowsMayHaveGaps) {
   const TTestPicture picture = Made(45, 37);
   for (const auto& [name, kind] : kKinds) {
-    const auto& pixels = kind.isColour ? picture.colours : picture.grays;
+    const auto& pixels = kind.isColor ? picture.colors : picture.grays;
     const std::size_t row = pixels.size() / 37;
     std::vector<unsigned char> spread;
     for (std::size_t y = 0; y < 37; ++y) {
@@ -253,14 +253,14 @@ TEST(TDescriptors, GiveTheSameBytesAtEverySimdLevel) {
 TEST(TDescriptors, AreTheSameOnEachRunOverTheSampleCollection) {
   std::size_t count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(SAMPLES_DIRECTORY "/photos")) {
-    TImageRGB colour;
-    ASSERT_TRUE(colour.LoadFromFile(entry.path()));
+    TImageRGB color;
+    ASSERT_TRUE(color.LoadFromFile(entry.path()));
     TImageGray gray;
-    colour.ToGray(gray);
+    color.ToGray(gray);
     for (const auto& [name, kind] : kKinds) {
       const auto describe = [&, &name = name, &kind = kind] {
-        return kind.isColour ? Call(name, colour.GetPixels(), colour.GetWidth(), colour.GetHeight(), colour.GetStride())
-                             : Call(name, gray.GetPixels(), gray.GetWidth(), gray.GetHeight(), gray.GetStride());
+        return kind.isColor ? Call(name, color.GetPixels(), color.GetWidth(), color.GetHeight(), color.GetStride())
+                            : Call(name, gray.GetPixels(), gray.GetWidth(), gray.GetHeight(), gray.GetStride());
       };
       const TNumbers numbers = describe();
       ExpectSound(name, numbers);
@@ -400,7 +400,7 @@ TEST(TPhog, LightAndContrastDoNotMatterAndMirroringReversesCellsAndBins) {
     }
     begin += 20 * cells * cells;
   }
-  // Angles on the edge of a bin fall into its neighbour.
+  // Angles on the edge of a bin fall into its neighbor.
   EXPECT_LT(difference, 0.25);
   EXPECT_GT(Distance(numbers, mirrored), 0.5) << "or the test compares nothing";
 }
@@ -471,12 +471,12 @@ TEST(TTamura, AddedLightChangesNothing) {
   EXPECT_LT(Distance(Describe("tamura", dark), Describe("tamura", bright)), 0.002);
 }
 
-TEST(TCedd, NamesTheColoursOfFlatPictures) {
+TEST(TCedd, NamesTheColorsOfFlatPictures) {
   const std::map<std::size_t, std::array<int, 3>> cases = {
       {0, {255, 255, 255}}, {1, {128, 128, 128}}, {2, {0, 0, 0}}, {4, {255, 0, 0}}, {19, {0, 0, 255}}};
-  for (const auto& [element, colour] : cases) {
+  for (const auto& [element, color] : cases) {
     for (const int side : {2, 39, 40, 79, 80, 200}) {
-      ExpectOnly(Describe("cedd", Flat(side, side, colour)), {{element, 1.0}});
+      ExpectOnly(Describe("cedd", Flat(side, side, color)), {{element, 1.0}});
     }
   }
   // (200, 120, 60) is orange, 0.0833 light and 0.9167 pure; levels 2 and 7 of the table are nearest.
@@ -494,14 +494,14 @@ TEST(TCedd, FindsAnUprightEdgeAndItsTurnedOne) {
   ExpectOnly(Describe("cedd", lying), {{2, 7 / 18.0}, {0, 7 / 18.0}, {24 * 2 + 1, 4 / 18.0}});
 }
 
-TEST(TMoments, KnowTheColoursAndTheMoments) {
+TEST(TMoments, KnowTheColorsAndTheMoments) {
   const std::map<std::array<int, 3>, std::array<double, 3>> cases = {{{128, 128, 128}, {53.5850, 0, 0}},
                                                                      {{255, 0, 0}, {53.2408, 80.0925, 67.2032}},
                                                                      {{0, 255, 0}, {87.7347, -86.1827, 83.1793}},
                                                                      {{0, 0, 255}, {32.2970, 79.1875, -107.8602}},
                                                                      {{200, 30, 60}, {43.5632, 64.0573, 28.4711}}};
-  for (const auto& [colour, lab] : cases) {
-    const TNumbers numbers = Describe("moments", Flat(30, 30, colour));
+  for (const auto& [color, lab] : cases) {
+    const TNumbers numbers = Describe("moments", Flat(30, 30, color));
     for (std::size_t cell = 0; cell < 9; ++cell) {
       EXPECT_NEAR(numbers[9 * cell] * 100, lab[0], 1e-4);
       EXPECT_NEAR(numbers[9 * cell + 3] * 256 - 128, lab[1], 4e-4);

@@ -3,7 +3,7 @@
 //   0..4     in the whole picture
 //   5..84    in each of 4 x 4 parts, row by row
 //   85..149  in 13 groups of four parts: 4 columns, 4 rows, the squares top left, top right, bottom left, bottom right
-//            and centre
+//            and center
 // The last two kinds are divided by 5, so that an L1 distance is a fifth of the paper's, which weighs the five numbers
 // of the whole picture 5-fold. The local numbers are rounded to the standard's 3 bits before the others are made.
 //
@@ -25,12 +25,14 @@ namespace {
 
 constexpr int kParts = 16;
 constexpr int kLocalBins = kParts * kEdgeKinds;
+// The number that the standard's extraction aims at.
 constexpr int kWantedBlocks = 1100;
 constexpr std::int64_t kEdgeThreshold = 11;
 constexpr int kLeastSide = 70;
 /// A thread of pixels is not enlarged beyond that length, so that no picture takes hours.
 constexpr int kMostEnlargedSide = 1 << 20;
 
+/// The standard's tables, by kind of edge; 3 bits an element.
 constexpr double kQuantiser[kEdgeKinds][8] = {
     {0.010867, 0.057915, 0.099526, 0.144849, 0.195573, 0.260504, 0.358031, 0.530128},
     {0.012266, 0.069934, 0.125879, 0.182307, 0.243396, 0.314563, 0.411728, 0.564319},
@@ -44,6 +46,7 @@ constexpr int kGroups[13][4] = {{0, 4, 8, 12},  {1, 5, 9, 13},    {2, 6, 10, 14}
                                 {8, 9, 12, 13}, {10, 11, 14, 15}, {5, 6, 9, 10}};
 
 std::int64_t IntegerSquareRoot(std::int64_t number) {
+  // The root of a double may be off by one for large numbers; the loops put that right.
   auto root = static_cast<std::int64_t>(std::sqrt(static_cast<double>(number)));
   while (root * root > number) {
     --root;
@@ -70,6 +73,7 @@ void EnlargeRow(const TPicture& picture, std::int64_t numerator, std::int64_t de
     const std::int64_t right = position % numerator;
     const std::int64_t sum = (numerator - below) * ((numerator - right) * upper[x] + right * upper[next]) +
                              below * ((numerator - right) * lower[x] + right * lower[next]);
+    // In whole numbers throughout: the same bytes on every machine.
     row[i] = static_cast<unsigned char>((sum + whole / 2) / whole);
   }
 }
@@ -78,14 +82,15 @@ void EnlargeRow(const TPicture& picture, std::int64_t numerator, std::int64_t de
 /// enlargement.
 class TBlockCounter {
  public:
-  TBlockCounter(int width, int height)
-      : width(width),
-        height(height),
-        side(BlockSide(width, height)),
-        quarters(static_cast<std::size_t>(width / side)) {}
+  TBlockCounter(int theWidth, int theHeight)
+      : width(theWidth),
+        height(theHeight),
+        side(BlockSide(theWidth, theHeight)),
+        quarters(static_cast<std::size_t>(theWidth / side)) {}
 
   void AddRow(const unsigned char* row) {
     const int half = side / 2;
+    // The upper two quarters of each block, or the lower two.
     const std::size_t below = y % side < half ? 0 : 2;
     for (TQuarters& block : quarters) {
       for (std::size_t quarter = below; quarter < below + 2; ++quarter) {
@@ -119,10 +124,13 @@ class TBlockCounter {
     const std::int64_t row = std::int64_t{4} * (y - side) / height;
     const std::int64_t pixels = std::int64_t{side / 2} * (side / 2);
     for (std::size_t i = 0; i < quarters.size(); ++i) {
+      // By the left edge of the block: a block that lies across a border belongs to the part where it begins.
       const auto part = static_cast<std::size_t>(4 * row + 4 * static_cast<std::int64_t>(i) * side / width);
       const auto strengths = SquaredStrengths(quarters[i]);
+      // The first of equally strong ones, in the order of TEdgeKind.
       const auto strongest = std::max_element(strengths.begin(), strengths.end());
       ++blocks[part];
+      // Sums instead of means, hence the threshold times the pixels of a quarter; squares, hence squared.
       if (*strongest >= kEdgeThreshold * kEdgeThreshold * pixels * pixels) {
         ++edges[part * kEdgeKinds + static_cast<std::size_t>(strongest - strengths.begin())];
       }
@@ -147,6 +155,7 @@ void CountBlocks(const TPicture& picture, std::span<double> local) {
     numerator = kMostEnlargedSide;
     denominator = longer;
   }
+  // Large enough as it is.
   if (numerator <= denominator) {
     TBlockCounter counter(picture.width, picture.height);
     for (int y = 0; y < picture.height; ++y) {
@@ -156,6 +165,7 @@ void CountBlocks(const TPicture& picture, std::span<double> local) {
     return;
   }
   const auto enlarge = [&](int size) {
+    // Rounded to the nearest.
     return static_cast<int>((2 * numerator * size + denominator) / (2 * denominator));
   };
   TBlockCounter counter(enlarge(picture.width), enlarge(picture.height));
@@ -169,6 +179,7 @@ void CountBlocks(const TPicture& picture, std::span<double> local) {
 
 double Quantise(double share, const double (&table)[8]) {
   int i = 0;
+  // The nearest level; halfway the lower one.
   while (i < 7 && share > (table[i] + table[i + 1]) / 2.0) {
     ++i;
   }

@@ -68,17 +68,19 @@ std::vector<TTaps> MakeTaps(int size, double factor) {
   const int scaled = static_cast<int>(std::lround(size * factor));
   const double step = static_cast<double>(size) / scaled;
   const double reach = std::max(1.0, step);
+  // The middle of the longer side.
   const int offset = (scaled - kSide) / 2;
   std::vector<TTaps> taps(kSide);
   for (int i = 0; i < kSide; ++i) {
-    const double centre = (offset + i + 0.5) * step - 0.5;
-    const int first = std::max(0, static_cast<int>(std::ceil(centre - reach)));
-    const int last = std::min(size - 1, static_cast<int>(std::floor(centre + reach)));
+    const double center = (offset + i + 0.5) * step - 0.5;
+    const int first = std::max(0, static_cast<int>(std::ceil(center - reach)));
+    const int last = std::min(size - 1, static_cast<int>(std::floor(center + reach)));
     TTaps& own = taps[static_cast<std::size_t>(i)];
     own.first = first;
     double sum = 0.0;
     for (int j = first; j <= last; ++j) {
-      own.weights.push_back(std::max(0.0, 1.0 - std::fabs(j - centre) / reach));
+      // A triangle as wide as the reduction: every source pixel counts, and none twice as much as its neighbors.
+      own.weights.push_back(std::max(0.0, 1.0 - std::fabs(j - center) / reach));
       sum += own.weights.back();
     }
     for (double& weight : own.weights) {
@@ -99,6 +101,7 @@ std::vector<double> Reduce(const TPicture& picture) {
   std::vector<double> sums(static_cast<std::size_t>(right - left));
   std::vector<double> result;
   result.reserve(std::size_t{kSide} * kSide);
+  // Downwards first, into one row of sums: only the part of the picture that the middle square needs is read.
   for (const TTaps& row : rows) {
     std::fill(sums.begin(), sums.end(), 0.0);
     for (std::size_t i = 0; i < row.weights.size(); ++i) {
@@ -122,8 +125,10 @@ TPlane Stretch(const std::vector<double>& levels) {
   const double base = *least;
   const double range = *most - base;
   TPlane result(levels.size());
+  // Below that the differences come from the rounding of the weights, and stretching would make noise of them.
   if (range > 1e-6) {
     std::transform(levels.begin(), levels.end(), result.begin(), [&](double level) {
+      // Logarithms make the answer depend on ratios of light, as the authors do before their prefilter.
       return static_cast<float>(std::log1p((level - base) * 255.0 / std::max(1.0, range)));
     });
   }
@@ -133,6 +138,7 @@ TPlane Stretch(const std::vector<double>& levels) {
 /// The plane with a margin around it, reflected at the border, the edge pixel included.
 TPlane Pad(const TPlane& plane, int side, int margin) {
   const auto source = [side](int position) {
+    // Reflection keeps the border from acting as an edge, which all filters would answer to.
     return position < 0 ? -1 - position : (position >= side ? 2 * side - 1 - position : position);
   };
   TPlane padded;
@@ -155,6 +161,8 @@ class TPrefilter {
         forward(fftwf_plan_dft_r2c_2d(kPrefilterSide, kPrefilterSide, plane.data(), Raw(spectrum), kPlanFlags)),
         backward(fftwf_plan_dft_c2r_2d(kPrefilterSide, kPrefilterSide, Raw(spectrum), plane.data(), kPlanFlags)) {
     // Half of the amplitude at 4 cycles a picture.
+    // exp(-f^2 / width^2) is one half at f = 4. Divided by the number of samples, since the library's two transforms
+    // multiply by it.
     const double width = 4.0 / std::sqrt(std::log(2.0));
     for (int y = 0; y < kPrefilterSide; ++y) {
       const int fy = y < kPrefilterSide / 2 ? y : y - kPrefilterSide;
@@ -170,6 +178,7 @@ class TPrefilter {
     LowPass();
     for (std::size_t i = 0; i < plane.size(); ++i) {
       padded[i] -= plane[i];
+      // The local variance: what is left of the slow changes, squared and smoothed by the same filter.
       plane[i] = padded[i] * padded[i];
     }
     LowPass();
@@ -178,6 +187,8 @@ class TPrefilter {
     for (int y = kPrefilterMargin; y < kPrefilterMargin + kSide; ++y) {
       for (int x = kPrefilterMargin; x < kPrefilterMargin + kSide; ++x) {
         const std::size_t i = Index(y, kPrefilterSide, x);
+        // 0.2 is the authors' floor of the local contrast, which keeps flat areas from being blown up. fabs, since the
+        // smoothed squares may fall below 0 by rounding.
         result.push_back(padded[i] / (0.2f + std::sqrt(std::fabs(plane[i]))));
       }
     }
@@ -207,9 +218,10 @@ class TPrefilter {
 /// The gain of a filter at a frequency, as its definition has it.
 double Gain(int scale, int orientation, int fx, int fy) {
   const double radius = std::sqrt(static_cast<double>(fx * fx + fy * fy)) / kFilterSide;
-  const double centre = 0.3 / std::pow(1.85, scale);
+  const double center = 0.3 / std::pow(1.85, scale);
+  // The angle between frequency and filter, on the circle.
   const double turned = std::remainder(std::atan2(fy, fx) + orientation * kPi / kOrientations, 2.0 * kPi);
-  const double distance = radius / centre - 1.0;
+  const double distance = radius / center - 1.0;
   return std::exp(-3.5 * distance * distance - 2.0 * kPi * turned * turned);
 }
 
@@ -288,6 +300,7 @@ class TFilterBank {
       // The longest gap on the circle; what is left is one run.
       int gap = 0;
       int afterGap = 0;
+      // Twice around, so that a gap across the end of the spectrum is found whole.
       for (int i = 0, run = 0; i < 2 * kFilterSide; ++i) {
         run = IsNegligible(gains, i % kFilterSide) ? std::min(run + 1, kFilterSide) : 0;
         if (run > gap) {
@@ -304,6 +317,7 @@ class TFilterBank {
     }
     for (int i = 0; i < filter.lines * kFilterSide; ++i) {
       const int line = (filter.begin + i / kFilterSide) % kFilterSide;
+      // Divided by the number of samples, as the transforms are not normalized.
       filter.gains.push_back(static_cast<float>(best[Index(line, kFilterSide, i % kFilterSide)] / kCount));
     }
     const int length = kFilterSide;
@@ -318,6 +332,7 @@ class TFilterBank {
       for (int x = 0; x < kFilterSide; ++x) {
         const bool isMirrored = x >= kHalf;
         const int fromX = isMirrored ? kFilterSide - x : x;
+        // The transform of real numbers is symmetric: F(-x, -y) is the conjugate of F(x, y).
         const int fromY = isMirrored ? (kFilterSide - y) % kFilterSide : y;
         const TComplex& value = half[Index(fromY, kHalf, fromX)];
         const TComplex number = {value[0], isMirrored ? -value[1] : value[1]};
@@ -342,6 +357,8 @@ class TFilterBank {
       const auto begin = turned.begin() + static_cast<std::ptrdiff_t>(line * kFilterSide);
       std::fill(begin + filter.lines, begin + kFilterSide, TComplex());
     }
+    // Only the lines that are not negligible are transformed; zeros need no transform. The result comes turned, ready
+    // for the second pass along the other axis.
     fftwf_execute(filter.plan.get());
     fftwf_execute(acrossLines.get());
   }
@@ -353,6 +370,7 @@ class TFilterBank {
       for (int line = i * kBlockSide; line < (i + 1) * kBlockSide; ++line) {
         const TComplex* from = answer.data() + Index(line, kFilterSide, kFilterMargin);
         for (std::size_t j = 0; j < kSide; ++j) {
+          // The magnitude of the complex answer, which does not depend on the phase of what is seen.
           sums[j] += std::sqrt(from[j][0] * from[j][0] + from[j][1] * from[j][1]);
         }
       }
@@ -384,6 +402,7 @@ class TFilterBank {
 }  // namespace
 
 void Describe(const TPicture& picture, std::span<double> result) {
+  // Made at the first picture and kept: planning and gains take longer than a picture.
   static TPrefilter prefilter;
   static TFilterBank bank;
   bank.Process(prefilter.Process(Stretch(Reduce(picture))), result);

@@ -29,6 +29,8 @@ std::array<float, 256> LinearLight() {
   std::array<float, 256> table;
   for (std::size_t byte = 0; byte < table.size(); ++byte) {
     const double c = static_cast<double>(byte) / 255.0;
+    // IEC 61966-2-1: a line near black, a power of 2.4 above it. A byte has 256 values, so that a table replaces the
+    // power.
     table[byte] = static_cast<float>(c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4));
   }
   return table;
@@ -60,6 +62,8 @@ TMoments CentralMoments(const TPowerSums& power, double count) {
   const double first = power.parts.Sum(0) / count;
   const double second = power.parts.Sum(1) / count;
   const double third = power.parts.Sum(2) / count;
+  // Central moments from powers around the origin: E[d^2] - m^2 and E[d^3] - 3 m E[d^2] + 2 m^3. Rounding may take the
+  // variance of an even cell below 0.
   return {power.origin + first, std::sqrt(std::max(0.0, second - first * first)),
           std::cbrt(third - 3.0 * first * second + 2.0 * first * first * first)};
 }
@@ -67,7 +71,7 @@ TMoments CentralMoments(const TPowerSums& power, double count) {
 void DescribeCell(const TPicture& picture, int left, int right, int top, int bottom,
                   std::array<TMoments, kChannels>& moments) {
   TChunk lab;
-  // Around the colour of the first pixel, so that the moments of a flat cell are exact and no digits are lost in an
+  // Around the color of the first pixel, so that the moments of a flat cell are exact and no digits are lost in an
   // even one.
   ConvertChunk(picture.Row(top) + static_cast<std::ptrdiff_t>(left) * 3, 1, lab);
   std::array<TPowerSums, kChannels> power;

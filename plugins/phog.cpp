@@ -18,7 +18,9 @@ const TDescriptor kDescriptor = {"phog", "Orientations of edges in a pyramid of 
 namespace {
 
 constexpr std::size_t kOrientations = 20;
+// A side of the finest level.
 constexpr std::size_t kCells = 4;
+// Behind 1 cell, and behind 1 + 4.
 constexpr std::size_t kLevelBegin[3] = {0, kOrientations, 5 * kOrientations};
 
 /// Twice the central difference, and twice the one-sided difference at the border.
@@ -43,6 +45,7 @@ std::size_t Orientation(int horizontal, int vertical) {
     table[14] = 1.0;
     return table;
   }();
+  // A vertical gradient has no tangent: up and down are the two ends of the half circle.
   if (horizontal == 0) {
     return vertical > 0 ? kOrientations - 1 : 0;
   }
@@ -75,9 +78,11 @@ void Describe(const TPicture& picture, std::span<double> result) {
     const int horizontal = TwiceDifference(pixel, x, picture.width, 1);
     const int vertical = TwiceDifference(pixel, y, picture.height, picture.stride);
     const std::size_t orientation = Orientation(horizontal, vertical);
+    // Of twice the gradient; the scaling at the end takes the factor out.
     const double weight = std::sqrt(static_cast<double>(horizontal * horizontal + vertical * vertical));
     for (std::size_t level = 0; level < 3; ++level) {
       const std::size_t shift = 2 - level;
+      // Dropping a bit of the finest cell gives the cell of the level above.
       const std::size_t column = columns[static_cast<std::size_t>(x)] >> shift;
       const std::size_t cell = (column << level) + (rows[static_cast<std::size_t>(y)] >> shift);
       result[kLevelBegin[level] + cell * kOrientations + orientation] += weight;

@@ -17,6 +17,8 @@ namespace rows::HWY_NAMESPACE {
 void MeanRow(const std::uint32_t* HWY_RESTRICT lower, const std::uint32_t* HWY_RESTRICT upper, int side, float share,
              float* HWY_RESTRICT means, int count) {
   for (int x = 0; x < count; ++x) {
+    // A sum over a window from four corners of a summed-area table (F. Crow, SIGGRAPH 1984). Differences without a sign
+    // wrap around and still come out right.
     means[x] =
         static_cast<float>(static_cast<std::int32_t>(lower[x + side] - upper[x + side] - (lower[x] - upper[x]))) *
         share;
@@ -27,6 +29,8 @@ void KeepRow(const float* HWY_RESTRICT ahead, const float* HWY_RESTRICT behind, 
              std::int32_t* HWY_RESTRICT keys, int count) {
   for (int x = 0; x < count; ++x) {
     const auto bits = std::bit_cast<std::int32_t>(std::fabs(ahead[x] - behind[x]));
+    // The bits of floats of 0 and more are in the order of the numbers, so that one comparison of whole numbers keeps
+    // the greatest difference and where it came from.
     const std::int32_t key = (bits & ~kTagMask) | tag;
     keys[x] = key > keys[x] ? key : keys[x];
   }
@@ -36,6 +40,7 @@ void JointRow(const std::int16_t* HWY_RESTRICT directions, const std::int32_t* H
               const unsigned char* HWY_RESTRICT contrasts, std::uint16_t* HWY_RESTRICT bins, int count) {
   for (int x = 0; x < count; ++x) {
     // 0, 1, 3, 4, 6, 7.
+    // floor(8 k / 5) for k from 0 to 5, by 13 / 8 in place of 8 / 5.
     const std::int32_t exact = 13 * (kMostCoarse - (keys[x] & kTagMask)) / 8;
     const std::int32_t coarseness = exact < 7 ? exact : 7;
     bins[x] = static_cast<std::uint16_t>(64 * directions[x] + 8 * coarseness + contrasts[x]);
@@ -47,6 +52,7 @@ void PowerRow(const unsigned char* HWY_RESTRICT pixels, std::uint32_t* HWY_RESTR
               std::uint32_t* HWY_RESTRICT second, std::uint32_t* HWY_RESTRICT third, std::int64_t* HWY_RESTRICT fourth,
               int count) {
   for (int x = 0; x < count; ++x) {
+    // Around the middle, so that 11 x 11 third powers fit into 32 bits.
     const auto value = static_cast<std::int16_t>(pixels[x] - 128);
     const auto square = static_cast<std::int16_t>(value * value);
     first[x] += static_cast<std::uint32_t>(kSign * value);
@@ -70,6 +76,7 @@ void VarianceRow(const std::uint32_t* HWY_RESTRICT first, const std::uint32_t* H
   for (int x = 0; x < count; ++x) {
     const auto sum = static_cast<std::int32_t>(first[x + side] - first[x]);
     const auto squares = static_cast<std::int32_t>(second[x + side] - second[x]);
+    // n sum(x^2) - (sum x)^2 is n^2 times the variance, without a division.
     variances[x] = rows * side * squares - sum * sum;
   }
 }
@@ -77,6 +84,8 @@ void VarianceRow(const std::uint32_t* HWY_RESTRICT first, const std::uint32_t* H
 void ContrastRow(const double* HWY_RESTRICT variances, const double* HWY_RESTRICT moments, double n,
                  unsigned char* HWY_RESTRICT bins, int count) {
   for (int i = 0; i < count; ++i) {
+    // The square of contrast / 16. The comparison with squares of whole numbers saves the fourth root, and is exact at
+    // the borders of bins.
     const double squaredBin = variances[i] * variances[i] / (256.0 * n * n * std::sqrt(moments[i]));
     // No contrast exceeds 127.5.
     int bin = 0;

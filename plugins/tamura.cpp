@@ -7,7 +7,7 @@
 //
 // H. Tamura, S. Mori, T. Yamawaki, "Textural Features Corresponding to Visual Perception", IEEE Trans. SMC 8(6), 1978;
 // the histogram: T. Deselaers, D. Keysers, H. Ney, "Features for Image Retrieval: an Experimental Comparison",
-// Information Retrieval 11, 2008. Those authors take the three from each colour and average them; here they are taken
+// Information Retrieval 11, 2008. Those authors take the three from each color and average them; here they are taken
 // from the gray levels, since the mean of two angles has no meaning.
 
 #include <array>
@@ -24,13 +24,14 @@ namespace {
 constexpr int kMostCoarse = rows::kMostCoarse;
 /// Half of the widest window.
 constexpr int kReach = 1 << (kMostCoarse - 1);
-/// Rows that are kept: more than the 2 x kReach + 1 that are needed at once.
+/// Rows that are kept: at least as many as are needed at once.
 constexpr int kRing = 64;
+static_assert(kRing >= 2 * kReach + 1);
 /// The last rows of a plane.
 template <typename T>
 class TRing {
  public:
-  explicit TRing(int width) : width(static_cast<std::size_t>(width)), cells(this->width * kRing) {}
+  explicit TRing(int theWidth) : width(static_cast<std::size_t>(theWidth)), cells(width * kRing) {}
   T* Row(int y) { return cells.data() + static_cast<std::size_t>(y % kRing) * width; }
 
  private:
@@ -41,14 +42,15 @@ class TRing {
 /// The coarseness of each pixel, row by row.
 class TCoarseness {
  public:
-  explicit TCoarseness(const TPicture& picture)
-      : picture(picture),
-        sums(picture.width + 1),
-        means(kMostCoarse, TRing<float>(picture.width)),
-        keys(static_cast<std::size_t>(picture.width)) {}
+  explicit TCoarseness(const TPicture& thePicture)
+      : picture(thePicture),
+        sums(thePicture.width + 1),
+        means(kMostCoarse, TRing<float>(thePicture.width)),
+        keys(static_cast<std::size_t>(thePicture.width)) {}
 
   /// Row `y`, with k as rows::JointBins takes it; to be called for 0, 1, 2 and so on.
   const std::int32_t* Process(int y) {
+    // A difference of 0 and the tag of k = 0: a flat picture is of the finest grain.
     std::fill(keys.begin(), keys.end(), kMostCoarse);
     for (int k = 1; k <= kMostCoarse; ++k) {
       const int half = 1 << (k - 1);
@@ -60,6 +62,7 @@ class TCoarseness {
       // A position outside the picture has no mean, and the difference is 0.
       const int window = 2 * half;
       if (picture.width > window) {
+        // The windows to the left and right of each pixel, then those above and below.
         const float* row = plane.Row(y);
         rows::KeepGreatest(row + window, row, kMostCoarse - k, keys.data() + half, picture.width - window);
       }
@@ -103,6 +106,7 @@ class TCoarseness {
     const auto sum = [&](int x) {
       const int first = std::max(0, x - half);
       const int end = std::min(picture.width, x + half);
+      // Windows that the border cuts have fewer pixels, and their mean is over these.
       return static_cast<float>(static_cast<std::int32_t>(lower[end] - upper[end] - (lower[first] - upper[first]))) /
              static_cast<float>((end - first) * height);
     };
@@ -135,16 +139,16 @@ class TCoarseness {
 /// three powers fit into 32 bits; running sums may wrap around, their differences come out right.
 class TContrast {
  public:
-  explicit TContrast(const TPicture& picture)
-      : picture(picture),
-        columns(static_cast<std::size_t>(picture.width)),
-        running(static_cast<std::size_t>(picture.width) + 1),
-        squares(static_cast<std::size_t>(picture.width)),
+  explicit TContrast(const TPicture& thePicture)
+      : picture(thePicture),
+        columns(static_cast<std::size_t>(thePicture.width)),
+        running(static_cast<std::size_t>(thePicture.width) + 1),
+        squares(static_cast<std::size_t>(thePicture.width)),
         rest(squares.size()),
         variances(squares.size()),
         moments(squares.size()),
         restBins(squares.size()) {
-    for (int y = 0; y < std::min(kRadius, picture.height); ++y) {
+    for (int y = 0; y < std::min(kRadius, thePicture.height); ++y) {
       AddRow(y, 1);
     }
   }
@@ -154,6 +158,7 @@ class TContrast {
     if (y + kRadius < picture.height) {
       AddRow(y + kRadius, 1);
     }
+    // Rows enter and leave the sums over columns, so that a window costs the same whatever its size.
     if (y > kRadius) {
       AddRow(y - kRadius - 1, -1);
     }
@@ -266,8 +271,8 @@ class TContrast {
 /// The direction of each pixel of row `y`, by Sobel's differences; the edge pixels are repeated around the picture.
 class TDirection {
  public:
-  explicit TDirection(const TPicture& picture)
-      : picture(picture), smooth(static_cast<std::size_t>(picture.width + 2)), change(smooth.size()) {}
+  explicit TDirection(const TPicture& thePicture)
+      : picture(thePicture), smooth(static_cast<std::size_t>(thePicture.width + 2)), change(smooth.size()) {}
 
   void Process(int y, std::int16_t* bins) {
     const unsigned char* upper = picture.Row(std::max(0, y - 1));
@@ -300,7 +305,7 @@ void Describe(const TPicture& picture, std::span<double> result) {
   std::vector<unsigned char> contrastBins(width);
   std::vector<std::int16_t> directionBins(width);
   std::vector<std::uint16_t> elements(width);
-  // Several histograms: neighbours often fall into the same bin, and each would wait for the one before.
+  // Several histograms: neighbors often fall into the same bin, and each would wait for the one before.
   std::array<std::array<std::uint64_t, 512>, 4> counts = {};
   for (int y = 0; y < picture.height; ++y) {
     contrast.Process(y, contrastBins.data());

@@ -7,6 +7,7 @@
 
 std::string AnnotationTag(const std::string& path) {
   const std::string_view filename = base::FileNameOf(path);
+  // Up to the first full stop, so that "tree_r1.txt" is the tag "tree_r1" and "tree.test.txt" is "tree".
   return std::string(filename.substr(0, filename.find('.')));
 }
 

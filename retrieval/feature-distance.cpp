@@ -10,6 +10,8 @@
 
 std::vector<double> GetDistances(const TFeatureVectorList& query, const std::vector<std::string>& featureNames,
                                  const std::vector<const TFeatureVectorList*>& lists) {
+  // Infinity keeps an image in its ranking, behind all others and in the order of the database; leaving it out would
+  // shift positions.
   constexpr double kUnreachable = std::numeric_limits<double>::infinity();
   std::vector<std::span<const double>> wanted;
   for (const std::string& featureName : featureNames) {
@@ -32,6 +34,7 @@ std::vector<double> GetDistances(const TFeatureVectorList& query, const std::vec
     }
   }
   kernels::AddL1Distances(wanted, candidates.data(), lists.size(), sums.data());
+  // A NaN compares with nothing, and would make the order of a sort undefined.
   std::replace_if(
       sums.begin(), sums.end(), [](double sum) { return std::isnan(sum); }, kUnreachable);
   return sums;

@@ -25,9 +25,11 @@ namespace {
 constexpr const char* kCurveFile = "recallprecision.txt";
 constexpr const char* kScriptFile = "recallprecision.plt";
 constexpr const char* kChartFile = "recallprecision.png";
+// Milliseconds.
 constexpr int kSettlingTime = 500;
 
 TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& index, const std::string& tag) {
+  // Looked for once an image: both the ranks and the total need the answer, and tags are strings.
   std::vector<bool> carriesTag;
   carriesTag.reserve(database.GetImages().size());
   for (const auto& image : database.GetImages()) {
@@ -92,11 +94,19 @@ void TFunctionEvaluateIndex::DrawAndShowChart(const TVarDatabaseIndex& index, bo
   TImageRGB chart;
   // A file that is only spelt alike is not the one that gnuplot was to write.
   const bool isExact = base::NativePath(kChartFile) == kChartFile;
-  if (!isRemoved || !isExact || !chart.LoadFromFile(kChartFile)) {
+  const bool isDrawn = isRemoved && isExact && base::IsRegularFile(kChartFile);
+  if (isDrawn && (!chart.LoadFromFile(kChartFile) || chart.IsDamaged())) {
+    // gnuplot does not tell of a full disk, and half a chart is none.
+    base::RemoveFile(kChartFile);
+    PrintLoss(FormatString("File '%s' cannot be read", kChartFile));
+    return;
+  }
+  if (!isDrawn) {
     Print(FormatString("Chart '%s' was not drawn: is gnuplot installed?", kChartFile));
     return;
   }
   TImageDisplay dialog;
+  // The chart is read back from the file, so that what is shown is what was left in the working directory.
   dialog.SetImage(ToQImage(chart), {{QRect(), kChartFile, kChartFile}});
   dialog.setAccessibleName(ToQString(FormatString("Chart of '%s', file '%s'", index.GetName().c_str(), kChartFile)));
   RunDialog(dialog);

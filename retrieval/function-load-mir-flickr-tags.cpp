@@ -30,6 +30,8 @@ bool TFunctionLoadMirFlickrTags::Execute(const std::vector<std::string>& params)
   int strays = 0;
   for (const std::string& line : annotations.entries) {
     if (const auto position = AnnotatedPosition(line, database->GetImages().size())) {
+      // Even if it stands there: a file that names an image twice tags it twice. Whoever asks for a tag looks whether
+      // it stands there at least once.
       database->GetImages()[*position]->GetTags().push_back(tag);
     } else {
       ++strays;

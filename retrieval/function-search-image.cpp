@@ -45,6 +45,8 @@ bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<s
     Print("No features found to compare images with");
     return false;
   }
+  // The old ranking goes only now, when nothing can refuse any more; a search that the user ends leaves the variable to
+  // be removed by the controller.
   index.ClearEntries();
   index.SetDatabaseName(database->GetName());
   index.SetDatabaseFingerprint(database->GetFingerprint());
@@ -74,8 +76,11 @@ bool TFunctionSearchImage::ExecuteWithReturn(TVar& variable, const std::vector<s
 }
 
 bool TFunctionSearchImage::SelectFeatures(const TVarDatabase& database, const TVarImage& query) {
+  // In the order of the database, since sums of doubles depend on it and should not on how the query was made.
   featureNames = database.GetImages().front()->GetImageSegment().GetFeatures().GetNames();
   const TFeatureVectorList& wanted = query.GetImageSegment().GetFeatures();
+  // Names decide, not lengths: a vector of another length than the query's puts an image at infinity if it is shorter,
+  // and counts up to the query's length if it is longer.
   std::erase_if(featureNames, [&](const std::string& featureName) { return wanted.Find(featureName) == nullptr; });
   if (!featureNames.empty()) {
     Print("Matching with features: " + base::Join(featureNames, ", "));

@@ -17,13 +17,9 @@ Parameters:  1 - 'database'
 
 bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
   auto& index = dynamic_cast<TVarDatabaseIndex&>(variable);
-  const auto* database = Require<TVarDatabase>(params, 1);
+  const auto* database = RequireFilledDatabase(params, "Database does not contain images");
   const std::string tag = StripQuotes(params[1]);
   if (database == nullptr) {
-    return false;
-  }
-  if (database->GetImages().empty()) {
-    Print("Database does not contain images");
     return false;
   }
   index.ClearEntries();
@@ -32,6 +28,8 @@ bool TFunctionSearchTags::ExecuteWithReturn(TVar& variable, const std::vector<st
   index.SetImageName("");
   std::int32_t imageIndex = 0;
   const auto step = [&](const TVarImage& image) {
+    // Two distances only: the sort keeps ties in their order, so that the carriers come first, each group as in the
+    // database.
     index.AddEntry(imageIndex++, image.HasTag(tag) ? 0.0 : 1.0);
     return true;
   };

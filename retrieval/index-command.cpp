@@ -8,6 +8,7 @@ std::optional<TRankingTop> TIndexCommand::RequireTop(const std::vector<std::stri
     return std::nullopt;
   }
   const std::string& query = top.index->GetImageName();
+  // By default the query is shown; a ranking by a tag has none.
   if (!query.empty() && (params.size() < 2 || params[1] == "true")) {
     top.query = TTopResult{query, "Query\n" + query};
   }

@@ -14,6 +14,8 @@ std::string FormatPlotScript(const std::string& tag) {
 }
 
 bool IsSafePlotTitle(const std::string& tag) {
+  // The tag stands between double quotes in the script, where gnuplot reads escapes and runs what stands in back quotes
+  // as a shell command. A backslash at the end would take the closing quote.
   return !tag.ends_with('\\') && std::none_of(tag.begin(), tag.end(), [](char character) {
     return character == '"' || character == '`' || static_cast<unsigned char>(character) < ' ' || character == '\x7f';
   });

@@ -9,6 +9,7 @@
 
 namespace {
 
+// "0.", or "1.", and eight digits; two of them with a blank between and CR LF make the longest line.
 constexpr std::ptrdiff_t kNumberLength = 10;
 constexpr std::size_t kLongestLine = 23;
 
@@ -43,6 +44,7 @@ char* WriteEightDecimals(double number, char* text) {
   if (std::abs(rest - 0.5) < 1e-6) {
     return std::to_chars(text, text + kNumberLength, number, std::chars_format::fixed, 8).ptr;
   }
+  // Exact halves, where printf rounds to even, are among those that to_chars has taken above.
   scaled += rest > 0.5 ? 1 : 0;
   text[0] = static_cast<char>('0' + scaled / kScale);
   text[1] = '.';

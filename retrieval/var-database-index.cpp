@@ -34,12 +34,14 @@ std::string TVarDatabaseIndex::GetTitle() const {
 }
 
 const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std::string& reason) const {
+  // By name at each use: the database may have been replaced or removed since the search, and a pointer would dangle.
   const auto* database = dynamic_cast<const TVarDatabase*>(varList.Find(databaseName));
   if (database == nullptr) {
     reason = FormatString("Database '%s' not found", databaseName.c_str());
     return nullptr;
   }
   const std::size_t imageCount = database->GetImages().size();
+  // Entries hold positions and no names: over another list of images they would silently mean other pictures.
   const bool fits = databaseFingerprint == database->GetFingerprint() && entries.size() == imageCount &&
                     std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
                       return entry.imageIndex >= 0 && static_cast<std::size_t>(entry.imageIndex) < imageCount;

@@ -42,12 +42,12 @@ class TVarDatabaseIndex : public TVar {
   const std::vector<TDatabaseIndexEntry>& GetEntries() const { return entries; }
 
   const std::string& GetDatabaseName() const { return databaseName; }
-  void SetDatabaseName(const std::string& name) { databaseName = name; }
+  void SetDatabaseName(const std::string& newName) { databaseName = newName; }
   /// The fingerprint of what was searched (TVarDatabase::GetFingerprint).
   void SetDatabaseFingerprint(std::uint64_t fingerprint) { databaseFingerprint = fingerprint; }
   /// The file name of the query; empty if there was none.
   const std::string& GetImageName() const { return imageName; }
-  void SetImageName(const std::string& name) { imageName = name; }
+  void SetImageName(const std::string& newName) { imageName = newName; }
 
   /// What a window that shows the ranking is called for those who do not see it: the variable, and the query or else
   /// the database.

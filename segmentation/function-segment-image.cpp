@@ -11,6 +11,7 @@
 namespace {
 
 void SegmentGrid(TVarImage& image, const TImageRGB& picture) {
+  // A grid replaces, while keypoints add to what is there: a user may combine both, beginning with the grid.
   ClearSegments(image.GetSegments());
   AppendGridCells(picture.GetWidth(), picture.GetHeight(), image.GetSegments());
 }
@@ -25,6 +26,7 @@ void SegmentSift(TVarImage& image, const TImageRGB& picture) {
 
 void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& report) {
   TImageRGB picture;
+  // A picture that cannot be read is one of 0 x 0: its grid has 64 empty cells and it has no keypoints.
   report.Load(image.GetFilename(), picture);
   if (method == kGridMethod) {
     SegmentGrid(image, picture);
@@ -55,19 +57,10 @@ bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
     Print("Unknown segmentation method");
     return false;
   }
-  if (images->IsDatabase()) {
-    Print("Processing.. this could take some time");
-  }
-  TPictureReport report(output);
-  const auto step = [&](TVarImage& image) {
+  // A file that cannot be read is told of and does not end the command: one bad file in a hundred thousand must not
+  // cost the others.
+  return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
     SegmentImage(image, method, report);
     return true;
-  };
-  if (!ForEachImage(*images, step, [&] { report.PrintRest(); })) {
-    return false;
-  }
-  if (images->IsDatabase()) {
-    Print("Processing done");
-  }
-  return true;
+  });
 }

@@ -7,6 +7,7 @@ void TImageSegment::Assign(const TImageSegment& source) {
     return;
   }
   features.Clear();
+  // Deep copies: the list deletes what it owns, and two lists must not own the same vector.
   for (const TFeatureVector* vector : source.features.GetItems()) {
     auto copy = std::make_unique<TFeatureVector>();
     copy->Assign(*vector);
@@ -26,6 +27,7 @@ void TImageSegmentRect::Assign(const TImageSegment& source) {
 
 std::unique_ptr<TImageSegment> TImageSegmentRect::Clone() const {
   auto clone = std::make_unique<TImageSegmentRect>();
+  // The label stays behind: it tells what was found by a search on the original.
   clone->Assign(*this);
   return clone;
 }

@@ -22,11 +22,15 @@ void AppendRect(int x, int y, int width, int height, TImageSegmentList& segments
 
 /// Where the cell of that number begins on a side of `size` pixels.
 int GridEdge(int size, int number) {
+  // Each edge is worked out from the whole side, so that the cells cover the picture without gap or overlap and differ
+  // by one pixel at most.
   return static_cast<int>(static_cast<std::int64_t>(size) * number / kGridSize);
 }
 
 /// The lower edge of a square around `position` on a side of `size` pixels.
 int SquareEdge(int position, int size) {
+  // Shifted and not cut: all squares have the same size, so that features over them are comparable. The last max is for
+  // pictures smaller than the square.
   return std::max(std::min(std::max(position - kSquareSize / 2, 0), size - kSquareSize), 0);
 }
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Holds an HTML manual against what a reader needs who has nothing but it: every link and picture leads to a file of the
-manual or to another site, every fragment to a heading, and nothing sends the reader to the sources.
+manual or to another site, every fragment to a heading, and nothing sends the reader to the sources. The same words are
+looked for in the man pages and in README, which lie beside the pages.
 
 Usage: check-pages.py FOLDER
 """
@@ -11,7 +12,7 @@ from html.parser import HTMLParser
 from pathlib import Path
 from urllib.parse import unquote, urlsplit
 
-SOURCES_ONLY = ["./run", "./test", "workspace/"]
+SOURCES_ONLY = ["./run", "./test", "workspace/", "benchmarks/", "docs/", "plugins/", "samples/", "sdk/", "tests/", "tools/"]
 
 
 class Page(HTMLParser):
@@ -44,8 +45,12 @@ def check(folder):
                 faults.append(f"{path.name}: {target} leads nowhere")
             elif parts.fragment and parts.fragment not in {p.resolve(): q for p, q in pages.items()}[file.resolve()].ids:
                 faults.append(f"{path.name}: {target} has no such heading")
+    texts = {path: page.text for path, page in pages.items()}
+    for path in [folder / "README", *sorted(folder.glob("*.[1-9]"))]:
+        texts[path] = path.read_text(encoding="utf-8")
+    for path, text in texts.items():
         for word in SOURCES_ONLY:
-            if re.search(r"(?<![\w/.])" + re.escape(word), page.text):
+            if re.search(r"(?<![\w/.])" + re.escape(word), text):
                 faults.append(f"{path.name}: {word} is not there for whoever installed the program")
     return faults
 

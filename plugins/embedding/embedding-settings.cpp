@@ -11,6 +11,7 @@
 
 namespace {
 
+// Far beyond any network; a slip in the file must not ask for gigabytes.
 constexpr int kLargestSide = 4096;
 
 /// One line, cut into words.
@@ -32,12 +33,12 @@ struct TLine {
   template <typename TNumber>
   TNumber Number(std::size_t index) const {
     const std::string& word = words[index];
-    TNumber number = {};
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(static_cast<double>(number))) {
+    TNumber value = {};
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(static_cast<double>(value))) {
       Refuse("'" + word + "' is no number");
     }
-    return number;
+    return value;
   }
 
   int Side(std::size_t index) const {
@@ -49,11 +50,11 @@ struct TLine {
   }
 
   double Positive(std::size_t index) const {
-    const auto number = Number<double>(index);
-    if (number <= 0.0) {
+    const auto value = Number<double>(index);
+    if (value <= 0.0) {
       Refuse("'" + words[index] + "' is not above 0");
     }
-    return number;
+    return value;
   }
 
   /// True for the first of two words, false for the second.
@@ -107,6 +108,7 @@ TEmbeddingSettings ParseEmbeddingSettings(const std::string& text) {
   std::istringstream lines(text);
   std::string bytes;
   for (int number = 1; std::getline(lines, bytes); ++number) {
+    // A comment goes up to the end of its line.
     bytes.erase(std::find(bytes.begin(), bytes.end(), '#'), bytes.end());
     std::istringstream stream(bytes);
     TLine line = {number, {}};
@@ -123,6 +125,7 @@ TEmbeddingSettings ParseEmbeddingSettings(const std::string& text) {
   }
   const int longerInput = std::max(settings.width, settings.height);
   if (settings.shorterSide == 0) {
+    // 256 for an input of 224, the usual proportion of networks trained on ImageNet; 112 rounds.
     settings.shorterSide = (longerInput * 256 + 112) / 224;
   }
   if (settings.fit == TEmbeddingSettings::TFit::kCrop && settings.shorterSide < longerInput) {

@@ -8,7 +8,7 @@
 /// are usual for networks trained on ImageNet.
 struct TEmbeddingSettings {
   enum class TFit {
-    /// The shorter side is resized to `shorterSide`, and the centre cut out.
+    /// The shorter side is resized to `shorterSide`, and the center cut out.
     kCrop,
     /// The picture is resized to the input, whatever its shape.
     kStretch,

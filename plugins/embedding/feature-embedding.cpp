@@ -44,6 +44,7 @@ class TNetwork {
  public:
   /// Throws TUnusable if the network of that directory cannot be used.
   explicit TNetwork(const filesystem::path& directory) : settings(ReadSettings(directory / "embedding.txt")) {
+    // The order in which threads add up numbers would change the last digits from run to run.
     cv::setNumThreads(1);
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     Load(directory / "embedding.onnx");
@@ -123,6 +124,7 @@ class TNetwork {
     if (network.empty()) {
       throw TUnusable("embedding.onnx holds no network");
     }
+    // Others may be compiled in, and round differently.
     network.setPreferableBackend(cv::dnn::DNN_BACKEND_OPENCV);
     network.setPreferableTarget(cv::dnn::DNN_TARGET_CPU);
   }
@@ -144,6 +146,7 @@ class TNetwork {
     if (std::find(outputs.begin(), outputs.end(), settings.output) != outputs.end()) {
       return settings.output;
     }
+    // The library renames the nodes of a network that it reads; which prefix it uses depends on its version.
     for (const char* prefix : {"", "onnx_node!", "onnx_node_output_0!"}) {
       if (network.getLayerId(prefix + settings.output) >= 0) {
         return prefix + settings.output;
@@ -163,6 +166,7 @@ struct TState {
   TState() {
     try {
       Dl_info place;
+      // The library's own file, beside which the network lies, wherever the workbench was started.
       if (dladdr(reinterpret_cast<const void*>(&GetRefusal), &place) == 0 || place.dli_fname == nullptr) {
         throw TUnusable("its own directory is not known");
       }
@@ -221,6 +225,7 @@ std::int32_t ProcessColor(const unsigned char* pixels, std::int32_t width, std::
   }
   try {
     const std::vector<double> numbers = State().network->Run(pixels, width, height, stride);
+    // A network may give other lengths for other pictures; the host has room for what was promised.
     if (numbers.size() == static_cast<std::size_t>(length)) {
       std::copy(numbers.begin(), numbers.end(), features);
     }

@@ -24,16 +24,18 @@ struct TTaps {
 /// A triangle that is 2 pixels wide, of the source or of the result, whichever are larger.
 std::vector<TTaps> MakeTaps(const TAxis& axis) {
   const double step = static_cast<double>(axis.source) / axis.resized;
+  // Reducing, the triangle is as wide as a step, so that no source pixel is skipped; enlarging, it is bilinear
+  // interpolation.
   const double reach = std::max(step, 1.0);
   std::vector<TTaps> all(static_cast<std::size_t>(axis.count));
   for (std::size_t i = 0; i < all.size(); ++i) {
-    const double centre = (axis.offset + static_cast<double>(i) + 0.5) * step;
+    const double center = (axis.offset + static_cast<double>(i) + 0.5) * step;
     TTaps& taps = all[i];
-    taps.first = std::max<std::int64_t>(static_cast<std::int64_t>(std::floor(centre - reach)), 0);
-    const std::int64_t end = std::min(static_cast<std::int64_t>(std::ceil(centre + reach)), axis.source);
+    taps.first = std::max<std::int64_t>(static_cast<std::int64_t>(std::floor(center - reach)), 0);
+    const std::int64_t end = std::min(static_cast<std::int64_t>(std::ceil(center + reach)), axis.source);
     double sum = 0.0;
     for (std::int64_t position = taps.first; position < end; ++position) {
-      const double distance = std::abs(static_cast<double>(position) + 0.5 - centre) / reach;
+      const double distance = std::abs(static_cast<double>(position) + 0.5 - center) / reach;
       taps.weights.push_back(std::max(1.0 - distance, 0.0));
       sum += taps.weights.back();
     }
@@ -50,6 +52,7 @@ unsigned char ToByte(double value) {
 
 /// A cut of `count` pixels out of the middle, rounded to an even offset where it falls between two.
 TAxis MakeAxis(std::int64_t source, double resized, int count) {
+  // Ties to even, as Python rounds, with which networks are trained.
   return {source, resized, std::nearbyint((resized - count) / 2.0), count};
 }
 
@@ -86,6 +89,7 @@ std::vector<float> PictureToTensor(const unsigned char* pixels, std::int32_t wid
           sum += weight * *pixel++;
         }
       }
+      // Rounded to bytes between the passes, as the image libraries of the training do.
       std::transform(sums, sums + 3, &narrow[y * rowSize + x * 3], ToByte);
     }
   }
@@ -104,6 +108,7 @@ std::vector<float> PictureToTensor(const unsigned char* pixels, std::int32_t wid
     for (std::size_t i = 0; i < rowSize; ++i) {
       const std::size_t color = i % 3;
       const std::size_t channel = settings.isBgr ? 2 - color : color;
+      // Plane by plane: networks take channels first.
       tensor[channel * planeSize + y * columns.size() + i / 3] =
           static_cast<float>((ToByte(sums[i]) * settings.scale - settings.mean[channel]) / settings.deviation[channel]);
     }

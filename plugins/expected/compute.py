@@ -21,7 +21,7 @@ def value(x, y, channel):
     return min(255, (x * 2 + y * (channel + 1)) % 140 + 22 * patch + ((h >> 16) & 31))
 
 
-def colour_picture(size):
+def color_picture(size):
     return [[tuple(value(x, y, c) for c in range(3)) for x in range(size[0])] for y in range(size[1])]
 
 
@@ -277,8 +277,8 @@ def resize_weights(size, factor):
     reach = max(1.0, step)
     result = []
     for i in range(128):
-        centre = ((scaled - 128) // 2 + i + 0.5) * step - 0.5
-        weights = {j: 1 - abs(j - centre) / reach for j in range(size) if abs(j - centre) < reach}
+        center = ((scaled - 128) // 2 + i + 0.5) * step - 0.5
+        weights = {j: 1 - abs(j - center) / reach for j in range(size) if abs(j - center) < reach}
         total = sum(weights.values())
         result.append({j: v / total for j, v in weights.items()})
     return result
@@ -475,13 +475,13 @@ def moments(p):
 
 
 GRAY = [edgehistogram, phog, gist, tamura]
-COLOUR = [colorlayout, correlogram, cedd, moments]
+COLOR = [colorlayout, correlogram, cedd, moments]
 
 if __name__ == "__main__":
-    for function in GRAY + COLOUR:
+    for function in GRAY + COLOR:
         if len(sys.argv) > 1 and function.__name__ not in sys.argv[1:]:
             continue
         for name, size in SIZES.items():
-            picture = gray_picture(size) if function in GRAY else colour_picture(size)
+            picture = gray_picture(size) if function in GRAY else color_picture(size)
             lines = [f"{number:.9g}\n" for number in function(picture)]
             Path(__file__).with_name(f"{function.__name__}-{name}.txt").write_text("".join(lines))

@@ -2,7 +2,7 @@
 #include "feature-plugin.h"
 
 const char* GetDescription(void) {
-  return "The mean colour of a picture";
+  return "The mean color of a picture";
 }
 
 const char* GetShortDescription(void) {

@@ -177,6 +177,55 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
   EXPECT_EQ(FileBytes("out/r/tab%22%09%22.tsv"), ranking);
 }
 
+TEST_F(TBatch, RankingsWithLongNamesGetFilesOfTheirOwn) {
+  const std::string longName(300, 'x');
+  const std::string other = longName + "y";
+  const std::string lines =
+      kSearch + longName + " = index\n" + other + " = index\n" + std::string(236, 'z') + " = index\n";
+  EXPECT_EQ(Run({"--rankings", "r", "--runs", "r"}, lines).status, 0);
+  // The digests of 300 x, and of these and a y, come from sha256sum.
+  const std::string first = std::string(171, 'x') + "~0d4e2ca9e9cbced7a7a5380eb29e1a3783b9b6d0db72de36a1051038e1c1fbc7";
+  const std::string second =
+      std::string(171, 'x') + "~bb6bf88a559366f02cef3a1003753cd4448b9136138eabf95f6472c69193ea18";
+  for (const std::string& file : {first, second, std::string(236, 'z'), std::string("index")}) {
+    EXPECT_EQ(FileBytes("r/" + file + ".tsv"), FileBytes("r/index.tsv")) << file;
+    EXPECT_TRUE(std::filesystem::exists("r/" + file + ".run")) << file;
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("r"), std::filesystem::directory_iterator()), 8);
+}
+
+TEST_F(TBatch, TellsByItsStatusThatAFileIsMissingInWhatSucceeded) {
+  MakeFile("photos/im3.jpg", "no picture");
+  const TOutcome outcome = Run({}, "db = loaddatabase(\"photos\")\nupdatefeature(db, \"hsv\")\n");
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_NE(outcome.output.find("  File 'photos/im3.jpg' cannot be read\n"), std::string::npos) << outcome.output;
+  EXPECT_EQ(Run({}, "db = loaddatabase(\"photos\")\nupdatefeature(db, \"hsv\")\nnonsense\n").status, 1);
+  EXPECT_EQ(Run({}, "db = loaddatabase(\"photos\")\nloadfeature(db, \"hsv\")\n").status, 0) << "nothing was stored";
+  EXPECT_EQ(Run({}, "q = loadimage(\"photos/im3.jpg\")\ndisplayimage(q)\n").status, 3);
+}
+
+TEST_F(TBatch, WhatAKilledRunLeftBehindGoes) {
+  const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(2);
+  const std::vector<std::string> gone = {".tessimar-17-1", "FeatureStorage/.tessimar-17-22", "r/.tessimar-17-1"};
+  const std::vector<std::string> kept = {".tessimar-17-", ".tessimar-x-1", "tessimar-17-1", "r/.tessimar-1-2-3"};
+  for (const auto* files : {&gone, &kept}) {
+    for (const std::string& file : *files) {
+      MakeFile(file, "half");
+      std::filesystem::last_write_time(file, old);
+    }
+  }
+  MakeFile("FeatureStorage/.tessimar-17-1", "of a run that goes on");
+  const std::string save = "db = loaddatabase(\"photos\")\nupdatefeature(db, \"hsv\")\nsavefeature(db, \"hsv\")\n";
+  EXPECT_EQ(Run({"--rankings", "r"}, save).status, 0);
+  for (const std::string& file : gone) {
+    EXPECT_FALSE(std::filesystem::exists(file)) << file;
+  }
+  for (const std::string& file : kept) {
+    EXPECT_TRUE(std::filesystem::exists(file)) << file;
+  }
+  EXPECT_TRUE(std::filesystem::exists("FeatureStorage/.tessimar-17-1"));
+}
+
 TEST_F(TBatch, SavesRankingsAsRuns) {
   MakePicture("photos/a 10%.jpg", 40, 30, qRgb(255, 0, 0));
   const TOutcome outcome =

@@ -220,17 +220,22 @@ TEST_F(TCommandLine, TheWorkspaceIsMadeOnceAndWhatIsTheUsersStays) {
   MakeFile("share/tessimar/samples/tour.txt", "reset()\r\n");
   MakeFile("share/tessimar/samples/new.txt", "reset()\r\n");
   MakeFile("share/tessimar/samples/photos/im1.jpg", "a photograph");
+  MakeFile("lib/tessimar/features/FeatureOwn.so", "");
+  MakeFile("lib/tessimar/features/FeatureCount.so", "");
   std::filesystem::create_directory("bin");
   std::filesystem::copy_file(WORKBENCH_PROGRAM, "bin/tessimar");
   // As an earlier version left it: a file that the user changed, and a link to where that version was.
   MakeFile("home/Tessimar/tour.txt", "the user's own");
   std::filesystem::create_symlink("/nowhere/photos", "home/Tessimar/photos");
+  MakeFile("home/Tessimar/FeatureOwn.so", "the user's own");
   environment.insert("HOME", QString::fromStdString(directory.GetPath() / "home"));
   Start(QString::fromStdString(directory.GetPath() / "bin/tessimar"), {"--workspace"}, std::string());
   EXPECT_TRUE(Await([] { return std::filesystem::exists("home/Tessimar/FeatureStorage"); }));
   EXPECT_EQ(FileBytes("home/Tessimar/photos/im1.jpg"), "a photograph");
   EXPECT_TRUE(std::filesystem::is_symlink("home/Tessimar/new.txt"));
   EXPECT_EQ(FileBytes("home/Tessimar/tour.txt"), "the user's own");
+  EXPECT_TRUE(std::filesystem::is_symlink("home/Tessimar/FeatureCount.so")) << "installed descriptors are at hand";
+  EXPECT_EQ(FileBytes("home/Tessimar/FeatureOwn.so"), "the user's own");
   EXPECT_FALSE(std::filesystem::exists("FeatureStorage")) << "nothing beside the workspace";
 }
 

@@ -211,7 +211,7 @@ TEST_F(TEmbedding, ATextThatIsNotUnderstoodIsRefusedWithItsLine) {
         std::pair("scale nan", "embedding.txt, line 1: 'nan' is no number"),
         std::pair("scale 0,5", "embedding.txt, line 1: '0,5' is no number"),
         std::pair("channels rbg", "embedding.txt, line 1: 'rbg' is neither rgb nor bgr"),
-        std::pair("fit centre", "embedding.txt, line 1: 'centre' is neither crop nor resize"),
+        std::pair("fit center", "embedding.txt, line 1: 'center' is neither crop nor resize"),
         std::pair("# a network\nsigma 1 1 1", "embedding.txt, line 2: 'sigma' is not known"),
         std::pair("size 8 8\nsize 8 8", "embedding.txt, line 2: 'size' stands there twice"),
         std::pair("size 8 8\nshorter 7", "embedding.txt: 'shorter 7' is less than the input's 8")}) {

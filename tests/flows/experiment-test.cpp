@@ -34,9 +34,9 @@ struct TOutcome {
   std::string errors;
 };
 
-constexpr TColour kRed = {255, 0, 0};
-constexpr TColour kGreen = {0, 255, 0};
-constexpr TColour kBlue = {0, 0, 255};
+constexpr TColor kRed = {255, 0, 0};
+constexpr TColor kGreen = {0, 255, 0};
+constexpr TColor kBlue = {0, 0, 255};
 
 class TExperimentFlow : public testing::Test {
  protected:
@@ -54,9 +54,9 @@ class TExperimentFlow : public testing::Test {
             process.readAllStandardError().toStdString()};
   }
 
-  /// Four columns of pixels, each of one colour. "hsv" counts them: the distance of two pictures is the sum of the
+  /// Four columns of pixels, each of one color. "hsv" counts them: the distance of two pictures is the sum of the
   /// differences in quarters.
-  static void MakeColumns(const std::string& path, const std::vector<TColour>& columns) {
+  static void MakeColumns(const std::string& path, const std::vector<TColor>& columns) {
     MakePicture(path, 4, 4, [&](int x, int) { return columns[static_cast<std::size_t>(x)]; });
   }
 
@@ -521,7 +521,7 @@ TEST_F(TExperimentFlow, RefusesWhatItCannotUseInOneLine) {
 }
 
 TEST_F(TExperimentFlow, ConceptsOfRedAndGreenPicturesAreMeasuredAsOnPaper) {
-  const auto make = [](int number, const TColour& left, const TColour& right) {
+  const auto make = [](int number, const TColor& left, const TColor& right) {
     MakePicture(FormatString("photos/im%d.jpg", number), 16, 24, [&](int x, int) { return x < 8 ? left : right; });
   };
   for (const int number : {1, 2, 3, 4}) {
@@ -609,7 +609,7 @@ TEST_F(TExperimentFlow, ConceptsAreThoseOfTheCommands) {
     // Noise that overlaps, so that no classifier is right about every segment.
     MakePicture(FormatString("photos/im%d.jpg", i), 24, 24, [&](int, int) {
       const auto level = static_cast<unsigned char>(random() % 256);
-      return i % 2 == 0 || random() % 3 == 0 ? TColour{255, level, 0} : TColour{0, level, 255};
+      return i % 2 == 0 || random() % 3 == 0 ? TColor{255, level, 0} : TColor{0, level, 255};
     });
     (i % 2 == 0 ? carriers : others).push_back(FormatString("im%d.jpg", i));
   }
@@ -791,7 +791,7 @@ TEST_F(TExperimentFlow, TheReportShowsWhatWasBestAndWorst) {
     ASSERT_NE(found, std::string::npos) << next;
     at = found;
   }
-  // The distances of im1 in colour add up to 0.5 + 1 + 1 + 2 + 2 in whatever order the sum has its pictures.
+  // The distances of im1 in color add up to 0.5 + 1 + 1 + 2 + 2 in whatever order the sum has its pictures.
   at = page.text.find("a: im1.jpg", page.text.find("hsv+lbp: the"));
   double total = 0.0;
   for (int i = 0; i < 5; ++i) {

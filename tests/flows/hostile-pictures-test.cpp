@@ -19,9 +19,9 @@ std::string BigEndian(unsigned number, int size) {
   return bytes;
 }
 
-/// A Photoshop document of 24-bit pixels that all have one colour. Each row is packed: the number of equal bytes, as
+/// A Photoshop document of 24-bit pixels that all have one color. Each row is packed: the number of equal bytes, as
 /// 1 - n, and the byte.
-std::string PsdBytes(int width, int height, const TColour& colour) {
+std::string PsdBytes(int width, int height, const TColor& color) {
   std::string bytes = "8BPS" + BigEndian(1, 2) + std::string(6, '\0') + BigEndian(3, 2);
   bytes += BigEndian(static_cast<unsigned>(height), 4) + BigEndian(static_cast<unsigned>(width), 4);
   // 8 bits a channel, red, green and blue; neither palette nor resources nor layers; packed.
@@ -29,7 +29,7 @@ std::string PsdBytes(int width, int height, const TColour& colour) {
   for (int row = 0; row < 3 * height; ++row) {
     bytes += BigEndian(2, 2);
   }
-  for (const unsigned char level : colour) {
+  for (const unsigned char level : color) {
     for (int row = 0; row < height; ++row) {
       bytes += {static_cast<char>(1 - width), static_cast<char>(level)};
     }
@@ -39,7 +39,7 @@ std::string PsdBytes(int width, int height, const TColour& colour) {
 
 TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
   const TScratchDirectory directory;
-  constexpr TColour kOlive = {100, 150, 50};
+  constexpr TColor kOlive = {100, 150, 50};
   const std::string sound = PsdBytes(40, 30, kOlive);
   MakeFile("photos/sound.jpg", sound);
   MakePicture("photos/good.jpg", 40, 30, qRgb(255, 0, 0));
@@ -51,7 +51,7 @@ TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
                                 "a = loadimage(\"photos/sound.jpg\")"});
   ASSERT_TRUE(process.waitForFinished(120000));
   ASSERT_EQ(process.exitStatus(), QProcess::NormalExit);
-  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_EQ(process.exitCode(), 3) << "every line succeeded, but not every picture could be read";
   const std::string output = process.readAllStandardOutput().toStdString();
   EXPECT_NE(output.find("> a = loadimage"), std::string::npos) << output;
   EXPECT_EQ(output.find("sound.jpg' cannot"), std::string::npos) << output;
@@ -62,7 +62,7 @@ TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
   ASSERT_EQ(std::pair(picture.GetWidth(), picture.GetHeight()), std::pair(40, 30));
   for (int i = 0; i < 40 * 30; ++i) {
     const unsigned char* pixel = picture.GetPixels() + i / 40 * picture.GetStride() + i % 40 * 3;
-    ASSERT_EQ((TColour{pixel[0], pixel[1], pixel[2]}), kOlive) << i;
+    ASSERT_EQ((TColor{pixel[0], pixel[1], pixel[2]}), kOlive) << i;
   }
 }
 
@@ -74,7 +74,7 @@ struct TSession {
 };
 
 /// What one session makes of a database and of one more picture that is compared with it.
-TSession Describe(const QString& folder) {
+TSession Describe(const QString& folder, int status) {
   QProcess process;
   QStringList arguments = {"--rankings", "out", "--variables", "out.tsv", "--segments", "segments.tsv"};
   for (const QString& line :
@@ -87,7 +87,7 @@ TSession Describe(const QString& folder) {
   process.start(BATCH_PROGRAM, arguments);
   EXPECT_TRUE(process.waitForFinished(280000));
   EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-  EXPECT_EQ(process.exitCode(), 0);
+  EXPECT_EQ(process.exitCode(), status);
   EXPECT_EQ(process.readAllStandardError(), "");
   return {process.readAllStandardOutput().toStdString(), FileBytes("out/index.tsv"), FileBytes("out.tsv"),
           FileBytes("segments.tsv")};
@@ -119,8 +119,8 @@ TEST(HostilePictures, TwoHundredOfThemInADatabaseLeaveTheOthersAsTheyAre) {
     MakePicture(folder + "/ours2.jpg", 64, 48, qRgb(200, 100, 0));
     std::filesystem::copy_file(SAMPLES_DIRECTORY "/photos/im5.jpg", folder + "/ours3.jpg");
   }
-  const TSession few = Describe("few");
-  const TSession all = Describe("all");
+  const TSession few = Describe("few", 0);
+  const TSession all = Describe("all", 3);
   // Distances and segments of ours do not know of the others, ranks and places do.
   const auto distances = [](const TSession& session) {
     std::vector<std::string> found;

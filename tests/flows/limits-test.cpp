@@ -100,18 +100,25 @@ TEST(Limits, APictureHasAtMost2To28PixelsAnd2GiBInItsDecodersFormAndAFileToHoldT
 }
 
 TEST(Limits, AStoredFeatureHasAtMost16777216Numbers) {
-  TWorkbench workbench;
+  TScratchDirectory directory;
+  std::filesystem::copy_file(std::filesystem::path(PLUGIN_FIXTURES) / "length-limit", "FeatureFixture.so");
   MakePicture("photos/fits.jpg", 8, 8, qRgb(255, 0, 0));
   MakePicture("photos/longer.jpg", 8, 8, qRgb(255, 0, 0));
-  MakeFile("FeatureStorage/hsv-fits.dat", "");
-  MakeFile("FeatureStorage/hsv-longer.dat", "");
-  std::filesystem::resize_file("FeatureStorage/hsv-fits.dat", 8UL * 16777216);
-  std::filesystem::resize_file("FeatureStorage/hsv-longer.dat", 8UL * 16777217);
-  workbench.Run("db = loaddatabase(\"photos\")");
-  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
-            "Loading features..\nFile 'FeatureStorage/hsv-longer.dat' is too large\nDone\n");
-  const auto& database = dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find("db"));
-  EXPECT_EQ(database.GetImages()[0]->GetImageSegment().GetFeatures().Find("hsv")->GetLength(), 16777216U);
+  MakeFile("FeatureStorage/fixture-fits.dat", "");
+  MakeFile("FeatureStorage/fixture-longer.dat", "");
+  std::filesystem::resize_file("FeatureStorage/fixture-fits.dat", 8UL * 16777216);
+  std::filesystem::resize_file("FeatureStorage/fixture-longer.dat", 8UL * 16777217);
+  MainWindow window;
+  TRecordingView view(window);
+  TCtrlMain controller(view);
+  controller.ExecuteCommand("db = loaddatabase(\"photos\")");
+  view.output.clear();
+  controller.ExecuteCommand("loadfeature(db, \"fixture\")");
+  EXPECT_EQ(view.output,
+            "> loadfeature(db, \"fixture\")\n  Loading features..\n"
+            "  File 'FeatureStorage/fixture-longer.dat' is too large\n  Done\n");
+  const auto& database = dynamic_cast<const TVarDatabase&>(*controller.GetVarList().Find("db"));
+  EXPECT_EQ(database.GetImages()[0]->GetImageSegment().GetFeatures().Find("fixture")->GetLength(), 16777216U);
 }
 
 TEST(Limits, ScriptsNest32Deep) {

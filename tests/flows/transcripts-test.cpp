@@ -11,7 +11,7 @@
 
 namespace {
 
-/// photos/ holds four images, of which im2 and im10 have the same colour, among entries that are none.
+/// photos/ holds four images, of which im2 and im10 have the same color, among entries that are none.
 void LayOutCollection() {
   MakePicture("photos/im1.jpg", 40, 30, qRgb(255, 0, 0));
   MakePicture("photos/im2.jpg", 64, 64, qRgb(0, 255, 0));
@@ -62,6 +62,6 @@ std::vector<std::string> FindTranscripts() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Transcripts, TTranscript, testing::ValuesIn(FindTranscripts()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& each) { return each.param; });
 
 }  // namespace

@@ -2,12 +2,12 @@
 
 #include "tests/support/scratch-directory.h"
 
-std::string PictureBytes(int width, int height, const std::function<TColour(int x, int y)>& colour) {
+std::string PictureBytes(int width, int height, const std::function<TColor(int x, int y)>& color) {
   // A portable pixmap: a line of text, then the pixels, top row and red first.
   std::string bytes = "P6 " + std::to_string(width) + " " + std::to_string(height) + " 255\n";
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
-      for (const unsigned char channel : colour(x, y)) {
+      for (const unsigned char channel : color(x, y)) {
         bytes += static_cast<char>(channel);
       }
     }
@@ -16,6 +16,6 @@ std::string PictureBytes(int width, int height, const std::function<TColour(int 
 }
 
 void MakePicture(const std::filesystem::path& path, int width, int height,
-                 const std::function<TColour(int x, int y)>& colour) {
-  MakeFile(path, PictureBytes(width, height, colour));
+                 const std::function<TColor(int x, int y)>& color) {
+  MakeFile(path, PictureBytes(width, height, color));
 }

@@ -6,11 +6,11 @@
 #include <string>
 
 /// Red, green and blue of one pixel.
-using TColour = std::array<unsigned char, 3>;
+using TColor = std::array<unsigned char, 3>;
 
 /// The bytes of an uncompressed image file with the given pixels. It decodes to exactly these, whatever its name.
-std::string PictureBytes(int width, int height, const std::function<TColour(int x, int y)>& colour);
+std::string PictureBytes(int width, int height, const std::function<TColor(int x, int y)>& color);
 
 /// Writes such a file below the working directory.
 void MakePicture(const std::filesystem::path& path, int width, int height,
-                 const std::function<TColour(int x, int y)>& colour);
+                 const std::function<TColor(int x, int y)>& color);

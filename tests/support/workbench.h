@@ -51,5 +51,5 @@ class TWorkbench {
   TCtrlMain controller;
 };
 
-/// Writes a picture of one colour, lossless, whatever the ending of the name says.
+/// Writes a picture of one color, lossless, whatever the ending of the name says.
 void MakePicture(const std::string& path, int width, int height, QRgb color);

@@ -13,7 +13,7 @@ constexpr QRgb kRed = qRgb(255, 0, 0);
 constexpr QRgb kGreen = qRgb(0, 255, 0);
 constexpr QRgb kBlue = qRgb(0, 0, 255);
 
-/// The colour in the middle of each tile of a grid, "." for an empty one.
+/// The color in the middle of each tile of a grid, "." for an empty one.
 std::string TileColors(const QImage& grid) {
   const QRgb background = grid.pixel(5, 5);
   std::string colors;
@@ -207,14 +207,14 @@ TEST_F(TIndexDisplays, TheMapPutsWeakerResultsFurtherOutAndTheQueryOneStepBeyond
   const int queryAngle = std::rand() % 360;
   std::srand(7);
   const QImage map = Show("displayindexmap(index)");
-  const auto centre = [](int angle, double distance) {
+  const auto center = [](int angle, double distance) {
     const double radians = angle * std::numbers::pi / 180.0;
     return QPoint(10 + static_cast<int>(400 + std::cos(radians) * distance),
                   10 + static_cast<int>(400 - std::sin(radians) * distance));
   };
   // Of two results the worst lies at 400 x 1 / 2 and the query at -400 / 2, each in its own direction.
-  EXPECT_EQ(map.pixel(centre(queryAngle, -200)), kBlue);
-  EXPECT_EQ(map.pixel(centre(worstAngle, 200)), kRed);
+  EXPECT_EQ(map.pixel(center(queryAngle, -200)), kBlue);
+  EXPECT_EQ(map.pixel(center(worstAngle, 200)), kRed);
   EXPECT_EQ(map.pixel(410, 410), kGreen);
 }
 

@@ -37,7 +37,14 @@ class TEvaluation : public testing::Test {
     ASSERT_EQ(workbench.Run("index = searchimage(db, q)"), "Matching with features: hsv\n");
   }
 
-  static std::string Doubles(double number) { return {reinterpret_cast<const char*>(&number), sizeof number}; }
+  /// A stored vector of 256 numbers, all alike.
+  static std::string Doubles(double number) {
+    std::string bytes;
+    for (int i = 0; i < 256; ++i) {
+      bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+    }
+    return bytes;
+  }
 
   const TVarDatabase& Database(const std::string& name = "db") {
     return dynamic_cast<const TVarDatabase&>(*workbench.controller.GetVarList().Find(name));
@@ -252,7 +259,7 @@ TEST_F(TEvaluation, SavedFeaturesLoadBitForBit) {
   EXPECT_EQ(workbench.GetColumn(2).back(), "Location: \"photos/\", number of images: 4, features: hsv");
 }
 
-TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
+TEST_F(TEvaluation, LoadingTakesNoFileOfAnotherLength) {
   workbench.Run("updatefeature(db, \"lbp\")");
   workbench.Run("updatefeature(db, \"hsv\")");
   MakeFile("FeatureStorage/hsv-im1.dat", std::string(2047, '\0'));
@@ -262,12 +269,19 @@ TEST_F(TEvaluation, LoadingTakesFilesAsTheyAre) {
   std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", 8 * ((1 << 24) + 1));
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
             "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
-            "1 images without a stored feature\nDone\n");
-  std::string lengths;
+            "3 images without a stored feature\nDone\n");
+  // Each has kept the vector that it had: all pixels are of one color, so that one bin holds all.
   for (const auto& image : Database().GetImages()) {
-    lengths += std::to_string(image->GetImageSegment().GetFeatures().Find("hsv")->GetLength()) + ' ';
+    const TFeatureVector& vector = *image->GetImageSegment().GetFeatures().Find("hsv");
+    EXPECT_EQ(vector.GetLength(), 256U);
+    EXPECT_EQ(std::count(vector.GetData(), vector.GetData() + 256, 1.0), 1);
   }
-  EXPECT_EQ(lengths, "255 0 256 256 ");
+  for (const std::size_t size : {2040, 2049, 2056, 4096}) {
+    MakeFile("FeatureStorage/lbp-im1.dat", std::string(size, '\0'));
+    EXPECT_EQ(workbench.Run("loadfeature(db, \"lbp\")"),
+              "Loading features..\n4 images without a stored feature\nDone\n")
+        << size;
+  }
   EXPECT_EQ(workbench.GetColumn(2).front(), "Location: \"photos/\", number of images: 4, features: lbp, hsv");
   EXPECT_EQ(workbench.Run("loadfeature(db, \"surf\")"), "Unknown feature\nFunction failed\n");
 }
@@ -326,6 +340,25 @@ TEST_F(TEvaluation, StoredFeaturesAreFoundWhateverTheCaseOfTheirNames) {
   EXPECT_EQ(first(1), 4.0) << "the exact name";
 }
 
+TEST_F(TEvaluation, WhatIsKnownOfStoredFeaturesIsNotLostWhenItCannotBeRead) {
+  workbench.Run("updatefeature(db, \"hsv\")");
+  workbench.Run("savefeature(db, \"hsv\")");
+  workbench.Run("loadfeature(db, \"hsv\")");
+  EXPECT_FALSE(workbench.controller.HasLosses());
+  const std::string file = "FeatureStorage/hsv.sources";
+  const std::string sources = FileBytes(file);
+  std::filesystem::permissions(file, std::filesystem::perms::none);
+  {
+    const TOrdinaryUser ordinaryUser;
+    ASSERT_TRUE(ordinaryUser.isOrdinary);
+    EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+              "Loading features..\nFile '" + file + "' cannot be read\nDone\n");
+    EXPECT_TRUE(workbench.controller.HasLosses());
+    EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "File '" + file + "' cannot be read\nFunction failed\n");
+  }
+  EXPECT_EQ(FileBytes(file), sources);
+}
+
 TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
   workbench.Run("updatefeature(db, \"hsv\")");
   Database().GetImages()[2]->GetImageSegment().GetFeatures().Remove("hsv");
@@ -350,6 +383,34 @@ TEST_F(TEvaluation, SavingSkipsImagesWithoutTheFeatureAndKeepsGoodFilesWhole) {
     workbench.Run("e = loaddatabase(\"none\")");
     EXPECT_EQ(workbench.Run(std::string(command) + "(e, \"hsv\")"), "No images in database\nFunction failed\n");
   }
+}
+
+TEST_F(TEvaluation, SavingLeavesOutWhatWasComputedWithoutAPicture) {
+  workbench.Run("updatefeature(db, \"hsv\")");
+  workbench.Run("savefeature(db, \"hsv\")");
+  const std::string good = FileBytes("FeatureStorage/hsv-im2.dat");
+  const std::string sources = FileBytes("FeatureStorage/hsv.sources");
+  const std::string picture = FileBytes("photos/im2.jpg");
+  MakeFile("photos/im2.jpg", "no picture");
+  workbench.Run("updatefeature(db, \"hsv\")");
+  // Neither a copy nor a segmentation nor another feature makes the vector better.
+  for (const char* line : {"copy = db", "segmentimage(copy, \"grid\")"}) {
+    workbench.Run(line);
+  }
+  const std::string left = "1 images that could not be read are not saved\n";
+  EXPECT_EQ(workbench.Run("savefeature(copy, \"hsv\")"), left);
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv-im2.dat"), good);
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv.sources"), sources);
+  MakeFile("photos/im2.jpg", picture);
+  workbench.Run("updatefeature(db, \"lbp\")");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"lbp\")"), "");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), left) << "the picture is back, its vector is not";
+  // Either of these makes it whole.
+  workbench.Run("updatefeature(db, \"hsv\")");
+  EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"), "");
+  workbench.Run("loadfeature(copy, \"hsv\")");
+  EXPECT_EQ(workbench.Run("savefeature(copy, \"hsv\")"), "");
+  EXPECT_EQ(FileBytes("FeatureStorage/hsv-im2.dat"), good);
 }
 
 }  // namespace

@@ -104,7 +104,7 @@ TEST(TPictureReport, TenFilesOfEitherKindAreNamedAndTheOthersCounted) {
   EXPECT_TRUE(workbench.Run("updatefeature(db, \"lbp\")")
                   .ends_with("File 'db/mm.jpg' cannot be read\n1 more files cannot be read\n"
                              "2 more files are damaged\nProcessing done\n"));
-  // What could be read is used: a picture of one colour but for its end.
+  // What could be read is used: a picture of one color but for its end.
   workbench.Run("c = loadimage(\"db/c.jpg\")");
   EXPECT_EQ(workbench.Run("updatefeature(c, \"hsv\")"), "File 'db/c.jpg' is damaged\n");
   EXPECT_GT(Image(workbench.controller, "c").GetImageSegment().GetFeatures().Find("hsv")->GetData()[15], 0.2);

@@ -134,7 +134,7 @@ TEST_F(TConcepts, OnlyCommonFeaturesCountInTheOrderOfTheFirstSegment) {
   EXPECT_EQ(examples.GetItems()[0]->GetLength(), 256u);
   workbench.Run("updatefeature(green, \"lbp\")");
   EXPECT_EQ(workbench.Run("k = learnvisualconcept(red, green, c)"),
-            "Classifier holds examples of another length\ncreateclassifier makes it new\nFunction failed\n"
+            "Classifier holds examples of another length: createclassifier makes it new\nFunction failed\n"
             "Variable 'k' was removed\n");
   EXPECT_EQ(examples.GetItems().size(), 128u);
   workbench.Run("c = createclassifier(\"nearest\")");

@@ -1,0 +1,144 @@
+#include "fuzz/workshop.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include <QApplication>
+
+#include "base/console.h"
+#include "base/text.h"
+#include "batch/options.h"
+#include "batch/session.h"
+#include "batch/stream-view.h"
+#include "fuzz/input.h"
+#include "tests/support/test-pictures.h"
+
+namespace filesystem = std::filesystem;
+
+namespace {
+
+class TFuzzView : public TStreamView {
+ public:
+  using TStreamView::TStreamView;
+
+  void SetListener(TViewListener* newListener) override { listener = newListener; }
+
+  void AddOutput(const std::string& text) override {
+    if (listener != nullptr && text.starts_with("> ")) {
+      listener->Complete(text.substr(2, text.size() - 3));
+      listener->PreviousCommand();
+      listener->PreviousCommand();
+      listener->NextCommand();
+    }
+    TStreamView::AddOutput(text);
+  }
+
+  // Standard error is libFuzzer's.
+  void ReportFailedLine(const std::string& /*text*/) override {}
+
+  void BeginWork() override {
+    if (++lines > kMostLines) {
+      listener->Interrupt();
+    }
+  }
+
+  void ShowWork(const std::string& text) override {
+    if (!text.empty() && ++draws > kMostDraws) {
+      listener->Interrupt();
+    }
+  }
+
+  bool IsClosing() const override { return lines > kMostLines || draws > kMostDraws; }
+
+ private:
+  static constexpr int kMostLines = 100;
+  /// At 50 milliseconds or more each.
+  static constexpr int kMostDraws = 60;
+
+  TViewListener* listener = nullptr;
+  int lines = 0;
+  int draws = 0;
+};
+
+}  // namespace
+
+TWorkshop::TWorkshop(const std::function<void()>& fill) : before(filesystem::current_path()) {
+  fill();
+  for (const auto& entry : filesystem::recursive_directory_iterator(".")) {
+    fixtures.insert(entry.path());
+  }
+  filesystem::current_path(before);
+}
+
+void TWorkshop::Visit(const std::function<void()>& work) {
+  filesystem::current_path(directory.GetPath());
+  work();
+  Tidy();
+  filesystem::current_path(before);
+}
+
+void TWorkshop::Tidy() {
+  std::set<filesystem::path> others;
+  for (filesystem::recursive_directory_iterator entry("."), end; entry != end; ++entry) {
+    if (!fixtures.contains(entry->path())) {
+      others.insert(entry->path());
+      entry.disable_recursion_pending();
+    }
+  }
+  for (const filesystem::path& path : others) {
+    filesystem::remove_all(path);
+  }
+}
+
+void PrepareForSessions() {
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  setenv("PATH", "/nowhere", 1);
+  static int argumentCount = 1;
+  static char name[] = "fuzz";
+  static char* arguments[] = {name, nullptr};
+  // Never deleted: libFuzzer ends the process in the middle of everything.
+  static auto* const application = new QApplication(argumentCount, arguments);
+  Require(application != nullptr);
+  base::UseClassicNumbers();
+  Require(base::TakeStandardOutput(false) != nullptr);
+}
+
+bool RunSession(const std::string& script) {
+  static std::FILE* const output = std::fopen("/dev/null", "w");
+  TOptions options;
+  options.script = script;
+  options.seed = 1;
+  options.variables = "tables/variables.tsv";
+  options.segments = "tables/segments.tsv";
+  options.rankings = "tables/rankings";
+  options.runs = "tables/runs";
+  TBatchSession session(options);
+  std::string reason;
+  if (!session.Open(reason)) {
+    return true;
+  }
+  TFuzzView view(output);
+  session.Run(view);
+  return !view.IsClosing();
+}
+
+void MakeTinyPictures() {
+  const auto blob = [](int middle, unsigned char red, unsigned char blue) {
+    return [=](int x, int y) -> TColor {
+      const int distance = (x - middle) * (x - middle) + (y - 20) * (y - 20);
+      const auto green = static_cast<unsigned char>(distance < 64 ? 250 : 4 * (x % 16));
+      return {red, green, blue};
+    };
+  };
+  MakePicture("photos/im1.jpg", 40, 36, blob(12, 200, 0));
+  MakePicture("photos/im2.jpg", 44, 40, blob(26, 180, 20));
+  MakePicture("photos/im10.jpg", 36, 40, blob(18, 10, 220));
+  MakePicture("others/a.jpg", 40, 40, blob(20, 0, 90));
+  MakePicture("others/b.jpg", 7, 5, blob(3, 60, 60));
+  MakePicture("query.png", 40, 36, blob(13, 190, 10));
+  MakeFile("photos/not-a-picture.jpg", "This is a text.\n");
+  MakeFile("photos/empty.jpg", "");
+  filesystem::create_directory("nothing");
+  filesystem::create_directory("tables");
+}
