@@ -11,7 +11,7 @@ namespace base {
 /// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
 std::FILE* TakeStandardOutput(bool verbose);
 
-/// True if the stream is a terminal, before somebody's eyes.
+/// True if the stream is a terminal, where a person reads along.
 bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C

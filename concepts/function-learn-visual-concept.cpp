@@ -69,7 +69,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   auto& visualConcept = dynamic_cast<TVarVisualConcept&>(variable);
   const auto* positive = Require<TVarDatabase>(params, 1);
   const auto* negative = positive == nullptr ? nullptr : Require<TVarDatabase>(params, 2);
-  // Parameter by parameter: the first wrong one is told of, and no other.
+  // Parameter by parameter: only the first wrong one is reported.
   const auto* classifierVariable = negative == nullptr ? nullptr : Require<TVarClassifier>(params, 3);
   if (classifierVariable == nullptr) {
     return false;

@@ -55,7 +55,7 @@ class TCtrlMain : private TViewListener, private TWork {
   /// Has the view show the variables as they are now.
   void UpdateVariables();
 
-  /// Makes everything that is drawn by lot come out the same in every run: the weights that a network starts from, and
+  /// Makes everything that is drawn at random the same in every run: the weights that a network starts from, and
   /// the directions of the map.
   void SetSeed(std::uint32_t seed);
 

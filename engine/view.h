@@ -42,7 +42,7 @@ class TView {
   TView(const TView&) = delete;
   TView& operator=(const TView&) = delete;
 
-  /// Names who is told of the user's actions; null ends that.
+  /// Sets who is notified of the user's actions; null for nobody.
   virtual void SetListener(TViewListener* listener) = 0;
 
   /// One more entry of the lists of what is available.
