@@ -75,7 +75,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
       reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
     }
   }
-  // The last fault found is told. One is enough, and the order of the options has no meaning.
+  // The last fault found is reported. One is enough, and the order of the options has no meaning.
   if (!reason.empty()) {
     return std::nullopt;
   }

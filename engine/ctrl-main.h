@@ -114,8 +114,8 @@ class TCtrlMain : private TViewListener, private TWork {
   bool RunAssignFunction(const TParsedCommand& parsed, TOrigin origin);
   bool RunAssign(const TParsedCommand& parsed);
 
-  /// Calls what belongs to no command. If it throws, that is told and counts as a line that failed: nothing goes on to
-  /// the toolkit, which could not bear it.
+  /// Calls what belongs to no command. If it throws, that is printed and counts as a line that failed: nothing goes on
+  /// to the toolkit, which could not bear it.
   template <typename TRun>
   void RunOutside(const TRun& run);
 
