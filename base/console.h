@@ -25,7 +25,7 @@ class TMutedErrors {
   int kept;
 };
 
-/// True if the stream is a terminal, before somebody's eyes.
+/// True if the stream is a terminal, where a person reads along.
 bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C

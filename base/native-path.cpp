@@ -96,7 +96,7 @@ std::optional<std::vector<std::string>> List(const std::string& nativePath, TEnt
 #ifndef _WIN32
 
 /// The entries of the directory that was searched last, by their folded names. A database whose files have vanished
-/// asks for each of them in the same directory, which is then read once and not once a file.
+/// asks for each of them in the same directory, which is then read once and not once for each file.
 class TListing {
  public:
   /// The entry of `directory` that equals `name` but for case, the first in byte order; nothing if there is none.

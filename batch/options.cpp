@@ -75,7 +75,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
       reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
     }
   }
-  // The last fault found is told. One is enough, and the order of the options has no meaning.
+  // The last fault found is reported. One is enough, and the order of the options has no meaning.
   if (!reason.empty()) {
     return std::nullopt;
   }
@@ -106,7 +106,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   for (const QString& text : parser.values("e")) {
     options.lines.push_back(FromQString(text));
   }
-  // With -e and without a script nothing is read: a job without standard input would wait for ever.
+  // With -e and without a script nothing is read: a job without standard input would wait forever.
   options.onlyLines = !options.lines.empty() && scripts.isEmpty();
   options.runs = FromQString(parser.value("runs"));
   // "-" is standard input, as for other programs of a shell.
