@@ -41,8 +41,8 @@ constexpr int kDirectionBins = 8;
 constexpr float_t kDescriptorClamp = 0.2F;
 
 // Refinement interpolates, which raises the absolute value at the extremum: candidates somewhat below the threshold may
-// end above it, and are cheap to look at. Of the paper's limits of an offset the engine has its own, as the header of
-// sift.h tells.
+// end above it, and are cheap to look at. Of the paper's limits of an offset the engine has its own, as sift.h
+// says.
 constexpr float_t kCandidateRatio = 0.8F;  // of the threshold, before refinement
 constexpr int kRefinements = 5;
 constexpr float_t kMoveOffset = 0.6F;
@@ -785,8 +785,7 @@ void Sift::ComputeDescriptor(float_t* descriptor, Keypoint keypoint, float_t ang
     TDescriptorSample sample;
     sample.nx = (ct * dx + st * dy) / bin;
     sample.ny = (-st * dx + ct * dy) / bin;
-    // Relative to the keypoint's own direction, which makes the descriptor follow a turn of
-    // the picture.
+    // Relative to the keypoint's own direction, which makes the descriptor follow a turn of the picture.
     sample.nt = kDirectionBins * Reduce(angle - direction) / kTwoPi;
     // The window has a sigma of half the width of the grid, two bins.
     sample.weight = Detail::expn((sample.nx * sample.nx + sample.ny * sample.ny) * 0.125F) * magnitude;

@@ -10,8 +10,8 @@
 namespace base {
 
 bool TFileStamp::IsSettled() const {
-  // An absolute difference: a time in the future, from a server whose clock runs ahead, must not count as settled for
-  // ever. Two seconds is the resolution of FAT, the coarsest of the file systems that are in use.
+  // An absolute difference: a time in the future, from a server whose clock runs ahead, must not count as settled
+  // forever. Two seconds is the resolution of FAT, the coarsest of the file systems that are in use.
   return std::abs(static_cast<std::int64_t>(std::time(nullptr)) - seconds) > 2;
 }
 
@@ -24,7 +24,7 @@ std::optional<TFileStamp> StampFile(const std::string& path) {
   return TFileStamp{static_cast<std::uint64_t>(status.st_size), status.st_mtime, 0};
 #else
   struct stat status;
-  // Most paths are spelt as the file is, and a collection asks once an image.
+  // Most paths are spelled as the file is, and a collection asks once for each image.
   if (stat(path.c_str(), &status) != 0 && stat(NativePath(path).c_str(), &status) != 0) {
     return std::nullopt;
   }

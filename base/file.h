@@ -42,10 +42,11 @@ TReadOutcome ReadFile(const std::string& path, std::string& bytes);
 /// The same where the reason of a failure does not matter.
 std::optional<std::string> ReadFile(const std::string& path);
 
-/// Writes the regular file of exactly this name: overwriting a file that is only spelt like it would lose another's
-/// data. An earlier file keeps its rights and stays whole until the new one is: that is written beside it and then
-/// takes its place. A symbolic link stays, and the file that it points to is replaced. False, with nothing left behind,
-/// if any step fails, if something else than a regular file stands there, or if the earlier file is write-protected.
+/// Writes the regular file of exactly this name: overwriting a file whose name differs in case only would lose
+/// another's data. An earlier file keeps its rights and stays whole until the new one is: that is written beside it and
+/// then takes its place. A symbolic link stays, and the file that it points to is replaced. False, with nothing left
+/// behind, if any step fails, if something else than a regular file stands there, or if the earlier file is
+/// write-protected.
 bool ReplaceFile(const std::string& path, const void* bytes, std::size_t count);
 
 /// An output that the user names: a regular file, which is replaced as above, or anything that takes bytes without

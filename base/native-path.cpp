@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <deque>
 #include <memory>
@@ -95,7 +96,7 @@ std::optional<std::vector<std::string>> List(const std::string& nativePath, TEnt
 #ifndef _WIN32
 
 /// The entries of the directory that was searched last, by their folded names. A database whose files have vanished
-/// asks for each of them in the same directory, which is then read once and not once a file.
+/// asks for each of them in the same directory, which is then read once and not once for each file.
 class TListing {
  public:
   /// The entry of `directory` that equals `name` but for case, the first in byte order; nothing if there is none.
@@ -268,9 +269,15 @@ bool IsDirectory(const std::string& path) {
 
 std::string CanonicalPath(const std::string& path) {
   const std::string nativePath = NativePath(path);
+#ifdef _WIN32
   boost::system::error_code error;
   const filesystem::path canonical = filesystem::canonical(ToPath(nativePath), error);
   return error ? nativePath : canonical.string();
+#else
+  // Not by the library, which ends the program where memory is missing for a part of the path.
+  const std::unique_ptr<char, decltype(&std::free)> canonical(realpath(nativePath.c_str(), nullptr), &std::free);
+  return canonical ? std::string(canonical.get()) : nativePath;
+#endif
 }
 
 bool RemoveFile(const std::string& path) {

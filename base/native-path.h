@@ -50,10 +50,10 @@ std::optional<std::vector<std::string>> ListDirectory(const std::string& path);
 /// The same without the entries that are directories (or links to directories).
 std::optional<std::vector<std::string>> ListFiles(const std::string& path);
 
-/// Makes a directory below an existing one, spelt exactly so. True if it stands afterwards, whoever made it.
+/// Makes a directory below an existing one, spelled exactly so. True if it stands afterwards, whoever made it.
 bool MakeDirectory(const std::string& path);
 
-/// Makes a directory and those above it, spelt exactly so, where they are missing. True if files can be made in it.
+/// Makes a directory and those above it, spelled exactly so, where they are missing. True if files can be made in it.
 bool MakeWritableDirectory(const std::string& path);
 
 }  // namespace base

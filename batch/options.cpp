@@ -75,7 +75,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
       reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
     }
   }
-  // The last fault found is told. One is enough, and the order of the options has no meaning.
+  // The last fault found is reported. One is enough, and the order of the options has no meaning.
   if (!reason.empty()) {
     return std::nullopt;
   }
@@ -92,7 +92,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   TOptions options;
   if (parser.isSet("seed")) {
     bool isNumber = false;
-    // 32 bits without a sign: what rand() and the generator of the network library are seeded with.
+    // 32 bits without a sign, as srand() takes them.
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
       reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";
@@ -106,7 +106,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   for (const QString& text : parser.values("e")) {
     options.lines.push_back(FromQString(text));
   }
-  // With -e and without a script nothing is read: a job without standard input would wait for ever.
+  // With -e and without a script nothing is read: a job without standard input would wait forever.
   options.onlyLines = !options.lines.empty() && scripts.isEmpty();
   options.runs = FromQString(parser.value("runs"));
   // "-" is standard input, as for other programs of a shell.

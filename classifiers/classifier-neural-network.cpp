@@ -45,8 +45,8 @@ int FANN_API OnEpoch(fann* network, fann_train_data* /*data*/, unsigned int /*ma
 
 }  // namespace
 
-void TClassifierNeuralNetwork::TDestroy::operator()(fann* network) const {
-  fann_destroy(network);
+void TClassifierNeuralNetwork::TDestroy::operator()(fann* trained) const {
+  fann_destroy(trained);
 }
 
 void TClassifierNeuralNetwork::TDestroy::operator()(fann_train_data* data) const {

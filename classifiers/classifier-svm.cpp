@@ -70,8 +70,8 @@ struct TClassifierSVM::TProblem {
   svm_problem view;
 };
 
-void TClassifierSVM::TFreeModel::operator()(svm_model* model) const {
-  svm_free_and_destroy_model(&model);
+void TClassifierSVM::TFreeModel::operator()(svm_model* trained) const {
+  svm_free_and_destroy_model(&trained);
 }
 
 TClassifierSVM::TClassifierSVM() : parameters(std::make_unique<svm_parameter>()) {

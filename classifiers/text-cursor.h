@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// Walks through a text that a library wrote, to make sure of it before the library reads it again. Every Take moves
-/// past what it found; one that fails leaves a cursor that is good for nothing but giving up.
+/// past what it found; after one that fails the cursor must not be used any more.
 class TTextCursor {
  public:
   explicit TTextCursor(std::string_view text) : rest(text) {}

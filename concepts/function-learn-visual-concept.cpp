@@ -69,7 +69,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
   auto& visualConcept = dynamic_cast<TVarVisualConcept&>(variable);
   const auto* positive = Require<TVarDatabase>(params, 1);
   const auto* negative = positive == nullptr ? nullptr : Require<TVarDatabase>(params, 2);
-  // Parameter by parameter: the first wrong one is told of, and no other.
+  // Parameter by parameter: only the first wrong one is reported.
   const auto* classifierVariable = negative == nullptr ? nullptr : Require<TVarClassifier>(params, 3);
   if (classifierVariable == nullptr) {
     return false;
@@ -90,7 +90,7 @@ bool TFunctionLearnVisualConcept::ExecuteWithReturn(TVar& variable, const std::v
 bool TFunctionLearnVisualConcept::CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
   const std::array<std::pair<const char*, const TVarDatabase*>, 2> databases = {
       {{"First", &positive}, {"Second", &negative}}};
-  // Two loops, so that a missing database is told before missing segments of the other.
+  // Two loops, so that a missing database is reported before missing segments of the other.
   for (const auto& [ordinal, database] : databases) {
     if (database->GetImages().empty()) {
       Print(FormatString("%s database does not contain images", ordinal));

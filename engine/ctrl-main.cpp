@@ -247,7 +247,7 @@ void TCtrlMain::PrintFailure(const char* reason) noexcept {
 bool TCtrlMain::RunLine(const std::string& line, TOrigin origin) {
   const THelpRequest help = ProcessHelp(line);
   if (help != THelpRequest::kNone) {
-    // Not for a help line of a script, which stands in no command line.
+    // Not for a line that a command runs: the command line holds that command.
     if (underWay.size() == 1) {
       view.SelectCommandText();
     }

@@ -55,7 +55,7 @@ class TCtrlMain : private TViewListener, private TWork {
   /// Has the view show the variables as they are now.
   void UpdateVariables();
 
-  /// Makes everything that is drawn by lot come out the same in every run: the weights that a network starts from, and
+  /// Makes everything that is drawn at random the same in every run: the weights that a network starts from, and
   /// the directions of the map.
   void SetSeed(std::uint32_t seed);
 
@@ -114,8 +114,8 @@ class TCtrlMain : private TViewListener, private TWork {
   bool RunAssignFunction(const TParsedCommand& parsed, TOrigin origin);
   bool RunAssign(const TParsedCommand& parsed);
 
-  /// Calls what belongs to no command. If it throws, that is told and counts as a line that failed: nothing goes on to
-  /// the toolkit, which could not bear it.
+  /// Calls what belongs to no command. If it throws, that is printed and counts as a line that failed: nothing goes on
+  /// to the toolkit, which could not bear it.
   template <typename TRun>
   void RunOutside(const TRun& run);
 

@@ -42,7 +42,7 @@ class TView {
   TView(const TView&) = delete;
   TView& operator=(const TView&) = delete;
 
-  /// Names who is told of the user's actions; null ends that.
+  /// Sets who is notified of the user's actions; null for nobody.
   virtual void SetListener(TViewListener* listener) = 0;
 
   /// One more entry of the lists of what is available.
@@ -55,7 +55,7 @@ class TView {
 
   /// A line of a script failed. The text is one line without its end, such as "script.txt:12: Function failed: File
   /// does not exist"; in a script that another one runs, both positions stand in it, the outer one first. The output
-  /// has been told already, in more words.
+  /// has it already, in more words.
   virtual void ReportFailedLine(const std::string& text) = 0;
 
   /// The variables may have changed. While work is under way a view need not show each state of them; when it ends,

@@ -26,8 +26,8 @@ TDigest::TDigest() : context(EVP_MD_CTX_new()) {
   EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr);
 }
 
-void TDigest::TFreer::operator()(evp_md_ctx_st* context) const {
-  EVP_MD_CTX_free(context);
+void TDigest::TFreer::operator()(evp_md_ctx_st* begun) const {
+  EVP_MD_CTX_free(begun);
 }
 
 void TDigest::Add(std::string_view bytes) {

@@ -46,7 +46,7 @@ bool TFunctionLoadFeature::Execute(const std::vector<std::string>& params) {
     if (outcome == base::TReadOutcome::kRead) {
       fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
     } else if (outcome == base::TReadOutcome::kUnreadable) {
-      // A file that is there and cannot be read is told of by name; one that is not there is the usual case and only
+      // A file that is there and cannot be read is reported by name; one that is not there is the usual case and only
       // counted.
       report.AddUnreadable(reader.GetPath());
     } else if (outcome == base::TReadOutcome::kAbsent) {

@@ -145,7 +145,7 @@ TEST_F(TPluginDoctor, EndsWhatHangsAndSaysWhatWasNotTried) {
                           [](const std::string& line) { return line.starts_with("-      not tried: "); }),
             2)
       << base::Join(report.lines, "\n");
-  // One that cuts itself off is ended as well, and whoever waits for it does not wait for ever.
+  // One that cuts itself off is ended as well, and whoever waits for it does not wait forever.
   const TLines faults = CheckFixture("closes-and-hangs").GetFaults();
   ASSERT_EQ(faults.size(), 1u);
   EXPECT_TRUE(faults.front().starts_with("FAULT  crashes on 101 x 75: ")) << faults.front();

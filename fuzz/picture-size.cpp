@@ -1,6 +1,7 @@
 #include "fuzz/picture-size.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <string_view>
 
@@ -8,43 +9,36 @@
 
 namespace {
 
+constexpr std::array kFormats = {FIF_JPEG,   FIF_PNG, FIF_WEBP,   FIF_GIF, FIF_BMP,    FIF_PBM,
+                                 FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW, FIF_TIFF};
+
 using TSize = std::pair<std::uint32_t, std::uint32_t>;
 
-/// A number of `count` bytes, 0 behind the end.
-std::uint32_t NumberAt(std::string_view bytes, std::size_t position, int count, bool bigEndian) {
-  std::uint32_t number = 0;
-  for (int i = 0; i < count; ++i) {
-    const std::size_t place = position + static_cast<std::size_t>(bigEndian ? i : count - 1 - i);
-    number = number << 8 | (place < bytes.size() ? static_cast<std::uint8_t>(bytes[place]) : 0U);
-  }
-  return number;
+/// A number of two bytes, the lower one first; 0 behind the end.
+std::uint32_t NumberAt(std::string_view bytes, std::size_t position) {
+  const auto byte = [&](std::size_t place) {
+    return place < bytes.size() ? std::uint32_t{static_cast<std::uint8_t>(bytes[place])} : 0U;
+  };
+  return byte(position) | byte(position + 1) << 8;
 }
 
 TSize Larger(const TSize& a, const TSize& b) {
   return {std::max(a.first, b.first), std::max(a.second, b.second)};
 }
 
-/// The screen, and whatever might be the descriptor of a frame: FreeImage has no way to leave out the pixels.
+/// The screen and the first frame, the only one that is read: FreeImage has no way to leave out the pixels.
 TSize GifSize(std::string_view bytes) {
-  TSize size = {NumberAt(bytes, 6, 2, false), NumberAt(bytes, 8, 2, false)};
-  for (std::size_t i = bytes.find(','); i != std::string_view::npos; i = bytes.find(',', i + 1)) {
-    if (i >= 13 && bytes.size() - i > 10) {
-      size = Larger(size, {NumberAt(bytes, i + 5, 2, false), NumberAt(bytes, i + 7, 2, false)});
-      // The first frame is the only one that is read.
-      break;
+  const auto byte = [&](std::size_t place) { return NumberAt(bytes, place) & 0xFF; };
+  const std::uint32_t flags = byte(10);
+  std::size_t place = 13 + ((flags & 0x80) != 0 ? std::size_t{6} << (flags & 7) : 0);
+  // An extension is its mark, its kind, and blocks behind their lengths, of which the last is empty.
+  while (place < bytes.size() && byte(place) == '!') {
+    for (place += 2; place < bytes.size() && byte(place) != 0;) {
+      place += 1 + byte(place);
     }
+    ++place;
   }
-  return size;
-}
-
-/// Every codestream's marker segment SIZ: the same.
-TSize Jpeg2000Size(std::string_view bytes) {
-  constexpr std::string_view kStart("\xFF\x4F\xFF\x51", 4);
-  TSize size;
-  for (std::size_t i = bytes.find(kStart); i != std::string_view::npos; i = bytes.find(kStart, i + 1)) {
-    size = Larger(size, {NumberAt(bytes, i + 8, 4, true), NumberAt(bytes, i + 12, 4, true)});
-  }
-  return size;
+  return Larger({NumberAt(bytes, 6), NumberAt(bytes, 8)}, {NumberAt(bytes, place + 5), NumberAt(bytes, place + 7)});
 }
 
 }  // namespace
@@ -53,29 +47,17 @@ std::pair<std::uint32_t, std::uint32_t> PictureSize(const std::uint8_t* data, st
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   const std::unique_ptr<FIMEMORY, decltype(&FreeImage_CloseMemory)> memory(
       FreeImage_OpenMemory(const_cast<BYTE*>(data), static_cast<DWORD>(size)), FreeImage_CloseMemory);
-  const FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromMemory(memory.get(), 0);
-  switch (format) {
-    case FIF_GIF:
-      return GifSize(bytes);
-    case FIF_J2K:
-    case FIF_JP2:
-      return Jpeg2000Size(bytes);
-    case FIF_JPEG:
-    case FIF_PNG:
-    case FIF_BMP:
-    case FIF_TIFF:
-    case FIF_WEBP:
-    case FIF_PBM:
-    case FIF_PBMRAW:
-    case FIF_PGM:
-    case FIF_PGMRAW:
-    case FIF_PPM:
-    case FIF_PPMRAW: {
-      const std::unique_ptr<FIBITMAP, decltype(&FreeImage_Unload)> header(
-          FreeImage_LoadFromMemory(format, memory.get(), FIF_LOAD_NOPIXELS), FreeImage_Unload);
-      return {FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get())};
-    }
-    default:
-      return {};
+  const auto* const format = std::find_if(kFormats.begin(), kFormats.end(), [&](FREE_IMAGE_FORMAT each) {
+    return FreeImage_ValidateFromMemory(each, memory.get()) != FALSE;
+  });
+  if (format == kFormats.end()) {
+    return {};
   }
+  if (*format == FIF_GIF) {
+    return GifSize(bytes);
+  }
+  FreeImage_SeekMemory(memory.get(), 0, SEEK_SET);
+  const std::unique_ptr<FIBITMAP, decltype(&FreeImage_Unload)> header(
+      FreeImage_LoadFromMemory(*format, memory.get(), FIF_LOAD_NOPIXELS), FreeImage_Unload);
+  return {FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get())};
 }

@@ -43,7 +43,7 @@ class TMapCanvas {
     canvas.SetSize(size, size, true);
   }
 
-  /// Draws a result in a direction drawn by lot, at a distance from the middle that grows with its rank, from 0, among
+  /// Draws a result in a random direction, at a distance from the middle that grows with its rank, from 0, among
   /// all that are shown. The query, of rank -1, lies one step beyond the middle.
   void Draw(const TTopResult& result, int rank, TPictureReport& report) {
     // Whole degrees. y grows downwards on the screen, hence the minus below.

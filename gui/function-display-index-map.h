@@ -5,7 +5,7 @@
 
 #include "retrieval/index-command.h"
 
-/// displayindexmap: draws the top of a ranking on one canvas, each picture in a direction drawn by lot, the best in the
+/// displayindexmap: draws the top of a ranking on one canvas, each picture in a random direction, the best in the
 /// middle and weaker ones towards the rim.
 class TFunctionDisplayIndexMap : public TIndexCommand {
  public:

@@ -63,7 +63,7 @@ class TImageCommand : public TFunction {
   }
 
   /// ForEachImage for work that reads the pictures: says of a database that it takes its time, and that it is done. The
-  /// report that `step` is given with each image has told of all files when this returns.
+  /// report that `step` gets with each image has named all files when this returns.
   template <typename TStep>
   bool ProcessImages(const TImageSelection& images, const TStep& step) const {
     if (images.IsDatabase()) {

@@ -15,6 +15,7 @@
 
 #include <FreeImage.h>
 
+#include "base/console.h"
 #include "base/file.h"
 #include "base/guarded-run.h"
 #include "base/native-path.h"
@@ -38,6 +39,8 @@ struct TEncodedPicture {
   long GetSize() { return io.seek_proc(handle, 0, SEEK_END) == 0 ? io.tell_proc(handle) : 0; }
   bool Read(unsigned char* bytes, unsigned count) { return io.read_proc(bytes, 1, count, handle) == count; }
   FIBITMAP* Decode(FREE_IMAGE_FORMAT format, int flags) {
+    // The library of TIFF has its own words for everything, printed even for sound files.
+    const auto muted = format == FIF_TIFF ? std::make_unique<base::TMutedErrors>() : nullptr;
     Rewind();
     return FreeImage_LoadFromHandle(format, &io, handle, flags);
   }

@@ -13,11 +13,11 @@ class TPictureReport {
  public:
   explicit TPictureReport(const boost::function<void(std::string)>& thePrint) : print(thePrint) {}
 
-  /// Loads a picture, and tells if there is something wrong with it. False, and the picture as it was, if it cannot be
-  /// read.
+  /// Loads a picture, and reports what is wrong with it, if anything is. False, and the picture as it was, if it cannot
+  /// be read.
   bool Load(const std::string& filename, TImageRGB& picture);
 
-  /// Tells what there is to tell of a file that the caller has loaded in its own way, or has failed to.
+  /// Reports a file that the caller has loaded, or failed to load, in its own way, if anything is wrong with it.
   void Note(const std::string& filename, bool isRead, const TImageRGB& picture);
 
   /// Tells of a file that cannot be read.

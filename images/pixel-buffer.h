@@ -17,7 +17,7 @@ class TPixelBuffer {
   int GetHeight() const { return rows; }
   int GetStride() const { return pitch; }
 
-  /// Frees or forgets the pixels. The dimensions stay.
+  /// Frees the pixels, or only drops the pointer to the caller's. The dimensions stay.
   void Release();
 
   /// Sets the dimensions for whoever writes every pixel next: only the bytes behind the rows are zeroed.

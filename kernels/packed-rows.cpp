@@ -19,7 +19,8 @@ constexpr size_t kAbreast = TPackedRows::kAbreast;
 // The stream of vectors at the same lanes of all elements of a group of interleaved rows.
 const double* Stream(const double* numbers, size_t length, size_t lanes, size_t stream) {
   const size_t row = stream * lanes;
-  return numbers + row / kAbreast * length * kAbreast + row % kAbreast;
+  // Rows without elements have no memory to point into.
+  return length == 0 ? numbers : numbers + row / kAbreast * length * kAbreast + row % kAbreast;
 }
 
 // `add` adds what an element of the query and those of a vector's rows make of each other to their sums.

@@ -27,7 +27,7 @@ class TPackedRows {
   //   sums[r] = 0 + (query[0] - row[0])^2 + (query[1] - row[1])^2 + ..
   //
   // Each sum is built by one product and one addition an element, in this order, and so is the same to the last bit on
-  // every processor; a NaN stays a NaN, but which one is not told.
+  // every processor; a NaN stays a NaN, though its sign and payload are unspecified.
   void DotProducts(const double* query, double* sums) const;
 
   // The dot products by fours: first the length % 4 elements at the beginning, the last of them first, then, for each

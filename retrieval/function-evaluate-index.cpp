@@ -92,7 +92,7 @@ void TFunctionEvaluateIndex::DrawAndShowChart(const TVarDatabaseIndex& index, bo
   base::RunGnuplot(kScriptFile);
   Pause(kSettlingTime);
   TImageRGB chart;
-  // A file that is only spelt alike is not the one that gnuplot was to write.
+  // A file whose name differs in case is not the one that gnuplot was to write.
   const bool isExact = base::NativePath(kChartFile) == kChartFile;
   const bool isDrawn = isRemoved && isExact && base::IsRegularFile(kChartFile);
   if (isDrawn && (!chart.LoadFromFile(kChartFile) || chart.IsDamaged())) {

@@ -15,7 +15,7 @@ class TVarList;
 
 using TDatabaseIndexEntry = kernels::TRankEntry;
 
-/// One of the first results of a ranking, as people are told of it.
+/// One of the first results of a ranking, as it is shown to people.
 struct TTopResult {
   std::string filename;
   /// Lines with the rank, counted from 1, the file name, the distance to six digits and the tags.
@@ -23,7 +23,7 @@ struct TTopResult {
 };
 
 /// A ranking, of type "databaseindex", best match first. It knows its database by the name of that variable, and by the
-/// fingerprint of what was searched: it is of use only as long as that stands under the name.
+/// fingerprint of what was searched: it can be used only as long as that is what the name stands for.
 class TVarDatabaseIndex : public TVar {
  public:
   static constexpr const char* kTypeName = "databaseindex";

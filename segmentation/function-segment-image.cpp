@@ -57,7 +57,7 @@ bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
     Print("Unknown segmentation method");
     return false;
   }
-  // A file that cannot be read is told of and does not end the command: one bad file in a hundred thousand must not
+  // A file that cannot be read is reported and does not end the command: one bad file in a hundred thousand must not
   // cost the others.
   return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
     SegmentImage(image, method, report);

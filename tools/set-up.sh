@@ -13,6 +13,9 @@ test_packages="locales parallel pkgconf"
 # A Debian package has man pages and the manual as HTML, and is checked before it goes out.
 package_packages="pandoc lintian mandoc desktop-file-utils appstream"
 
+# The preset "fuzz"; llvm-14 puts names to the places of a fault.
+fuzz_packages="clang-14 libclang-rt-14-dev llvm-14"
+
 install_packages() {
   if ! command -v dpkg-query >/dev/null; then
     echo "This system does not use Debian's packages; what is needed must be there already:"

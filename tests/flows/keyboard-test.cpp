@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include <QAccessible>
 #include <QApplication>
@@ -114,6 +115,34 @@ TEST_F(TKeyboard, EveryWidgetThatCanBeUsedHasAName) {
     workbench.Run(line);
   }
   EXPECT_EQ(dialogs, 4);
+}
+
+TEST_F(TKeyboard, TheDialogsOfTheToolkitHaveNamesToo) {
+  TPictureView view;
+  view.SetPicture(QPixmap(20, 20), {{QRect(), "missing.png", "a picture"}});
+  view.show();
+  std::string nameless;
+  std::vector<QString> titles;
+  const TDialogRunnerScope scope([&](QDialog& dialog) {
+    titles.push_back(NameOf(&dialog));
+    nameless += NamelessWidgets(dialog);
+  });
+  for (const char* chosen : {"Open file", "Save picture as PNG..."}) {
+    QTimer::singleShot(0, [chosen] {
+      auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+      ASSERT_NE(menu, nullptr);
+      for (QAction* action : menu->actions()) {
+        if (action->text() == chosen) {
+          action->trigger();
+        }
+      }
+      menu->close();
+    });
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), view.mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&view, &event);
+  }
+  EXPECT_EQ(titles, (std::vector<QString>{"Tessimar", "Save picture as PNG"}));
+  EXPECT_EQ(nameless, "");
 }
 
 TEST_F(TKeyboard, TabReachesAllOfTheWindowAndStaysNowhere) {
