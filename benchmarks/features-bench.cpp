@@ -102,28 +102,30 @@ BENCHMARK(AtLevel<BM_Gray<kernels::GrayPlane>, HWY_AVX2>)->Name("BM_Gray/AVX2")-
 BENCHMARK(AtLevel<BM_Gray<kernels::GrayPlane>, kPlain>)->Name("BM_Gray/SSE2")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Gray<kernels::reference::GrayPlane>)->Name("BM_GrayPlainLoop")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GrayOpenCv)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Histogram<kernels::HsvHistogram, Color>)->Name("BM_Hsv")->Unit(benchmark::kMillisecond);
-BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, Color>, HWY_AVX3>)
+BENCHMARK(BM_Histogram<kernels::HsvHistogram, SmallColor>)->Name("BM_Hsv")->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, SmallColor>, HWY_AVX3>)
     ->Name("BM_Hsv/AVX-512")
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, Color>, HWY_AVX2>)
+BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, SmallColor>, HWY_AVX2>)
     ->Name("BM_Hsv/AVX2")
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, Color>, kPlain>)
+BENCHMARK(AtLevel<BM_Histogram<kernels::HsvHistogram, SmallColor>, kPlain>)
     ->Name("BM_Hsv/SSE2")
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Histogram<kernels::reference::HsvHistogram, Color>)
+BENCHMARK(BM_Histogram<kernels::reference::HsvHistogram, SmallColor>)
     ->Name("BM_HsvPlainLoop")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_HsvOpenCv)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Histogram<kernels::LbpHistogram, Gray>)->Name("BM_Lbp")->Unit(benchmark::kMillisecond);
-BENCHMARK(AtLevel<BM_Histogram<kernels::LbpHistogram, Gray>, HWY_AVX2>)
+BENCHMARK(BM_Histogram<kernels::LbpHistogram, SmallGray>)->Name("BM_Lbp")->Unit(benchmark::kMillisecond);
+BENCHMARK(AtLevel<BM_Histogram<kernels::LbpHistogram, SmallGray>, HWY_AVX2>)
     ->Name("BM_Lbp/AVX2")
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(AtLevel<BM_Histogram<kernels::LbpHistogram, Gray>, kPlain>)
+BENCHMARK(AtLevel<BM_Histogram<kernels::LbpHistogram, SmallGray>, kPlain>)
     ->Name("BM_Lbp/SSE2")
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Histogram<kernels::reference::LbpHistogram, Gray>)->Name("BM_LbpPlainLoop")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Histogram<kernels::reference::LbpHistogram, SmallGray>)
+    ->Name("BM_LbpPlainLoop")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LbpOpenCv)->Unit(benchmark::kMillisecond);
 
 }  // namespace
