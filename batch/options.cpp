@@ -4,6 +4,7 @@
 
 #include <QCommandLineParser>
 
+#include "base/format-string.h"
 #include "gui/eight-bit-text.h"
 
 const char* const kUsage =
@@ -37,19 +38,14 @@ pane would show. Which lines of the script failed is told on standard error.
 Exit status: 0 if every line succeeded or the plug-in is sound, 1 if a line failed
 or the plug-in has a fault, 2 for wrong usage or a file or directory that cannot be
 used, 3 if every line succeeded but a picture or a stored feature could not be
-read, or not whole, 130 after Ctrl-C (or SIGTERM or SIGHUP: the first one ends the run after the
-command under way, with tables and history), 141 if nobody reads the output any
-more.
+read, or not whole, 130 after Ctrl-C (or SIGTERM or SIGHUP: the first one ends the
+run after the command under way, with tables and history), 141 if nobody reads the
+output any more.
 )";
 
-std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
-  QStringList arguments;
-  for (int i = 0; i < argc; ++i) {
-    arguments << ToQString(argv[i]);
-  }
-  QCommandLineParser parser;
-  // A long option behind a single dash is a slip that needs no guessing.
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+namespace {
+
+void AddOptions(QCommandLineParser& parser) {
   QCommandLineOption line("e", "", "LINE");
   // "-e" takes its line also without a blank, as other programs of a shell do.
   line.setFlags(QCommandLineOption::ShortOptionStyle);
@@ -58,10 +54,12 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   parser.addOptions(
       {{"segments", "", "FILE"}, {"seed", "", "N"}, {"plugins", "", "DIR"}, {"check-plugin", "", "FILE"}});
   parser.addOptions({{{"h", "help"}, ""}, QCommandLineOption("version"), QCommandLineOption("verbose")});
-  if (!parser.parse(arguments)) {
-    reason = FromQString(parser.errorText());
-    return std::nullopt;
-  }
+}
+
+/// What is wrong with the options' values, or nothing. Of several faults the last is told: one is enough, and the order
+/// of the options has no meaning.
+std::string FaultOfValues(const QCommandLineParser& parser) {
+  std::string reason;
   for (const char* name :
        {"pictures", "variables", "rankings", "runs", "segments", "seed", "plugins", "check-plugin"}) {
     const QStringList values = parser.values(name);
@@ -72,10 +70,29 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
       reason = std::string("There is no value behind '--") + name + "'.";
     } else if (!values.isEmpty() && values.first().startsWith('-') && std::string_view(name) != "seed") {
       const std::string value = FromQString(values.first());
-      reason = "'" + value + "' behind '--" + name + "' looks like an option; as a name it is './" + value + "'.";
+      reason = FormatString("'%s' behind '--%s' looks like an option; as a name it is './%s'.", value.c_str(), name,
+                            value.c_str());
     }
   }
-  // The last fault found is reported. One is enough, and the order of the options has no meaning.
+  return reason;
+}
+
+}  // namespace
+
+std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) {
+    arguments << ToQString(argv[i]);
+  }
+  QCommandLineParser parser;
+  // A long option behind a single dash is a slip that needs no guessing.
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  AddOptions(parser);
+  if (!parser.parse(arguments)) {
+    reason = FromQString(parser.errorText());
+    return std::nullopt;
+  }
+  reason = FaultOfValues(parser);
   if (!reason.empty()) {
     return std::nullopt;
   }

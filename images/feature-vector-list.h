@@ -27,7 +27,7 @@ class TFeatureVectorList {
     // Without memory for its place the vector goes, as any other that is taken over.
     std::unique_ptr<TFeatureVector> taken(ownsItems ? vector : nullptr);
     items.push_back(vector);
-    taken.release();
+    static_cast<void>(taken.release());
     ++revision;
   }
 

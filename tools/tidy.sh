@@ -1,6 +1,6 @@
 #!/bin/sh
 # Runs clang-tidy over all C++ of the tree, over the files named, or with --newest N over the N files that were changed
-# last. Needs a configured build/ (cmake --preset default), or another one that BUILD names.
+# last; with --names in front it looks at names only, which takes a third of the time. Needs a configured build/ (cmake --preset default), or another one that BUILD names.
 set -eu
 cd "$(dirname "$0")/.."
 build="${BUILD:-build}"
@@ -31,6 +31,11 @@ newest_files() {
   fi
 }
 
+checks=
+if [ "${1:-}" = --names ]; then
+  checks='--checks=-*,readability-identifier-naming'
+  shift
+fi
 if [ "${1:-}" = --newest ]; then
   # shellcheck disable=SC2046
   set -- $(newest_files | source_files | head -n "$2")
@@ -39,4 +44,4 @@ elif [ $# -eq 0 ]; then
   set -- $(git ls-files '*.cpp' | source_files)
 fi
 [ $# -gt 0 ] || exit 0
-printf '%s\n' "$@" | xargs -P "${JOBS:-$(nproc)}" -n 2 clang-tidy -p "$build" --quiet
+printf '%s\n' "$@" | xargs -P "${JOBS:-$(nproc)}" -n 2 clang-tidy -p "$build" --quiet ${checks:+"$checks"}
