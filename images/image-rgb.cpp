@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -103,11 +102,11 @@ struct TBitmapUnloader {
 };
 using TBitmap = std::unique_ptr<FIBITMAP, TBitmapUnloader>;
 
-/// Zeroes what a read of `count` items beyond the end of a file left of its buffer: the library's GIF decoder waits for
-/// a zero byte, and looks at the last one again for ever where no more comes.
+/// Zeroes the byte that a read beyond the end of a file did not get: the library's GIF decoder waits for a zero byte,
+/// and would look at the last one again for ever. Larger reads have their length looked at.
 void ClearUnread(void* buffer, unsigned size, unsigned count, unsigned long itemsRead) {
-  if (itemsRead < count) {
-    std::memset(static_cast<unsigned char*>(buffer) + itemsRead * size, 0, (count - itemsRead) * size);
+  if (itemsRead == 0 && size == 1 && count == 1) {
+    *static_cast<unsigned char*>(buffer) = 0;
   }
 }
 
