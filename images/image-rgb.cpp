@@ -102,6 +102,14 @@ struct TBitmapUnloader {
 };
 using TBitmap = std::unique_ptr<FIBITMAP, TBitmapUnloader>;
 
+/// Zeroes the byte that a read beyond the end of a file did not get: the library's GIF decoder waits for a zero byte,
+/// and would look at the last one again for ever. Larger reads have their length looked at.
+void ClearUnread(void* buffer, unsigned size, unsigned count, unsigned long itemsRead) {
+  if (itemsRead == 0 && size == 1 && count == 1) {
+    *static_cast<unsigned char*>(buffer) = 0;
+  }
+}
+
 /// Bytes in memory as a stream of the library, whose own one takes a tenth of a photograph's decoding.
 struct TMemoryStream {
   const unsigned char* data;
@@ -114,6 +122,7 @@ struct TMemoryStream {
     const unsigned long whole = size == 0 ? 0 : std::min<unsigned long>(count, rest / size);
     std::copy_n(stream.data + stream.position, whole * size, static_cast<unsigned char*>(buffer));
     stream.position += static_cast<long>(whole * size);
+    ClearUnread(buffer, size, count, whole);
     return static_cast<unsigned>(whole);
   }
 
@@ -143,7 +152,9 @@ class TFileStream {
 
  private:
   static unsigned Read(void* buffer, unsigned size, unsigned count, fi_handle handle) {
-    return static_cast<unsigned>(std::fread(buffer, size, count, static_cast<std::FILE*>(handle)));
+    const std::size_t whole = std::fread(buffer, size, count, static_cast<std::FILE*>(handle));
+    ClearUnread(buffer, size, count, whole);
+    return static_cast<unsigned>(whole);
   }
   static unsigned Write(void* /*buffer*/, unsigned /*size*/, unsigned /*count*/, fi_handle /*handle*/) { return 0; }
   static int Seek(fi_handle handle, long offset, int origin) {
