@@ -157,6 +157,7 @@ std::unique_ptr<TVarList> RankedPhotographs() {
   auto index = std::make_unique<TVarDatabaseIndex>();
   index->SetName("index");
   index->SetDatabaseName("db");
+  index->SetDatabaseFingerprint(dynamic_cast<const TVarDatabase&>(*store->Find("db")).GetFingerprint());
   for (int i = 0; i < kSamples; ++i) {
     index->AddEntry(i, i);
   }

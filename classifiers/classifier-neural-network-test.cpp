@@ -36,9 +36,7 @@ double BareNetworkAnswer(const TValues& query, unsigned seed, unsigned epochs) {
     data->output[row][0] = row < 3 ? 1.0 : 0.0;
   }
   std::srand(seed);
-  for (unsigned i = 0; i < network->total_connections; ++i) {
-    network->weights[i] = -0.1F + 0.2F * static_cast<float>(std::rand()) / (static_cast<float>(RAND_MAX) + 1.0F);
-  }
+  fann_randomize_weights(network.get(), -0.1, 0.1);
   fann_train_on_data(network.get(), data.get(), epochs, 0, 0.0000001F);
   TValues scaled = ScaledByHand(query);
   return 2 * *fann_run(network.get(), scaled.data()) - 1;
