@@ -22,9 +22,6 @@ namespace {
 // The one type that the C++ standard lets a signal handler and the rest of a program share.
 volatile std::sig_atomic_t interrupted = 0;
 
-// Where standard error goes, also while it is muted.
-volatile std::sig_atomic_t standardError = 2;
-
 #ifdef _WIN32
 
 int OpenForReading(const std::string& path) {
@@ -87,12 +84,12 @@ extern "C" void OnInterrupt(int /*signal*/) {
     std::signal(signal, SIG_DFL);
   }
 #ifdef _WIN32
-  _write(standardError, kMessage.data(), static_cast<unsigned int>(kMessage.size()));
+  _write(2, kMessage.data(), static_cast<unsigned int>(kMessage.size()));
 #else
   // A system call that the signal interrupted may be about to read errno.
   const int savedError = errno;
   [[maybe_unused]] ssize_t written = write(wakeUp[1], "!", 1);
-  written = write(standardError, kMessage.data(), kMessage.size());
+  written = write(STDERR_FILENO, kMessage.data(), kMessage.size());
   errno = savedError;
 #endif
 }
@@ -150,33 +147,6 @@ std::FILE* TakeStandardOutput(bool verbose) {
   return fdopen(own, "wb");
 #endif
 }
-
-#ifdef _WIN32
-
-TMutedErrors::TMutedErrors() : kept(-1) {}
-TMutedErrors::~TMutedErrors() = default;
-
-#else
-
-TMutedErrors::TMutedErrors() : kept(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
-  const int nowhere = kept < 0 ? -1 : open("/dev/null", O_WRONLY | O_CLOEXEC);
-  if (nowhere < 0) {
-    return;
-  }
-  standardError = kept;
-  dup2(nowhere, STDERR_FILENO);
-  close(nowhere);
-}
-
-TMutedErrors::~TMutedErrors() {
-  if (kept >= 0) {
-    dup2(kept, STDERR_FILENO);
-    standardError = STDERR_FILENO;
-    close(kept);
-  }
-}
-
-#endif
 
 bool IsTerminal(std::FILE* stream) {
 #ifdef _WIN32

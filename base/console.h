@@ -11,20 +11,6 @@ namespace base {
 /// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
 std::FILE* TakeStandardOutput(bool verbose);
 
-/// As long as the object lives, what libraries write to standard error goes nowhere. There may be one at a time. (Not
-/// on Windows.)
-class TMutedErrors {
- public:
-  TMutedErrors();
-  ~TMutedErrors();
-  TMutedErrors(const TMutedErrors&) = delete;
-  TMutedErrors& operator=(const TMutedErrors&) = delete;
-
- private:
-  // A copy of standard error; negative if it could not be made, and nothing is muted.
-  int kept;
-};
-
 /// True if the stream is a terminal, where a person reads along.
 bool IsTerminal(std::FILE* stream);
 

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr std::array kFormats = {FIF_JPEG,   FIF_PNG, FIF_WEBP,   FIF_GIF, FIF_BMP,    FIF_PBM,
-                                 FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW, FIF_TIFF};
+constexpr std::array kFormats = {FIF_JPEG,   FIF_PNG, FIF_WEBP,   FIF_GIF, FIF_BMP,   FIF_PBM,
+                                 FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW};
 
 using TSize = std::pair<std::uint32_t, std::uint32_t>;
 

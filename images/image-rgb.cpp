@@ -15,7 +15,6 @@
 
 #include <FreeImage.h>
 
-#include "base/console.h"
 #include "base/file.h"
 #include "base/guarded-run.h"
 #include "base/native-path.h"
@@ -39,8 +38,6 @@ struct TEncodedPicture {
   long GetSize() { return io.seek_proc(handle, 0, SEEK_END) == 0 ? io.tell_proc(handle) : 0; }
   bool Read(unsigned char* bytes, unsigned count) { return io.read_proc(bytes, 1, count, handle) == count; }
   FIBITMAP* Decode(FREE_IMAGE_FORMAT format, int flags) {
-    // The library of TIFF has its own words for everything, printed even for sound files.
-    const auto muted = format == FIF_TIFF ? std::make_unique<base::TMutedErrors>() : nullptr;
     Rewind();
     return FreeImage_LoadFromHandle(format, &io, handle, flags);
   }
@@ -56,14 +53,12 @@ constexpr std::array kTrustedFormats = {
     // So do those of PNG and WebP.
     FIF_PNG, FIF_WEBP,
     // The library's own, of long standing and little to go wrong.
-    FIF_GIF, FIF_BMP, FIF_PBM, FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW,
-    // A large library that its makers hold against damaged files day and night.
-    FIF_TIFF};
-// All others run in a process apart. Damaged files crashed the decoders of PSD, JPEG XR, Sun raster, XPM, TGA and PCX
-// and drove those of XBM, IFF, EXR and PICT into loops without an end. That of JPEG 2000 takes 12 bytes a pixel, of
-// which the header of a file without any pixels may claim hundreds of millions. Those of ICO, MNG, JNG, HDR, DDS, SGI,
-// PFM, PCD, CUT, KOALA and WBMP are seldom used, and their like; cameras' raw files have hundreds of variants. What has
-// no known form goes there as well, since telling what it is takes the same code.
+    FIF_GIF, FIF_BMP, FIF_PBM, FIF_PBMRAW, FIF_PGM, FIF_PGMRAW, FIF_PPM, FIF_PPMRAW};
+// All others run in a process apart. Damaged files crashed the decoders of TIFF (by an assertion), PSD, JPEG XR, Sun
+// raster, XPM, TGA and PCX and drove those of XBM, IFF, EXR and PICT into loops without an end. That of JPEG 2000 takes
+// 12 bytes a pixel, of which the header of a file without any pixels may claim hundreds of millions. Those of ICO, MNG,
+// JNG, HDR, DDS, SGI, PFM, PCD, CUT, KOALA and WBMP are seldom used, and their like; cameras' raw files have hundreds
+// of variants. What has no known form goes there as well, since telling what it is takes the same code.
 
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 constexpr std::int64_t kMostBytes = std::int64_t{2} << 30;
@@ -209,9 +204,7 @@ class TDecoderMessages {
 FREE_IMAGE_FORMAT FindTrustedFormat(TEncodedPicture& source) {
   const auto* format = std::find_if(kTrustedFormats.begin(), kTrustedFormats.end(),
                                     [&source](FREE_IMAGE_FORMAT each) { return source.HasForm(each); });
-  // Many cameras' raw files begin as a TIFF file does.
-  const bool isTrusted = format != kTrustedFormats.end() && (*format != FIF_TIFF || !source.HasForm(FIF_RAW));
-  return isTrusted ? *format : FIF_UNKNOWN;
+  return format == kTrustedFormats.end() ? FIF_UNKNOWN : *format;
 }
 
 /// The format by the contents, or failing that by the name. FIF_UNKNOWN if the library cannot read it.
