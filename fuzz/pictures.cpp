@@ -71,9 +71,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
   TImageRGB scaled;
   picture.ScaleTo(scaled, 33, 17);
-  TImageRGB restored;
-  const std::string jpeg = picture.EncodeJpeg(75);
-  Require(!jpeg.empty() && restored.LoadFromMemory(reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size()) &&
-          restored.GetWidth() == picture.GetWidth() && restored.GetHeight() == picture.GetHeight());
+  // The format's decoder takes no more.
+  constexpr int kMostJpegPixels = 65500;
+  if (picture.GetWidth() <= kMostJpegPixels && picture.GetHeight() <= kMostJpegPixels) {
+    TImageRGB restored;
+    const std::string jpeg = picture.EncodeJpeg(75);
+    Require(!jpeg.empty() &&
+            restored.LoadFromMemory(reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size()) &&
+            restored.GetWidth() == picture.GetWidth() && restored.GetHeight() == picture.GetHeight());
+  }
   return 0;
 }
