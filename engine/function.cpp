@@ -1,7 +1,7 @@
 #include "engine/function.h"
 
 #include <array>
-#include <sstream>
+#include <string_view>
 
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -21,14 +21,16 @@ TFunction::TFunction(const TCommandFacts& facts)
       help(facts.help) {}
 
 void TFunction::ShowHelp() const {
-  // The raw string of a help text begins with a line feed, so that its first line is empty.
-  std::istringstream lines(help);
-  std::string line;
-  if (!std::getline(lines, line)) {
+  // The raw string of a help text begins with a line feed. No stream: one swallows its lack of memory, and the lines.
+  std::string_view rest = help;
+  if (rest.empty()) {
     Print("No help available for this function");
   }
-  while (std::getline(lines, line)) {
-    Print(line);
+  while (!rest.empty()) {
+    rest.remove_prefix(1);
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    Print(std::string(line));
+    rest.remove_prefix(line.size());
   }
 }
 

@@ -277,8 +277,9 @@ TEST(LackOfMemory, EndsACommandAndNothingElse) {
   ASSERT_EQ(undisturbed.output.find("Out of memory"), std::string::npos) << undisturbed.output;
   // TESSIMAR_EVERY_ALLOCATION=1- takes minutes, 1000-1999 tries a part; TESSIMAR_ALLOCATION=17 runs that one in this
   // process, for a debugger.
-  // Where a line and its variable begin, each counts; what commands do with their numbers is much alike.
-  constexpr long kBeginning = 100;
+  // Where the first lines and their variables are made, and in the last lines and the end of the session, each counts;
+  // what commands do with their numbers is much alike.
+  constexpr long kEach = 100;
   long step = undisturbed.counted / 60;
   long first = 1;
   long last = undisturbed.counted;
@@ -287,7 +288,8 @@ TEST(LackOfMemory, EndsACommandAndNothingElse) {
     std::sscanf(every, "%ld-%ld", &first, &last);
   }
   long runs = 0;
-  for (long number = first; number <= std::min(last, undisturbed.counted); number += number < kBeginning ? 1 : step) {
+  for (long number = first; number <= std::min(last, undisturbed.counted);
+       number += number < kEach || number >= undisturbed.counted - kEach ? 1 : step) {
     const TOutcome outcome = RunInCopy(number);
     const std::string wrong = WhatIsWrong(outcome, undisturbed);
     EXPECT_EQ(wrong, "") << "allocation " << number << " of " << undisturbed.counted << "\n"
