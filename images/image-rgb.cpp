@@ -19,28 +19,81 @@
 #include "base/guarded-run.h"
 #include "base/native-path.h"
 #include "images/image-gray.h"
+#include "images/side-data.h"
 #include "kernels/gray-plane.h"
 #include "kernels/resize-cubic.h"
 #include "kernels/swap-red-blue.h"
 
 /// The bytes of an image file, on disk or in memory, as the library reads them.
-struct TEncodedPicture {
-  FreeImageIO io;
-  fi_handle handle;
-  /// Tells the format of bytes that do not tell it themselves; may be empty.
-  std::string name;
+class TEncodedPicture {
+ public:
+  /// The name tells the format of bytes that do not tell it themselves; may be empty.
+  explicit TEncodedPicture(std::string theName) : name(std::move(theName)) {}
+  virtual ~TEncodedPicture() = default;
+  TEncodedPicture(const TEncodedPicture&) = delete;
+  TEncodedPicture& operator=(const TEncodedPicture&) = delete;
 
-  void Rewind() { io.seek_proc(handle, 0, SEEK_SET); }
+  const std::string& GetName() const { return name; }
+  long GetSize() { return Seek(0, SEEK_END) ? Tell() : 0; }
+  bool Read(unsigned char* bytes, unsigned count) { return ReadProc(bytes, 1, count, this) == count; }
+  bool Skip(long count) { return Seek(count, SEEK_CUR); }
+  void Rewind() { Seek(0, SEEK_SET); }
+
   bool HasForm(FREE_IMAGE_FORMAT format) {
     Rewind();
-    return FreeImage_ValidateFromHandle(format, &io, handle) != FALSE;
+    return FreeImage_ValidateFromHandle(format, &io, this) != FALSE;
   }
-  long GetSize() { return io.seek_proc(handle, 0, SEEK_END) == 0 ? io.tell_proc(handle) : 0; }
-  bool Read(unsigned char* bytes, unsigned count) { return io.read_proc(bytes, 1, count, handle) == count; }
+  FREE_IMAGE_FORMAT FindForm() {
+    Rewind();
+    return FreeImage_GetFileTypeFromHandle(&io, this, 0);
+  }
   FIBITMAP* Decode(FREE_IMAGE_FORMAT format, int flags) {
     Rewind();
-    return FreeImage_LoadFromHandle(format, &io, handle, flags);
+    return FreeImage_LoadFromHandle(format, &io, this, flags);
   }
+
+  /// Hides what the file holds besides its pixels from whoever reads it from now on. False if decoding it in this
+  /// process might take for ever nevertheless.
+  bool HideSideData(TSideData (*find)(const TReadAt&)) {
+    hidden.clear();
+    TSideData found = find([this](std::int64_t position, unsigned char* bytes, std::size_t count) {
+      return Seek(static_cast<long>(position), SEEK_SET) ? ReadItems(bytes, 1, count) : 0;
+    });
+    hidden = std::move(found.keys);
+    return found.isBounded;
+  }
+
+ private:
+  virtual std::size_t ReadItems(void* bytes, std::size_t size, std::size_t count) = 0;
+  virtual bool Seek(long offset, int origin) = 0;
+  virtual long Tell() = 0;
+
+  static unsigned ReadProc(void* buffer, unsigned size, unsigned count, fi_handle handle) {
+    auto& picture = *static_cast<TEncodedPicture*>(handle);
+    const long begin = picture.hidden.empty() ? 0 : picture.Tell();
+    auto* bytes = static_cast<unsigned char*>(buffer);
+    const std::size_t whole = picture.ReadItems(bytes, size, count);
+    // The library's GIF decoder waits for a zero byte, and would look at the last one again for ever.
+    if (whole == 0 && size == 1 && count == 1) {
+      *bytes = 0;
+    }
+    const std::int64_t end = begin + static_cast<std::int64_t>(whole * size);
+    for (auto key = std::lower_bound(picture.hidden.begin(), picture.hidden.end(), begin);
+         key != picture.hidden.end() && *key < end; ++key) {
+      bytes[*key - begin] = 0;
+    }
+    return static_cast<unsigned>(whole);
+  }
+  static unsigned WriteProc(void* /*buffer*/, unsigned /*size*/, unsigned /*count*/, fi_handle /*handle*/) { return 0; }
+  static int SeekProc(fi_handle handle, long offset, int origin) {
+    return static_cast<TEncodedPicture*>(handle)->Seek(offset, origin) ? 0 : -1;
+  }
+  static long TellProc(fi_handle handle) { return static_cast<TEncodedPicture*>(handle)->Tell(); }
+
+  FreeImageIO io = {ReadProc, WriteProc, SeekProc, TellProc};
+  std::string name;
+  /// Positions of bytes that read as zero, ascending.
+  std::vector<std::int64_t> hidden;
 };
 
 namespace {
@@ -97,73 +150,55 @@ struct TBitmapUnloader {
 };
 using TBitmap = std::unique_ptr<FIBITMAP, TBitmapUnloader>;
 
-/// Zeroes the byte that a read beyond the end of a file did not get: the library's GIF decoder waits for a zero byte,
-/// and would look at the last one again for ever. Larger reads have their length looked at.
-void ClearUnread(void* buffer, unsigned size, unsigned count, unsigned long itemsRead) {
-  if (itemsRead == 0 && size == 1 && count == 1) {
-    *static_cast<unsigned char*>(buffer) = 0;
-  }
-}
+/// Bytes in memory. The library's own stream of them takes a tenth of a photograph's decoding.
+class TMemoryPicture : public TEncodedPicture {
+ public:
+  TMemoryPicture(const unsigned char* theData, long theSize, const std::string& theName)
+      : TEncodedPicture(theName), data(theData), size(theSize) {}
 
-/// Bytes in memory as a stream of the library, whose own one takes a tenth of a photograph's decoding.
-struct TMemoryStream {
+ private:
+  std::size_t ReadItems(void* bytes, std::size_t itemSize, std::size_t count) override {
+    const std::size_t rest = static_cast<std::size_t>(size - position);
+    const std::size_t whole = itemSize == 0 ? 0 : std::min(count, rest / itemSize);
+    std::copy_n(data + position, whole * itemSize, static_cast<unsigned char*>(bytes));
+    position += static_cast<long>(whole * itemSize);
+    return whole;
+  }
+  bool Seek(long offset, int origin) override {
+    const long base = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position : size;
+    if (offset < -base || offset > size - base) {
+      return false;
+    }
+    position = base + offset;
+    return true;
+  }
+  long Tell() override { return position; }
+
   const unsigned char* data;
   long size;
   long position = 0;
-
-  static unsigned Read(void* buffer, unsigned size, unsigned count, fi_handle handle) {
-    auto& stream = *static_cast<TMemoryStream*>(handle);
-    const auto rest = static_cast<unsigned long>(stream.size - stream.position);
-    const unsigned long whole = size == 0 ? 0 : std::min<unsigned long>(count, rest / size);
-    std::copy_n(stream.data + stream.position, whole * size, static_cast<unsigned char*>(buffer));
-    stream.position += static_cast<long>(whole * size);
-    ClearUnread(buffer, size, count, whole);
-    return static_cast<unsigned>(whole);
-  }
-
-  static unsigned Write(void* /*buffer*/, unsigned /*size*/, unsigned /*count*/, fi_handle /*handle*/) { return 0; }
-
-  static int Seek(fi_handle handle, long offset, int origin) {
-    auto& stream = *static_cast<TMemoryStream*>(handle);
-    const long base = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? stream.position : stream.size;
-    if (offset < -base || offset > stream.size - base) {
-      return -1;
-    }
-    stream.position = base + offset;
-    return 0;
-  }
-
-  static long Tell(fi_handle handle) { return static_cast<TMemoryStream*>(handle)->position; }
 };
 
-/// A regular file as a stream of the library. Nothing else is opened: a named pipe would wait for its other end.
-class TFileStream {
+/// A regular file. Nothing else is opened: a named pipe would wait for its other end.
+class TPictureFile : public TEncodedPicture {
  public:
-  explicit TFileStream(const std::string& path)
-      : file(base::IsRegularFile(path) ? std::fopen(base::NativePath(path).c_str(), "rb") : nullptr),
-        source({{Read, Write, Seek, Tell}, file.get(), path}) {}
+  explicit TPictureFile(const std::string& path)
+      : TEncodedPicture(path),
+        file(base::IsRegularFile(path) ? std::fopen(base::NativePath(path).c_str(), "rb") : nullptr) {}
 
   bool IsOpen() const { return file != nullptr; }
 
  private:
-  static unsigned Read(void* buffer, unsigned size, unsigned count, fi_handle handle) {
-    const std::size_t whole = std::fread(buffer, size, count, static_cast<std::FILE*>(handle));
-    ClearUnread(buffer, size, count, whole);
-    return static_cast<unsigned>(whole);
+  std::size_t ReadItems(void* bytes, std::size_t size, std::size_t count) override {
+    return std::fread(bytes, size, count, file.get());
   }
-  static unsigned Write(void* /*buffer*/, unsigned /*size*/, unsigned /*count*/, fi_handle /*handle*/) { return 0; }
-  static int Seek(fi_handle handle, long offset, int origin) {
-    return std::fseek(static_cast<std::FILE*>(handle), offset, origin);
-  }
-  static long Tell(fi_handle handle) { return std::ftell(static_cast<std::FILE*>(handle)); }
+  bool Seek(long offset, int origin) override { return std::fseek(file.get(), offset, origin) == 0; }
+  long Tell() override { return std::ftell(file.get()); }
 
   struct TCloser {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
   };
   std::unique_ptr<std::FILE, TCloser> file;
-
- public:
-  TEncodedPicture source;
 };
 
 /// True for what the decoders remark on pictures of which every pixel is there: an unusual header, or a fault in what
@@ -200,19 +235,33 @@ class TDecoderMessages {
   static inline bool anyDamage = false;
 };
 
-/// The format, if it is one whose decoder may run in this process, otherwise FIF_UNKNOWN.
+/// Leaves nothing but pixels to the decoder. False if that may take for ever nevertheless.
+bool HideSideData(TEncodedPicture& source, FREE_IMAGE_FORMAT format) {
+  switch (format) {
+    case FIF_JPEG:
+      return source.HideSideData(FindJpegSideData);
+    case FIF_PNG:
+      return source.HideSideData(FindPngSideData);
+    case FIF_WEBP:
+      return source.HideSideData(FindWebPSideData);
+    default:
+      return true;
+  }
+}
+
+/// The format, if it is one whose decoder may run in this process and finds nothing in the file to keep it for long,
+/// otherwise FIF_UNKNOWN.
 FREE_IMAGE_FORMAT FindTrustedFormat(TEncodedPicture& source) {
   const auto* format = std::find_if(kTrustedFormats.begin(), kTrustedFormats.end(),
                                     [&source](FREE_IMAGE_FORMAT each) { return source.HasForm(each); });
-  return format == kTrustedFormats.end() ? FIF_UNKNOWN : *format;
+  return format == kTrustedFormats.end() || !HideSideData(source, *format) ? FIF_UNKNOWN : *format;
 }
 
 /// The format by the contents, or failing that by the name. FIF_UNKNOWN if the library cannot read it.
 FREE_IMAGE_FORMAT FindFormat(TEncodedPicture& source) {
-  source.Rewind();
-  FREE_IMAGE_FORMAT format = FreeImage_GetFileTypeFromHandle(&source.io, source.handle, 0);
-  if (format == FIF_UNKNOWN && !source.name.empty()) {
-    format = FreeImage_GetFIFFromFilename(source.name.c_str());
+  FREE_IMAGE_FORMAT format = source.FindForm();
+  if (format == FIF_UNKNOWN && !source.GetName().empty()) {
+    format = FreeImage_GetFIFFromFilename(source.GetName().c_str());
   }
   return FreeImage_FIFSupportsReading(format) == FALSE ? FIF_UNKNOWN : format;
 }
@@ -235,20 +284,20 @@ TForm FormOf(FIBITMAP* bitmap) {
 /// The form of the first frame, which the library does not tell without decoding it.
 TForm GifForm(TEncodedPicture& source) {
   source.Rewind();
-  const auto skip = [&source](long count) { return source.io.seek_proc(source.handle, count, SEEK_CUR) == 0; };
   std::array<unsigned char, 13> screen;
-  if (!source.Read(screen.data(), screen.size()) || ((screen[10] & 0x80) != 0 && !skip(3L << ((screen[10] & 7) + 1)))) {
+  if (!source.Read(screen.data(), screen.size()) ||
+      ((screen[10] & 0x80) != 0 && !source.Skip(3L << ((screen[10] & 7) + 1)))) {
     return {};
   }
   for (unsigned char block = 0; source.Read(&block, 1);) {
     if (std::array<unsigned char, 8> frame; block == ',' && source.Read(frame.data(), frame.size())) {
       return TForm{frame[4] | frame[5] << 8, frame[6] | frame[7] << 8, 8};
     }
-    if (block != '!' || !skip(1)) {
+    if (block != '!' || !source.Skip(1)) {
       return {};
     }
     for (unsigned char length = 1; length > 0;) {
-      if (!source.Read(&length, 1) || !skip(length)) {
+      if (!source.Read(&length, 1) || !source.Skip(length)) {
         return {};
       }
     }
@@ -436,45 +485,43 @@ void TImageRGB::SetPixel(int x, int y, unsigned char red, unsigned char green, u
 }
 
 bool TImageRGB::LoadFromFile(const std::string& path) {
-  TFileStream stream(path);
-  return stream.IsOpen() && Load(stream.source, 1);
+  TPictureFile file(path);
+  return file.IsOpen() && Load(file, 1);
 }
 
 bool TImageRGB::ReadHeader(const std::string& path) {
-  TFileStream stream(path);
-  return stream.IsOpen() && Load(stream.source, kHeaderOnly);
+  TPictureFile file(path);
+  return file.IsOpen() && Load(file, kHeaderOnly);
 }
 
 bool TImageRGB::IsSafe(const std::string& path) {
-  TFileStream stream(path);
-  if (!stream.IsOpen()) {
+  TPictureFile file(path);
+  if (!file.IsOpen()) {
     return false;
   }
-  const FREE_IMAGE_FORMAT format = FindTrustedFormat(stream.source);
-  const auto form = format == FIF_UNKNOWN ? std::nullopt : ReadForm(stream.source, format);
-  return form && !form->IsEmpty() && !form->IsTooLarge() && HasFewer(kPlausiblePixelsPerByte, *form, stream.source);
+  const FREE_IMAGE_FORMAT format = FindTrustedFormat(file);
+  const auto form = format == FIF_UNKNOWN ? std::nullopt : ReadForm(file, format);
+  return form && !form->IsEmpty() && !form->IsTooLarge() && HasFewer(kPlausiblePixelsPerByte, *form, file);
 }
 
 std::pair<int, int> TImageRGB::JpegSize(const std::string& path) {
-  TFileStream stream(path);
-  const TBitmap header(
-      stream.IsOpen() && stream.source.HasForm(FIF_JPEG) ? stream.source.Decode(FIF_JPEG, FIF_LOAD_NOPIXELS) : nullptr);
+  TPictureFile file(path);
+  const TBitmap header(file.IsOpen() && FindTrustedFormat(file) == FIF_JPEG ? file.Decode(FIF_JPEG, FIF_LOAD_NOPIXELS)
+                                                                            : nullptr);
   return {static_cast<int>(FreeImage_GetWidth(header.get())), static_cast<int>(FreeImage_GetHeight(header.get()))};
 }
 
 bool TImageRGB::LoadReduced(const std::string& path, int divisor) {
-  TFileStream stream(path);
-  return stream.IsOpen() && stream.source.HasForm(FIF_JPEG) && Load(stream.source, divisor);
+  TPictureFile file(path);
+  return file.IsOpen() && file.HasForm(FIF_JPEG) && Load(file, divisor);
 }
 
 bool TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name) {
   if (size > std::numeric_limits<std::int32_t>::max()) {
     return false;
   }
-  TMemoryStream stream = {data, static_cast<long>(size)};
-  TEncodedPicture source = {
-      {TMemoryStream::Read, TMemoryStream::Write, TMemoryStream::Seek, TMemoryStream::Tell}, &stream, name};
-  return Load(source, 1);
+  TMemoryPicture picture(data, static_cast<long>(size), name);
+  return Load(picture, 1);
 }
 
 bool TImageRGB::Load(TEncodedPicture& source, int divisor) {

@@ -294,7 +294,8 @@ TEST(LackOfMemory, EndsACommandAndNothingElse) {
     const std::string wrong = WhatIsWrong(outcome, undisturbed);
     EXPECT_EQ(wrong, "") << "allocation " << number << " of " << undisturbed.counted << "\n"
                          << outcome.output.substr(0, 3000);
-    EXPECT_TRUE(outcome.hasFailed || !wrong.empty()) << number;
+    // How often a window is drawn depends on the machine, and with it how many there are.
+    EXPECT_TRUE(outcome.hasFailed || outcome.counted < number || !wrong.empty()) << number;
     ++runs;
   }
   std::printf("%ld of %ld allocations failed, one in each run\n", runs, undisturbed.counted);
