@@ -137,8 +137,8 @@ void MakeTinyPictures() {
   MakePicture("others/a.jpg", 40, 40, blob(20, 0, 90));
   MakePicture("others/b.jpg", 7, 5, blob(3, 60, 60));
   MakePicture("query.png", 40, 36, blob(13, 190, 10));
-  // The first bytes of a PNG file. Files of no known form are decoded in a process apart, and making one costs a process
-  // under sanitizers more than all else: therefore no collection has one.
+  // The first bytes of a PNG file. Files of no known form are decoded in a process apart, and making one costs a
+  // process under sanitizers more than all else: therefore no collection has one.
   MakeFile("photos/not-a-picture.jpg", "\x89PNG\r\n\x1a\n");
   MakeFile("empty.jpg", "");
   filesystem::create_directory("nothing");
