@@ -156,8 +156,7 @@ std::unique_ptr<TVarList> RankedPhotographs() {
   auto store = DatabaseStore(EnlargedSampleDirectory(1, kSamples));
   auto index = std::make_unique<TVarDatabaseIndex>();
   index->SetName("index");
-  index->SetDatabaseName("db");
-  index->SetDatabaseFingerprint(dynamic_cast<const TVarDatabase&>(*store->Find("db")).GetFingerprint());
+  index->Begin(dynamic_cast<const TVarDatabase&>(*store->Find("db")), "");
   for (int i = 0; i < kSamples; ++i) {
     index->AddEntry(i, i);
   }

@@ -20,8 +20,7 @@ Parameters:  1 - string)"}) {}
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override {
     const std::string type = StripQuotes(params[0]);
     if (FindClassifierType(type) == nullptr) {
-      Print("Unknown classifier type");
-      return false;
+      return Fail("Unknown classifier type");
     }
     dynamic_cast<TVarClassifier&>(variable).SetClassifierType(type);
     return true;

@@ -23,9 +23,8 @@ Parameters:  1 - 'classifier'
   bool Execute(const std::vector<std::string>& params) override {
     const auto* variable = FindVariable<TVarClassifier>(params[0]);
     const std::string setting = params.size() > 1 ? StripQuotes(params[1]) : std::string();
-    if (variable == nullptr || variable->GetClassifier() == nullptr) {
-      Print("Parameter 1 is not of type 'classifier'");
-      return false;
+    if (variable == nullptr) {
+      return Fail("Parameter 1 is not of type 'classifier'");
     }
     const TClassifier& classifier = *variable->GetClassifier();
     const auto print = [&](const std::string& key) {

@@ -23,15 +23,11 @@ Parameters:  1 - 'classifier'
   bool Execute(const std::vector<std::string>& params) override {
     const auto* variable = FindVariable<TVarClassifier>(params[0]);
     const std::string setting = StripQuotes(params[1]);
-    if (variable == nullptr || variable->GetClassifier() == nullptr) {
-      Print("Parameter 1 is not of type 'classifier'");
-      return false;
+    if (variable == nullptr) {
+      return Fail("Parameter 1 is not of type 'classifier'");
     }
-    if (!variable->GetClassifier()->SetSetting(setting, StripQuotes(params[2]))) {
-      Print(FormatString("Setting '%s' does not exist", setting.c_str()));
-      return false;
-    }
-    return true;
+    return variable->GetClassifier()->SetSetting(setting, StripQuotes(params[2])) ||
+           Fail(FormatString("Setting '%s' does not exist", setting.c_str()));
   }
 };
 

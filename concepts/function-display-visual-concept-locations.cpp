@@ -20,12 +20,9 @@ Parameters:  1 - 'image'
 Parameters:  2 - 'visualconceptlocations')"}) {}
 
   bool Execute(const std::vector<std::string>& params) override {
-    if (FindVariable<TVarImage>(params[0]) == nullptr ||
-        FindVariable<TVarVisualConceptLocations>(params[1]) == nullptr) {
-      Print("Incorrect parameter types");
-      return false;
-    }
-    return true;
+    return (FindVariable<TVarImage>(params[0]) != nullptr &&
+            FindVariable<TVarVisualConceptLocations>(params[1]) != nullptr) ||
+           Fail("Incorrect parameter types");
   }
 };
 

@@ -22,8 +22,7 @@ Parameters:  1 - 'image'
   bool Execute(const std::vector<std::string>& params) override {
     const auto images = RequireImages(params);
     const auto* visualConcept = images ? Require<TVarVisualConcept>(params, 2) : nullptr;
-    return visualConcept != nullptr && Locate(
-                                           *images, *visualConcept, StripQuotes(params[2]), [](TVarImage&) {}, [] {});
+    return visualConcept != nullptr && Locate(*images, *visualConcept, StripQuotes(params[2]));
   }
 };
 

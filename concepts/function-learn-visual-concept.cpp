@@ -1,11 +1,8 @@
 #include "concepts/commands.h"
 
 #include <algorithm>
-#include <array>
-#include <utility>
 
 #include "base/format-string.h"
-#include "base/text.h"
 #include "classifiers/classifier-list.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
@@ -74,39 +71,28 @@ Parameters:  1 - 'database'
     const auto* negative = positive == nullptr ? nullptr : Require<TVarDatabase>(params, 2);
     // Parameter by parameter: only the first wrong one is reported.
     const auto* classifierVariable = negative == nullptr ? nullptr : Require<TVarClassifier>(params, 3);
-    if (classifierVariable == nullptr) {
-      return false;
-    }
-    if (!CheckSegmented(*positive, *negative)) {
+    if (classifierVariable == nullptr || !CheckSegmented(*positive, *negative)) {
       return false;
     }
     // A classifier variable in the store always has one: createclassifier and copies make it.
     TClassifier& classifier = *classifierVariable->GetClassifier();
     visualConcept.SetClassifier(classifierVariable->WatchClassifier());
     visualConcept.GetVectors().CollectFeatures(FirstSegmentFeatures(*positive), FirstSegmentFeatures(*negative));
-    if (!CheckExamples(visualConcept, classifier, *positive, *negative)) {
-      return false;
-    }
-    return Train(visualConcept, classifier, *positive, *negative);
+    return CheckExamples(visualConcept, classifier, *positive, *negative) &&
+           Train(visualConcept, classifier, *positive, *negative);
   }
 
  private:
   /// Tests that both databases hold images that are segmented; prints a line if not.
   bool CheckSegmented(const TVarDatabase& positive, const TVarDatabase& negative) const {
-    const std::array<std::pair<const char*, const TVarDatabase*>, 2> databases = {
-        {{"First", &positive}, {"Second", &negative}}};
-    // Two loops, so that a missing database is reported before missing segments of the other.
-    for (const auto& [ordinal, database] : databases) {
-      if (database->GetImages().empty()) {
-        Print(FormatString("%s database does not contain images", ordinal));
-        return false;
-      }
+    // A database without images is reported before missing segments of the other.
+    const bool isFirstEmpty = positive.GetImages().empty();
+    if (isFirstEmpty || negative.GetImages().empty()) {
+      return Fail(FormatString("%s database does not contain images", isFirstEmpty ? "First" : "Second"));
     }
-    for (const auto& [ordinal, database] : databases) {
-      if (database->GetImages().front()->GetSegments().empty()) {
-        Print(FormatString("Images in %s database are not segmented", base::FoldCase(ordinal).c_str()));
-        return false;
-      }
+    const bool isFirstWhole = positive.GetImages().front()->GetSegments().empty();
+    if (isFirstWhole || negative.GetImages().front()->GetSegments().empty()) {
+      return Fail(FormatString("Images in %s database are not segmented", isFirstWhole ? "first" : "second"));
     }
     return true;
   }
@@ -118,18 +104,12 @@ Parameters:  1 - 'database'
     // length.
     if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
         HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
-      Print("Classifier holds examples of another length: createclassifier makes it new");
-      return false;
+      return Fail("Classifier holds examples of another length: createclassifier makes it new");
     }
     if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
-      Print("No usable segments in first database");
-      return false;
+      return Fail("No usable segments in first database");
     }
-    if (!HasUsableSegment(visualConcept.GetVectors(), negative)) {
-      Print("No usable segments in second database");
-      return false;
-    }
-    return true;
+    return HasUsableSegment(visualConcept.GetVectors(), negative) || Fail("No usable segments in second database");
   }
 
   /// Adds all examples and trains. False if the user ended it.
@@ -145,21 +125,18 @@ Parameters:  1 - 'database'
     // One count over both databases, for the progress that the user sees.
     const std::size_t total = positives + negative.GetImages().size();
     int skipped = 0;
-    std::size_t done = 0;
-    for (; done < total && ReportProgress(done, total); ++done) {
-      if (done < positives) {
-        skipped += AddExamples(visualConcept.GetVectors(), *positive.GetImages()[done],
+    const auto step = [&](std::size_t i) {
+      if (i < positives) {
+        skipped += AddExamples(visualConcept.GetVectors(), *positive.GetImages()[i],
                                [&](auto* example) { classifier.AddPositiveExample(example); });
       } else {
-        skipped += AddExamples(visualConcept.GetVectors(), *negative.GetImages()[done - positives],
+        skipped += AddExamples(visualConcept.GetVectors(), *negative.GetImages()[i - positives],
                                [&](auto* example) { classifier.AddNegativeExample(example); });
       }
-    }
-    if (skipped > 0) {
-      Print(FormatString("%d segments without usable features skipped", skipped));
-    }
-    if (done < total) {
-      return Interrupted(done, total);
+      return true;
+    };
+    if (!ForEach(total, step, [&] { PrintCount(skipped, "segments without usable features skipped"); })) {
+      return false;
     }
     // The training itself may take minutes and shows nothing: the window is drawn once more before it.
     ProcessEvents();

@@ -29,12 +29,10 @@ Parameters:  1 - 'database'
     const auto* visualConcept = FindVariable<TVarVisualConcept>(params[1]);
     const std::string tag = StripQuotes(params[2]);
     if (database == nullptr) {
-      Print("First variable is not of type 'database'");
-      return false;
+      return Fail("First variable is not of type 'database'");
     }
     if (visualConcept == nullptr) {
-      Print("Second variable is not of type 'visualconcept'");
-      return false;
+      return Fail("Second variable is not of type 'visualconcept'");
     }
     int tagged = 0;
     const auto visit = [&](TVarImage& image) {

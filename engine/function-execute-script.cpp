@@ -44,12 +44,10 @@ Parameters:  1 - script file)"}) {}
     // A script that runs itself under another spelling, or through a link, would never end.
     const std::string identity = base::CanonicalPath(filename);
     if (std::find(running.begin(), running.end(), identity) != running.end()) {
-      Print("Script is already running");
-      return false;
+      return Fail("Script is already running");
     }
     if (running.size() >= kMaxDepth) {
-      Print("Scripts are nested too deeply");
-      return false;
+      return Fail("Scripts are nested too deeply");
     }
     TCommandHistory script;
     if (!LoadLines(filename, script)) {
@@ -57,11 +55,10 @@ Parameters:  1 - script file)"}) {}
     }
     const TListScope scope(running, identity);
     for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
-      if (work != nullptr && work->IsInterrupted()) {
-        Print("Script interrupted");
-        return false;
-      }
       if (work != nullptr) {
+        if (work->IsInterrupted()) {
+          return Fail("Script interrupted");
+        }
         work->SetPosition(filename, i + 1);
       }
       // A line that fails does not end the script: the user sees which one it was, and the rest may do without it.

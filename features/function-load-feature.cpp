@@ -36,8 +36,7 @@ Parameters:  1 - 'database'
     const TFeature* feature = featureList->Find(featureName);
     // A feature that the program does not have could not be computed for a query.
     if (feature == nullptr) {
-      Print("Unknown feature");
-      return false;
+      return Fail("Unknown feature");
     }
     Print("Loading features..");
     // Nothing is refused on the strength of it: a collection that was moved has other paths and the same pictures. The
@@ -66,12 +65,8 @@ Parameters:  1 - 'database'
     };
     const auto atEnd = [&] {
       report.PrintRest();
-      if (fromOthers > 0) {
-        Print(FormatString("%d stored features come from other pictures", fromOthers));
-      }
-      if (missing > 0) {
-        Print(FormatString("%d images without a stored feature", missing));
-      }
+      PrintCount(fromOthers, "stored features come from other pictures");
+      PrintCount(missing, "images without a stored feature");
     };
     if (!ForEachImage(TImageSelection(*database), step, atEnd)) {
       return false;

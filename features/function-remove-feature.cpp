@@ -26,8 +26,7 @@ Parameters:  1 - 'image' or 'database'
       return false;
     }
     if (images->GetSize() == 0) {
-      Print("No images in database");
-      return false;
+      return Fail("No images in database");
     }
     return ForEachImage(*images, [&](TVarImage& image) {
       image.GetImageSegment().GetFeatures().Remove(featureName);

@@ -32,13 +32,11 @@ Parameters:  1 - 'database'
     }
     // The first image stands for all; images that lack the feature are skipped and counted.
     if (database->GetImages().front()->GetImageSegment().GetFeatures().Find(featureName) == nullptr) {
-      Print("Feature not found in database");
-      return false;
+      return Fail("Feature not found in database");
     }
     TFeatureSources sources(featureName);
     if (!sources.IsKnown()) {
-      Print(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
-      return false;
+      return Fail(FormatString("File '%s' cannot be read", sources.GetPath().c_str()));
     }
     base::RemoveAbandonedFiles(kFeatureDirectory);
     int skipped = 0;
@@ -65,12 +63,8 @@ Parameters:  1 - 'database'
       return true;
     };
     const auto atEnd = [&] {
-      if (skipped > 0) {
-        Print(FormatString("%d images without the feature skipped", skipped));
-      }
-      if (unread > 0) {
-        Print(FormatString("%d images that could not be read are not saved", unread));
-      }
+      PrintCount(skipped, "images without the feature skipped");
+      PrintCount(unread, "images that could not be read are not saved");
     };
     const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);
     // Whatever ended the loop, what was saved so far has its sources.
@@ -78,8 +72,7 @@ Parameters:  1 - 'database'
       failedFile = sources.GetPath();
     }
     if (!failedFile.empty()) {
-      Print(FormatString("File '%s' cannot be written", failedFile.c_str()));
-      return false;
+      return Fail(FormatString("File '%s' cannot be written", failedFile.c_str()));
     }
     return succeeded;
   }

@@ -37,8 +37,7 @@ Parameters:  1 - 'image' or 'database'
       return false;
     }
     if (feature == nullptr) {
-      Print("Feature not found");
-      return false;
+      return Fail("Feature not found");
     }
     int count = 0;
     return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
@@ -77,10 +76,7 @@ Parameters:  1 - 'image' or 'database'
     }
     computed = computed && std::all_of(image.GetSegments().begin(), image.GetSegments().end(),
                                        [&](const auto& segment) { return process(*segment); });
-    if (!computed) {
-      Print(FormatString("Feature '%s' has an invalid length", feature.GetName().c_str()));
-    }
-    return computed;
+    return computed || Fail(FormatString("Feature '%s' has an invalid length", feature.GetName().c_str()));
   }
 };
 

@@ -64,8 +64,7 @@ Parameters:  1 - 'image')"}) {}
   bool Execute(const std::vector<std::string>& params) override {
     const auto* image = FindVariable<TVarImage>(params[0]);
     if (image == nullptr) {
-      Print("Parameter is not of type 'image'");
-      return false;
+      return Fail("Parameter is not of type 'image'");
     }
     TPictureReport report([this](const std::string& line) { PrintLoss(line); });
     // Nobody would see the picture, and decoding it takes most of the time.

@@ -105,18 +105,17 @@ Parameters:  2 - bool (ShowQueryImage))"}) {}
     dialog.setAccessibleName(ToQString(top->index->GetTitle()));
     TMapCanvas map(count, dialog.devicePixelRatioF());
     TPictureReport report([this](const std::string& line) { PrintLoss(line); });
-    std::size_t done = 0;
-    for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
+    const auto draw = [&](std::size_t i) {
       if (DialogsAreShown()) {
         // From the last rank down to 0, and -1 for the query behind the others.
-        map.Draw(results[done], count - 1 - static_cast<int>(done), report);
+        map.Draw(results[i], count - 1 - static_cast<int>(i), report);
       } else {
-        report.Check(results[done].filename);
+        report.Check(results[i].filename);
       }
-    }
-    report.PrintRest();
-    if (done < results.size()) {
-      return Interrupted(done, results.size());
+      return true;
+    };
+    if (!ForEach(results.size(), draw, [&] { report.PrintRest(); })) {
+      return false;
     }
     dialog.SetImage(map.GetPicture(), map.GetItems());
     RunDialog(dialog);

@@ -42,12 +42,11 @@ Parameters:  2 - bool (ShowQueryImage))"}) {}
     const qreal ratio = dialog.devicePixelRatioF();
     TPictureReport report([this](const std::string& line) { PrintLoss(line); });
     TImageRGB tile;
-    std::size_t done = 0;
-    for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
-      const auto& [filename, description] = results[done];
+    const auto show = [&](std::size_t i) {
+      const auto& [filename, description] = results[i];
       if (!DialogsAreShown()) {
         report.Check(filename);
-        continue;
+        return true;
       }
       QImage picture;
       if (LoadTile(filename, qRound(kTileWidth * ratio), tile, &report)) {
@@ -55,11 +54,11 @@ Parameters:  2 - bool (ShowQueryImage))"}) {}
         // The tile was loaded with as many pixels as the screen has for it; the toolkit must not enlarge it again.
         picture.setDevicePixelRatio(ratio);
       }
-      dialog.SetImage(picture, static_cast<int>(done), {QRect(), filename, description});
-    }
-    report.PrintRest();
-    if (done < results.size()) {
-      return Interrupted(done, results.size());
+      dialog.SetImage(picture, static_cast<int>(i), {QRect(), filename, description});
+      return true;
+    };
+    if (!ForEach(results.size(), show, [&] { report.PrintRest(); })) {
+      return false;
     }
     RunDialog(dialog);
     return true;

@@ -22,12 +22,10 @@ Parameters:  1 - string)"}) {}
     auto& database = dynamic_cast<TVarDatabase&>(variable);
     const std::string path = StripQuotes(params[0]);
     if (!base::Exists(path)) {
-      Print("Path not found");
-      return false;
+      return Fail("Path not found");
     }
     if (!base::IsDirectory(path)) {
-      Print("Path is not a directory");
-      return false;
+      return Fail("Path is not a directory");
     }
     // Drawn before the scan begins, which takes seconds for a hundred thousand files on a network share.
     Print("Scanning..");
@@ -35,11 +33,7 @@ Parameters:  1 - string)"}) {}
     // An absent path was refused above, so that an earlier database under this name keeps its images until the new one
     // is known to be a directory.
     database.SetLocation(path);
-    if (!database.ScanDirectory()) {
-      Print("Directory cannot be read");
-      return false;
-    }
-    return true;
+    return database.ScanDirectory() || Fail("Directory cannot be read");
   }
 };
 

@@ -21,8 +21,7 @@ Parameters:  1 - string)"}) {}
     auto& image = dynamic_cast<TVarImage&>(variable);
     const std::string filename = StripQuotes(params[0]);
     if (!base::IsRegularFile(filename)) {
-      Print("File does not exist");
-      return false;
+      return Fail("File does not exist");
     }
     image.SetFilename(filename);
     // The variable may have held another image: its vectors would be taken for those of the new file. Tags stay; they

@@ -66,8 +66,7 @@ Parameters:  1 - 'databaseindex'
     std::string reason;
     const TVarDatabase* database = index->FindDatabase(*varList, reason);
     if (database == nullptr) {
-      Print(reason);
-      return false;
+      return Fail(reason);
     }
     const TRecallPrecision result = Measure(*database, *index, tag);
     // Any carrier of the tag, wherever it ranks, adds to the precision.
@@ -120,11 +119,8 @@ Parameters:  1 - 'databaseindex'
 
   /// Replaces a file; prints a line if that fails.
   bool Write(const char* filename, const std::string& bytes) const {
-    if (base::ReplaceFile(filename, bytes.data(), bytes.size())) {
-      return true;
-    }
-    Print(FormatString("File '%s' cannot be written", filename));
-    return false;
+    return base::ReplaceFile(filename, bytes.data(), bytes.size()) ||
+           Fail(FormatString("File '%s' cannot be written", filename));
   }
 };
 

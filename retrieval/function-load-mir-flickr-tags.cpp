@@ -1,6 +1,5 @@
 #include "retrieval/commands.h"
 
-#include "base/format-string.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
 #include "engine/function.h"
@@ -44,9 +43,7 @@ Parameters:  1 - 'database'
         ++strays;
       }
     }
-    if (strays > 0) {
-      Print(FormatString("%d lines name no image", strays));
-    }
+    PrintCount(strays, "lines name no image");
     if (static_cast<std::size_t>(strays) == annotations.entries.size()) {
       Print("No image was tagged");
     }

@@ -16,6 +16,17 @@ namespace {
 /// How many images are compared between two looks at the window: some milliseconds' worth.
 constexpr std::size_t kImagesAtATime = 32768;
 
+/// The features that the first image of the database and the query have in common.
+std::vector<std::string> CommonFeatures(const TVarDatabase& database, const TVarImage& query) {
+  // In the order of the database, since sums of doubles depend on it and should not on how the query was made.
+  auto names = database.GetImages().front()->GetImageSegment().GetFeatures().GetNames();
+  const TFeatureVectorList& wanted = query.GetImageSegment().GetFeatures();
+  // Names decide, not lengths: a vector of another length than the query's puts an image at infinity if it is shorter,
+  // and counts up to the query's length if it is longer.
+  std::erase_if(names, [&](const std::string& name) { return wanted.Find(name) == nullptr; });
+  return names;
+}
+
 /// searchimage: ranks every image of a database by its distance from a query image, over the features that the first
 /// image of the database and the query have in common.
 class TFunctionSearchImage : public TFunction {
@@ -41,19 +52,16 @@ Parameters:  1 - 'database'
       return false;
     }
     if (database->GetImages().empty()) {
-      Print("Database does not contain images");
-      return false;
+      return Fail("Database does not contain images");
     }
-    if (!SelectFeatures(*database, *query)) {
-      Print("No features found to compare images with");
-      return false;
+    const std::vector<std::string> featureNames = CommonFeatures(*database, *query);
+    if (featureNames.empty()) {
+      return Fail("No features found to compare images with");
     }
+    Print("Matching with features: " + base::Join(featureNames, ", "));
     // The old ranking goes only now, when nothing can refuse any more; a search that the user ends leaves the variable
     // to be removed by the controller.
-    index.ClearEntries();
-    index.SetDatabaseName(database->GetName());
-    index.SetDatabaseFingerprint(database->GetFingerprint());
-    index.SetImageName(query->GetFilename());
+    index.Begin(*database, query->GetFilename());
     const auto& images = database->GetImages();
     std::vector<const TFeatureVectorList*> lists;
     bool anyCompares = false;
@@ -77,24 +85,6 @@ Parameters:  1 - 'database'
     index.SortEntries();
     return true;
   }
-
- private:
-  /// Fills featureNames, in the order of the database's first image, and prints them. False if there are none.
-  bool SelectFeatures(const TVarDatabase& database, const TVarImage& query) {
-    // In the order of the database, since sums of doubles depend on it and should not on how the query was made.
-    featureNames = database.GetImages().front()->GetImageSegment().GetFeatures().GetNames();
-    const TFeatureVectorList& wanted = query.GetImageSegment().GetFeatures();
-    // Names decide, not lengths: a vector of another length than the query's puts an image at infinity if it is
-    // shorter, and counts up to the query's length if it is longer.
-    std::erase_if(featureNames, [&](const std::string& featureName) { return wanted.Find(featureName) == nullptr; });
-    if (!featureNames.empty()) {
-      Print("Matching with features: " + base::Join(featureNames, ", "));
-    }
-    return !featureNames.empty();
-  }
-
-  /// The features of the latest search.
-  std::vector<std::string> featureNames;
 };
 
 }  // namespace

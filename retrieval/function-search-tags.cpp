@@ -28,10 +28,7 @@ Parameters:  1 - 'database'
     if (database == nullptr) {
       return false;
     }
-    index.ClearEntries();
-    index.SetDatabaseName(database->GetName());
-    index.SetDatabaseFingerprint(database->GetFingerprint());
-    index.SetImageName("");
+    index.Begin(*database, "");
     std::int32_t imageIndex = 0;
     const auto step = [&](const TVarImage& image) {
       // Two distances only: the sort keeps ties in their order, so that the carriers come first, each group as in the

@@ -11,28 +11,20 @@
 
 namespace {
 
-void SegmentGrid(TVarImage& image, const TImageRGB& picture) {
-  // A grid replaces, while keypoints add to what is there: a user may combine both, beginning with the grid.
-  ClearSegments(image.GetSegments());
-  AppendGridCells(picture.GetWidth(), picture.GetHeight(), image.GetSegments());
-}
-
-void SegmentSift(TVarImage& image, const TImageRGB& picture) {
-  std::vector<TInterestPoint> points;
-  TInterestPointsSift().Detect(picture, points);
-  for (const TInterestPoint& point : points) {
-    AppendKeypointSquare(point, picture.GetWidth(), picture.GetHeight(), image.GetSegments());
-  }
-}
-
 void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& report) {
   TImageRGB picture;
   // A picture that cannot be read is one of 0 x 0: its grid has 64 empty cells and it has no keypoints.
   report.Load(image.GetFilename(), picture);
   if (method == kGridMethod) {
-    SegmentGrid(image, picture);
-  } else {
-    SegmentSift(image, picture);
+    // A grid replaces, while keypoints add to what is there: a user may combine both, beginning with the grid.
+    ClearSegments(image.GetSegments());
+    AppendGridCells(picture.GetWidth(), picture.GetHeight(), image.GetSegments());
+    return;
+  }
+  std::vector<TInterestPoint> points;
+  TInterestPointsSift().Detect(picture, points);
+  for (const TInterestPoint& point : points) {
+    AppendKeypointSquare(point, picture.GetWidth(), picture.GetHeight(), image.GetSegments());
   }
 }
 
@@ -57,8 +49,7 @@ Parameters:  1 - 'image' or 'database'
       return false;
     }
     if (method != kGridMethod && method != kSiftMethod) {
-      Print("Unknown segmentation method");
-      return false;
+      return Fail("Unknown segmentation method");
     }
     // A file that cannot be read is reported and does not end the command: one bad file in a hundred thousand must not
     // cost the others.
