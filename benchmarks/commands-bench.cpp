@@ -15,18 +15,18 @@
 #include <dirent.h>
 
 #include "benchmarks/bench-data.h"
+#include "engine/function.h"
+#include "features/commands.h"
 #include "features/feature-list.h"
-#include "features/function-update-feature.h"
+#include "gui/commands.h"
 #include "gui/dialog-runner.h"
-#include "gui/function-display-index-map.h"
-#include "gui/function-display-index.h"
-#include "images/function-load-database.h"
+#include "images/commands.h"
 #include "images/image-rgb.h"
 #include "images/tile.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "retrieval/var-database-index.h"
-#include "segmentation/function-segment-image.h"
+#include "segmentation/commands.h"
 #include "segmentation/interest-points-sift.h"
 
 namespace {
@@ -61,10 +61,10 @@ void BM_LoadDatabaseListAndSortAlone(benchmark::State& state) {
 
 void BM_LoadDatabase(benchmark::State& state) {
   const std::vector<std::string> parameters = {Quoted(Names(state))};
-  TFunctionLoadDatabase load;
+  const auto load = MakeLoadDatabase();
   for (auto _ : state) {
     TVarDatabase database;
-    load.ExecuteWithReturn(database, parameters);
+    load->ExecuteWithReturn(database, parameters);
     state.PauseTiming();
     // The images go with the variable, which is no part of loading.
     TVarDatabase empty;
@@ -88,16 +88,16 @@ void BM_PhotosDecodeAlone(benchmark::State& state) {
 void UpdateFeature(benchmark::State& state, const char* feature, bool hasSegments) {
   const auto store = DatabaseStore(PictureDirectory(kPhotoCount, 640, 480));
   if (hasSegments) {
-    TFunctionSegmentImage segment;
-    segment.SetVarList(store.get());
-    segment.Execute({"db", Quoted("grid")});
+    const auto segment = MakeSegmentImage();
+    segment->SetVarList(store.get());
+    segment->Execute({"db", Quoted("grid")});
   }
   const TFeatureList features;
-  TFunctionUpdateFeature update;
-  update.SetVarList(store.get());
-  update.SetFeatureList(&features);
+  const auto update = MakeUpdateFeature();
+  update->SetVarList(store.get());
+  update->SetFeatureList(&features);
   for (auto _ : state) {
-    update.Execute({"db", Quoted(feature)});
+    update->Execute({"db", Quoted(feature)});
   }
 }
 
@@ -115,10 +115,10 @@ void BM_SegmentSift(benchmark::State& state) {
     state.PauseTiming();
     // The method adds to what is there.
     const auto store = DatabaseStore(location);
-    TFunctionSegmentImage segment;
-    segment.SetVarList(store.get());
+    const auto segment = MakeSegmentImage();
+    segment->SetVarList(store.get());
     state.ResumeTiming();
-    segment.Execute({"db", Quoted("sift")});
+    segment->Execute({"db", Quoted("sift")});
     state.PauseTiming();
     if (dynamic_cast<const TVarDatabase*>(store->Find("db"))->GetImages().back()->GetSegments().empty()) {
       state.SkipWithError("Nothing found.");
@@ -142,10 +142,10 @@ void BM_SegmentSiftDetectAlone(benchmark::State& state) {
 
 void BM_SegmentGrid(benchmark::State& state) {
   const auto store = DatabaseStore(PictureDirectory(kPhotoCount, 640, 480));
-  TFunctionSegmentImage segment;
-  segment.SetVarList(store.get());
+  const auto segment = MakeSegmentImage();
+  segment->SetVarList(store.get());
   for (auto _ : state) {
-    segment.Execute({"db", Quoted("grid")});
+    segment->Execute({"db", Quoted("grid")});
   }
 }
 
@@ -156,8 +156,7 @@ std::unique_ptr<TVarList> RankedPhotographs() {
   auto store = DatabaseStore(EnlargedSampleDirectory(1, kSamples));
   auto index = std::make_unique<TVarDatabaseIndex>();
   index->SetName("index");
-  index->SetDatabaseName("db");
-  index->SetDatabaseFingerprint(dynamic_cast<const TVarDatabase&>(*store->Find("db")).GetFingerprint());
+  index->Begin(dynamic_cast<const TVarDatabase&>(*store->Find("db")), "");
   for (int i = 0; i < kSamples; ++i) {
     index->AddEntry(i, i);
   }
@@ -165,15 +164,15 @@ std::unique_ptr<TVarList> RankedPhotographs() {
   return store;
 }
 
-template <typename TFunctionDisplay>
+template <auto TMake>
 void BM_Display(benchmark::State& state) {
   const auto store = RankedPhotographs();
   int dialogs = 0;
   const TDialogRunnerScope scope([&](QDialog&) { ++dialogs; });
-  TFunctionDisplay display;
-  display.SetVarList(store.get());
+  const auto display = TMake();
+  display->SetVarList(store.get());
   for (auto _ : state) {
-    display.Execute({"index"});
+    display->Execute({"index"});
   }
   if (dialogs == 0) {
     state.SkipWithError("Nothing displayed.");
@@ -237,8 +236,8 @@ BENCHMARK_CAPTURE(BM_UpdateFeatureGrid, lbp, "lbp")->Unit(benchmark::kMillisecon
 BENCHMARK(BM_SegmentGrid)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SegmentSift)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SegmentSiftDetectAlone)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Display<TFunctionDisplayIndex>)->Name("BM_DisplayIndex")->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Display<TFunctionDisplayIndexMap>)->Name("BM_DisplayIndexMap")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Display<MakeDisplayIndex>)->Name("BM_DisplayIndex")->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Display<MakeDisplayIndexMap>)->Name("BM_DisplayIndexMap")->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DisplayFullDecoding)->Args({16, 160})->Args({40, 120})->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_TileDifference)->Arg(160)->Arg(120)->Iterations(1)->Repetitions(1);
 

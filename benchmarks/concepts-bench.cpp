@@ -21,14 +21,14 @@
 #include "classifiers/classifier-list.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
-#include "concepts/function-find-visual-concept-locations.h"
-#include "concepts/function-learn-visual-concept.h"
+#include "concepts/commands.h"
 #include "concepts/var-visual-concept.h"
+#include "engine/function.h"
+#include "features/commands.h"
 #include "features/feature-list.h"
-#include "features/function-update-feature.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
-#include "segmentation/function-segment-image.h"
+#include "segmentation/commands.h"
 
 namespace {
 
@@ -50,8 +50,8 @@ class TLesson {
     auto concept_ = std::make_unique<TVarVisualConcept>();
     concept_->SetName("concept");
     store.Add(std::move(concept_));
-    learn.SetVarList(&store);
-    learn.SetClassifierList(&classifiers);
+    learn->SetVarList(&store);
+    learn->SetClassifierList(&classifiers);
     Forget();
     Learn();
   }
@@ -66,7 +66,7 @@ class TLesson {
     const int output = dup(STDOUT_FILENO);
     const int nowhere = open("/dev/null", O_WRONLY);
     dup2(nowhere, STDOUT_FILENO);
-    learn.ExecuteWithReturn(*store.Find("concept"), {"positive", "negative", "classifier"});
+    learn->ExecuteWithReturn(*store.Find("concept"), {"positive", "negative", "classifier"});
     std::fflush(stdout);
     dup2(output, STDOUT_FILENO);
     close(nowhere);
@@ -85,15 +85,15 @@ class TLesson {
     database->ScanDirectory();
     store.Add(std::move(database));
     const TFeatureList features;
-    TFunctionSegmentImage segment;
-    segment.SetVarList(&store);
-    segment.Execute({name, Quoted("grid")});
-    TFunctionUpdateFeature update;
-    update.SetVarList(&store);
-    update.SetFeatureList(&features);
-    update.Execute({name, Quoted("hsv")});
+    const auto segment = MakeSegmentImage();
+    segment->SetVarList(&store);
+    segment->Execute({name, Quoted("grid")});
+    const auto update = MakeUpdateFeature();
+    update->SetVarList(&store);
+    update->SetFeatureList(&features);
+    update->Execute({name, Quoted("hsv")});
     if (length > kVectorLength) {
-      update.Execute({name, Quoted("lbp")});
+      update->Execute({name, Quoted("lbp")});
     }
   }
 
@@ -102,7 +102,7 @@ class TLesson {
  private:
   const std::string type;
   TClassifierList classifiers;
-  TFunctionLearnVisualConcept learn;
+  const std::unique_ptr<TFunction> learn = MakeLearnVisualConcept();
 };
 
 TLesson& Lesson(const benchmark::State& state) {
@@ -138,10 +138,10 @@ void BM_SvmLearnLibraryAlone(benchmark::State& state) {
 }
 
 void BM_SvmLocate(benchmark::State& state) {
-  TFunctionFindVisualConceptLocations find;
-  find.SetVarList(&Lesson(state).store);
+  const auto find = MakeFindVisualConceptLocations();
+  find->SetVarList(&Lesson(state).store);
   for (auto _ : state) {
-    find.Execute({"positive", "concept", Quoted("here")});
+    find->Execute({"positive", "concept", Quoted("here")});
   }
 }
 
@@ -164,10 +164,10 @@ void BM_SvmLocateLibraryAlone(benchmark::State& state) {
 }
 
 void BM_NeuralLocate(benchmark::State& state) {
-  TFunctionFindVisualConceptLocations find;
-  find.SetVarList(&NeuralLesson().store);
+  const auto find = MakeFindVisualConceptLocations();
+  find->SetVarList(&NeuralLesson().store);
   for (auto _ : state) {
-    find.Execute({"positive", "concept", Quoted("here")});
+    find->Execute({"positive", "concept", Quoted("here")});
   }
 }
 
@@ -209,10 +209,10 @@ TLesson& LessonOfMany(const std::string& type) {
 
 void BM_LocateMany(benchmark::State& state, const char* type) {
   TLesson& lesson = LessonOfMany(type);
-  TFunctionFindVisualConceptLocations find;
-  find.SetVarList(&lesson.store);
+  const auto find = MakeFindVisualConceptLocations();
+  find->SetVarList(&lesson.store);
   for (auto _ : state) {
-    find.Execute({"many", "concept", Quoted("here")});
+    find->Execute({"many", "concept", Quoted("here")});
   }
 }
 

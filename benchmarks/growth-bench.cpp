@@ -15,16 +15,15 @@
 #include "benchmarks/svm-problem.h"
 #include "classifiers/classifier-list.h"
 #include "classifiers/var-classifier.h"
-#include "concepts/function-learn-visual-concept.h"
+#include "concepts/commands.h"
 #include "concepts/var-visual-concept.h"
+#include "engine/function.h"
+#include "features/commands.h"
 #include "features/feature-list.h"
-#include "features/function-load-feature.h"
-#include "features/function-save-feature.h"
-#include "features/function-update-feature.h"
-#include "images/function-load-database.h"
+#include "images/commands.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
-#include "retrieval/function-search-image.h"
+#include "retrieval/commands.h"
 #include "retrieval/var-database-index.h"
 
 namespace {
@@ -43,11 +42,11 @@ std::unique_ptr<TVarList> SmallImages(const benchmark::State& state) {
 void BM_GrowthUpdateFeature(benchmark::State& state) {
   const auto store = SmallImages(state);
   const TFeatureList features;
-  TFunctionUpdateFeature update;
-  update.SetVarList(store.get());
-  update.SetFeatureList(&features);
+  const auto update = MakeUpdateFeature();
+  update->SetVarList(store.get());
+  update->SetFeatureList(&features);
   for (auto _ : state) {
-    update.Execute({"db", Quoted("hsv")});
+    update->Execute({"db", Quoted("hsv")});
   }
   const auto* database = dynamic_cast<const TVarDatabase*>(store->Find("db"));
   if (database->GetImages().back()->GetImageSegment().GetWidth() != kWidth) {
@@ -56,20 +55,20 @@ void BM_GrowthUpdateFeature(benchmark::State& state) {
 }
 
 void BM_GrowthSearchImage(benchmark::State& state) {
-  TFunctionSearchImage search;
-  search.SetVarList(&Collection({Count(state), 1, kVectorLength}).store);
+  const auto search = MakeSearchImage();
+  search->SetVarList(&Collection({Count(state), 1, kVectorLength}).store);
   TVarDatabaseIndex index;
   for (auto _ : state) {
-    search.ExecuteWithReturn(index, {"db", "q"});
+    search->ExecuteWithReturn(index, {"db", "q"});
   }
 }
 
 void BM_GrowthLoadDatabase(benchmark::State& state) {
   const std::vector<std::string> parameters = {Quoted(PictureDirectory(Count(state), kWidth, kHeight))};
-  TFunctionLoadDatabase load;
+  const auto load = MakeLoadDatabase();
   TVarDatabase database;
   for (auto _ : state) {
-    load.ExecuteWithReturn(database, parameters);
+    load->ExecuteWithReturn(database, parameters);
   }
 }
 
@@ -77,16 +76,16 @@ void BM_GrowthLoadFeature(benchmark::State& state) {
   // A directory of its own, so that the files are as many as the images.
   EnterWorkDirectory("work-" + std::to_string(Count(state)));
   std::filesystem::create_directories("FeatureStorage");
-  TFunctionSaveFeature save;
-  save.SetVarList(&Collection({Count(state), 1, kVectorLength}).store);
-  save.Execute({"db", Quoted("hsv")});
+  const auto save = MakeSaveFeature();
+  save->SetVarList(&Collection({Count(state), 1, kVectorLength}).store);
+  save->Execute({"db", Quoted("hsv")});
   const auto store = SmallImages(state);
   const TFeatureList features;
-  TFunctionLoadFeature load;
-  load.SetVarList(store.get());
-  load.SetFeatureList(&features);
+  const auto load = MakeLoadFeature();
+  load->SetVarList(store.get());
+  load->SetFeatureList(&features);
   for (auto _ : state) {
-    load.Execute({"db", Quoted("hsv")});
+    load->Execute({"db", Quoted("hsv")});
   }
   const auto* database = dynamic_cast<const TVarDatabase*>(store->Find("db"));
   if (database->GetImages().back()->GetImageSegment().GetFeatures().Find("hsv") == nullptr) {
@@ -106,11 +105,11 @@ class TLesson {
     classifier->SetName("classifier");
     classifier->SetClassifierType(type);
     store.Add(std::move(classifier));
-    learn.SetVarList(&store);
-    learn.SetClassifierList(&classifiers);
+    learn->SetVarList(&store);
+    learn->SetClassifierList(&classifiers);
   }
 
-  void Learn() { learn.ExecuteWithReturn(concept_, {"positive", "negative", "classifier"}); }
+  void Learn() { learn->ExecuteWithReturn(concept_, {"positive", "negative", "classifier"}); }
 
   const TClassifier& Classifier() { return *dynamic_cast<TVarClassifier*>(store.Find("classifier"))->GetClassifier(); }
 
@@ -138,7 +137,7 @@ class TLesson {
   TVarList store;
   TVarVisualConcept concept_;
   TClassifierList classifiers;
-  TFunctionLearnVisualConcept learn;
+  const std::unique_ptr<TFunction> learn = MakeLearnVisualConcept();
 };
 
 void BM_GrowthLearn(benchmark::State& state, const char* type) {

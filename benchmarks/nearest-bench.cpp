@@ -17,12 +17,13 @@
 #include "benchmarks/bench-data.h"
 #include "classifiers/classifier-nearest-neighbor.h"
 #include "classifiers/distance-bounds.h"
+#include "engine/function.h"
+#include "features/commands.h"
 #include "features/feature-list.h"
-#include "features/function-update-feature.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "kernels/l1-distance.h"
-#include "segmentation/function-segment-image.h"
+#include "segmentation/commands.h"
 
 namespace {
 
@@ -69,14 +70,14 @@ std::unique_ptr<TNeighbors> AtRandom(const benchmark::State& state) {
 /// Appends the vectors "hsv" of all segments of the grid.
 void AppendHistograms(const std::string& location, std::vector<std::vector<double>>& rows) {
   const auto store = DatabaseStore(location);
-  TFunctionSegmentImage segment;
-  segment.SetVarList(store.get());
-  segment.Execute({"db", Quoted("grid")});
+  const auto segment = MakeSegmentImage();
+  segment->SetVarList(store.get());
+  segment->Execute({"db", Quoted("grid")});
   const TFeatureList features;
-  TFunctionUpdateFeature update;
-  update.SetVarList(store.get());
-  update.SetFeatureList(&features);
-  update.Execute({"db", Quoted("hsv")});
+  const auto update = MakeUpdateFeature();
+  update->SetVarList(store.get());
+  update->SetFeatureList(&features);
+  update->Execute({"db", Quoted("hsv")});
   for (const auto& image : dynamic_cast<const TVarDatabase*>(store->Find("db"))->GetImages()) {
     for (const auto& part : image->GetSegments()) {
       const double* data = part->GetFeatures().Find("hsv")->GetData();

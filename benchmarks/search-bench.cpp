@@ -17,11 +17,12 @@
 
 #include "benchmarks/bench-data.h"
 #include "benchmarks/simd-level.h"
+#include "engine/function.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 #include "kernels/rank-sort.h"
 #include "kernels/reference.h"
-#include "retrieval/function-search-image.h"
+#include "retrieval/commands.h"
 #include "retrieval/var-database-index.h"
 
 namespace {
@@ -75,21 +76,21 @@ void BM_Search(benchmark::State& state) {
   if (collection == nullptr) {
     return;
   }
-  TFunctionSearchImage search;
-  search.SetVarList(&collection->store);
+  const auto search = MakeSearchImage();
+  search->SetVarList(&collection->store);
   TVarDatabaseIndex index;
   for (auto _ : state) {
-    search.ExecuteWithReturn(index, {"db", "q"});
+    search->ExecuteWithReturn(index, {"db", "q"});
     benchmark::DoNotOptimize(index.GetEntries().data());
   }
   state.counters["bytesForEachByte"] = collection->bytesForEachByte;
 }
 
 std::int64_t BestImage(TCollection& collection) {
-  TFunctionSearchImage search;
-  search.SetVarList(&collection.store);
+  const auto search = MakeSearchImage();
+  search->SetVarList(&collection.store);
   TVarDatabaseIndex index;
-  search.ExecuteWithReturn(index, {"db", "q"});
+  search->ExecuteWithReturn(index, {"db", "q"});
   return index.GetEntries().front().imageIndex;
 }
 

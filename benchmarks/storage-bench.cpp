@@ -16,12 +16,12 @@
 
 #include "base/file.h"
 #include "benchmarks/bench-data.h"
+#include "engine/function.h"
+#include "features/commands.h"
 #include "features/feature-list.h"
-#include "features/function-load-feature.h"
-#include "features/function-save-feature.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
-#include "retrieval/function-load-mir-flickr-tags.h"
+#include "retrieval/commands.h"
 #include "retrieval/recall-precision-text.h"
 
 namespace {
@@ -45,9 +45,9 @@ bool IsStored() {
 }
 
 bool SaveCollection() {
-  TFunctionSaveFeature save;
-  save.SetVarList(&Collection().store);
-  return save.Execute({"db", Quoted("hsv")});
+  const auto save = MakeSaveFeature();
+  save->SetVarList(&Collection().store);
+  return save->Execute({"db", Quoted("hsv")});
 }
 
 bool SavePlainly() {
@@ -156,11 +156,11 @@ void BM_LoadFeature(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     const auto store = DatabaseStore(PictureDirectory(kCollectionSize, 0, 0));
-    TFunctionLoadFeature load;
-    load.SetVarList(store.get());
-    load.SetFeatureList(&features);
+    const auto load = MakeLoadFeature();
+    load->SetVarList(store.get());
+    load->SetFeatureList(&features);
     state.ResumeTiming();
-    load.Execute({"db", Quoted("hsv")});
+    load->Execute({"db", Quoted("hsv")});
     state.PauseTiming();
     const auto* database = dynamic_cast<const TVarDatabase*>(store->Find("db"));
     if (database->GetImages().back()->GetImageSegment().GetFeatures().Find("hsv") == nullptr) {
@@ -188,10 +188,10 @@ void BM_LoadTags(benchmark::State& state) {
   annotations.close();
   const auto store = DatabaseStore(PictureDirectory(kCollectionSize, 0, 0));
   const auto& images = dynamic_cast<const TVarDatabase*>(store->Find("db"))->GetImages();
-  TFunctionLoadMirFlickrTags load;
-  load.SetVarList(store.get());
+  const auto load = MakeLoadMirFlickrTags();
+  load->SetVarList(store.get());
   for (auto _ : state) {
-    load.Execute({"db", Quoted("tree.txt")});
+    load->Execute({"db", Quoted("tree.txt")});
     state.PauseTiming();
     if (!images[kTagCount - 1]->HasTag("tree")) {
       state.SkipWithError("Nothing loaded.");

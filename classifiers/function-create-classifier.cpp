@@ -1,22 +1,34 @@
-#include "classifiers/function-create-classifier.h"
+#include "classifiers/commands.h"
 
 #include "classifiers/classifier-types.h"
 #include "classifiers/var-classifier.h"
+#include "engine/function.h"
 
-TFunctionCreateClassifier::TFunctionCreateClassifier()
-    : TFunction({.name = "createclassifier", .kinds = {"string"}, .returns = Returns<TVarClassifier>(), .help = R"(
+namespace {
+
+/// createclassifier: a classifier variable with a new classifier of the given type.
+class TFunctionCreateClassifier : public TFunction {
+ public:
+  TFunctionCreateClassifier()
+      : TFunction({.name = "createclassifier", .kinds = {"string"}, .returns = Returns<TVarClassifier>(), .help = R"(
 Name:        CreateClassifier
 Description: Creates 'classifier' variable of a given type
 Syntax:      classifier = createclassifier("neural")
 Returns:     'classifier'
 Parameters:  1 - string)"}) {}
 
-bool TFunctionCreateClassifier::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
-  const std::string type = StripQuotes(params[0]);
-  if (FindClassifierType(type) == nullptr) {
-    Print("Unknown classifier type");
-    return false;
+  bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override {
+    const std::string type = StripQuotes(params[0]);
+    if (FindClassifierType(type) == nullptr) {
+      return Fail("Unknown classifier type");
+    }
+    dynamic_cast<TVarClassifier&>(variable).SetClassifierType(type);
+    return true;
   }
-  dynamic_cast<TVarClassifier&>(variable).SetClassifierType(type);
-  return true;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeCreateClassifier() {
+  return std::make_unique<TFunctionCreateClassifier>();
 }

@@ -1,11 +1,17 @@
-#include "classifiers/function-set-classifier-setting.h"
+#include "classifiers/commands.h"
 
 #include "base/format-string.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
+#include "engine/function.h"
 
-TFunctionSetClassifierSetting::TFunctionSetClassifierSetting()
-    : TFunction({.name = "setclassifiersetting", .kinds = {"variable", "string", "string"}, .help = R"(
+namespace {
+
+/// setclassifiersetting: changes one setting of a classifier, for its next training. The value is not looked at.
+class TFunctionSetClassifierSetting : public TFunction {
+ public:
+  TFunctionSetClassifierSetting()
+      : TFunction({.name = "setclassifiersetting", .kinds = {"variable", "string", "string"}, .help = R"(
 Name:        SetClassifierSetting
 Description: Changes a setting of a 'classifier'
 Syntax:      setclassifiersetting(classifier, "kernel", "linear")
@@ -14,16 +20,19 @@ Parameters:  1 - 'classifier'
              2 - string
              3 - string)"}) {}
 
-bool TFunctionSetClassifierSetting::Execute(const std::vector<std::string>& params) {
-  const auto* variable = FindVariable<TVarClassifier>(params[0]);
-  const std::string setting = StripQuotes(params[1]);
-  if (variable == nullptr || variable->GetClassifier() == nullptr) {
-    Print("Parameter 1 is not of type 'classifier'");
-    return false;
+  bool Execute(const std::vector<std::string>& params) override {
+    const auto* variable = FindVariable<TVarClassifier>(params[0]);
+    const std::string setting = StripQuotes(params[1]);
+    if (variable == nullptr) {
+      return Fail("Parameter 1 is not of type 'classifier'");
+    }
+    return variable->GetClassifier()->SetSetting(setting, StripQuotes(params[2])) ||
+           Fail(FormatString("Setting '%s' does not exist", setting.c_str()));
   }
-  if (!variable->GetClassifier()->SetSetting(setting, StripQuotes(params[2]))) {
-    Print(FormatString("Setting '%s' does not exist", setting.c_str()));
-    return false;
-  }
-  return true;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeSetClassifierSetting() {
+  return std::make_unique<TFunctionSetClassifierSetting>();
 }

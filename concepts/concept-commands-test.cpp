@@ -40,13 +40,7 @@ class TConcepts : public testing::Test {
     MakePicture("red/a.jpg", 40, 40, kRed);
     MakePicture("red/bb.jpg", 40, 40, qRgb(210, 35, 25));
     MakePicture("green/a.jpg", 40, 40, kGreen);
-    QImage picture(80, 80, QImage::Format_RGB888);
-    for (int y = 0; y < 80; ++y) {
-      for (int x = 0; x < 80; ++x) {
-        picture.setPixel(x, y, x < 40 ? kRed : kGreen);
-      }
-    }
-    picture.save("both.png");
+    MakePicture("both.png", 80, 80, [](int x, int) { return x < 40 ? TColor{200, 30, 30} : TColor{30, 200, 30}; });
     for (const char* line :
          {"red = loaddatabase(\"red\")", "green = loaddatabase(\"green\")", "both = loadimage(\"both.png\")"}) {
       workbench.Run(line);

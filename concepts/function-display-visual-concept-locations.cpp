@@ -1,10 +1,17 @@
-#include "concepts/function-display-visual-concept-locations.h"
+#include "concepts/commands.h"
 
 #include "concepts/var-visual-concept-locations.h"
+#include "engine/function.h"
 #include "images/var-image.h"
 
-TFunctionDisplayVisualConceptLocations::TFunctionDisplayVisualConceptLocations()
-    : TFunction({.name = "displayvisualconceptlocations", .kinds = {"variable", "variable"}, .help = R"(
+namespace {
+
+/// displayvisualconceptlocations: tests its parameters and ends there, since no command makes a variable of the second
+/// one's type; displayimage shows where a concept was found.
+class TFunctionDisplayVisualConceptLocations : public TFunction {
+ public:
+  TFunctionDisplayVisualConceptLocations()
+      : TFunction({.name = "displayvisualconceptlocations", .kinds = {"variable", "variable"}, .help = R"(
 Name:        DisplayVisualConceptLocations
 Description: Displays 'visualconceptlocations' in an 'image'
 Syntax:      displayvisualconceptlocations(image, locations)
@@ -12,10 +19,15 @@ Returns:     nothing
 Parameters:  1 - 'image'
 Parameters:  2 - 'visualconceptlocations')"}) {}
 
-bool TFunctionDisplayVisualConceptLocations::Execute(const std::vector<std::string>& params) {
-  if (FindVariable<TVarImage>(params[0]) == nullptr || FindVariable<TVarVisualConceptLocations>(params[1]) == nullptr) {
-    Print("Incorrect parameter types");
-    return false;
+  bool Execute(const std::vector<std::string>& params) override {
+    return (FindVariable<TVarImage>(params[0]) != nullptr &&
+            FindVariable<TVarVisualConceptLocations>(params[1]) != nullptr) ||
+           Fail("Incorrect parameter types");
   }
-  return true;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeDisplayVisualConceptLocations() {
+  return std::make_unique<TFunctionDisplayVisualConceptLocations>();
 }

@@ -1,10 +1,11 @@
-#include "engine/function-execute-script.h"
+#include "engine/commands.h"
 
 #include <algorithm>
 
 #include "base/console.h"
 #include "base/native-path.h"
 #include "engine/command-history.h"
+#include "engine/function.h"
 #include "engine/work.h"
 
 namespace {
@@ -26,44 +27,54 @@ class TListScope {
   std::vector<std::string>& list;
 };
 
-}  // namespace
-
-TFunctionExecuteScript::TFunctionExecuteScript()
-    : TFunction({.name = "executescript", .kinds = {"string"}, .help = R"(
+/// executescript: runs the lines of a file like typed ones. A line that fails does not stop the script. A script that
+/// is already running is not started again, and scripts nest to a fixed depth.
+class TFunctionExecuteScript : public TFunction {
+ public:
+  TFunctionExecuteScript()
+      : TFunction({.name = "executescript", .kinds = {"string"}, .help = R"(
 Name:        ExecuteScript
 Description: Executes a series of commands from a file
 Syntax:      ExecuteScript("C:\File.txt")
 Returns:     nothing
 Parameters:  1 - script file)"}) {}
 
-bool TFunctionExecuteScript::Execute(const std::vector<std::string>& params) {
-  const std::string filename = StripQuotes(params[0]);
-  // A script that runs itself under another spelling, or through a link, would never end.
-  const std::string identity = base::CanonicalPath(filename);
-  if (std::find(running.begin(), running.end(), identity) != running.end()) {
-    Print("Script is already running");
-    return false;
-  }
-  if (running.size() >= kMaxDepth) {
-    Print("Scripts are nested too deeply");
-    return false;
-  }
-  TCommandHistory script;
-  if (!LoadLines(filename, script)) {
-    return false;
-  }
-  const TListScope scope(running, identity);
-  for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
-    if (work != nullptr && work->IsInterrupted()) {
-      Print("Script interrupted");
+  bool Execute(const std::vector<std::string>& params) override {
+    const std::string filename = StripQuotes(params[0]);
+    // A script that runs itself under another spelling, or through a link, would never end.
+    const std::string identity = base::CanonicalPath(filename);
+    if (std::find(running.begin(), running.end(), identity) != running.end()) {
+      return Fail("Script is already running");
+    }
+    if (running.size() >= kMaxDepth) {
+      return Fail("Scripts are nested too deeply");
+    }
+    TCommandHistory script;
+    if (!LoadLines(filename, script)) {
       return false;
     }
-    if (work != nullptr) {
-      work->SetPosition(filename, i + 1);
+    const TListScope scope(running, identity);
+    for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
+      if (work != nullptr) {
+        if (work->IsInterrupted()) {
+          return Fail("Script interrupted");
+        }
+        work->SetPosition(filename, i + 1);
+      }
+      // A line that fails does not end the script: the user sees which one it was, and the rest may do without it.
+      command(script.entries[i]);
+      ProcessEvents();
     }
-    // A line that fails does not end the script: the user sees which one it was, and the rest may do without it.
-    command(script.entries[i]);
-    ProcessEvents();
+    return true;
   }
-  return true;
+
+ private:
+  /// Identities of the files of the scripts under way, the outermost first.
+  std::vector<std::string> running;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeExecuteScript() {
+  return std::make_unique<TFunctionExecuteScript>();
 }

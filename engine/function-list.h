@@ -13,7 +13,7 @@ class TVarList;
 class TWork;
 
 /// All commands of the language, made once in a fixed order, which is also the order of the help list. A new command is
-/// a class and one line in the constructor.
+/// a class, a factory in its wing's commands.h and one line in the table of factories.
 class TFunctionList {
  public:
   TFunctionList();

@@ -56,13 +56,11 @@ bool TFunction::CheckParameters(const std::vector<std::string>& params) const {
 
 bool TFunction::Execute(const std::vector<std::string>& /*params*/) {
   // Reached only by a command that overrides neither of the two for its kind; the controller asks ReturnsValue() first.
-  Print("This function needs a destination variable - function not executed");
-  return false;
+  return Fail("This function needs a destination variable - function not executed");
 }
 
 bool TFunction::ExecuteWithReturn(TVar& /*variable*/, const std::vector<std::string>& /*params*/) {
-  Print("This function does not need a destination variable - function not executed");
-  return false;
+  return Fail("This function does not need a destination variable - function not executed");
 }
 
 bool TFunction::CheckParameterCount(int count) const {
@@ -84,8 +82,7 @@ bool TFunction::CheckParameterCount(int count) const {
 
 bool TFunction::CheckParameterType(int position, const std::string& parameter, const std::string& kind) const {
   const auto report = [&](const char* fault) {
-    Print(FormatString("Parameter %d (%s) is ", position, parameter.c_str()) + fault);
-    return false;
+    return Fail(FormatString("Parameter %d (%s) is ", position, parameter.c_str()) + fault);
   };
   if (kind == "variable" && varList->Find(parameter) == nullptr) {
     return report("an unknown variable");
@@ -116,6 +113,17 @@ void TFunction::Print(const std::string& line) const {
   }
 }
 
+bool TFunction::Fail(const std::string& reason) const {
+  Print(reason);
+  return false;
+}
+
+void TFunction::PrintCount(int count, const char* what) const {
+  if (count > 0) {
+    Print(FormatString("%d %s", count, what));
+  }
+}
+
 void TFunction::PrintLoss(const std::string& line) const {
   Print(line);
   if (work != nullptr) {
@@ -125,12 +133,10 @@ void TFunction::PrintLoss(const std::string& line) const {
 
 bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const {
   if (!base::IsRegularFile(path)) {
-    Print("File not found");
-    return false;
+    return Fail("File not found");
   }
   if (!lines.Load(path)) {
-    Print("File cannot be read");
-    return false;
+    return Fail("File cannot be read");
   }
   // Told, not mended: scripts that were written for the rule rely on it.
   if (lines.HasBareLineFeed()) {
@@ -143,14 +149,28 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
   return true;
 }
 
+bool TFunction::ForEach(std::size_t total, const boost::function<bool(std::size_t)>& step,
+                        const boost::function<void()>& atEnd) const {
+  std::size_t done = 0;
+  bool isSound = true;
+  while (done < total && ReportProgress(done, total)) {
+    isSound = step(done);
+    if (!isSound) {
+      break;
+    }
+    ++done;
+  }
+  atEnd();
+  return isSound && (done == total || Interrupted(done, total));
+}
+
 bool TFunction::ReportProgress(std::size_t done, std::size_t total) const {
   // Without anybody to ask, as in tests of single commands, nothing is ever interrupted.
   return work == nullptr || work->Continue(name, done, total);
 }
 
 bool TFunction::Interrupted(std::size_t done, std::size_t total) const {
-  Print(FormatString("Interrupted after %d of %d images", static_cast<int>(done), static_cast<int>(total)));
-  return false;
+  return Fail(FormatString("Interrupted after %d of %d images", static_cast<int>(done), static_cast<int>(total)));
 }
 
 void TFunction::ProcessEvents() const {

@@ -41,11 +41,10 @@ struct TCommandFacts {
 };
 
 /// Base of every command of the language. A command gives its facts to the base and overrides Execute or
-/// ExecuteWithReturn. The objects live as long as
-/// the list of commands and are used for every call.
+/// ExecuteWithReturn. The objects live as long as the list of commands and are used for every call.
 ///
-/// Parameters arrive as the parser left them, double quotes included. A command that fails prints its reason through
-/// Print() and returns false.
+/// Parameters arrive as the parser left them, double quotes included. A command that fails prints its reason and
+/// returns false.
 class TFunction {
  public:
   virtual ~TFunction() = default;
@@ -119,6 +118,12 @@ class TFunction {
   /// Prints one line of output.
   void Print(const std::string& line) const;
 
+  /// Prints the reason why the command fails. Always false, the result of such a command.
+  bool Fail(const std::string& reason) const;
+
+  /// Prints the count and, behind a blank, what was counted; nothing if that is 0.
+  void PrintCount(int count, const char* what) const;
+
   /// Prints a line that tells of a file without which the command goes on, and notes that something is missing in what
   /// it makes.
   void PrintLoss(const std::string& line) const;
@@ -126,6 +131,12 @@ class TFunction {
   /// Reads a text file that the user named into lines. False if there is none; the reason has been printed, and so has
   /// what the reader loses of the file.
   bool LoadLines(const std::string& path, TCommandHistory& lines) const;
+
+  /// Calls `step` with the number of each of `total` images, from 0, until it returns false or the user wants the
+  /// command to end, and `atEnd` behind the last call. True if all images are done. Prints a line if the user ended it;
+  /// a step that returns false has printed its own.
+  bool ForEach(std::size_t total, const boost::function<bool(std::size_t)>& step,
+               const boost::function<void()>& atEnd) const;
 
   /// To be called before each of `total` images, when `done` are through: lets the window draw itself and count on.
   /// False if the user wants the command to end; the command then returns Interrupted().

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "base/console.h"
 #include "classifiers/classifier-types.h"
 #include "fuzz/input.h"
 #include "fuzz/workshop.h"
@@ -112,23 +111,15 @@ void TryTrain(const TClassifierType& type, TInputReader& reader) {
 
 }  // namespace
 
-int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  // The libraries tell about their training there.
-  Require(base::TakeStandardOutput(false) != nullptr);
-  return 0;
-}
+void FillWorkshop() {}
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static TWorkshop workshop([] {});
+void TryInput(const std::uint8_t* data, std::size_t size) {
   TInputReader reader(data, size);
   const std::uint8_t choice = reader.Take<std::uint8_t>();
   const TClassifierType& type = ClassifierTypes()[choice % ClassifierTypes().size()];
-  workshop.Visit([&] {
-    if (choice < 128) {
-      TryLoad(type, reader.GetRest());
-    } else {
-      TryTrain(type, reader);
-    }
-  });
-  return 0;
+  if (choice < 128) {
+    TryLoad(type, reader.GetRest());
+  } else {
+    TryTrain(type, reader);
+  }
 }

@@ -24,35 +24,26 @@ TExperimentOptions OptionsFor(TStep step) {
   return options;
 }
 
-void MakeExperiment() {
+}  // namespace
+
+void FillWorkshop() {
   MakeTinyPictures();
   MakeFile("tree.txt", "1\n2\n3\n");
   RunExperiment(OptionsFor(TStep::kAll), stdout);
   filesystem::rename("out", "made");
 }
 
-}  // namespace
-
-int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  PrepareForSessions();
-  return 0;
-}
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static TWorkshop workshop(MakeExperiment);
-  workshop.Visit([&] {
-    const std::string input(reinterpret_cast<const char*>(data), size);
-    const std::size_t end = std::min(input.find('\n'), input.size());
-    const bool isReport = input.starts_with("report ");
-    const std::string name = input.substr(isReport ? 7 : 0, end - (isReport ? 7 : 0));
-    // Only the files that are there are replaced: a name might lead out of the directory.
-    filesystem::copy("made", "out", filesystem::copy_options::recursive);
-    for (const auto& entry : filesystem::recursive_directory_iterator("out")) {
-      if (entry.is_regular_file() && filesystem::relative(entry.path(), "out") == name) {
-        MakeFile(entry.path(), input.substr(std::min(end + 1, input.size())));
-      }
+void TryInput(const std::uint8_t* data, std::size_t size) {
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  const std::size_t end = std::min(input.find('\n'), input.size());
+  const bool isReport = input.starts_with("report ");
+  const std::string name = input.substr(isReport ? 7 : 0, end - (isReport ? 7 : 0));
+  // Only the files that are there are replaced: a name might lead out of the directory.
+  filesystem::copy("made", "out", filesystem::copy_options::recursive);
+  for (const auto& entry : filesystem::recursive_directory_iterator("out")) {
+    if (entry.is_regular_file() && filesystem::relative(entry.path(), "out") == name) {
+      MakeFile(entry.path(), input.substr(std::min(end + 1, input.size())));
     }
-    RunExperiment(OptionsFor(isReport ? TStep::kReport : TStep::kAll), stdout);
-  });
-  return 0;
+  }
+  RunExperiment(OptionsFor(isReport ? TStep::kReport : TStep::kAll), stdout);
 }

@@ -21,37 +21,30 @@ void RequireMeasures(const TMeasuredRun& run, const TJudgements& judgements) {
 
 }  // namespace
 
-int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  PrepareForSessions();
-  return 0;
-}
+void FillWorkshop() {}
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static TWorkshop workshop([] {});
-  workshop.Visit([&] {
-    const auto parts = PartsOf(data, size, 4);
-    MakeFile("qrels.txt", parts[1]);
-    MakeFile("one.run", parts[2]);
-    MakeFile("two.run", parts[3]);
-    if (parts[0] == "measure\n") {
-      TDamageList damage;
-      std::string reason;
-      const auto judgements = ReadJudgements("qrels.txt", damage, reason);
-      Require(judgements.has_value());
-      for (const char* path : {"one.run", "two.run"}) {
-        if (const auto run = ReadRun(path, *judgements, damage, reason)) {
-          RequireMeasures(*run, *judgements);
-        }
+void TryInput(const std::uint8_t* data, std::size_t size) {
+  const auto parts = PartsOf(data, size, 4);
+  MakeFile("qrels.txt", parts[1]);
+  MakeFile("one.run", parts[2]);
+  MakeFile("two.run", parts[3]);
+  if (parts[0] == "measure\n") {
+    TDamageList damage;
+    std::string reason;
+    const auto judgements = ReadJudgements("qrels.txt", damage, reason);
+    Require(judgements.has_value());
+    for (const char* path : {"one.run", "two.run"}) {
+      if (const auto run = ReadRun(path, *judgements, damage, reason)) {
+        RequireMeasures(*run, *judgements);
       }
-      return;
     }
-    TExperimentOptions options;
-    options.judgements = "qrels.txt";
-    options.runs = {"one.run", "two.run"};
-    options.out = "out/";
-    options.isQuiet = true;
-    options.version = "fuzz";
-    RunExperiment(options, stdout);
-  });
-  return 0;
+    return;
+  }
+  TExperimentOptions options;
+  options.judgements = "qrels.txt";
+  options.runs = {"one.run", "two.run"};
+  options.out = "out/";
+  options.isQuiet = true;
+  options.version = "fuzz";
+  RunExperiment(options, stdout);
 }

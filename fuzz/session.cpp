@@ -3,9 +3,7 @@
 #include "fuzz/input.h"
 #include "fuzz/workshop.h"
 
-namespace {
-
-void MakeFiles() {
+void FillWorkshop() {
   MakeTinyPictures();
   MakeFile("tags/tree.txt", "1\r\n3\r\n");
   MakeFile("tags/house.r1.txt", "2\r\nnone\r\n99\r\n");
@@ -13,18 +11,7 @@ void MakeFiles() {
            "db = loaddatabase(\"photos\")\r\nq = loadimage(\"query.png\")\r\nupdatefeature(db, \"hsv\")\r\n");
 }
 
-}  // namespace
-
-int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  PrepareForSessions();
-  return 0;
-}
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static TWorkshop workshop(MakeFiles);
-  workshop.Visit([&] {
-    MakeFile("lines", std::string(reinterpret_cast<const char*>(data), size));
-    RunSession("lines");
-  });
-  return 0;
+void TryInput(const std::uint8_t* data, std::size_t size) {
+  MakeFile("lines", std::string(reinterpret_cast<const char*>(data), size));
+  RunSession("lines");
 }

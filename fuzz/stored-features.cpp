@@ -29,7 +29,9 @@ std::string TakeFile(TInputReader& reader) {
   return bytes;
 }
 
-void MakeFiles() {
+}  // namespace
+
+void FillWorkshop() {
   MakeTinyPictures();
   MakeFile("run", R"(db = loaddatabase("photos")
 loadfeature(db, "hsv")
@@ -48,30 +50,19 @@ loadfeature(copy, "hsv")
 )");
 }
 
-}  // namespace
-
-int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  PrepareForSessions();
-  return 0;
-}
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static TWorkshop workshop(MakeFiles);
-  workshop.Visit([&] {
-    TInputReader reader(data, size);
-    std::array<std::string, kFiles.size()> contents;
-    for (std::size_t i = 0; i < kFiles.size(); ++i) {
-      contents[i] = TakeFile(reader);
-      MakeFile(kFiles[i], contents[i]);
-    }
-    MakeFile("FeatureStorage/hsv.sources", std::string(reader.GetRest()));
-    if (!RunSession("run")) {
-      return;
-    }
-    // What was loaded is stored again as it was, and what is no vector is let be.
-    for (std::size_t i = 0; i < kFiles.size(); ++i) {
-      Require(FileBytes(kFiles[i]) == contents[i]);
-    }
-  });
-  return 0;
+void TryInput(const std::uint8_t* data, std::size_t size) {
+  TInputReader reader(data, size);
+  std::array<std::string, kFiles.size()> contents;
+  for (std::size_t i = 0; i < kFiles.size(); ++i) {
+    contents[i] = TakeFile(reader);
+    MakeFile(kFiles[i], contents[i]);
+  }
+  MakeFile("FeatureStorage/hsv.sources", std::string(reader.GetRest()));
+  if (!RunSession("run")) {
+    return;
+  }
+  // What was loaded is stored again as it was, and what is no vector is let be.
+  for (std::size_t i = 0; i < kFiles.size(); ++i) {
+    Require(FileBytes(kFiles[i]) == contents[i]);
+  }
 }

@@ -2,7 +2,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <filesystem>
+#include <set>
 
 #include <QApplication>
 
@@ -61,37 +62,47 @@ class TFuzzView : public TStreamView {
   int draws = 0;
 };
 
-}  // namespace
-
-TWorkshop::TWorkshop(const std::function<void()>& fill) : before(filesystem::current_path()) {
-  fill();
-  for (const auto& entry : filesystem::recursive_directory_iterator(".")) {
-    fixtures.insert(entry.path());
+/// A directory for all inputs of a process. Between the inputs the working directory is the one the process was started
+/// in, where libFuzzer looks for its files.
+class TWorkshop {
+ public:
+  TWorkshop() {
+    FillWorkshop();
+    for (const auto& entry : filesystem::recursive_directory_iterator(".")) {
+      fixtures.insert(entry.path());
+    }
+    filesystem::current_path(before);
   }
-  filesystem::current_path(before);
-}
 
-void TWorkshop::Visit(const std::function<void()>& work) {
-  filesystem::current_path(directory.GetPath());
-  work();
-  Tidy();
-  filesystem::current_path(before);
-}
+  void Visit(const std::uint8_t* data, std::size_t size) const {
+    filesystem::current_path(directory.GetPath());
+    TryInput(data, size);
+    Tidy();
+    filesystem::current_path(before);
+  }
 
-void TWorkshop::Tidy() {
-  std::set<filesystem::path> others;
-  for (filesystem::recursive_directory_iterator entry("."), end; entry != end; ++entry) {
-    if (!fixtures.contains(entry->path())) {
-      others.insert(entry->path());
-      entry.disable_recursion_pending();
+ private:
+  void Tidy() const {
+    std::set<filesystem::path> others;
+    for (filesystem::recursive_directory_iterator entry("."), end; entry != end; ++entry) {
+      if (!fixtures.contains(entry->path())) {
+        others.insert(entry->path());
+        entry.disable_recursion_pending();
+      }
+    }
+    for (const filesystem::path& path : others) {
+      filesystem::remove_all(path);
     }
   }
-  for (const filesystem::path& path : others) {
-    filesystem::remove_all(path);
-  }
-}
 
-void PrepareForSessions() {
+  const filesystem::path before = filesystem::current_path();
+  TScratchDirectory directory;
+  std::set<filesystem::path> fixtures;
+};
+
+}  // namespace
+
+int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   setenv("QT_QPA_PLATFORM", "offscreen", 1);
   setenv("PATH", "/nowhere", 1);
   static int argumentCount = 1;
@@ -102,6 +113,13 @@ void PrepareForSessions() {
   Require(application != nullptr);
   base::UseClassicNumbers();
   Require(base::TakeStandardOutput(false) != nullptr);
+  return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const TWorkshop workshop;
+  workshop.Visit(data, size);
+  return 0;
 }
 
 bool RunSession(const std::string& script) {

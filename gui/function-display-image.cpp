@@ -1,9 +1,10 @@
-#include "gui/function-display-image.h"
+#include "gui/commands.h"
 
 #include <QImage>
 #include <QPainter>
 
 #include "base/format-string.h"
+#include "engine/function.h"
 #include "gui/dialog-runner.h"
 #include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
@@ -49,38 +50,45 @@ std::vector<TPictureItem> DescribePicture(const TVarImage& image) {
   return items;
 }
 
-}  // namespace
-
-TFunctionDisplayImage::TFunctionDisplayImage()
-    : TFunction({.name = "displayimage", .kinds = {"variable"}, .help = R"(
+/// displayimage: shows an image and the outlines of its segments, in green those that carry a label.
+class TFunctionDisplayImage : public TFunction {
+ public:
+  TFunctionDisplayImage()
+      : TFunction({.name = "displayimage", .kinds = {"variable"}, .help = R"(
 Name:        DisplayImage
 Description: Displays a variable of type 'image'
 Syntax:      displayimage(a)
 Returns:     nothing
 Parameters:  1 - 'image')"}) {}
 
-bool TFunctionDisplayImage::Execute(const std::vector<std::string>& params) {
-  const auto* image = FindVariable<TVarImage>(params[0]);
-  if (image == nullptr) {
-    Print("Parameter is not of type 'image'");
-    return false;
-  }
-  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
-  // Nobody would see the picture, and decoding it takes most of the time.
-  if (!DialogsAreShown()) {
-    report.Check(image->GetFilename());
+  bool Execute(const std::vector<std::string>& params) override {
+    const auto* image = FindVariable<TVarImage>(params[0]);
+    if (image == nullptr) {
+      return Fail("Parameter is not of type 'image'");
+    }
+    TPictureReport report([this](const std::string& line) { PrintLoss(line); });
+    // Nobody would see the picture, and decoding it takes most of the time.
+    if (!DialogsAreShown()) {
+      report.Check(image->GetFilename());
+      return true;
+    }
+    TImageRGB picture;
+    report.Load(image->GetFilename(), picture);
+    QImage canvas = ToQImage(picture);
+    if (!canvas.isNull()) {
+      DrawSegments(image->GetSegments(), canvas);
+    }
+    TImageDisplay dialog;
+    dialog.SetImage(canvas, DescribePicture(*image));
+    dialog.setAccessibleName(
+        ToQString(FormatString("Image '%s', file '%s'", params[0].c_str(), image->GetFilename().c_str())));
+    RunDialog(dialog);
     return true;
   }
-  TImageRGB picture;
-  report.Load(image->GetFilename(), picture);
-  QImage canvas = ToQImage(picture);
-  if (!canvas.isNull()) {
-    DrawSegments(image->GetSegments(), canvas);
-  }
-  TImageDisplay dialog;
-  dialog.SetImage(canvas, DescribePicture(*image));
-  dialog.setAccessibleName(
-      ToQString(FormatString("Image '%s', file '%s'", params[0].c_str(), image->GetFilename().c_str())));
-  RunDialog(dialog);
-  return true;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeDisplayImage() {
+  return std::make_unique<TFunctionDisplayImage>();
 }

@@ -1,4 +1,4 @@
-#include "gui/function-display-index-map.h"
+#include "gui/commands.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +15,7 @@
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
 #include "images/tile.h"
+#include "retrieval/index-command.h"
 
 namespace {
 
@@ -75,10 +76,12 @@ class TMapCanvas {
   std::vector<TPictureItem> items;
 };
 
-}  // namespace
-
-TFunctionDisplayIndexMap::TFunctionDisplayIndexMap()
-    : TIndexCommand({.name = "displayindexmap", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
+/// displayindexmap: draws the top of a ranking on one canvas, each picture in a random direction, the best in the
+/// middle and weaker ones towards the rim.
+class TFunctionDisplayIndexMap : public TIndexCommand {
+ public:
+  TFunctionDisplayIndexMap()
+      : TIndexCommand({.name = "displayindexmap", .kinds = {"variable", "boolean"}, .optional = 1, .help = R"(
 Name:        DisplayIndexMap
 Description: Displays the top results of a 'databaseindex' as a 2D map
 Syntax:      displayindexmap(dbindex)
@@ -86,36 +89,42 @@ Returns:     nothing
 Parameters:  1 - 'databaseindex'
 Parameters:  2 - bool (ShowQueryImage))"}) {}
 
-bool TFunctionDisplayIndexMap::Execute(const std::vector<std::string>& params) {
-  auto top = RequireTop(params, kMaxTiles, false);
-  if (!top) {
-    return false;
-  }
-  // The worst is drawn first, so that the best lie on top.
-  std::vector<TTopResult>& results = top->results;
-  const int count = static_cast<int>(results.size());
-  std::reverse(results.begin(), results.end());
-  if (top->query) {
-    results.push_back(*top->query);
-  }
-  TImageDisplay dialog;
-  dialog.setAccessibleName(ToQString(top->index->GetTitle()));
-  TMapCanvas map(count, dialog.devicePixelRatioF());
-  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
-  std::size_t done = 0;
-  for (; done < results.size() && ReportProgress(done, results.size()); ++done) {
-    if (DialogsAreShown()) {
-      // From the last rank down to 0, and -1 for the query behind the others.
-      map.Draw(results[done], count - 1 - static_cast<int>(done), report);
-    } else {
-      report.Check(results[done].filename);
+  bool Execute(const std::vector<std::string>& params) override {
+    auto top = RequireTop(params, kMaxTiles, false);
+    if (!top) {
+      return false;
     }
+    // The worst is drawn first, so that the best lie on top.
+    std::vector<TTopResult>& results = top->results;
+    const int count = static_cast<int>(results.size());
+    std::reverse(results.begin(), results.end());
+    if (top->query) {
+      results.push_back(*top->query);
+    }
+    TImageDisplay dialog;
+    dialog.setAccessibleName(ToQString(top->index->GetTitle()));
+    TMapCanvas map(count, dialog.devicePixelRatioF());
+    TPictureReport report([this](const std::string& line) { PrintLoss(line); });
+    const auto draw = [&](std::size_t i) {
+      if (DialogsAreShown()) {
+        // From the last rank down to 0, and -1 for the query behind the others.
+        map.Draw(results[i], count - 1 - static_cast<int>(i), report);
+      } else {
+        report.Check(results[i].filename);
+      }
+      return true;
+    };
+    if (!ForEach(results.size(), draw, [&] { report.PrintRest(); })) {
+      return false;
+    }
+    dialog.SetImage(map.GetPicture(), map.GetItems());
+    RunDialog(dialog);
+    return true;
   }
-  report.PrintRest();
-  if (done < results.size()) {
-    return Interrupted(done, results.size());
-  }
-  dialog.SetImage(map.GetPicture(), map.GetItems());
-  RunDialog(dialog);
-  return true;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeDisplayIndexMap() {
+  return std::make_unique<TFunctionDisplayIndexMap>();
 }

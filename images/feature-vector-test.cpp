@@ -7,16 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "images/feature-vector-list.h"
+#include "tests/support/test-vectors.h"
 
 namespace {
-
-std::unique_ptr<TFeatureVector> MakeVector(const std::string& name, const std::vector<double>& numbers) {
-  auto vector = std::make_unique<TFeatureVector>();
-  vector->SetName(name);
-  vector->SetLength(static_cast<std::uint32_t>(numbers.size()));
-  std::copy(numbers.begin(), numbers.end(), vector->GetData());
-  return vector;
-}
 
 std::vector<double> Numbers(const TFeatureVector& vector) {
   return {vector.GetData(), vector.GetData() + vector.GetLength()};

@@ -1,37 +1,44 @@
-#include "images/function-load-database.h"
+#include "images/commands.h"
 
 #include "base/native-path.h"
+#include "engine/function.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
-TFunctionLoadDatabase::TFunctionLoadDatabase()
-    : TFunction({.name = "loaddatabase", .kinds = {"string"}, .returns = Returns<TVarDatabase>(), .help = R"(
+namespace {
+
+/// loaddatabase: a database variable for the images of a directory.
+class TFunctionLoadDatabase : public TFunction {
+ public:
+  TFunctionLoadDatabase()
+      : TFunction({.name = "loaddatabase", .kinds = {"string"}, .returns = Returns<TVarDatabase>(), .help = R"(
 Name:        LoadDatabase
 Description: Loads a directory with images into a 'database' variable
 Syntax:      a = loaddatabase("C:\Directory")
 Returns:     'database'
 Parameters:  1 - string)"}) {}
 
-bool TFunctionLoadDatabase::ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) {
-  auto& database = dynamic_cast<TVarDatabase&>(variable);
-  const std::string path = StripQuotes(params[0]);
-  if (!base::Exists(path)) {
-    Print("Path not found");
-    return false;
+  bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override {
+    auto& database = dynamic_cast<TVarDatabase&>(variable);
+    const std::string path = StripQuotes(params[0]);
+    if (!base::Exists(path)) {
+      return Fail("Path not found");
+    }
+    if (!base::IsDirectory(path)) {
+      return Fail("Path is not a directory");
+    }
+    // Drawn before the scan begins, which takes seconds for a hundred thousand files on a network share.
+    Print("Scanning..");
+    ProcessEvents();
+    // An absent path was refused above, so that an earlier database under this name keeps its images until the new one
+    // is known to be a directory.
+    database.SetLocation(path);
+    return database.ScanDirectory() || Fail("Directory cannot be read");
   }
-  if (!base::IsDirectory(path)) {
-    Print("Path is not a directory");
-    return false;
-  }
-  // Drawn before the scan begins, which takes seconds for a hundred thousand files on a network share.
-  Print("Scanning..");
-  ProcessEvents();
-  // An absent path was refused above, so that an earlier database under this name keeps its images until the new one is
-  // known to be a directory.
-  database.SetLocation(path);
-  if (!database.ScanDirectory()) {
-    Print("Directory cannot be read");
-    return false;
-  }
-  return true;
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeLoadDatabase() {
+  return std::make_unique<TFunctionLoadDatabase>();
 }

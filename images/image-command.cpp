@@ -1,5 +1,6 @@
 #include "images/image-command.h"
 
+#include "images/picture-report.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -30,4 +31,26 @@ const TVarDatabase* TImageCommand::RequireFilledDatabase(const std::vector<std::
     return nullptr;
   }
   return database;
+}
+
+bool TImageCommand::ForEachImage(const TImageSelection& images, const boost::function<bool(TVarImage&)>& step,
+                                 const boost::function<void()>& atEnd) const {
+  return ForEach(
+      images.GetSize(), [&](std::size_t i) { return step(images[i]); }, atEnd);
+}
+
+bool TImageCommand::ProcessImages(const TImageSelection& images,
+                                  const boost::function<bool(TVarImage&, TPictureReport&)>& step) const {
+  if (images.IsDatabase()) {
+    Print("Processing.. this could take some time");
+    // Drawn before the first picture, which may take seconds.
+    ProcessEvents();
+  }
+  TPictureReport report([this](const std::string& line) { PrintLoss(line); });
+  const bool isDone = ForEachImage(
+      images, [&](TVarImage& image) { return step(image, report); }, [&] { report.PrintRest(); });
+  if (isDone && images.IsDatabase()) {
+    Print("Processing done");
+  }
+  return isDone;
 }

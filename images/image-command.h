@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "engine/function.h"
-#include "images/picture-report.h"
+#include <boost/function.hpp>
 
+#include "engine/function.h"
+
+class TPictureReport;
 class TVarDatabase;
 class TVarImage;
 
@@ -38,45 +40,13 @@ class TImageCommand : public TFunction {
   /// the line is `ifEmpty`; that has been printed.
   const TVarDatabase* RequireFilledDatabase(const std::vector<std::string>& params, const char* ifEmpty) const;
 
-  /// Calls `step` for each image until it returns false, or until the user wants the command to end, and `atEnd` behind
-  /// the last. True if all images are done. Prints a line if the user ended it; a step that returns false has printed
-  /// its own.
-  template <typename TStep, typename TAtEnd>
-  bool ForEachImage(const TImageSelection& images, const TStep& step, const TAtEnd& atEnd) const {
-    const std::size_t total = images.GetSize();
-    std::size_t done = 0;
-    bool isSound = true;
-    while (done < total && ReportProgress(done, total)) {
-      isSound = step(images[done]);
-      if (!isSound) {
-        break;
-      }
-      ++done;
-    }
-    atEnd();
-    return isSound && (done == total || Interrupted(done, total));
-  }
-
-  template <typename TStep>
-  bool ForEachImage(const TImageSelection& images, const TStep& step) const {
-    return ForEachImage(images, step, [] {});
-  }
+  /// ForEach whose `step` gets the images themselves.
+  bool ForEachImage(
+      const TImageSelection& images, const boost::function<bool(TVarImage&)>& step,
+      const boost::function<void()>& atEnd = [] {}) const;
 
   /// ForEachImage for work that reads the pictures: says of a database that it takes its time, and that it is done. The
   /// report that `step` gets with each image has named all files when this returns.
-  template <typename TStep>
-  bool ProcessImages(const TImageSelection& images, const TStep& step) const {
-    if (images.IsDatabase()) {
-      Print("Processing.. this could take some time");
-      // Drawn before the first picture, which may take seconds.
-      ProcessEvents();
-    }
-    TPictureReport report([this](const std::string& line) { PrintLoss(line); });
-    const bool isDone = ForEachImage(
-        images, [&](TVarImage& image) { return step(image, report); }, [&] { report.PrintRest(); });
-    if (isDone && images.IsDatabase()) {
-      Print("Processing done");
-    }
-    return isDone;
-  }
+  bool ProcessImages(const TImageSelection& images,
+                     const boost::function<bool(TVarImage&, TPictureReport&)>& step) const;
 };

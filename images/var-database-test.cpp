@@ -10,6 +10,7 @@
 
 #include "images/var-image.h"
 #include "tests/support/scratch-directory.h"
+#include "tests/support/test-vectors.h"
 
 namespace filesystem = std::filesystem;
 
@@ -26,11 +27,7 @@ TLines Filenames(const TVarDatabase& database) {
 }
 
 void AddVector(TVarImage& image, const std::string& name) {
-  auto vector = std::make_unique<TFeatureVector>();
-  vector->SetName(name);
-  vector->SetLength(1);
-  *vector->GetData() = 2.5;
-  image.GetImageSegment().GetFeatures().Add(vector.release());
+  image.GetImageSegment().GetFeatures().Add(MakeVector(name, {2.5}).release());
 }
 
 }  // namespace

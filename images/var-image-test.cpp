@@ -7,17 +7,14 @@
 #include <gtest/gtest.h>
 
 #include "images/var-database.h"
+#include "tests/support/test-vectors.h"
 
 namespace {
 
 using TLines = std::vector<std::string>;
 
 void AddVector(TImageSegment& segment, const std::string& name, double number) {
-  auto vector = std::make_unique<TFeatureVector>();
-  vector->SetName(name);
-  vector->SetLength(1);
-  *vector->GetData() = number;
-  segment.GetFeatures().Add(vector.release());
+  segment.GetFeatures().Add(MakeVector(name, {number}).release());
 }
 
 void AddSegment(TVarImage& image, int x, const TLines& features) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "images/feature-vector-list.h"
+#include "tests/support/test-vectors.h"
 
 namespace {
 
@@ -20,11 +21,7 @@ using TVectors = std::vector<std::pair<std::string, TNumbers>>;
 
 void Fill(TFeatureVectorList& list, const TVectors& vectors) {
   for (const auto& [name, numbers] : vectors) {
-    auto vector = std::make_unique<TFeatureVector>();
-    vector->SetName(name);
-    vector->SetLength(static_cast<std::uint32_t>(numbers.size()));
-    std::copy(numbers.begin(), numbers.end(), vector->GetData());
-    list.Add(vector.release());
+    list.Add(MakeVector(name, numbers).release());
   }
 }
 

@@ -23,6 +23,15 @@ std::vector<int> Order(const TVarDatabaseIndex& index) {
   return order;
 }
 
+/// A database of the files in the directory "pics".
+std::unique_ptr<TVarDatabase> ScannedPictures(const std::string& name) {
+  auto database = std::make_unique<TVarDatabase>();
+  database->SetName(name);
+  database->SetLocation("pics");
+  database->ScanDirectory();
+  return database;
+}
+
 /// A store with the database "db" of the three files 0.jpg, 1.jpg, 2.jpg and the image "q".
 class TVarDatabaseIndexTest : public testing::Test {
  protected:
@@ -30,22 +39,17 @@ class TVarDatabaseIndexTest : public testing::Test {
     for (const char* name : {"pics/0.jpg", "pics/1.jpg", "pics/2.jpg"}) {
       MakeFile(name, "");
     }
-    auto database = std::make_unique<TVarDatabase>();
-    database->SetName("db");
-    database->SetLocation("pics");
-    database->ScanDirectory();
-    fingerprint = database->GetFingerprint();
-    store.Add(std::move(database));
+    store.Add(ScannedPictures("db"));
     auto image = std::make_unique<TVarImage>();
     image->SetName("q");
     store.Add(std::move(image));
   }
 
-  /// What FindDatabase says about an index of these image numbers: "found", or the reason.
+  /// What FindDatabase says about an index of these image numbers, made of the files as a database of that name:
+  /// "found", or the reason.
   std::string Found(const std::string& databaseName, const std::vector<int>& imageNumbers) const {
     TVarDatabaseIndex index;
-    index.SetDatabaseName(databaseName);
-    index.SetDatabaseFingerprint(fingerprint);
+    index.Begin(*ScannedPictures(databaseName), "");
     for (const int number : imageNumbers) {
       index.AddEntry(number, 0.0);
     }
@@ -58,7 +62,6 @@ class TVarDatabaseIndexTest : public testing::Test {
   }
 
   const TScratchDirectory scratch;
-  std::uint64_t fingerprint = 0;
   TVarList store;
 };
 
@@ -67,8 +70,9 @@ class TVarDatabaseIndexTest : public testing::Test {
 TEST(TVarDatabaseIndex, AssignCopiesEntriesAndNames) {
   auto source = std::make_unique<TVarDatabaseIndex>();
   source->SetName("a");
-  source->SetDatabaseName("db");
-  source->SetImageName("q.jpg");
+  TVarDatabase database;
+  database.SetName("db");
+  source->Begin(database, "q.jpg");
   source->AddEntry(2, 0.5);
   source->AddEntry(0, 1.5);
   const std::unique_ptr<TVar> created = source->CreateNew();
@@ -100,14 +104,13 @@ TEST_F(TVarDatabaseIndexTest, TheDatabaseMustStandInTheStoreAndFit) {
   EXPECT_EQ(Found("db", {0, 1, 2, 0}), mismatch);
   EXPECT_EQ(Found("db", {0, 1, 3}), mismatch);
   EXPECT_EQ(Found("db", {-1, 0, 1}), mismatch);
-  ++fingerprint;
-  EXPECT_EQ(Found("db", {2, 0, 1}), mismatch);
+  MakeFile("pics/3.jpg", "");
+  EXPECT_EQ(Found("db", {2, 0, 1}), mismatch) << "of a file that the database in the store has not";
 }
 
 TEST_F(TVarDatabaseIndexTest, TheTopResultsFollowTheRanking) {
   TVarDatabaseIndex index;
-  index.SetDatabaseName("db");
-  index.SetDatabaseFingerprint(fingerprint);
+  index.Begin(*ScannedPictures("db"), "");
   index.AddEntry(0, 3.0);
   index.AddEntry(1, 0.12345678);
   index.AddEntry(2, std::numeric_limits<double>::infinity());

@@ -24,6 +24,13 @@ void TVarDatabaseIndex::Assign(const TVar* source) {
   entries = index->entries;
 }
 
+void TVarDatabaseIndex::Begin(const TVarDatabase& database, const std::string& queryName) {
+  databaseName = database.GetName();
+  databaseFingerprint = database.GetFingerprint();
+  imageName = queryName;
+  entries.clear();
+}
+
 std::string TVarDatabaseIndex::GetDescription() const {
   return "Database index";
 }

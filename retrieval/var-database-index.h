@@ -34,20 +34,17 @@ class TVarDatabaseIndex : public TVar {
   void Assign(const TVar* source) override;
   std::string GetDescription() const override;
 
-  /// Empties the ranking. The names stay.
-  void ClearEntries() { entries.clear(); }
+  /// Empties the ranking, for entries of the database's images. `queryName` is the file name of the query; empty if
+  /// there is none.
+  void Begin(const TVarDatabase& database, const std::string& queryName);
   void AddEntry(std::int32_t imageIndex, double distance) { entries.push_back({imageIndex, distance}); }
   /// Sorts by distance, smallest first. Entries of equal distance keep their order.
   void SortEntries() { kernels::RankSort(entries); }
   const std::vector<TDatabaseIndexEntry>& GetEntries() const { return entries; }
 
   const std::string& GetDatabaseName() const { return databaseName; }
-  void SetDatabaseName(const std::string& newName) { databaseName = newName; }
-  /// The fingerprint of what was searched (TVarDatabase::GetFingerprint).
-  void SetDatabaseFingerprint(std::uint64_t fingerprint) { databaseFingerprint = fingerprint; }
   /// The file name of the query; empty if there was none.
   const std::string& GetImageName() const { return imageName; }
-  void SetImageName(const std::string& newName) { imageName = newName; }
 
   /// What a window that shows the ranking is called for those who do not see it: the variable, and the query or else
   /// the database.
@@ -63,6 +60,7 @@ class TVarDatabaseIndex : public TVar {
 
  private:
   std::string databaseName;
+  /// That of what was searched (TVarDatabase::GetFingerprint).
   std::uint64_t databaseFingerprint = 0;
   std::string imageName;
   std::vector<TDatabaseIndexEntry> entries;

@@ -1,5 +1,6 @@
-#include "segmentation/function-segment-image.h"
+#include "segmentation/commands.h"
 
+#include "images/image-command.h"
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
 #include "images/var-database.h"
@@ -10,13 +11,16 @@
 
 namespace {
 
-void SegmentGrid(TVarImage& image, const TImageRGB& picture) {
-  // A grid replaces, while keypoints add to what is there: a user may combine both, beginning with the grid.
-  ClearSegments(image.GetSegments());
-  AppendGridCells(picture.GetWidth(), picture.GetHeight(), image.GetSegments());
-}
-
-void SegmentSift(TVarImage& image, const TImageRGB& picture) {
+void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& report) {
+  TImageRGB picture;
+  // A picture that cannot be read is one of 0 x 0: its grid has 64 empty cells and it has no keypoints.
+  report.Load(image.GetFilename(), picture);
+  if (method == kGridMethod) {
+    // A grid replaces, while keypoints add to what is there: a user may combine both, beginning with the grid.
+    ClearSegments(image.GetSegments());
+    AppendGridCells(picture.GetWidth(), picture.GetHeight(), image.GetSegments());
+    return;
+  }
   std::vector<TInterestPoint> points;
   TInterestPointsSift().Detect(picture, points);
   for (const TInterestPoint& point : points) {
@@ -24,21 +28,12 @@ void SegmentSift(TVarImage& image, const TImageRGB& picture) {
   }
 }
 
-void SegmentImage(TVarImage& image, const std::string& method, TPictureReport& report) {
-  TImageRGB picture;
-  // A picture that cannot be read is one of 0 x 0: its grid has 64 empty cells and it has no keypoints.
-  report.Load(image.GetFilename(), picture);
-  if (method == kGridMethod) {
-    SegmentGrid(image, picture);
-  } else {
-    SegmentSift(image, picture);
-  }
-}
-
-}  // namespace
-
-TFunctionSegmentImage::TFunctionSegmentImage()
-    : TImageCommand({.name = "segmentimage", .kinds = {"variable", "string"}, .help = R"(
+/// segmentimage: cuts an image, or every image of a database, into segments. "grid" replaces the segments of an image,
+/// "sift" adds to them.
+class TFunctionSegmentImage : public TImageCommand {
+ public:
+  TFunctionSegmentImage()
+      : TImageCommand({.name = "segmentimage", .kinds = {"variable", "string"}, .help = R"(
 Name:        SegmentImage
 Description: Segments an 'image' or a images in a 'database' based on the given
              segmentation method.
@@ -47,20 +42,26 @@ Returns:     nothing
 Parameters:  1 - 'image' or 'database'
              2 - string)"}) {}
 
-bool TFunctionSegmentImage::Execute(const std::vector<std::string>& params) {
-  const auto images = RequireImages(params);
-  const std::string method = StripQuotes(params[1]);
-  if (!images) {
-    return false;
+  bool Execute(const std::vector<std::string>& params) override {
+    const auto images = RequireImages(params);
+    const std::string method = StripQuotes(params[1]);
+    if (!images) {
+      return false;
+    }
+    if (method != kGridMethod && method != kSiftMethod) {
+      return Fail("Unknown segmentation method");
+    }
+    // A file that cannot be read is reported and does not end the command: one bad file in a hundred thousand must not
+    // cost the others.
+    return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
+      SegmentImage(image, method, report);
+      return true;
+    });
   }
-  if (method != kGridMethod && method != kSiftMethod) {
-    Print("Unknown segmentation method");
-    return false;
-  }
-  // A file that cannot be read is reported and does not end the command: one bad file in a hundred thousand must not
-  // cost the others.
-  return ProcessImages(*images, [&](TVarImage& image, TPictureReport& report) {
-    SegmentImage(image, method, report);
-    return true;
-  });
+};
+
+}  // namespace
+
+std::unique_ptr<TFunction> MakeSegmentImage() {
+  return std::make_unique<TFunctionSegmentImage>();
 }

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/test-vectors.h"
+
 namespace {
 
 /// A segment without a rectangle.
@@ -15,11 +17,7 @@ class TImageSegmentPoint : public TImageSegment {
 };
 
 void AddVector(TImageSegment& segment, const std::string& name, double number) {
-  auto vector = std::make_unique<TFeatureVector>();
-  vector->SetName(name);
-  vector->SetLength(1);
-  *vector->GetData() = number;
-  segment.GetFeatures().Add(vector.release());
+  segment.GetFeatures().Add(MakeVector(name, {number}).release());
 }
 
 std::unique_ptr<TImageSegmentRect> MakeSegment(int x, const std::string& label) {

@@ -4,24 +4,18 @@
 #include <csignal>
 
 #include <QImage>
-#include <QProcess>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/support/workbench.h"
+#include "tests/support/program-test.h"
+#include "tests/support/test-pictures.h"
 
 namespace {
 
-struct TOutcome {
-  int status;
-  std::string output;
-  std::string errors;
-};
-
-class TBatch : public testing::Test {
+class TBatch : public TProgramTest {
  protected:
   TBatch() {
     MakePicture("photos/im1.jpg", 40, 30, qRgb(255, 0, 0));
@@ -30,23 +24,9 @@ class TBatch : public testing::Test {
     process.setProgram(BATCH_PROGRAM);
   }
 
-  TOutcome Finish() {
-    EXPECT_TRUE(process.waitForFinished(60000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-  }
-
   TOutcome Run(const QStringList& arguments, const std::string& input = std::string()) {
-    process.setArguments(arguments);
-    process.start();
-    process.write(input.data(), static_cast<qint64>(input.size()));
-    process.closeWriteChannel();
-    return Finish();
+    return TProgramTest::Run(process.program(), arguments, input);
   }
-
-  TScratchDirectory directory;
-  QProcess process;
 };
 
 constexpr const char* kSearch =
@@ -69,9 +49,7 @@ TEST_F(TBatch, RunsAScriptWithEitherLineEndAndALastLineWithoutOne) {
 }
 
 TEST_F(TBatch, SaysNothingOfASessionThatItDoesNotNeed) {
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.remove("XDG_RUNTIME_DIR");
-  process.setProcessEnvironment(environment);
   EXPECT_EQ(Run({}, "reset()").errors, "");
 }
 
@@ -148,9 +126,7 @@ TEST_F(TBatch, SavesDialogsVariablesAndRankings) {
   MakeFile("tree.txt", "1\r\n2\r\n2\r\n");
   MakeFile("green.txt", "2\r\n");
   // The scale of the user's screen must not reach the pictures.
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.insert("QT_SCALE_FACTOR", "2");
-  process.setProcessEnvironment(environment);
   const TOutcome outcome =
       Run({"--pictures", "out/p", "--variables", "v.tsv", "--rankings=out/r/"},
           std::string(kSearch) +
@@ -267,7 +243,6 @@ TEST_F(TBatch, TheTrainingLibrariesAreHeardOnRequestOnly) {
 
 TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
   const std::string plain = Run({"--rankings", "r1"}, kSearch).output;
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.insert("DISPLAY", ":4711");
   environment.insert("QT_QPA_PLATFORM", "xcb");
   environment.insert("LOCPATH", QString::fromStdString(directory.GetPath() / "locales"));
@@ -276,9 +251,7 @@ TEST_F(TBatch, NeitherALocaleNorADeadDisplayChangesTheOutput) {
     const QString locale = language + ".UTF-8";
     ASSERT_EQ(QProcess::execute("localedef", {"--no-archive", "-i", language, "-f", "UTF-8", "locales/" + locale}), 0);
     environment.insert("LC_ALL", locale);
-    process.setProcessEnvironment(environment);
-    process.setProgram("locale");
-    ASSERT_EQ(Run({"decimal_point"}).output, ",\n") << "the locale is in force";
+    ASSERT_EQ(TProgramTest::Run("locale", {"decimal_point"}).output, ",\n") << "the locale is in force";
     process.setProgram(BATCH_PROGRAM);
     EXPECT_EQ(Run({"--rankings", "r2"}, kSearch).output, plain);
     EXPECT_EQ(FileBytes("r2/index.tsv"), FileBytes("r1/index.tsv"));
@@ -474,14 +447,9 @@ std::string GreenCells(const QString& file) {
 TEST_F(TBatch, FindsAConceptSegmentBySegment) {
   MakePicture("reds/a.jpg", 80, 80, qRgb(200, 30, 30));
   MakePicture("blues/a.jpg", 80, 80, qRgb(30, 90, 200));
-  QImage both(80, 80, QImage::Format_RGB888);
-  both.fill(qRgb(30, 90, 200));
-  for (int y = 20; y < 60; ++y) {
-    for (int x = 40; x < 80; ++x) {
-      both.setPixel(x, y, qRgb(200, 30, 30));
-    }
-  }
-  both.save("both.png");
+  MakePicture("both.png", 80, 80, [](int x, int y) {
+    return x >= 40 && y >= 20 && y < 60 ? TColor{200, 30, 30} : TColor{30, 90, 200};
+  });
   std::string script = "both = loadimage(\"both.png\")\nr = loaddatabase(\"reds\")\nb = loaddatabase(\"blues\")\n";
   for (const char* variable : {"both", "r", "b"}) {
     script += std::string("segmentimage(") + variable + ", \"grid\")\nupdatefeature(" + variable + ", \"hsv\")\n";

@@ -3,59 +3,23 @@
 #include <functional>
 
 #include <QElapsedTimer>
-#include <QProcess>
+#include <QImage>
 #include <gtest/gtest.h>
 
-#include "tests/support/workbench.h"
+#include "tests/support/program-test.h"
+#include "tests/support/test-pictures.h"
 
 namespace {
 
-struct TOutcome {
-  int status;
-  std::string output;
-  std::string errors;
-};
-
-bool operator==(const TOutcome& left, const TOutcome& right) {
-  return left.status == right.status && left.output == right.output && left.errors == right.errors;
-}
-
-void PrintTo(const TOutcome& outcome, std::ostream* stream) {
-  *stream << "status " << outcome.status << "\noutput:\n" << outcome.output << "errors:\n" << outcome.errors;
-}
-
-class TCommandLine : public testing::Test {
+class TCommandLine : public TProgramTest {
  protected:
   TCommandLine() { environment.insert("QT_QPA_PLATFORM", "offscreen"); }
 
-  ~TCommandLine() override {
-    process.kill();
-    process.waitForFinished(30000);
-  }
-
-  void Start(const QString& program, const QStringList& arguments, const std::string& input) {
-    process.setProcessEnvironment(environment);
-    process.start(program, arguments);
-    process.write(input.data(), static_cast<qint64>(input.size()));
-    process.closeWriteChannel();
-  }
-
-  TOutcome Finish() {
-    EXPECT_TRUE(process.waitForFinished(60000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-  }
-
   TOutcome Batch(const QStringList& arguments, const std::string& input = std::string()) {
-    Start(BATCH_PROGRAM, arguments, input);
-    return Finish();
+    return Run(BATCH_PROGRAM, arguments, input);
   }
 
-  TOutcome Window(const QStringList& arguments) {
-    Start(WORKBENCH_PROGRAM, arguments, std::string());
-    return Finish();
-  }
+  TOutcome Window(const QStringList& arguments) { return Run(WORKBENCH_PROGRAM, arguments); }
 
   /// True once the condition holds, with the program still under way.
   bool Await(const std::function<bool()>& condition) {
@@ -65,10 +29,6 @@ class TCommandLine : public testing::Test {
     }
     return condition() && process.state() == QProcess::Running;
   }
-
-  TScratchDirectory directory;
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  QProcess process;
 };
 
 TEST_F(TCommandLine, LinesOfTheCommandLineRunBeforeTheScript) {
@@ -153,12 +113,10 @@ TEST_F(TCommandLine, APictureThatDoesNotFitOnTheDiskIsNamedAndNotLeftInHalf) {
   }
   noise.save("noise.png");
   // No file may grow beyond 8 blocks of 512 bytes.
-  Start(
+  const TOutcome outcome = Run(
       "/bin/sh",
       {"-c", "trap '' XFSZ; ulimit -f 8; exec \"$0\" --pictures p -e 'a=loadimage(\"noise.png\")' -e 'displayimage(a)'",
-       QStringLiteral(BATCH_PROGRAM)},
-      std::string());
-  const TOutcome outcome = Finish();
+       QStringLiteral(BATCH_PROGRAM)});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.errors, "tessimar-batch: File 'p/001.png' cannot be written\n");
   EXPECT_TRUE(std::filesystem::is_empty("p"));
@@ -168,14 +126,9 @@ TEST_F(TCommandLine, SegmentsAreListedWithTheirPlaceLabelAndFeatures) {
   MakePicture("reds/a.jpg", 80, 80, qRgb(200, 30, 30));
   MakePicture("blues/a.jpg", 80, 80, qRgb(30, 90, 200));
   MakePicture("db/b.jpg", 16, 8, qRgb(30, 90, 200));
-  QImage both(80, 80, QImage::Format_RGB888);
-  both.fill(qRgb(30, 90, 200));
-  for (int y = 20; y < 40; ++y) {
-    for (int x = 40; x < 80; ++x) {
-      both.setPixel(x, y, qRgb(200, 30, 30));
-    }
-  }
-  both.save("db/a.jpg", "PNG");
+  MakePicture("db/a.jpg", 80, 80, [](int x, int y) {
+    return x >= 40 && y >= 20 && y < 40 ? TColor{200, 30, 30} : TColor{30, 90, 200};
+  });
   std::string script = "db = loaddatabase(\"db\")\nr = loaddatabase(\"reds\")\nb = loaddatabase(\"blues\")\n";
   for (const char* variable : {"db", "r", "b"}) {
     script += std::string("segmentimage(") + variable + ", \"grid\")\nupdatefeature(" + variable + ", \"hsv\")\n";
@@ -212,7 +165,7 @@ TEST_F(TCommandLine, TheWindowRunsAScriptAndStaysOpen) {
   MakeFile(
       "s.txt",
       "#!/usr/bin/env tessimar\ndb = loaddatabase(\"photos\")\nupdatefeature(db, \"hsv\")\nsavefeature(db, \"hsv\")");
-  Start(WORKBENCH_PROGRAM, {"s.txt"}, std::string());
+  Start(WORKBENCH_PROGRAM, {"s.txt"});
   EXPECT_TRUE(Await([] { return std::filesystem::exists("FeatureStorage/hsv-im1.dat"); }));
 }
 
@@ -229,7 +182,7 @@ TEST_F(TCommandLine, TheWorkspaceIsMadeOnceAndWhatIsTheUsersStays) {
   std::filesystem::create_symlink("/nowhere/photos", "home/Tessimar/photos");
   MakeFile("home/Tessimar/FeatureOwn.so", "the user's own");
   environment.insert("HOME", QString::fromStdString(directory.GetPath() / "home"));
-  Start(QString::fromStdString(directory.GetPath() / "bin/tessimar"), {"--workspace"}, std::string());
+  Start(QString::fromStdString(directory.GetPath() / "bin/tessimar"), {"--workspace"});
   EXPECT_TRUE(Await([] { return std::filesystem::exists("home/Tessimar/FeatureStorage"); }));
   EXPECT_EQ(FileBytes("home/Tessimar/photos/im1.jpg"), "a photograph");
   EXPECT_TRUE(std::filesystem::is_symlink("home/Tessimar/new.txt"));
@@ -247,7 +200,7 @@ TEST_F(TCommandLine, AHomeThatCannotBeWrittenIsAMessage) {
     if (isKnown) {
       environment.insert("HOME", QString::fromStdString(home));
     }
-    Start(WORKBENCH_PROGRAM, {"--workspace"}, std::string());
+    Start(WORKBENCH_PROGRAM, {"--workspace"});
     const std::string expected =
         "tessimar: The folder '" + (isKnown ? home : std::string()) + "/Tessimar' cannot be used.";
     std::string errors;

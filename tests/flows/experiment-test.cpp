@@ -20,7 +20,7 @@
 #include "engine/var-list.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
-#include "tests/support/scratch-directory.h"
+#include "tests/support/program-test.h"
 #include "tests/support/test-pictures.h"
 #include "tests/support/workbench.h"
 
@@ -28,31 +28,13 @@ namespace {
 
 namespace filesystem = std::filesystem;
 
-struct TOutcome {
-  int status;
-  std::string output;
-  std::string errors;
-};
-
 constexpr TColor kRed = {255, 0, 0};
 constexpr TColor kGreen = {0, 255, 0};
 constexpr TColor kBlue = {0, 0, 255};
 
-class TExperimentFlow : public testing::Test {
+class TExperimentFlow : public TProgramTest {
  protected:
-  TOutcome Run(const QStringList& arguments,
-               const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setProgram(EXPERIMENT_PROGRAM);
-    process.setArguments(arguments);
-    process.start();
-    process.closeWriteChannel();
-    EXPECT_TRUE(process.waitForFinished(120000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-  }
+  TOutcome Run(const QStringList& arguments) { return TProgramTest::Run(EXPERIMENT_PROGRAM, arguments); }
 
   /// Four columns of pixels, each of one color. "hsv" counts them: the distance of two pictures is the sum of the
   /// differences in quarters.
@@ -84,8 +66,6 @@ class TExperimentFlow : public testing::Test {
     }
     return files;
   }
-
-  TScratchDirectory directory;
 };
 
 /// What a reader, or a program that reads aloud, meets in a report.
@@ -860,16 +840,15 @@ TEST_F(TExperimentFlow, TheReportDoesNotDependOnTheUserAndDoesWithoutGnuplot) {
   const std::string html = FileBytes("result/report.html");
   EXPECT_NE(html.find("<svg class=\"curves\""), std::string::npos);
   EXPECT_EQ(html.find("not drawn"), std::string::npos);
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   MakeFile("home/.gnuplot", "set title 'mine'\nset grid lw 5\nset decimalsign ','\n");
   environment.insert("HOME", QString::fromStdString(filesystem::absolute("home").string()));
   environment.insert("LC_ALL", "de_DE.UTF-8");
   environment.insert("GNUTERM", "png");
   environment.insert("TZ", "Asia/Tokyo");
-  ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "other"}, environment).status, 0);
+  ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "other"}).status, 0);
   EXPECT_EQ(FileBytes("other/report.html"), html);
   environment.insert("PATH", QString::fromStdString(filesystem::absolute("home").string()));
-  const TOutcome outcome = Run({"photos", "--truth", "tags", "--out", "other"}, environment);
+  const TOutcome outcome = Run({"photos", "--truth", "tags", "--out", "other"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.errors, "");
   const TPage page = ReadPage(FileBytes("other/report.html"));
@@ -910,14 +889,13 @@ TEST_F(TExperimentFlow, AReportOfPicturesThatHaveChangedIsRefused) {
 
 TEST_F(TExperimentFlow, ATerminalSeesACountAndAPipeDoesNot) {
   MakeSixPictures();
-  const auto run = [](const std::string& more) {
-    QProcess process;
+  const auto run = [this](const std::string& more) {
     // A terminal of its own.
-    process.start("script", {"-qec", QString::fromStdString(EXPERIMENT_PROGRAM " photos --truth tags --out o " + more),
-                             "/dev/null"});
-    EXPECT_TRUE(process.waitForFinished(60000));
-    EXPECT_EQ(process.exitCode(), 0);
-    return process.readAllStandardOutput().toStdString();
+    const TOutcome outcome = TProgramTest::Run(
+        "script",
+        {"-qec", QString::fromStdString(EXPERIMENT_PROGRAM " photos --truth tags --out o " + more), "/dev/null"});
+    EXPECT_EQ(outcome.status, 0);
+    return outcome.output;
   };
   const std::string seen = run("");
   EXPECT_NE(seen.find("\rPictures: 0 of 6\x1b[K"), std::string::npos) << seen;
@@ -928,16 +906,12 @@ TEST_F(TExperimentFlow, ATerminalSeesACountAndAPipeDoesNot) {
 TEST_F(TExperimentFlow, CtrlCLeavesNoHalfResultAndTheNextStartGoesOn) {
   ASSERT_EQ(QProcess::execute(LAY_OUT_SAMPLES, {"."}), 0);
   const QStringList options = {"photos", "--truth", "tags", "--out", "o"};
-  QProcess process;
-  process.setProgram(EXPERIMENT_PROGRAM);
-  process.setArguments(options);
-  process.start();
+  Start(EXPERIMENT_PROGRAM, options);
   while (process.state() != QProcess::NotRunning && !filesystem::exists("o/features/hsv.npy.unfinished")) {
     process.waitForFinished(1);
   }
   kill(static_cast<pid_t>(process.processId()), SIGINT);
-  ASSERT_TRUE(process.waitForFinished(60000));
-  EXPECT_EQ(process.exitCode(), 130);
+  EXPECT_EQ(Finish().status, 130);
   EXPECT_FALSE(filesystem::exists("o/features/hsv.npy"));
   EXPECT_FALSE(filesystem::exists("o/summary.tsv"));
   EXPECT_EQ(Run(options).status, 0);

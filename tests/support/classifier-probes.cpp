@@ -8,15 +8,14 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/test-vectors.h"
+
 TFile BinaryFile() {
   return {std::tmpfile(), &std::fclose};
 }
 
 std::unique_ptr<TFeatureVector> Vector(const TValues& values) {
-  auto vector = std::make_unique<TFeatureVector>();
-  vector->SetLength(static_cast<std::uint32_t>(values.size()));
-  std::copy(values.begin(), values.end(), vector->GetData());
-  return vector;
+  return MakeVector("", values);
 }
 
 TValues ValuesOf(const TFeatureVector& vector) {

@@ -19,3 +19,8 @@ void MakePicture(const std::filesystem::path& path, int width, int height,
                  const std::function<TColor(int x, int y)>& color) {
   MakeFile(path, PictureBytes(width, height, color));
 }
+
+void MakePicture(const std::filesystem::path& path, int width, int height, std::uint32_t color) {
+  const auto channel = [color](int shift) { return static_cast<unsigned char>(color >> shift); };
+  MakePicture(path, width, height, [&](int, int) { return TColor{channel(16), channel(8), channel(0)}; });
+}

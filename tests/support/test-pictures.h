@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -14,3 +15,6 @@ std::string PictureBytes(int width, int height, const std::function<TColor(int x
 /// Writes such a file below the working directory.
 void MakePicture(const std::filesystem::path& path, int width, int height,
                  const std::function<TColor(int x, int y)>& color);
+
+/// Writes one of a single color, as qRgb makes it: blue in the lowest byte, then green, then red.
+void MakePicture(const std::filesystem::path& path, int width, int height, std::uint32_t color);

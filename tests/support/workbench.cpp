@@ -1,8 +1,5 @@
 #include "tests/support/workbench.h"
 
-#include <filesystem>
-
-#include <QBuffer>
 #include <QDialog>
 #include <QTableWidget>
 
@@ -32,13 +29,4 @@ std::vector<std::string> TWorkbench::GetColumn(int column) const {
     texts.push_back(FromQString(table->item(row, column)->text()));
   }
   return texts;
-}
-
-void MakePicture(const std::string& path, int width, int height, QRgb color) {
-  QImage picture(width, height, QImage::Format_RGB888);
-  picture.fill(color);
-  QByteArray bytes;
-  QBuffer buffer(&bytes);
-  picture.save(&buffer, "PNG");
-  MakeFile(path, bytes.toStdString());
 }

@@ -10,6 +10,7 @@
 #include "gui/dialog-runner.h"
 #include "gui/main-window.h"
 #include "tests/support/scratch-directory.h"
+#include "tests/support/test-pictures.h"
 
 /// A window's view that keeps what it was given to show.
 class TRecordingView : public TWindowView {
@@ -50,6 +51,3 @@ class TWorkbench {
  public:
   TCtrlMain controller;
 };
-
-/// Writes a picture of one color, lossless, whatever the ending of the name says.
-void MakePicture(const std::string& path, int width, int height, QRgb color);
