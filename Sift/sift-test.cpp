@@ -403,8 +403,8 @@ TEST(Sift, FindsABlobAtItsPositionAndScale) {
   // With blob variance b, input variance n and the factor k between levels, the difference of levels at the blob's
   // center, b / (b - n + k^2 t) - b / (b - n + t), is extremal at the variance t = (b - n) / k.
   for (const auto& [x, y, sigma, contrast] : {std::tuple(60.0, 50.0, 5.0, 0.8), {70.75, 49.5, 7.1, -0.8}}) {
-    const TPicture picture(128, 110, [&, x = x, y = y, sigma = sigma, contrast = contrast](double px, double py) {
-      return 0.5 + contrast * Gaussian(px - x, py - y, sigma);
+    const TPicture picture(128, 110, [cx = x, cy = y, width = sigma, height = contrast](double px, double py) {
+      return 0.5 + height * Gaussian(px - cx, py - cy, width);
     });
     for (const int omin : {-1, 1}) {
       const auto keypoints = TTestSift(picture, {0.5F, 2.0158737F, 4, 3, omin}).Detect(0.05F);

@@ -69,13 +69,13 @@ std::string Chunk(const std::string& name, const std::string& data) {
 }
 
 /// Texts of PNG, 7.9 MB each and some KB as long as they are packed. `head` stands between a text's key and the text.
-std::string PackedTexts(const std::string& name, const std::string& head) {
+std::string PackedTexts(const std::string& name, const std::string& head, int count) {
   std::string text(7900000, 'a');
   std::string packed(100000, '\0');
   packed.resize(FreeImage_ZLibCompress(reinterpret_cast<BYTE*>(packed.data()), static_cast<DWORD>(packed.size()),
                                        reinterpret_cast<BYTE*>(text.data()), static_cast<DWORD>(text.size())));
   std::string chunks;
-  for (int i = 0; i < 30; ++i) {
+  for (int i = 0; i < count; ++i) {
     chunks += Chunk(name, "key" + std::to_string(i) + head + packed);
   }
   return chunks;
@@ -118,8 +118,8 @@ TEST(SideData, IsLeftOutAndNeitherCostsMemoryNorSpoilsThePicture) {
   const std::vector<std::pair<std::string, std::string>> files = {
       {"plain.jpg", JpegWith(jpeg, Segment(0xe1, Exif(small)))},
       {"plain.jpg", JpegWith(jpeg, Segment(0xe0, std::string("JFXX\0\x10", 6) + small))},
-      {"plain.png", header + PackedTexts("zTXt", std::string(2, '\0')) + png.substr(header.size())},
-      {"plain.png", header + PackedTexts("iTXt", std::string("\0\1\0\0\0", 5)) + png.substr(header.size())},
+      {"plain.png", header + PackedTexts("zTXt", std::string(2, '\0'), 16) + png.substr(header.size())},
+      {"plain.png", header + PackedTexts("iTXt", std::string("\0\1\0\0\0", 5), 16) + png.substr(header.size())},
       {"plain.webp", "RIFF" + LittleEndian(withExif.size() + 4) + "WEBP" + withExif}};
   for (const auto& [plain, bytes] : files) {
     MakeFile("picture", bytes);
@@ -136,6 +136,18 @@ TEST(SideData, IsLeftOutAndNeitherCostsMemoryNorSpoilsThePicture) {
     EXPECT_TRUE(std::equal(found.GetPixels(), found.GetPixels() + kHeight * found.GetStride(), expected.GetPixels()))
         << plain;
   }
+}
+
+TEST(SideData, APngOfManyPackedTextsIsDecodedApart) {
+  const TScratchDirectory directory;
+  TImageRGB picture;
+  picture.SetSize(5, 4, true);
+  picture.SaveToFile("plain.png");
+  const std::string png = FileBytes("plain.png");
+  MakeFile("packed.png", png.substr(0, 33) + PackedTexts("zTXt", std::string(2, '\0'), 17) + png.substr(33));
+  EXPECT_FALSE(TImageRGB::IsSafe("packed.png"));
+  ASSERT_TRUE(picture.LoadFromFile("packed.png"));
+  EXPECT_FALSE(picture.IsDamaged());
 }
 
 TEST(SideData, AJpegOfVeryManyScansIsDecodedApart) {

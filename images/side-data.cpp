@@ -10,6 +10,9 @@ namespace {
 // that try for the last byte some sixty.
 constexpr int kMostScans = 100;
 
+// Decoders unpack a text up to some megabytes. Who writes them writes one or two.
+constexpr std::size_t kMostPackedTexts = 16;
+
 // A file may be cut into millions of parts without pixels. Photographs of the size that can be decoded have some
 // thousands.
 constexpr int kMostParts = 100000;
@@ -56,7 +59,7 @@ class TBytes {
 
  private:
   const TReadAt& readAt;
-  std::array<unsigned char, 16384> block;
+  std::array<unsigned char, 4096> block;
   std::int64_t blockBegin;
   std::size_t next = 0;
   std::size_t count = 0;
@@ -161,6 +164,7 @@ TSideData FindPngSideData(const TReadAt& readAt) {
     const std::int64_t length = bytes.NextNumber(4);
     const std::int64_t name = bytes.NextNumber(4);
     if (length < 0 || name < 0 || name == ChunkName("IEND")) {
+      found.isBounded = found.keys.size() <= kMostPackedTexts;
       return found;
     }
     const std::int64_t begin = bytes.GetPosition();

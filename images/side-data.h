@@ -17,7 +17,8 @@ struct TSideData {
   /// Positions in the file, ascending. Decoders leave out the parts of the file of which these bytes read as zero: the
   /// names of parts, or data whose checksum does not fit any more.
   std::vector<std::int64_t> keys;
-  /// False for a file that could keep its decoder busy far longer than its size and the picture's let expect.
+  /// False for a file that could keep its decoder, or another one that sees all of it, busy far longer than its size
+  /// and the picture's let expect.
   bool isBounded = true;
 };
 

@@ -159,18 +159,18 @@ TEST(HsvHistogram, PutsPixelsIntoTheBinsOfTheTable) {
   };
   for (const auto& [pixel, bin] : kCases) {
     EXPECT_EQ(kernels::reference::HsvBin(pixel[0], pixel[1], pixel[2]), bin) << testing::PrintToString(pixel);
-    OnEachTarget([&, &pixel = pixel, &bin = bin] {
+    OnEachTarget([&, &color = pixel, &place = bin] {
       // One pixel alone, and enough of it for whole vectors.
       for (const int width : {1, 200}) {
         TBytes rgb;
         for (int x = 0; x < width; ++x) {
-          rgb.insert(rgb.end(), pixel.begin(), pixel.end());
+          rgb.insert(rgb.end(), color.begin(), color.end());
         }
         TCounts expected{};
-        expected[static_cast<std::size_t>(bin)] = static_cast<std::uint64_t>(width);
+        expected[static_cast<std::size_t>(place)] = static_cast<std::uint64_t>(width);
         TCounts counts;
         kernels::HsvHistogram(rgb.data(), 3 * width, width, 1, counts.data());
-        EXPECT_EQ(counts, expected) << testing::PrintToString(pixel) << " times " << width;
+        EXPECT_EQ(counts, expected) << testing::PrintToString(color) << " times " << width;
       }
     });
   }
@@ -242,9 +242,9 @@ TEST(LbpHistogram, SetsOneBitForEachGreaterNeighbor) {
     TCounts counts;
     kernels::reference::LbpHistogram(block.data(), 3, 3, 3, counts.data());
     EXPECT_EQ(counts, expected) << testing::PrintToString(block);
-    OnEachTarget([&, &block = block] {
-      kernels::LbpHistogram(block.data(), 3, 3, 3, counts.data());
-      EXPECT_EQ(counts, expected) << testing::PrintToString(block);
+    OnEachTarget([&, &levels = block] {
+      kernels::LbpHistogram(levels.data(), 3, 3, 3, counts.data());
+      EXPECT_EQ(counts, expected) << testing::PrintToString(levels);
     });
   }
 }

@@ -258,9 +258,9 @@ TEST(TDescriptors, AreTheSameOnEachRunOverTheSampleCollection) {
     TImageGray gray;
     color.ToGray(gray);
     for (const auto& [name, kind] : kKinds) {
-      const auto describe = [&, &name = name, &kind = kind] {
-        return kind.isColor ? Call(name, color.GetPixels(), color.GetWidth(), color.GetHeight(), color.GetStride())
-                            : Call(name, gray.GetPixels(), gray.GetWidth(), gray.GetHeight(), gray.GetStride());
+      const auto describe = [&, &feature = name, isColor = kind.isColor] {
+        return isColor ? Call(feature, color.GetPixels(), color.GetWidth(), color.GetHeight(), color.GetStride())
+                       : Call(feature, gray.GetPixels(), gray.GetWidth(), gray.GetHeight(), gray.GetStride());
       };
       const TNumbers numbers = describe();
       ExpectSound(name, numbers);

@@ -54,7 +54,7 @@ Parameters:  1 - 'database'
     if (database->GetImages().empty()) {
       return Fail("Database does not contain images");
     }
-    const std::vector<std::string> featureNames = CommonFeatures(*database, *query);
+    featureNames = CommonFeatures(*database, *query);
     if (featureNames.empty()) {
       return Fail("No features found to compare images with");
     }
@@ -85,6 +85,10 @@ Parameters:  1 - 'database'
     index.SortEntries();
     return true;
   }
+
+ private:
+  /// The features of the latest search.
+  std::vector<std::string> featureNames;
 };
 
 }  // namespace
