@@ -99,7 +99,8 @@ class TEncodedPicture {
 namespace {
 
 // The formats whose decoders run in this process. None of these decoders crashed, ran away or took more memory than its
-// picture has on thousands of damaged files, and on Windows these are the formats that can be read at all.
+// picture has on thousands of damaged files, once they did not see what the files hold besides the picture. On Windows
+// these are the formats that can be read at all.
 constexpr std::array kTrustedFormats = {
     // The first one, since nearly all pictures are JPEGs: its library reads what browsers meet.
     FIF_JPEG,

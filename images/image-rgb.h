@@ -49,8 +49,8 @@ class TImageRGB : public TPixelBuffer {
   /// Width and height of the picture that was too large to be loaded, if that was why the last one failed.
   const std::optional<std::pair<int, int>>& GetRefusedSize() const { return refusedSize; }
 
-  /// The width and the height that a JPEG file gives its picture; 0 and 0 for a file that is no JPEG, cannot be read, or
-  /// has to be decoded in a process apart.
+  /// The width and the height that a JPEG file gives its picture; 0 and 0 for a file that is no JPEG, cannot be read,
+  /// or has to be decoded in a process apart.
   static std::pair<int, int> JpegSize(const std::string& path);
 
   /// Decodes a JPEG file at the given part of its width and height, rounded up: 2, 4 or 8 for a half, a quarter or an
