@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include <FreeImage.h>
+
+#include "images/side-data.h"
 
 namespace {
 
@@ -41,12 +44,30 @@ TSize GifSize(std::string_view bytes) {
   return Larger({NumberAt(bytes, 6), NumberAt(bytes, 8)}, {NumberAt(bytes, place + 5), NumberAt(bytes, place + 7)});
 }
 
+/// Hides what may claim sizes of its own, as the program does.
+void HideSideData(FREE_IMAGE_FORMAT format, std::string& bytes) {
+  const auto* const find = format == FIF_JPEG   ? &FindJpegSideData
+                           : format == FIF_PNG  ? &FindPngSideData
+                           : format == FIF_WEBP ? &FindWebPSideData
+                                                : nullptr;
+  if (find == nullptr) {
+    return;
+  }
+  const TSideData found = find([&](std::int64_t position, unsigned char* block, std::size_t count) -> std::size_t {
+    const auto begin = static_cast<std::size_t>(position);
+    return begin < bytes.size() ? bytes.copy(reinterpret_cast<char*>(block), count, begin) : 0;
+  });
+  for (const std::int64_t key : found.keys) {
+    bytes[static_cast<std::size_t>(key)] = 0;
+  }
+}
+
 }  // namespace
 
 std::pair<std::uint32_t, std::uint32_t> PictureSize(const std::uint8_t* data, std::size_t size) {
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  std::string bytes(reinterpret_cast<const char*>(data), size);
   const std::unique_ptr<FIMEMORY, decltype(&FreeImage_CloseMemory)> memory(
-      FreeImage_OpenMemory(const_cast<BYTE*>(data), static_cast<DWORD>(size)), FreeImage_CloseMemory);
+      FreeImage_OpenMemory(reinterpret_cast<BYTE*>(bytes.data()), static_cast<DWORD>(size)), FreeImage_CloseMemory);
   const auto* const format = std::find_if(kFormats.begin(), kFormats.end(), [&](FREE_IMAGE_FORMAT each) {
     return FreeImage_ValidateFromMemory(each, memory.get()) != FALSE;
   });
@@ -56,6 +77,7 @@ std::pair<std::uint32_t, std::uint32_t> PictureSize(const std::uint8_t* data, st
   if (*format == FIF_GIF) {
     return GifSize(bytes);
   }
+  HideSideData(*format, bytes);
   FreeImage_SeekMemory(memory.get(), 0, SEEK_SET);
   const std::unique_ptr<FIBITMAP, decltype(&FreeImage_Unload)> header(
       FreeImage_LoadFromMemory(*format, memory.get(), FIF_LOAD_NOPIXELS), FreeImage_Unload);
