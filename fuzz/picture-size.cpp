@@ -46,10 +46,10 @@ TSize GifSize(std::string_view bytes) {
 
 /// Hides what may claim sizes of its own, as the program does.
 void HideSideData(FREE_IMAGE_FORMAT format, std::string& bytes) {
-  const auto* const find = format == FIF_JPEG   ? &FindJpegSideData
-                           : format == FIF_PNG  ? &FindPngSideData
-                           : format == FIF_WEBP ? &FindWebPSideData
-                                                : nullptr;
+  const auto find = format == FIF_JPEG   ? &FindJpegSideData
+                    : format == FIF_PNG  ? &FindPngSideData
+                    : format == FIF_WEBP ? &FindWebPSideData
+                                         : nullptr;
   if (find == nullptr) {
     return;
   }

@@ -1,19 +1,18 @@
 #!/bin/sh
-# Runs clang-tidy over all C++ of the tree, over the files named, or with --newest N over the N files that were changed
-# last; with --names in front it looks at names only, which takes a third of the time. Needs a configured build/ (cmake --preset default), or another one that BUILD names.
+# Runs clang-tidy over all C++ of a build, over the files named, or with --newest N over the N of its files that were
+# changed last; with --names in front it looks at names only, which takes a third of the time. The build is build/, which
+# has to be configured (cmake --preset default), or the one that BUILD names.
 set -eu
 cd "$(dirname "$0")/.."
 build="${BUILD:-build}"
 cmake --build "$build" --target tessimar_widgets_autogen >/dev/null
-# The benchmarks, the fuzz targets and the plug-in "embedding" are part of a build only where they were asked for.
-others='^benchmarks/|^fuzz/'
-grep -q plugins/embedding "$build/compile_commands.json" || others="$others|^plugins/embedding/|/embedding-test"
+others='^$'
 
-# Names on standard input, each once, of which those remain that stand in the tree and belong to the build. A header is
-# checked with the file that implements it.
+# Names on standard input, each once, of which those remain that the build compiles. A header is checked with the file
+# that implements it.
 source_files() {
   sed 's/\.h$/.cpp/' | awk '!seen[$0]++' | grep -vE "$others" | while read -r file; do
-    if [ -f "$file" ]; then
+    if grep -qF "\"file\": \"$PWD/$file\"" "$build/compile_commands.json"; then
       echo "$file"
     fi
   done
@@ -34,6 +33,8 @@ newest_files() {
 checks=
 if [ "${1:-}" = --names ]; then
   checks='--checks=-*,readability-identifier-naming'
+  # Named after its literature.
+  others='^Sift/'
   shift
 fi
 if [ "${1:-}" = --newest ]; then
