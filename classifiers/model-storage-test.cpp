@@ -16,11 +16,11 @@ TEST(ModelStorage, NumbersAndBlocksHaveTheirBytesInOrder) {
   const double number = -2.5;  // C004000000000000
   const std::string bytes("\xFE\xFF\xFF\xFF\0\0\0\0\0\0\x04\xC0\2\0\0\0hi", 18);
   {
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen("numbers", "wb"), &std::fclose);
+    const TFile file(std::fopen("numbers", "wb"));
     EXPECT_TRUE(WriteInt32(file.get(), -2) && WriteDoubles(file.get(), &number, 1) && WriteBlock(file.get(), "hi"));
   }
   EXPECT_EQ(FileBytes("numbers"), bytes);
-  const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen("numbers", "rb"), &std::fclose);
+  const TFile file(std::fopen("numbers", "rb"));
   std::int32_t integer = 0;
   double read = 0;
   EXPECT_TRUE(ReadInt32(file.get(), integer) && ReadDoubles(file.get(), &read, 1));

@@ -20,8 +20,8 @@ constexpr QRgb kRed = qRgb(200, 30, 30);
 constexpr QRgb kGreen = qRgb(30, 200, 30);
 
 template <typename TVariable>
-TVariable& Get(TWorkbench& workbench, const std::string& name) {
-  return dynamic_cast<TVariable&>(*workbench.controller.GetVarList().Find(name));
+TVariable& Get(TWorkbench& workbench, std::string_view name) {
+  return dynamic_cast<TVariable&>(*workbench.controller.GetVarList().Find(std::string(name)));
 }
 
 /// The labels of an image's 64 cells, "x" for one that is labelled, row by row.

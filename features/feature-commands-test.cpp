@@ -14,7 +14,7 @@
 
 namespace {
 
-TVarImage& Image(const TCtrlMain& controller, const std::string& name) {
+TVarImage& Image(const TCtrlMain& controller, const char* name) {
   return dynamic_cast<TVarImage&>(*controller.GetVarList().Find(name));
 }
 

@@ -12,10 +12,8 @@
 
 namespace {
 
-using TFile = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
-
 TFile FileOf(std::string_view bytes) {
-  TFile file(std::tmpfile(), std::fclose);
+  TFile file(std::tmpfile());
   Require(file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size());
   std::rewind(file.get());
   return file;

@@ -11,7 +11,7 @@
 #include "tests/support/test-vectors.h"
 
 TFile BinaryFile() {
-  return {std::tmpfile(), &std::fclose};
+  return TFile(std::tmpfile());
 }
 
 std::unique_ptr<TFeatureVector> Vector(const TValues& values) {

@@ -3,15 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "classifiers/classifier.h"
+#include "tests/support/scratch-directory.h"
 
 using TValues = std::vector<double>;
-using TFile = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
 TFile BinaryFile();
 
