@@ -25,7 +25,7 @@ struct TSideData {
 /// The markers are those of ITU-T T.81, annex B.
 TSideData FindJpegSideData(const TReadAt& readAt);
 
-/// The chunks are those of the W3C's PNG specification, third edition, section 11.
+/// The chunks are those of ISO/IEC 15948, section 11.
 TSideData FindPngSideData(const TReadAt& readAt);
 
 /// The chunks are those of RFC 9649, section 2.
