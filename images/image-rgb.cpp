@@ -306,6 +306,30 @@ TForm GifForm(TEncodedPicture& source) {
   return {};
 }
 
+/// Reads the next number of a PNM header, behind blanks and comments. False if there is none, or if it is no `int`: the
+/// library lets such a number wrap, and its decoder may then write beside a bitmap of the absolute size.
+bool SkipPnmNumber(TEncodedPicture& source) {
+  unsigned char character = 0;
+  const auto isDigit = [&character] { return character >= '0' && character <= '9'; };
+  bool isComment = false;
+  do {
+    if (!source.Read(&character, 1)) {
+      return false;
+    }
+    isComment = isComment ? character != '\n' : character == '#';
+  } while (isComment || !isDigit());
+  std::int64_t number = 0;
+  do {
+    number = number * 10 + (character - '0');
+  } while (number <= std::numeric_limits<std::int32_t>::max() && source.Read(&character, 1) && isDigit());
+  return number <= std::numeric_limits<std::int32_t>::max();
+}
+
+bool HasPnmSize(TEncodedPicture& source) {
+  source.Rewind();
+  return source.Skip(2) && SkipPnmNumber(source) && SkipPnmNumber(source);
+}
+
 /// What came of a picture.
 struct TDecoded {
   /// Null if its header already ruled it out, if nobody asked for it, or if it cannot be decoded.
@@ -318,12 +342,27 @@ struct TDecoded {
 /// The form of the picture, without its pixels as far as the format can leave them out. Nothing if it cannot; an empty
 /// form for a picture that cannot be read.
 std::optional<TForm> ReadForm(TEncodedPicture& source, FREE_IMAGE_FORMAT format) {
-  if (format == FIF_GIF) {
-    return GifForm(source);
-  }
-  // JPEG 2000 does leave out the pixels, although the library says that it does not.
-  if (FreeImage_FIFSupportsNoPixels(format) == FALSE && format != FIF_J2K && format != FIF_JP2) {
-    return std::nullopt;
+  switch (format) {
+    case FIF_GIF:
+      return GifForm(source);
+    case FIF_PBM:
+    case FIF_PBMRAW:
+    case FIF_PGM:
+    case FIF_PGMRAW:
+    case FIF_PPM:
+    case FIF_PPMRAW:
+      if (!HasPnmSize(source)) {
+        return TForm{};
+      }
+      break;
+    case FIF_J2K:
+    case FIF_JP2:
+      // JPEG 2000 does leave out the pixels, although the library says that it does not.
+      break;
+    default:
+      if (FreeImage_FIFSupportsNoPixels(format) == FALSE) {
+        return std::nullopt;
+      }
   }
   const TBitmap header(source.Decode(format, FIF_LOAD_NOPIXELS));
   return FormOf(header.get());

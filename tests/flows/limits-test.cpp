@@ -79,6 +79,7 @@ TEST(Limits, APictureHasAtMost2To28PixelsAnd2GiBInItsDecodersFormAndAFileToHoldT
       {"wider.jpg", BmpHeader(1U << 29, 1), 54, "  File 'wider.jpg' is too large: 536870912 x 1\n"},
       {"fits.pfm", PfmHeader(13378, 13376), kAmple, ""},
       {"higher.pfm", PfmHeader(13378, 13377), kAmple, "  File 'higher.pfm' is too large: 13378 x 13377\n"},
+      {"digits.pbm", "P4\n" + std::string(40, '9') + " 16\n", 200, "  File 'digits.pbm' cannot be read\n"},
       {"small.bmp", BmpHeader(4096, 4096), 54, ""},
       {"filled.bmp", BmpHeader(4096, 4097), 16782, ""},
       {"empty.bmp", BmpHeader(4096, 4097), 16781, "  File 'empty.bmp' cannot be read\n"}};
