@@ -101,7 +101,8 @@ bool FailsNow(const void* caller) {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inline: GCC 13 and 14 would see only one of the two at some places, and warn of a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   void* memory = FailsNow(__builtin_return_address(0)) ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
   if (memory == nullptr) {
     throw std::bad_alloc();
@@ -109,11 +110,11 @@ void* operator new(std::size_t size) {
   return memory;
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
   std::free(memory);
 }
 
