@@ -110,6 +110,10 @@ TEST(RunGuarded, MemoryHasAnEnd) {
   EXPECT_EQ(AnswerTo(take, limits), "got it");
   limits.memory = std::size_t{200} << 20;
   EXPECT_EQ(AnswerTo(take, limits), "(none)");
+  // Nor does it grow by what was freed before.
+  base::KeepFreedMemory();
+  std::make_unique<std::vector<char>>(std::size_t{400} << 20).reset();
+  EXPECT_EQ(AnswerTo(take, limits), "(none)");
 }
 
 }  // namespace

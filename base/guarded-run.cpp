@@ -71,7 +71,8 @@ void BeGuarded(const boost::function<bool(std::FILE* answer)>& work, const TGuar
   }
   Limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorSeconds));
   Limit(RLIMIT_FSIZE, limits.memory);
-  // On top of what the parent has mapped, which the copy begins with.
+  // On top of what the parent has in use, which the copy begins with; not of freed blocks, which it could use again.
+  ReturnFreedMemory();
   if (const auto mapped = MappedMemory()) {
     Limit(RLIMIT_AS, *mapped + limits.memory);
   }

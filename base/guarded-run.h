@@ -18,7 +18,7 @@ struct TGuardLimits {
   /// For work that waits and does not work, such as on a disk that has gone. A process that has to share its processor
   /// needs far longer than its processor's time.
   int waitedSeconds;
-  /// Bytes beyond what this process has mapped. Not held against work in a build with AddressSanitizer, whose own
+  /// Bytes beyond what this process has in use. Not held against work in a build with AddressSanitizer, whose own
   /// mappings are larger than any limit.
   std::size_t memory;
 };

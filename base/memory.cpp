@@ -24,6 +24,12 @@ void KeepFreedMemory() {
 #endif
 }
 
+void ReturnFreedMemory() {
+#ifdef __GLIBC__
+  malloc_trim(0);
+#endif
+}
+
 std::optional<std::size_t> MappedMemory() {
 #if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
   // The first number is that of all mapped pages.

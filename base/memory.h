@@ -10,6 +10,9 @@ namespace base {
 /// from the system cost a quarter of the decoding.
 void KeepFreedMemory();
 
+/// Gives freed blocks that were kept back to the system, as far as the platform can.
+void ReturnFreedMemory();
+
 /// The bytes of all that the process has mapped. Nothing where the platform does not tell, or where a sanitizer's own
 /// mappings would drown the rest.
 std::optional<std::size_t> MappedMemory();
