@@ -106,6 +106,15 @@ TEST(Join, SeparatorsStandOnlyBetweenTexts) {
   EXPECT_EQ(base::Join(std::vector<std::string>{"", "lbp", ""}, ", "), ", lbp, ");
 }
 
+TEST(EscapeField, TabsAndLineFeedsHideAndComeBack) {
+  EXPECT_EQ(base::EscapeField("a\tb\nc\\n"), "a\\tb\\nc\\\\n");
+  for (const char* text : {"", "a\tb\nc\\n", "\\", "\n\n", "plain"}) {
+    EXPECT_EQ(base::UnescapeField(base::EscapeField(text)), text);
+  }
+  // What nobody wrote gives a text all the same.
+  EXPECT_EQ(base::UnescapeField("a\\qb\\"), "aqb\\");
+}
+
 TEST(TSharedText, EqualTextsAreOneThatStays) {
   base::TSharedText first;
   EXPECT_EQ(first.Get(), "");

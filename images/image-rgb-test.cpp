@@ -241,6 +241,16 @@ TEST(TImageRGB, SixteenBitGrayKeepsItsLevelsHoweverFewItUses) {
   }
 }
 
+/// A bitmap that somebody else decoded comes out as the file does.
+void ExpectCopy(const char* file) {
+  const std::unique_ptr<FIBITMAP, decltype(&FreeImage_Unload)> bitmap(
+      FreeImage_Load(FreeImage_GetFileType(file, 0), file, 0), FreeImage_Unload);
+  TImageRGB loaded;
+  TImageRGB copied;
+  EXPECT_TRUE(loaded.LoadFromFile(file) && copied.CopyFromBitmap(bitmap.get())) << file;
+  EXPECT_EQ(Pixels(copied), Pixels(loaded)) << file;
+}
+
 TEST(TImageRGB, FloatingPointFilesAreBroughtIntoRange) {
   const TScratchDirectory scratch;
   // Gray of no given range is stretched from the darkest to the brightest.
@@ -248,6 +258,7 @@ TEST(TImageRGB, FloatingPointFilesAreBroughtIntoRange) {
     return std::array{-1.0F, 4.0F, 0.0F}[static_cast<std::size_t>(i)];
   });
   ExpectFile("gray.tif", 3, 1, {Gray(0), Gray(255), Gray(51)});
+  ExpectCopy("gray.tif");
 
   // High dynamic range is tone-mapped: a blue floor 100 times as bright as the red sky over it, gray at the right.
   const auto sample = [](int i, int y) {
@@ -269,6 +280,7 @@ TEST(TImageRGB, FloatingPointFilesAreBroughtIntoRange) {
     EXPECT_LT(pixels[2][0], pixels[2][2]) << file << ": the bottom left is blue";
     EXPECT_LT(pixels[1][1], pixels[3][1]) << file << ": the bottom is brighter";
     EXPECT_EQ(pixels[3][0], pixels[3][2]) << file << ": gray stays gray";
+    ExpectCopy(file);
   }
 
   WriteBitmap<float>("black.hdr", FIF_HDR, FIT_RGBF, 2, 1, 96, 3, [](int, int) { return 0.0F; });
@@ -313,6 +325,20 @@ TEST(TImageRGB, WhatIsNoImageLeavesTheBufferAsItWas) {
   EXPECT_FALSE(image.LoadFromMemory(bytes, 0));
   EXPECT_FALSE(image.LoadFromMemory(nullptr, 0));
   EXPECT_EQ(Pixels(image), PatternPixels(2, 2));
+
+  // Headers that end anywhere: a GIF's to the end of its first frame's, behind a palette and an extension, and a PNM's
+  // up to the second number.
+  const std::string gif = std::string("GIF89a\1\0\1\0\x80\0\0\0\0\0\xff\xff\xff", 19) +
+                          std::string("!\xf9\4\0\0\0\0\0,\0\0\0\0\1\0\1\0", 17);
+  for (const std::string& header : {gif, std::string("P5 # one 1\n")}) {
+    for (std::size_t length = 0; length <= header.size(); ++length) {
+      EXPECT_FALSE(image.LoadFromMemory(reinterpret_cast<const unsigned char*>(header.data()), length)) << length;
+    }
+  }
+  TImageRGB black;
+  const std::string whole = gif + std::string("\0\2\2\x44\1\0;", 7);
+  ASSERT_TRUE(black.LoadFromMemory(reinterpret_cast<const unsigned char*>(whole.data()), whole.size()));
+  EXPECT_EQ(Pixels(black), TColors{Gray(0)});
 }
 
 TEST(TImageRGB, ATruncatedJpegGivesItsUpperPartOrNothing) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -148,6 +149,26 @@ TEST(SideData, APngOfManyPackedTextsIsDecodedApart) {
   EXPECT_FALSE(TImageRGB::IsSafe("packed.png"));
   ASSERT_TRUE(picture.LoadFromFile("packed.png"));
   EXPECT_FALSE(picture.IsDamaged());
+}
+
+TEST(SideData, APictureOfVeryManyPartsIsDecodedApart) {
+  const TScratchDirectory directory;
+  TImageRGB picture;
+  picture.SetSize(5, 4, true);
+  // Behind the first part of each: the head of a PNG, and that of a WebP with its pixels.
+  for (const auto& [name, head, part] :
+       {std::tuple("many.png", 33, Chunk("teSt", "")), std::tuple("many.webp", 0, RiffChunk("teSt", ""))}) {
+    picture.SaveToFile(name);
+    const std::string whole = FileBytes(name);
+    const std::size_t split = head == 0 ? whole.size() : static_cast<std::size_t>(head);
+    std::string parts;
+    for (int i = 0; i < 100000; ++i) {
+      parts += part;
+    }
+    EXPECT_TRUE(TImageRGB::IsSafe(name));
+    MakeFile(name, whole.substr(0, split) + parts + whole.substr(split));
+    EXPECT_FALSE(TImageRGB::IsSafe(name)) << name;
+  }
 }
 
 TEST(SideData, AJpegOfVeryManyScansIsDecodedApart) {
