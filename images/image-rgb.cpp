@@ -48,9 +48,13 @@ class TEncodedPicture {
     return FreeImage_GetFileTypeFromHandle(&io, this, 0);
   }
   FIBITMAP* Decode(FREE_IMAGE_FORMAT format, int flags) {
+    isShort = false;
     Rewind();
     return FreeImage_LoadFromHandle(format, &io, this, flags);
   }
+
+  /// True if the decoder wanted more than the file has.
+  bool IsShort() const { return isShort; }
 
   /// Hides what the file holds besides its pixels from whoever reads it from now on. False if decoding it in this
   /// process might take for ever nevertheless.
@@ -73,10 +77,10 @@ class TEncodedPicture {
     const long begin = picture.hidden.empty() ? 0 : picture.Tell();
     auto* bytes = static_cast<unsigned char*>(buffer);
     const std::size_t whole = picture.ReadItems(bytes, size, count);
-    // The library's GIF decoder waits for a zero byte, and would look at the last one again for ever.
-    if (whole == 0 && size == 1 && count == 1) {
-      *bytes = 0;
-    }
+    // What a file lacks reads as zero. Some decoders take the buffer as it is, so that the same file would give now
+    // this and now that; that of GIF waits for a zero byte, and would look at the last one again for ever.
+    std::fill(bytes + whole * size, bytes + std::size_t{size} * count, static_cast<unsigned char>(0));
+    picture.isShort = picture.isShort || (whole == 0 && size > 0 && count > 0);
     const std::int64_t end = begin + static_cast<std::int64_t>(whole * size);
     for (auto key = std::lower_bound(picture.hidden.begin(), picture.hidden.end(), begin);
          key != picture.hidden.end() && *key < end; ++key) {
@@ -92,6 +96,7 @@ class TEncodedPicture {
 
   FreeImageIO io = {ReadProc, WriteProc, SeekProc, TellProc};
   std::string name;
+  bool isShort = false;
   /// Positions of bytes that read as zero, ascending.
   std::vector<std::int64_t> hidden;
 };
@@ -457,6 +462,13 @@ std::size_t RowSize(int width) {
   return (static_cast<std::size_t>(width) * 3 + 3) / 4 * 4;
 }
 
+/// True for the formats that other libraries decode, which remark a file that ends too early, and may look behind the
+/// end of a sound one. The library's own decoders fill up the picture without a word.
+bool RemarksEarlyEnd(FREE_IMAGE_FORMAT format) {
+  constexpr std::array kDecodedByOthers = {FIF_TIFF, FIF_FAXG3, FIF_J2K, FIF_JP2, FIF_EXR, FIF_JXR, FIF_RAW};
+  return std::find(kDecodedByOthers.begin(), kDecodedByOthers.end(), format) != kDecodedByOthers.end();
+}
+
 /// Decodes a picture of any format and writes what came of it. False if it cannot be read.
 bool Answer(TEncodedPicture& source, int divisor, std::FILE* answer) {
   const FREE_IMAGE_FORMAT format = FindFormat(source);
@@ -466,7 +478,7 @@ bool Answer(TEncodedPicture& source, int divisor, std::FILE* answer) {
   TDecoded decoded = Decode(source, format, ReadForm(source, format), divisor);
   TAnswerHead head;
   head.isTooLarge = decoded.refusedSize.has_value();
-  head.isDamaged = decoded.isDamaged;
+  head.isDamaged = decoded.isDamaged || (source.IsShort() && !RemarksEarlyEnd(format));
   if (!decoded.isReadable || divisor == kHeaderOnly) {
     std::tie(head.width, head.height) = decoded.refusedSize.value_or(std::pair(0, 0));
     return (decoded.isReadable || head.isTooLarge) && std::fwrite(&head, sizeof head, 1, answer) == 1;
