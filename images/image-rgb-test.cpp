@@ -379,6 +379,20 @@ TEST(TImageRGB, ATruncatedJpegGivesItsUpperPartOrNothing) {
   }
 }
 
+TEST(TImageRGB, APictureWithoutMarksThatIsCutOffIsDamagedAndBlackBehindItsEnd) {
+  const TScratchDirectory scratch;
+  const std::string whole = "P6\n2 2\n255\nabcdefghijkl";
+  MakeFile("whole.jpg", whole);
+  MakeFile("cut.jpg", whole.substr(0, whole.size() - 3));
+  TImageRGB image;
+  ASSERT_TRUE(image.LoadFromFile("whole.jpg"));
+  EXPECT_FALSE(image.IsDamaged());
+  const TColors pixels = Pixels(image);
+  ASSERT_TRUE(image.LoadFromFile("cut.jpg"));
+  EXPECT_TRUE(image.IsDamaged());
+  EXPECT_EQ(Pixels(image), (TColors{pixels[0], pixels[1], pixels[2], Gray(0)}));
+}
+
 TEST(TImageRGB, WhatIsSavedLosslesslyComesBackFromFileAndMemory) {
   const TScratchDirectory scratch;
   TImageRGB image;

@@ -379,6 +379,15 @@ bool HasFewer(std::int64_t pixelsPerByte, const TForm& form, TEncodedPicture& so
   return pixels <= kPlausiblePixels || pixels <= pixelsPerByte * source.GetSize();
 }
 
+/// True for the formats that other libraries decode, which remark a file that ends too early, and may look behind the
+/// end of a sound one; and for GIF, which often lacks its last byte only. The library's own decoders fill up the
+/// picture without a word.
+bool RemarksEarlyEnd(FREE_IMAGE_FORMAT format) {
+  constexpr std::array kRemarking = {FIF_JPEG, FIF_PNG, FIF_WEBP, FIF_GIF, FIF_TIFF, FIF_FAXG3,
+                                     FIF_J2K,  FIF_JP2, FIF_EXR,  FIF_JXR, FIF_RAW};
+  return std::find(kRemarking.begin(), kRemarking.end(), format) != kRemarking.end();
+}
+
 /// Decodes a picture whose form is known, if it can be.
 TDecoded Decode(TEncodedPicture& source, FREE_IMAGE_FORMAT format, const std::optional<TForm>& form, int divisor) {
   TDecoded decoded;
@@ -397,7 +406,7 @@ TDecoded Decode(TEncodedPicture& source, FREE_IMAGE_FORMAT format, const std::op
   const int flags = divisor > 1 && form ? static_cast<int>(std::max(form->width, form->height) / divisor) << 16 : 0;
   const TDecoderMessages messages;
   decoded.bitmap.reset(source.Decode(format, flags));
-  decoded.isDamaged = messages.AnyDamage();
+  decoded.isDamaged = messages.AnyDamage() || (source.IsShort() && !RemarksEarlyEnd(format));
   const TForm made = FormOf(decoded.bitmap.get());
   // Next to nothing of a large picture is nothing.
   if (!accept(made) || (decoded.isDamaged && !HasFewer(kPlausiblePixelsPerByte, form.value_or(made), source))) {
@@ -462,13 +471,6 @@ std::size_t RowSize(int width) {
   return (static_cast<std::size_t>(width) * 3 + 3) / 4 * 4;
 }
 
-/// True for the formats that other libraries decode, which remark a file that ends too early, and may look behind the
-/// end of a sound one. The library's own decoders fill up the picture without a word.
-bool RemarksEarlyEnd(FREE_IMAGE_FORMAT format) {
-  constexpr std::array kDecodedByOthers = {FIF_TIFF, FIF_FAXG3, FIF_J2K, FIF_JP2, FIF_EXR, FIF_JXR, FIF_RAW};
-  return std::find(kDecodedByOthers.begin(), kDecodedByOthers.end(), format) != kDecodedByOthers.end();
-}
-
 /// Decodes a picture of any format and writes what came of it. False if it cannot be read.
 bool Answer(TEncodedPicture& source, int divisor, std::FILE* answer) {
   const FREE_IMAGE_FORMAT format = FindFormat(source);
@@ -478,7 +480,7 @@ bool Answer(TEncodedPicture& source, int divisor, std::FILE* answer) {
   TDecoded decoded = Decode(source, format, ReadForm(source, format), divisor);
   TAnswerHead head;
   head.isTooLarge = decoded.refusedSize.has_value();
-  head.isDamaged = decoded.isDamaged || (source.IsShort() && !RemarksEarlyEnd(format));
+  head.isDamaged = decoded.isDamaged;
   if (!decoded.isReadable || divisor == kHeaderOnly) {
     std::tie(head.width, head.height) = decoded.refusedSize.value_or(std::pair(0, 0));
     return (decoded.isReadable || head.isTooLarge) && std::fwrite(&head, sizeof head, 1, answer) == 1;
