@@ -246,12 +246,18 @@ TEST_F(TMainWindowTest, AThumbnailIsMadeForTheRatioOfTheScreen) {
   QImage picture(160, 120, QImage::Format_RGB888);
   picture.fill(Qt::red);
   ASSERT_TRUE(picture.save("a.png"));
-  window.SetVariables({{"a", "image", "", "a.png"}, {"b", "image", "", "gone.png"}});
+  MakeFile("text.png", "no picture");
+  window.SetVariables({{"a", "image", "", "a.png"},
+                       {"b", "image", "", "gone.png"},
+                       {"c", "image", "", "text.png"},
+                       {"d", "database", "", "a.png"}});
   auto* table = Find<TVariablesTable>("twVariables");
   EXPECT_EQ(table->GetThumbnail(0, 2).size(), QSize(80, 60));
   EXPECT_EQ(table->GetThumbnail(0, 2).deviceIndependentSize(), QSizeF(40, 30));
   EXPECT_EQ(table->GetThumbnail(0, 1).size(), QSize(40, 30));
-  EXPECT_TRUE(table->GetThumbnail(1, 2).isNull());
+  for (const int row : {1, 2, 3}) {
+    EXPECT_TRUE(table->GetThumbnail(row, 2).isNull()) << row;
+  }
 }
 
 TEST_F(TMainWindowTest, APictureOfMoreThan128MegabytesHasAThumbnail) {
