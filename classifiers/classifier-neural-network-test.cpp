@@ -103,6 +103,23 @@ TEST(TClassifierNeuralNetwork, LayersFollowTheSetting) {
   }
 }
 
+TEST(TClassifierNeuralNetwork, TrainingOverwritesTheSizesOfHiddenLayers) {
+  TClassifierNeuralNetwork neural;
+  for (std::uint32_t layer = 0; layer < 34; ++layer) {
+    EXPECT_EQ(neural.GetHiddenLayerSize(layer), 0U);
+    neural.SetHiddenLayerSize(layer, 100 + layer);
+  }
+  EXPECT_EQ(neural.GetHiddenLayerSize(0), 100U);
+  EXPECT_EQ(neural.GetHiddenLayerSize(31), 131U);
+  EXPECT_EQ(neural.GetHiddenLayerSize(32), 0U) << "behind the last";
+  EXPECT_EQ(neural.GetHiddenLayerSize(UINT32_MAX), 0U);
+  neural.SetSetting("hiddenlayers", "2");
+  TeachNeural(neural);
+  EXPECT_EQ(neural.GetHiddenLayerCount(), 2);
+  EXPECT_EQ(neural.GetHiddenLayerSize(0), 5U);
+  EXPECT_EQ(neural.GetHiddenLayerSize(1), 5U);
+}
+
 TEST(TClassifierNeuralNetwork, StoresScalingThenTheNetworkFile) {
   const TScratchDirectory scratch;
   TClassifierNeuralNetwork neural;

@@ -169,12 +169,37 @@ TEST(TClassifier, TemporaryFilesSpareWhatIsThereAndMayFail) {
     std::filesystem::remove(link);
   }
   const std::string bytes = Stored(svm);
+  const std::string networkBytes = Stored(neural);
   const auto answers = AnswerBits(svm);
   std::filesystem::remove_all(scratch.GetPath());
   EXPECT_FALSE(Restore(svm, bytes));
   EXPECT_EQ(AnswerBits(svm), answers);
+  const auto networkAnswers = AnswerBits(neural);
+  EXPECT_FALSE(Restore(neural, networkBytes));
+  EXPECT_EQ(AnswerBits(neural), networkAnswers);
   for (const auto& [classifier, prefix] : cases) {
     const TFile file = BinaryFile();
     EXPECT_FALSE(classifier->Save(file.get())) << prefix;
+  }
+}
+
+TEST(TClassifier, AFullDiskIsNoticedAtEveryByte) {
+  const TScratchDirectory scratch;
+  TClassifierSVM svm;
+  TClassifierNeuralNetwork neural;
+  TClassifierNearestNeighbor nearest;
+  for (TClassifier* const classifier :
+       {static_cast<TClassifier*>(&svm), static_cast<TClassifier*>(&neural), static_cast<TClassifier*>(&nearest)}) {
+    Teach(*classifier, kPositives, kNegatives);
+    classifier->Train();
+    const std::size_t size = Stored(*classifier).size();
+    std::vector<char> disk(size);
+    // Each block of the beginning; what follows is one block of text, whose last byte counts.
+    for (const std::size_t room : {std::size_t{1}, std::size_t{3}, std::size_t{4}, std::size_t{20}, std::size_t{36},
+                                   std::size_t{52}, std::size_t{100}, size - 1, size}) {
+      const TFile file(fmemopen(disk.data(), room, "wb"));
+      std::setvbuf(file.get(), nullptr, _IONBF, 0);
+      EXPECT_EQ(classifier->Save(file.get()), room == size) << classifier->GetName() << " in " << room;
+    }
   }
 }

@@ -30,6 +30,8 @@ TEST(ModelStorage, NumbersAndBlocksHaveTheirBytesInOrder) {
   EXPECT_EQ(ReadBlock(file.get()), "hi");
   EXPECT_FALSE(ReadInt32(file.get(), integer));
   EXPECT_EQ(integer, -2);
+  EXPECT_TRUE(ReadDoubles(file.get(), nullptr, 0)) << "nothing is always there";
+  EXPECT_FALSE(ReadDoubles(file.get(), &read, 1));
   // A block that claims more than there is: the first four bytes as a size.
   std::rewind(file.get());
   EXPECT_EQ(ReadBlock(file.get()), std::nullopt);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 
 #include <QImage>
 #include <QProcess>
@@ -9,6 +10,7 @@
 
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
+#include "concepts/var-visual-concept-locations.h"
 #include "engine/var-list.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -176,7 +178,8 @@ TEST_F(TConcepts, AConceptNoticesThatItsClassifierIsGone) {
   workbench.Run("k = learnvisualconcept(red, green, c)");
   workbench.Run("copy = k");
   EXPECT_EQ(workbench.Run("findvisualconceptlocations(both, copy, \"x\")"), gone);
-  workbench.Run("findvisualconceptlocations(both, k, \"x\")");
+  workbench.Run("k = k");
+  EXPECT_EQ(workbench.Run("findvisualconceptlocations(both, k, \"x\")"), "") << "it is still itself";
   workbench.Run("c = createclassifier(\"nearest\")");
   EXPECT_EQ(workbench.Run("findvisualconceptlocations(both, k, \"y\")"), gone);
   EXPECT_EQ(workbench.Run("updatevisualconcepttags(red, k, \"y\")"), gone);
@@ -187,6 +190,17 @@ TEST_F(TConcepts, AConceptNoticesThatItsClassifierIsGone) {
   workbench.Run("k = learnvisualconcept(red, green, c)");
   workbench.Run("c = red");
   EXPECT_EQ(workbench.Run("findvisualconceptlocations(both, k, \"y\")"), gone);
+}
+
+TEST(TVarVisualConceptLocations, IsAVariableOfItsType) {
+  const TVarVisualConceptLocations locations;
+  EXPECT_EQ(locations.GetType(), "visualconceptlocations");
+  const std::unique_ptr<TVar> made = locations.CreateNew();
+  EXPECT_NE(dynamic_cast<TVarVisualConceptLocations*>(made.get()), nullptr);
+  made->SetName("kept");
+  made->Assign(&locations);
+  EXPECT_EQ(made->GetName(), "kept");
+  EXPECT_EQ(made->GetDescription(), "visualconceptlocations");
 }
 
 TEST_F(TConcepts, NoFeaturesInCommonIsNoFailure) {

@@ -9,10 +9,13 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDialog>
+#include <QDrag>
 #include <QDragEnterEvent>
+#include <QDragMoveEvent>
 #include <QDropEvent>
 #include <QGroupBox>
 #include <QHelpEvent>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -20,11 +23,15 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSplitter>
+#include <QStyleOptionSlider>
 #include <QTableWidget>
+#include <QTest>
 #include <QTimer>
 #include <QToolTip>
 #include <QUrl>
+#include <QWheelEvent>
 #include <gtest/gtest.h>
 
 #include "gui/command-offer.h"
@@ -56,6 +63,14 @@ class TMainWindowTest : public testing::Test {
     if (!enter.isAccepted()) {
       return false;
     }
+    // With Shift a source proposes to move its files.
+    QDragMoveEvent move(middle, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::ShiftModifier);
+    move.ignore();
+    QApplication::sendEvent(widget, &move);
+    if (!move.isAccepted()) {
+      return false;
+    }
+    EXPECT_EQ(move.dropAction(), Qt::CopyAction);
     QDropEvent drop(middle, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     drop.ignore();
     QApplication::sendEvent(widget, &drop);
@@ -231,12 +246,18 @@ TEST_F(TMainWindowTest, AThumbnailIsMadeForTheRatioOfTheScreen) {
   QImage picture(160, 120, QImage::Format_RGB888);
   picture.fill(Qt::red);
   ASSERT_TRUE(picture.save("a.png"));
-  window.SetVariables({{"a", "image", "", "a.png"}, {"b", "image", "", "gone.png"}});
+  MakeFile("text.png", "no picture");
+  window.SetVariables({{"a", "image", "", "a.png"},
+                       {"b", "image", "", "gone.png"},
+                       {"c", "image", "", "text.png"},
+                       {"d", "database", "", "a.png"}});
   auto* table = Find<TVariablesTable>("twVariables");
   EXPECT_EQ(table->GetThumbnail(0, 2).size(), QSize(80, 60));
   EXPECT_EQ(table->GetThumbnail(0, 2).deviceIndependentSize(), QSizeF(40, 30));
   EXPECT_EQ(table->GetThumbnail(0, 1).size(), QSize(40, 30));
-  EXPECT_TRUE(table->GetThumbnail(1, 2).isNull());
+  for (const int row : {1, 2, 3}) {
+    EXPECT_TRUE(table->GetThumbnail(row, 2).isNull()) << row;
+  }
 }
 
 TEST_F(TMainWindowTest, APictureOfMoreThan128MegabytesHasAThumbnail) {
@@ -293,6 +314,29 @@ TEST_F(TMainWindowTest, CellsAndTitlesHaveTooltipsWithTheirWholeText) {
   EXPECT_TRUE(SideCell("twFeatures", 0)->toolTip().contains("&lt;i&gt;plug-in"));
 }
 
+TEST_F(TMainWindowTest, BelowTheRowsThereIsNoTooltip) {
+  window.SetVariables({{"a", "text", "one row", ""}});
+  window.show();
+  auto* table = Find<QTableWidget>("twVariables");
+  const auto askAt = [&](QPoint place) {
+    QHelpEvent event(QEvent::ToolTip, place, table->viewport()->mapToGlobal(place));
+    QApplication::sendEvent(table->viewport(), &event);
+  };
+  askAt(table->visualItemRect(table->item(0, 2)).center());
+  EXPECT_TRUE(QToolTip::isVisible());
+  askAt(QPoint(150, table->viewport()->height() - 5));
+  EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }));
+}
+
+TEST_F(TMainWindowTest, AWindowTallerThanTheScreenIsShrunkOntoIt) {
+  const QRect screen = window.screen()->availableGeometry();
+  window.resize(screen.size() + QSize(200, 200));
+  window.show();
+  // With room for a frame and its title bar.
+  EXPECT_TRUE(screen.contains(window.geometry().adjusted(-6, -30, 6, 6)));
+  EXPECT_GT(window.height(), screen.height() - 60) << "no smaller than it must be";
+}
+
 TEST_F(TMainWindowTest, TheContentsFollowTheirPanes) {
   window.show();
   const auto placeOf = [&](const char* name) { return Find<QWidget>(name)->geometry(); };
@@ -325,6 +369,19 @@ TEST_F(TMainWindowTest, TheContentsFollowTheirPanes) {
   EXPECT_FALSE(window.windowIcon().pixmap(48, 48).isNull());
 }
 
+/// The keys whose release reaches what it watches.
+class TReleaseWatcher : public QObject {
+ public:
+  bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+    if (event->type() == QEvent::KeyRelease) {
+      released.push_back(static_cast<QKeyEvent*>(event)->key());
+    }
+    return false;
+  }
+
+  std::vector<int> released;
+};
+
 class TCommandLineTest : public TMainWindowTest {
  protected:
   TCommandLineTest() {
@@ -340,6 +397,12 @@ class TCommandLineTest : public TMainWindowTest {
   }
 
   void SetClipboard(const QString& text) { QApplication::clipboard()->setText(text); }
+
+  static void Commit(QWidget* widget, const QString& text) {
+    QInputMethodEvent event;
+    event.setCommitString(text);
+    QApplication::sendEvent(widget, &event);
+  }
 
   bool PressWith(Qt::KeyboardModifiers modifiers, int key) {
     QKeyEvent event(QEvent::KeyPress, key, modifiers);
@@ -398,6 +461,43 @@ TEST_F(TCommandLineTest, TheContextMenuPastesLikewise) {
   EXPECT_TRUE(found);
   EXPECT_EQ(lines, std::vector<std::string>{"one"});
   EXPECT_EQ(window.GetCommandText(), "two");
+}
+
+TEST_F(TCommandLineTest, LinesThatAnInputMethodCommitsRunLikewise) {
+  Commit(line, "fo\u00fcr");
+  EXPECT_EQ(window.GetCommandText(), "fo\u00fcr");
+  Commit(line, " = one\ntwo\nrest");
+  EXPECT_EQ(lines, (std::vector<std::string>{"fo\u00fcr = one", "two"}));
+  EXPECT_EQ(window.GetCommandText(), "rest");
+}
+
+TEST_F(TCommandLineTest, TheMiddleButtonAndAKeyPasteTheSelectionAndNotTheClipboard) {
+  QClipboard* clipboard = QApplication::clipboard();
+  // Where the platform has none there is nothing to paste.
+  const bool hasSelection = clipboard->supportsSelection();
+  if (hasSelection) {
+    clipboard->setText("one\ntwo", QClipboard::Selection);
+  }
+  SetClipboard("clipboard\n");
+  window.show();
+  window.SetCommandText("x = ");
+  QTest::mouseClick(line, Qt::MiddleButton, Qt::NoModifier, QPoint(line->width() - 5, line->height() / 2));
+  EXPECT_EQ(lines, hasSelection ? std::vector<std::string>{"x = one"} : std::vector<std::string>());
+  EXPECT_EQ(window.GetCommandText(), hasSelection ? "two" : "x = ");
+  lines.clear();
+  PressWith(Qt::ControlModifier | Qt::ShiftModifier, Qt::Key_Insert);
+  EXPECT_EQ(lines, hasSelection ? std::vector<std::string>{"twoone"} : std::vector<std::string>());
+  EXPECT_EQ(window.GetCommandText(), hasSelection ? "two" : "x = ");
+}
+
+TEST_F(TCommandLineTest, AMouseSelectsText) {
+  window.show();
+  window.SetCommandText("word");
+  const QPoint start(line->width() - 5, line->height() / 2);
+  QTest::mousePress(line, Qt::LeftButton, Qt::NoModifier, start);
+  QTest::mouseMove(line, QPoint(0, start.y()));
+  QTest::mouseRelease(line, Qt::LeftButton, Qt::NoModifier, QPoint(0, start.y()));
+  EXPECT_EQ(line->selectedText(), "word");
 }
 
 TEST_F(TCommandLineTest, TheLineTakesAMegabyteAndAPasteOfMoreIsRefused) {
@@ -473,6 +573,98 @@ TEST_F(TCommandLineTest, WhileACommandRunsOnlyEscapeAndClosingGetThrough) {
   EXPECT_EQ(window.GetCommandText(), "b");
   QApplication::sendEvent(pane->viewport(), &doubleClick);
   EXPECT_TRUE(pane->textCursor().hasSelection()) << "the mouse is back";
+}
+
+TEST_F(TCommandLineTest, WhileACommandRunsCommittedTextAndReleasedKeysWait) {
+  TReleaseWatcher watcher;
+  line->installEventFilter(&watcher);
+  const auto release = [this](int key) {
+    QKeyEvent event(QEvent::KeyRelease, key, Qt::NoModifier);
+    QApplication::sendEvent(line, &event);
+  };
+  window.SetBusy(true);
+  Press(line, Qt::Key_A, "a");
+  release(Qt::Key_A);
+  Commit(line, "\u00fc");
+  Press(line, Qt::Key_Escape);
+  release(Qt::Key_Escape);
+  EXPECT_EQ(window.GetCommandText(), "");
+  EXPECT_TRUE(watcher.released.empty());
+  window.SetBusy(false);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(window.GetCommandText(), "a\u00fc");
+  EXPECT_EQ(watcher.released, std::vector<int>{Qt::Key_A}) << "Escape was the command's";
+}
+
+TEST_F(TCommandLineTest, WhileACommandRunsTheWheelAndTheContextMenuDoNothing) {
+  auto* pane = Find<QPlainTextEdit>("pteInfo");
+  pane->setPlainText(QString("line\n").repeated(500));
+  window.show();
+  const QPoint place(20, 20);
+  const QPoint onScreen = pane->viewport()->mapToGlobal(place);
+  const auto turn = [&] {
+    QWheelEvent event(place, onScreen, QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                      false);
+    QApplication::sendEvent(pane->viewport(), &event);
+    return pane->verticalScrollBar()->value();
+  };
+  ASSERT_EQ(pane->verticalScrollBar()->value(), 0);
+  window.SetBusy(true);
+  EXPECT_EQ(turn(), 0);
+  bool isMenuOpen = false;
+  QTimer::singleShot(0, [&] {
+    if (QWidget* menu = QApplication::activePopupWidget()) {
+      isMenuOpen = true;
+      menu->close();
+    }
+  });
+  QContextMenuEvent event(QContextMenuEvent::Mouse, place, onScreen);
+  QApplication::sendEvent(pane->viewport(), &event);
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(isMenuOpen);
+  window.SetBusy(false);
+  EXPECT_GT(turn(), 0);
+}
+
+TEST_F(TCommandLineTest, AScrollBarHeldWhenACommandBeginsIsLetGo) {
+  auto* pane = Find<QPlainTextEdit>("pteInfo");
+  pane->setPlainText(QString("line\n").repeated(500));
+  window.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+  QScrollBar* bar = pane->verticalScrollBar();
+  QStyleOptionSlider option;
+  option.initFrom(bar);
+  option.orientation = Qt::Vertical;
+  option.minimum = bar->minimum();
+  option.maximum = bar->maximum();
+  option.pageStep = bar->pageStep();
+  const QRect slider = bar->style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, bar);
+  // Through the window, where the toolkit notices which buttons are held.
+  const auto onWindow = [&](QPoint place) { return bar->mapTo(&window, place); };
+  const QPoint place = slider.center();
+  QTest::mousePress(window.windowHandle(), Qt::LeftButton, Qt::NoModifier, onWindow(place));
+  ASSERT_TRUE(bar->isSliderDown());
+  window.SetBusy(true);
+  QTest::mouseMove(window.windowHandle(), onWindow(place + QPoint(0, 20)));
+  EXPECT_GT(bar->value(), 0) << "a drag goes on";
+  QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, Qt::NoModifier, onWindow(place + QPoint(0, 20)));
+  EXPECT_FALSE(bar->isSliderDown());
+  QTest::mousePress(window.windowHandle(), Qt::LeftButton, Qt::NoModifier, onWindow(place + QPoint(0, 20)));
+  EXPECT_FALSE(bar->isSliderDown()) << "a new press is held back";
+  QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, Qt::NoModifier, onWindow(place + QPoint(0, 20)));
+  window.SetBusy(false);
+}
+
+TEST_F(TCommandLineTest, ControlQDuringACommandClosesBehindIt) {
+  int interrupts = 0;
+  window.OnInterrupt = [&] { ++interrupts; };
+  window.show();
+  window.SetBusy(true);
+  PressWith(Qt::ControlModifier, Qt::Key_Q);
+  EXPECT_EQ(interrupts, 1);
+  EXPECT_TRUE(window.isVisible());
+  window.SetBusy(false);
+  EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(TCommandLineTest, KeysKeptOverSeveralCommandsStayInOrder) {
@@ -611,8 +803,26 @@ TEST_F(TMainWindowTest, OtherDropsRunNothing) {
   QMimeData other;
   other.setData("application/x-other", "bytes");
   EXPECT_FALSE(Drop(&window, other));
+  QMimeData none;
+  none.setUrls({});
+  EXPECT_TRUE(Drop(&window, none));
   EXPECT_FALSE(fired);
   EXPECT_EQ(window.GetCommandText(), "kept");
+}
+
+TEST_F(TMainWindowTest, TheLeftButtonDragsAFeatureOutOfTheWindow) {
+  window.show();
+  // What lies at the place of the features in their box.
+  const QPoint place = Find<QTableWidget>("twFeatures")->geometry().center();
+  const auto press = [&](Qt::MouseButton button, QPoint at) {
+    QMouseEvent event(QEvent::MouseButtonPress, at, window.mapToGlobal(QPointF(at)), button, button, Qt::NoModifier);
+    QApplication::sendEvent(&window, &event);
+    return window.findChildren<QDrag*>().size();
+  };
+  EXPECT_EQ(press(Qt::RightButton, place), 0);
+  EXPECT_EQ(press(Qt::LeftButton, QPoint(600, 300)), 0);
+  ASSERT_EQ(press(Qt::LeftButton, place), 1) << "the toolkit deletes it with the next events";
+  EXPECT_EQ(window.findChild<QDrag*>()->mimeData()->text(), "tessimar/feature");
 }
 
 }  // namespace

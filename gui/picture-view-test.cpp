@@ -11,11 +11,13 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
+#include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
 #include <QToolTip>
@@ -30,17 +32,22 @@
 
 namespace {
 
-void Send(QWidget* widget, QEvent::Type type, QPoint place) {
+void Send(QWidget* widget, QEvent::Type type, QPoint place, Qt::MouseButton which = Qt::LeftButton) {
   const bool isDown = type != QEvent::MouseButtonRelease;
-  const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
-  QMouseEvent event(type, place, widget->mapToGlobal(QPointF(place)), button, isDown ? Qt::LeftButton : Qt::NoButton,
+  const auto button = type == QEvent::MouseMove ? Qt::NoButton : which;
+  QMouseEvent event(type, place, widget->mapToGlobal(QPointF(place)), button, isDown ? which : Qt::NoButton,
                     Qt::NoModifier);
   QApplication::sendEvent(widget, &event);
 }
 
-void Click(QWidget* widget, QPoint place) {
-  Send(widget, QEvent::MouseButtonPress, place);
-  Send(widget, QEvent::MouseButtonRelease, place);
+void Click(QWidget* widget, QPoint place, Qt::MouseButton which = Qt::LeftButton) {
+  Send(widget, QEvent::MouseButtonPress, place, which);
+  Send(widget, QEvent::MouseButtonRelease, place, which);
+}
+
+void Press(QWidget* widget, int key) {
+  QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+  QApplication::sendEvent(widget, &event);
 }
 
 QString ToolTipAt(QWidget* widget, QPoint place) {
@@ -139,6 +146,58 @@ TEST_F(TPictureViewTest, AClickShowsTheFullSizeWhichIsDragged) {
   EXPECT_EQ(view->grab().toImage().pixelColor(0, 0), QColor(Qt::red)) << "not beyond the edge";
   Click(view, QPoint(3, 3));
   EXPECT_EQ(view->grab().toImage().pixelColor(view->width() - 5, 5), QColor(Qt::blue)) << "all of it again";
+}
+
+TEST_F(TPictureViewTest, OnlyAClickOfTheLeftButtonChangesTheSize) {
+  TImageDisplay dialog;
+  dialog.SetImage(LargePicture());
+  dialog.show();
+  auto* view = dialog.findChild<TPictureView*>("laImage");
+  const QImage reduced = view->grab().toImage();
+  Click(view, QPoint(5, 5), Qt::RightButton);
+  Click(view, QPoint(5, 5), Qt::MiddleButton);
+  EXPECT_EQ(view->grab().toImage(), reduced);
+  Send(view, QEvent::MouseButtonPress, QPoint(5, 5));
+  Send(view, QEvent::MouseMove, QPoint(60, 60));
+  EXPECT_EQ(view->grab().toImage(), reduced) << "there is nothing to drag";
+  Send(view, QEvent::MouseButtonRelease, QPoint(5, 5));
+  EXPECT_NE(view->grab().toImage(), reduced);
+}
+
+TEST_F(TPictureViewTest, WhatTheArrowsChoseIsFramedAtEverySize) {
+  TImageDisplay dialog;
+  dialog.SetImage(LargePicture(), {{QRect(), "a.jpg", "all"}, {QRect(1000, 500, 200, 120), "a.jpg", "part"}});
+  dialog.show();
+  dialog.activateWindow();
+  auto* view = dialog.findChild<TPictureView*>("laImage");
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  view->setFocus();
+  const QColor color = view->palette().color(QPalette::Highlight);
+  const auto frame = [&] {
+    const QImage shown = view->grab().toImage();
+    QRect found;
+    for (int y = 0; y < shown.height(); ++y) {
+      for (int x = 0; x < shown.width(); ++x) {
+        if (shown.pixelColor(x, y) == color) {
+          found |= QRect(x, y, 1, 1);
+        }
+      }
+    }
+    return found;
+  };
+  EXPECT_EQ(frame(), view->rect());
+  Press(view, Qt::Key_Right);
+  const QRect reduced = frame();
+  EXPECT_NEAR(reduced.width(), 200.0 * view->width() / 3000, 2);
+  EXPECT_NEAR(reduced.x(), 1000.0 * view->width() / 3000, 2);
+  Press(view, Qt::Key_Space);
+  const QRect full = frame();
+  EXPECT_EQ(full.size(), QSize(200, 120));
+  EXPECT_LE((full.center() - reduced.center()).manhattanLength(), 8) << "it stays where it was";
+  Press(view, Qt::Key_Right);
+  EXPECT_EQ(frame(), full.translated(-60, 0));
+  Press(view, Qt::Key_Escape);
+  EXPECT_FALSE(dialog.isVisible()) << "all other keys are the dialog's";
 }
 
 TEST_F(TPictureViewTest, NarrowPicturesLeaveRoomForTheButton) {

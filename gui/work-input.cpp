@@ -66,7 +66,7 @@ bool TWorkInput::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
     case QEvent::MouseMove:
-      return HandleMouse(*event);
+      return HandleMouse(static_cast<const QMouseEvent&>(*event));
     case QEvent::Wheel:
     case QEvent::ContextMenu:
     case QEvent::TabletPress:
@@ -101,13 +101,15 @@ bool TWorkInput::HandleKeyPress(QObject* watched, QEvent* event) {
   return true;
 }
 
-bool TWorkInput::HandleMouse(const QEvent& event) {
-  // A widget that has seen the press waits for the release; without it a scroll bar would stick to the pointer.
-  if (!isButtonHeld || event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
+bool TWorkInput::HandleMouse(const QMouseEvent& event) {
+  if (event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
+    // The first button of a new press: that of the work's beginning was let go.
+    isButtonHeld = isButtonHeld && event.buttons() != Qt::MouseButtons(event.button());
     return true;
   }
-  isButtonHeld = static_cast<const QMouseEvent&>(event).buttons() != Qt::NoButton;
-  return false;
+  // A widget that has seen the press waits for the release; without it a scroll bar would stick to the pointer. The
+  // release visits window, widget and its parents in turn, so that the first of them must not be the last.
+  return !isButtonHeld || (event.type() == QEvent::MouseMove && event.buttons() == Qt::NoButton);
 }
 
 void TWorkInput::Keep(QObject* receiver, const QEvent& event) {

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <boost/function.hpp>
 
+class QMouseEvent;
 class QWidget;
 
 /// Guards a window while a command runs that lets the toolkit handle events: of the input to the window only Escape,
@@ -41,14 +42,14 @@ class TWorkInput : public QObject {
 
   bool IsWindows(const QObject* watched) const;
   bool HandleKeyPress(QObject* watched, QEvent* event);
-  bool HandleMouse(const QEvent& event);
+  bool HandleMouse(const QMouseEvent& event);
   void Keep(QObject* receiver, const QEvent& event);
   void ShowPointer(bool isBusy);
 
   QWidget* window;
   int depth = 0;
   bool pointerIsBusy = false;
-  /// True until a button is let go that was pressed before the work began, for the widget that waits for it.
+  /// A button was down when the work began, and none has been pressed anew since it was let go.
   bool isButtonHeld = false;
   std::vector<TKept> kept;
 };

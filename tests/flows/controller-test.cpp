@@ -7,16 +7,20 @@
 #include <utility>
 
 #include <QApplication>
+#include <QDialog>
 #include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTableWidget>
+#include <QTimer>
 #include <QUrl>
 #include <gtest/gtest.h>
 
 #include "engine/var-list.h"
 #include "engine/var.h"
+#include "gui/picture-view.h"
+#include "images/var-image.h"
 #include "tests/support/ordinary-user.h"
 #include "tests/support/workbench.h"
 
@@ -37,6 +41,12 @@ class TEventfulView : public TRecordingView {
       trigger.clear();
       action();
     }
+  }
+  void BeginWork() override {
+    if (std::exchange(beginFails, false)) {
+      throw std::bad_alloc();
+    }
+    TRecordingView::BeginWork();
   }
   void ShowVariables(const TVarList& variables) override {
     if (std::exchange(tableFails, false)) {
@@ -59,6 +69,7 @@ class TEventfulView : public TRecordingView {
   std::string trigger;
   boost::function<void()> action = [this] { listener->Interrupt(); };
   std::string workTrigger;
+  bool beginFails = false;
   bool tableFails = false;
   bool titleFails = false;
   std::vector<std::string> works;
@@ -139,6 +150,10 @@ TEST_F(TControllerFlow, EveryCommandOverImagesStopsBehindTheImageUnderWay) {
             "> i = searchimage(db, q)\n  Matching with features: hsv\n" + stopped + "  Variable 'i' was removed\n");
   EXPECT_EQ(Run("n = learnvisualconcept(db, db, c)", "> "),
             "> n = learnvisualconcept(db, db, c)\n  Interrupted after 0 of 6 images\n  Function failed\n");
+  Run("i = searchimage(db, q)");
+  for (const std::string line : {"displayindex(i)", "displayindexmap(i)"}) {
+    EXPECT_EQ(Run(line, "> "), "> " + line + "\n  Interrupted after 0 of 4 images\n  Function failed\n");
+  }
   EXPECT_EQ(Run("removefeature(db, \"lbp\")"), "> removefeature(db, \"lbp\")\n")
       << "the wish was for that command only";
 }
@@ -220,6 +235,9 @@ TEST_F(TControllerFlow, WhateverIsThrownEndsTheLineAndNotTheProgram) {
   EXPECT_EQ(Run("help", "Available"), "> help\n  Available functions:\n  Out of memory\n");
   EXPECT_EQ(Run("()", "Syntax"), "> ()\n  Syntax error while parsing function call\n  Out of memory\n");
   EXPECT_EQ(controller.GetFailedLines(), 4);
+  view.beginFails = true;
+  EXPECT_EQ(Run("help reset"), "  Out of memory\n");
+  EXPECT_EQ(controller.GetFailedLines(), 5);
   view.tableFails = true;
   window.SetCommandText("reset()");
   view.output.clear();
@@ -246,6 +264,34 @@ TEST_F(TControllerFlow, ATableWithoutMemoryLeavesTheWorkEndedAndIsFilledLater) {
   view.EndWork();
   ASSERT_EQ(table->rowCount(), 1);
   EXPECT_EQ(table->item(0, 2)->text(), "as long as you like");
+}
+
+TEST_F(TControllerFlow, OutsideOfWorkTheTableIsFilledAtOnce) {
+  TVarList variables;
+  auto added = std::make_unique<TCostlyVariable>();
+  added->isMemoryShort = false;
+  variables.Add(std::move(added));
+  view.ShowVariables(variables);
+  EXPECT_EQ(window.findChild<QTableWidget*>("twVariables")->rowCount(), 1);
+}
+
+TEST_F(TControllerFlow, ADisplayStandsUntilItsUserClosesIt) {
+  MakeCollection("photos", 1);
+  Run("q = loadimage(\"photos/im1.jpg\")");
+  dynamic_cast<TVarImage&>(*controller.GetVarList().Find("q")).GetTags() = {"sea", "two words"};
+  std::string text;
+  QTimer user;
+  QObject::connect(&user, &QTimer::timeout, [&] {
+    // Nothing is there yet when the events of the echo are handled.
+    if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+      user.stop();
+      text = dialog->findChild<TPictureView*>("laImage")->GetItems().front().text;
+      dialog->reject();
+    }
+  });
+  user.start(1);
+  EXPECT_EQ(Run("displayimage(q)"), "> displayimage(q)\n");
+  EXPECT_EQ(text, "photos/im1.jpg\nTags: sea, two words");
 }
 
 TEST_F(TControllerFlow, ADropOfWhatIsNoDirectoryTouchesNothing) {
