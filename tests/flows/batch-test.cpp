@@ -235,6 +235,15 @@ TEST_F(TBatch, AClosedStandardOutputIsRefused) {
   EXPECT_EQ(outcome.errors, "tessimar-batch: Standard output cannot be used\n");
 }
 
+TEST_F(TBatch, AnInstallationWithoutTheToolkitsPluginsIsToldOf) {
+  std::filesystem::copy_file(BATCH_PROGRAM, "tessimar-batch");
+  MakeFile("qt.conf", "[Paths]\nPlugins=none\n");
+  process.setProgram("sh");
+  const TOutcome outcome = Run({"-c", "ulimit -c 0; ./tessimar-batch -e \"reset()\""});
+  EXPECT_NE(outcome.status, 0);
+  EXPECT_NE(outcome.errors.find("no Qt platform plugin could be initialized"), std::string::npos) << outcome.errors;
+}
+
 TEST_F(TBatch, TellsHowFarItIsOnATerminalOnly) {
   MakeFile("s.txt", "db = loaddatabase(\"photos\")\nsegmentimage(db, \"grid\")\n");
   EXPECT_EQ(Run({"s.txt"}).errors, "");
