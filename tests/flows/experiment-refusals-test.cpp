@@ -1,8 +1,10 @@
 // tessimar-experiment among files that an accident or another program left in its places.
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -165,6 +167,33 @@ TEST_F(TExperimentRefusals, DamagedFeaturesAreRefusedByTheNextStepAndMadeAnewByA
     EXPECT_EQ(FileBytes("o/features/digest.txt"), digest);
     EXPECT_EQ(FileBytes("o/features/hsv.npy"), numbers);
     EXPECT_EQ(FileBytes("o/topics.tsv"), topics);
+  }
+}
+
+TEST_F(TExperimentRefusals, FeaturesOfAPictureThatHasAnotherNameNow) {
+  ASSERT_EQ(RunStep("extract").status, 0);
+  filesystem::rename("photos/im4.jpg", "photos/im5.jpg");
+  ExpectFailure(
+      RunStep("rank"),
+      "The part 1 of 1 of the features in 'o/features' is not of this collection; run the step extract again");
+}
+
+TEST_F(TExperimentRefusals, AnUnreadableFirstPictureLeavesTheOthersInTheirRows) {
+  ASSERT_EQ(RunStep("extract").status, 0);
+  const std::string intact = FileBytes("o/features/hsv.npy");
+  filesystem::remove_all("o");
+  MakeFile("photos/im1.jpg", "no picture");
+  ASSERT_EQ(RunStep("extract").status, 0);
+  const std::string damaged = FileBytes("o/features/hsv.npy");
+  ASSERT_EQ(damaged.size(), intact.size());
+  const std::size_t header = 128;
+  const std::size_t row = (intact.size() - header) / 4;
+  EXPECT_EQ(damaged.substr(0, header), intact.substr(0, header));
+  EXPECT_EQ(damaged.substr(header + row), intact.substr(header + row));
+  for (std::size_t place = header; place < header + row; place += sizeof(double)) {
+    double number = 0.0;
+    std::memcpy(&number, damaged.data() + place, sizeof number);
+    EXPECT_TRUE(std::isnan(number)) << place;
   }
 }
 
