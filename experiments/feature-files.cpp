@@ -130,6 +130,19 @@ std::optional<TStoredPart> OpenPart(const TPartPaths& paths) {
   return part;
 }
 
+/// A part that an extraction finished, with only what is as that left it. Nothing of a changed list can be trusted, and
+/// no row of a table that is not as long as the list.
+std::optional<TStoredPart> OpenFinishedPart(const TPartPaths& paths) {
+  auto part = OpenPart(paths);
+  if (!part || DigestOf(part->picturesBytes) != part->picturesDigest) {
+    return std::nullopt;
+  }
+  std::erase_if(part->files, [&](const auto& each) {
+    return !each.second.IsComplete() || each.second.GetRows() != part->pictures.size();
+  });
+  return part;
+}
+
 struct TFileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -294,7 +307,7 @@ class TExtraction {
 
   TStepOutcome Run(TProgress& progress) {
     source = OpenPart(unfinished);
-    const auto complete = OpenPart(finished);
+    const auto complete = OpenFinishedPart(finished);
     // Of an unfinished and a finished part the one with more pictures: it saves more of the work.
     if (!source || (complete && source->pictures.size() < complete->pictures.size())) {
       source = complete;
@@ -320,13 +333,13 @@ class TExtraction {
  private:
   /// True if every feature is there, finished, for exactly these pictures.
   bool IsWholeSource() const {
-    const auto stored = OpenPart(finished);
+    const auto stored = OpenFinishedPart(finished);
     return stored && stored->pictures.size() == share.second - share.first &&
-           DigestOf(stored->picturesBytes) == stored->picturesDigest && stored->origins.size() == sources.size() &&
+           stored->origins.size() == sources.size() &&
            std::all_of(sources.begin(), sources.end(), [&](const TFeatureSource& each) {
              const auto file = stored->files.find(each.feature->GetName());
              const auto origin = stored->origins.find(each.feature->GetName());
-             return file != stored->files.end() && file->second.IsComplete() && origin->second == each.origin;
+             return file != stored->files.end() && origin->second == each.origin;
            });
   }
 

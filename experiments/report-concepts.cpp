@@ -120,9 +120,6 @@ class TSegmentDrawing {
 
 std::string FormatList(const char* which, const std::vector<const TAskedPicture*>& pictures,
                        const TMeasuredConcept& measured, TSegmentDrawing& drawing) {
-  if (pictures.empty()) {
-    return {};
-  }
   std::string html = FormatString("<p>The %s right segments:</p>\n<ul class=\"row\">\n", which);
   for (const TAskedPicture* picture : pictures) {
     html += drawing.Format(*picture, measured);

@@ -212,13 +212,12 @@ TStepResult RankQueries(const TExperimentOptions& options, const TPlan& plan, co
 }
 
 std::span<const std::int32_t> TCollected::GetTop(std::size_t query, std::size_t set) const {
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    const auto [begin, end] = parts[i].ShareOf(topics.queries.size());
-    if (query >= begin && query < end) {
-      return files[i].GetTop(query - begin, set);
-    }
+  // The parts hold all queries, in order.
+  std::size_t i = 0;
+  while (query >= parts[i].ShareOf(topics.queries.size()).second) {
+    ++i;
   }
-  return {};
+  return files[i].GetTop(query - parts[i].ShareOf(topics.queries.size()).first, set);
 }
 
 TStepResult CollectResults(const TExperimentOptions& options, const TPlan& plan, const TFeatureTable& table,

@@ -218,6 +218,32 @@ TEST_F(TBatch, SavesRankingsAsRuns) {
   EXPECT_TRUE(FileBytes("out/runs/tags.run").starts_with("tags Q0 im1.jpg 1 3 tags\n"));
 }
 
+TEST_F(TBatch, ARankingWhoseDatabaseIsGoneHasNoNames) {
+  MakePicture("other/im1.jpg", 40, 30, qRgb(0, 0, 255));
+  const TOutcome outcome =
+      Run({"--rankings", "out", "--runs", "out"}, std::string(kSearch) + "db = loaddatabase(\"other\")\n");
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  // Green lies in the bin of the query, red in another: 1 + 1.
+  EXPECT_EQ(FileBytes("out/index.tsv"), "rank\timageIndex\tdistance\tfile\ttags\n1\t1\t0\t\t\n2\t0\t2\t\t\n");
+  EXPECT_EQ(FileBytes("out/index.run"), "");
+}
+
+TEST_F(TBatch, AClosedStandardOutputIsRefused) {
+  process.setProgram("sh");
+  const TOutcome outcome = Run({"-c", "exec \"$0\" -e \"reset()\" >&-", BATCH_PROGRAM});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.errors, "tessimar-batch: Standard output cannot be used\n");
+}
+
+TEST_F(TBatch, AnInstallationWithoutTheToolkitsPluginsIsToldOf) {
+  std::filesystem::copy_file(BATCH_PROGRAM, "tessimar-batch");
+  MakeFile("qt.conf", "[Paths]\nPlugins=none\n");
+  process.setProgram("sh");
+  const TOutcome outcome = Run({"-c", "ulimit -c 0; ./tessimar-batch -e \"reset()\""});
+  EXPECT_NE(outcome.status, 0);
+  EXPECT_NE(outcome.errors.find("no Qt platform plugin could be initialized"), std::string::npos) << outcome.errors;
+}
+
 TEST_F(TBatch, TellsHowFarItIsOnATerminalOnly) {
   MakeFile("s.txt", "db = loaddatabase(\"photos\")\nsegmentimage(db, \"grid\")\n");
   EXPECT_EQ(Run({"s.txt"}).errors, "");
