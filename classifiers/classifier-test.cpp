@@ -183,7 +183,7 @@ TEST(TClassifier, TemporaryFilesSpareWhatIsThereAndMayFail) {
   }
 }
 
-TEST(TClassifier, AFullDiskIsNoticedAtEveryByte) {
+TEST(TClassifier, AFullDiskIsNoticedInEveryBlock) {
   const TScratchDirectory scratch;
   TClassifierSVM svm;
   TClassifierNeuralNetwork neural;
