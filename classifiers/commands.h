@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands that make classifiers and show and change their settings.
-std::unique_ptr<TFunction> MakeCreateClassifier();
-std::unique_ptr<TFunction> MakeGetClassifierSetting();
-std::unique_ptr<TFunction> MakeSetClassifierSetting();
+extern const TFunctionFactory kMakeCreateClassifier;
+extern const TFunctionFactory kMakeGetClassifierSetting;
+extern const TFunctionFactory kMakeSetClassifierSetting;

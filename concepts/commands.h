@@ -1,11 +1,9 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands that teach visual concepts and find them in images.
-std::unique_ptr<TFunction> MakeDisplayVisualConceptLocations();
-std::unique_ptr<TFunction> MakeFindVisualConceptLocations();
-std::unique_ptr<TFunction> MakeLearnVisualConcept();
-std::unique_ptr<TFunction> MakeUpdateVisualConceptTags();
+extern const TFunctionFactory kMakeDisplayVisualConceptLocations;
+extern const TFunctionFactory kMakeFindVisualConceptLocations;
+extern const TFunctionFactory kMakeLearnVisualConcept;
+extern const TFunctionFactory kMakeUpdateVisualConceptTags;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands on the workbench itself.
-std::unique_ptr<TFunction> MakeExecuteScript();
-std::unique_ptr<TFunction> MakeReset();
+extern const TFunctionFactory kMakeExecuteScript;
+extern const TFunctionFactory kMakeReset;

@@ -7,46 +7,39 @@
 #include "classifiers/commands.h"
 #include "concepts/commands.h"
 #include "engine/commands.h"
-#include "engine/function.h"
 #include "features/commands.h"
 #include "gui/commands.h"
 #include "images/commands.h"
 #include "retrieval/commands.h"
 #include "segmentation/commands.h"
 
-namespace {
-
-/// One factory a command, in the order of the help list.
-constexpr std::unique_ptr<TFunction> (*kFactories[])() = {
-    MakeLoadImage,
-    MakeLoadDatabase,
-    MakeDisplayImage,
-    MakeUpdateFeature,
-    MakeSearchImage,
-    MakeLoadFeature,
-    MakeSaveFeature,
-    MakeDisplayIndex,
-    MakeDisplayIndexMap,
-    MakeLearnVisualConcept,
-    MakeFindVisualConceptLocations,
-    MakeDisplayVisualConceptLocations,
-    MakeUpdateVisualConceptTags,
-    MakeSearchTags,
-    MakeSegmentImage,
-    MakeLoadMirFlickrTags,
-    MakeExecuteScript,
-    MakeEvaluateIndex,
-    MakeRemoveFeature,
-    MakeCreateClassifier,
-    MakeGetClassifierSetting,
-    MakeSetClassifierSetting,
-    MakeReset,
-};
-
-}  // namespace
-
 TFunctionList::TFunctionList() {
-  for (const auto make : kFactories) {
+  // In the order of the help list.
+  for (const TFunctionFactory make : {
+           kMakeLoadImage,
+           kMakeLoadDatabase,
+           kMakeDisplayImage,
+           kMakeUpdateFeature,
+           kMakeSearchImage,
+           kMakeLoadFeature,
+           kMakeSaveFeature,
+           kMakeDisplayIndex,
+           kMakeDisplayIndexMap,
+           kMakeLearnVisualConcept,
+           kMakeFindVisualConceptLocations,
+           kMakeDisplayVisualConceptLocations,
+           kMakeUpdateVisualConceptTags,
+           kMakeSearchTags,
+           kMakeSegmentImage,
+           kMakeLoadMirFlickrTags,
+           kMakeExecuteScript,
+           kMakeEvaluateIndex,
+           kMakeRemoveFeature,
+           kMakeCreateClassifier,
+           kMakeGetClassifierSetting,
+           kMakeSetClassifierSetting,
+           kMakeReset,
+       }) {
     const auto& function = functions.emplace_back(make());
     // Bound to the list, which asks for the controller's output at each line: that is set later.
     function->SetOutput(boost::bind(&TFunctionList::Print, this, boost::placeholders::_1));

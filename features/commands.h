@@ -1,11 +1,9 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands that compute, store, load and remove features.
-std::unique_ptr<TFunction> MakeLoadFeature();
-std::unique_ptr<TFunction> MakeRemoveFeature();
-std::unique_ptr<TFunction> MakeSaveFeature();
-std::unique_ptr<TFunction> MakeUpdateFeature();
+extern const TFunctionFactory kMakeLoadFeature;
+extern const TFunctionFactory kMakeRemoveFeature;
+extern const TFunctionFactory kMakeSaveFeature;
+extern const TFunctionFactory kMakeUpdateFeature;

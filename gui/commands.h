@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands that show images and rankings.
-std::unique_ptr<TFunction> MakeDisplayImage();
-std::unique_ptr<TFunction> MakeDisplayIndexMap();
-std::unique_ptr<TFunction> MakeDisplayIndex();
+extern const TFunctionFactory kMakeDisplayImage;
+extern const TFunctionFactory kMakeDisplayIndexMap;
+extern const TFunctionFactory kMakeDisplayIndex;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands that load images and databases.
-std::unique_ptr<TFunction> MakeLoadDatabase();
-std::unique_ptr<TFunction> MakeLoadImage();
+extern const TFunctionFactory kMakeLoadDatabase;
+extern const TFunctionFactory kMakeLoadImage;

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // Commands that rank the images of a database, and judge a ranking.
-std::unique_ptr<TFunction> MakeEvaluateIndex();
-std::unique_ptr<TFunction> MakeLoadMirFlickrTags();
-std::unique_ptr<TFunction> MakeSearchImage();
-std::unique_ptr<TFunction> MakeSearchTags();
+extern const TFunctionFactory kMakeEvaluateIndex;
+extern const TFunctionFactory kMakeLoadMirFlickrTags;
+extern const TFunctionFactory kMakeSearchImage;
+extern const TFunctionFactory kMakeSearchTags;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <memory>
-
-class TFunction;
+#include "engine/function.h"
 
 // The command that cuts images into segments.
-std::unique_ptr<TFunction> MakeSegmentImage();
+extern const TFunctionFactory kMakeSegmentImage;

@@ -62,6 +62,4 @@ Parameters:  1 - 'image' or 'database'
 
 }  // namespace
 
-std::unique_ptr<TFunction> MakeSegmentImage() {
-  return std::make_unique<TFunctionSegmentImage>();
-}
+const TFunctionFactory kMakeSegmentImage = MakeFunction<TFunctionSegmentImage>;
