@@ -173,14 +173,14 @@ void TClassifier::NormalizeExamples() {
   }
 }
 
-bool TClassifier::HasUniformExamples() const {
+bool TClassifier::ExamplesHaveLength(std::uint32_t length) const {
   const auto& positives = positiveExamples->GetItems();
   const auto& negatives = negativeExamples->GetItems();
-  if (positives.empty()) {
-    return false;
-  }
-  const auto fits = [length = positives.front()->GetLength()](const TFeatureVector* example) {
-    return example->GetLength() == length;
-  };
+  const auto fits = [length](const TFeatureVector* example) { return example->GetLength() == length; };
   return std::all_of(positives.begin(), positives.end(), fits) && std::all_of(negatives.begin(), negatives.end(), fits);
+}
+
+bool TClassifier::HasUniformExamples() const {
+  const auto& positives = positiveExamples->GetItems();
+  return !positives.empty() && ExamplesHaveLength(positives.front()->GetLength());
 }

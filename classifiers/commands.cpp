@@ -1,9 +1,8 @@
-#include "classifiers/commands.h"
-
 #include "base/format-string.h"
 #include "classifiers/classifier-types.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
+#include "engine/command-factories.h"
 
 namespace {
 

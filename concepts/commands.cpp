@@ -1,5 +1,3 @@
-#include "concepts/commands.h"
-
 #include <algorithm>
 
 #include "base/format-string.h"
@@ -8,6 +6,7 @@
 #include "classifiers/var-classifier.h"
 #include "concepts/var-visual-concept-locations.h"
 #include "concepts/var-visual-concept.h"
+#include "engine/command-factories.h"
 #include "images/image-command.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
@@ -26,11 +25,6 @@ bool HasUsableSegment(const TConceptVectors& vectors, const TVarDatabase& databa
     return std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
                        [&](const auto& segment) { return vectors.Combine(*segment, combined); });
   });
-}
-
-bool HoldsOtherLengths(const TFeatureVectorList& examples, std::uint32_t length) {
-  return std::any_of(examples.GetItems().begin(), examples.GetItems().end(),
-                     [length](const auto* example) { return example->GetLength() != length; });
 }
 
 /// learnvisualconcept: teaches a classifier with every segment of two databases, those of the first as positive
@@ -88,8 +82,7 @@ Parameters:  1 - 'database'
                      const TVarDatabase& positive, const TVarDatabase& negative) const {
     // A classifier may be taught by several commands and gathers the examples of all of them; they must have one
     // length.
-    if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
-        HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
+    if (!classifier.ExamplesHaveLength(visualConcept.GetVectors().GetDimension())) {
       return Fail("Classifier holds examples of another length: createclassifier makes it new");
     }
     if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {

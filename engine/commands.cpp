@@ -1,9 +1,8 @@
-#include "engine/commands.h"
-
 #include <algorithm>
 
 #include "base/console.h"
 #include "base/native-path.h"
+#include "engine/command-factories.h"
 #include "engine/command-history.h"
 #include "engine/var.h"
 #include "engine/work.h"

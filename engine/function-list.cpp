@@ -4,14 +4,7 @@
 
 #include <boost/bind/bind.hpp>
 
-#include "classifiers/commands.h"
-#include "concepts/commands.h"
-#include "engine/commands.h"
-#include "features/commands.h"
-#include "gui/commands.h"
-#include "images/commands.h"
-#include "retrieval/commands.h"
-#include "segmentation/commands.h"
+#include "engine/command-factories.h"
 
 TFunctionList::TFunctionList() {
   // In the order of the help list.

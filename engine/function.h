@@ -170,11 +170,3 @@ class TFunction {
   std::unique_ptr<TVar> (*createReturn)();
   const char* help;
 };
-
-/// Makes a command: how a wing hands out its commands without showing their classes.
-using TFunctionFactory = std::unique_ptr<TFunction> (*)();
-
-template <typename TCommand>
-std::unique_ptr<TFunction> MakeFunction() {
-  return std::make_unique<TCommand>();
-}

@@ -1,11 +1,10 @@
-#include "features/commands.h"
-
 #include <algorithm>
 
 #include "base/abandoned-files.h"
 #include "base/file.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
+#include "engine/command-factories.h"
 #include "features/feature-list.h"
 #include "features/feature-sources.h"
 #include "features/feature-store.h"
@@ -221,14 +220,16 @@ Parameters:  1 - 'database'
     int fromOthers = 0;
     int missing = 0;
     const auto step = [&](TVarImage& image) {
-      const base::TReadOutcome outcome = LoadImage(reader, featureName, image);
+      const base::TReadOutcome outcome = reader.Read(image.GetFilename(), image.GetImageSegment().GetFeatures());
       if (outcome == base::TReadOutcome::kRead) {
         fromOthers += sources.ComeFromOther(base::FileNameOf(reader.GetPath()), image.GetFilename()) ? 1 : 0;
       } else if (outcome == base::TReadOutcome::kUnreadable) {
         // A file that is there and cannot be read is reported by name; one that is not there is the usual case and only
         // counted.
         report.AddUnreadable(reader.GetPath());
-      } else if (outcome == base::TReadOutcome::kAbsent) {
+      } else if (outcome == base::TReadOutcome::kTooLarge) {
+        PrintLoss(FormatString("File '%s' is too large", reader.GetPath().c_str()));
+      } else {
         ++missing;
       }
       ProcessEvents();
@@ -244,25 +245,6 @@ Parameters:  1 - 'database'
     }
     Print("Done");
     return true;
-  }
-
- private:
-  base::TReadOutcome LoadImage(TStoredFeatureReader& reader, const std::string& featureName, TVarImage& image) const {
-    TFeatureVectorList& features = image.GetImageSegment().GetFeatures();
-    // A vector that is there is filled in its place, so that the order of features, which decides the order of sums in
-    // a search, stays.
-    TFeatureVector* known = features.Find(featureName);
-    auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
-    if (added) {
-      added->SetName(featureName);
-    }
-    const base::TReadOutcome outcome = reader.Read(image.GetFilename(), added ? *added : *known);
-    if (outcome == base::TReadOutcome::kTooLarge) {
-      PrintLoss(FormatString("File '%s' is too large", reader.GetPath().c_str()));
-    } else if (outcome == base::TReadOutcome::kRead && added) {
-      features.Add(added.release());
-    }
-    return outcome;
   }
 };
 

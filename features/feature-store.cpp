@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "base/little-endian.h"
 #include "base/native-path.h"
 #include "base/text.h"
-#include "images/feature-vector.h"
+#include "images/feature-vector-list.h"
 
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename) {
   std::string_view stem = base::FileNameOf(imageFilename);
@@ -30,7 +31,7 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
   return base::ReplaceFile(path, stored.GetData(), stored.GetLength() * sizeof(double));
 }
 
-base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVector& vector) {
+base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVectorList& features) {
   path = StoredFeaturePath(featureName, imageFilename);
   const base::TReadOutcome outcome = ReadFile();
   if (outcome != base::TReadOutcome::kRead) {
@@ -40,10 +41,17 @@ base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, 
   if (bytes.size() % sizeof(double) != 0 || (length && bytes.size() != *length * sizeof(double))) {
     return base::TReadOutcome::kAbsent;
   }
+  TFeatureVector* known = features.Find(featureName);
+  auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
+  TFeatureVector& vector = added ? *added : *known;
   vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
   std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
   base::ToLittleEndian(vector.GetData(), vector.GetLength());
   vector.SetLacksPicture(false);
+  if (added) {
+    added->SetName(featureName);
+    features.Add(added.release());
+  }
   return outcome;
 }
 

@@ -1,19 +1,18 @@
-#include "gui/commands.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <utility>
 
 #include <QImage>
-#include <QPainter>
 
 #include "base/format-string.h"
+#include "engine/command-factories.h"
 #include "gui/dialog-runner.h"
 #include "gui/eight-bit-text.h"
 #include "gui/image-display.h"
 #include "gui/index-display.h"
 #include "gui/map-canvas.h"
+#include "gui/segment-outlines.h"
 #include "gui/to-qimage.h"
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
@@ -26,41 +25,6 @@ namespace {
 /// The width of a tile of the grid, in logical pixels.
 constexpr int kTileWidth = 160;
 constexpr std::size_t kMapTiles = 40;
-
-void DrawSegments(const TImageSegmentList& segments, QImage& canvas) {
-  // Half transparent gray, which does not hide the picture; labelled segments stand out in green.
-  const QColor unlabelled(128, 128, 128, 128);
-  const QColor labelled(0, 255, 0, 255);
-  QPainter painter(&canvas);
-  for (const auto& segment : segments) {
-    const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
-    painter.setPen(rect.GetLabel().empty() ? unlabelled : labelled);
-    // The toolkit draws a rectangle one pixel larger than its size.
-    painter.drawRect(rect.GetX(), rect.GetY(), rect.GetWidth() - 1, rect.GetHeight() - 1);
-  }
-}
-
-/// The picture as a whole, and its segments on top of it.
-std::vector<TPictureItem> DescribePicture(const TVarImage& image) {
-  std::string text = image.GetFilename();
-  if (!image.GetTags().empty()) {
-    text += "\nTags: " + image.JoinTags(", ");
-  }
-  std::vector<TPictureItem> items = {{QRect(), image.GetFilename(), text}};
-  for (const auto& segment : image.GetSegments()) {
-    const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
-    const QRect place(rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight());
-    if (place.isEmpty()) {
-      continue;
-    }
-    const std::string label = rect.GetLabel().empty() ? "No label" : "Label: " + rect.GetLabel();
-    items.push_back(
-        {place, image.GetFilename(),
-         text + "\n" + label +
-             FormatString("\nx %d, y %d, %d x %d pixels", place.x(), place.y(), place.width(), place.height())});
-  }
-  return items;
-}
 
 /// displayimage: shows an image and the outlines of its segments, in green those that carry a label.
 class TFunctionDisplayImage : public TFunction {
@@ -87,11 +51,13 @@ Parameters:  1 - 'image')"}) {}
     TImageRGB picture;
     report.Load(image->GetFilename(), picture);
     QImage canvas = ToQImage(picture);
-    if (!canvas.isNull()) {
-      DrawSegments(image->GetSegments(), canvas);
+    DrawSegments(image->GetSegments(), canvas);
+    std::string text = image->GetFilename();
+    if (!image->GetTags().empty()) {
+      text += "\nTags: " + image->JoinTags(", ");
     }
     TImageDisplay dialog;
-    dialog.SetImage(canvas, DescribePicture(*image));
+    dialog.SetImage(canvas, DescribeSegments(image->GetSegments(), image->GetFilename(), text));
     dialog.setAccessibleName(
         ToQString(FormatString("Image '%s', file '%s'", params[0].c_str(), image->GetFilename().c_str())));
     RunDialog(dialog);

@@ -1,6 +1,5 @@
-#include "images/commands.h"
-
 #include "base/native-path.h"
+#include "engine/command-factories.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 

@@ -1,5 +1,3 @@
-#include "retrieval/commands.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -11,6 +9,7 @@
 #include "base/native-path.h"
 #include "base/run-program.h"
 #include "base/text.h"
+#include "engine/command-factories.h"
 #include "engine/command-history.h"
 #include "gui/dialog-runner.h"
 #include "gui/eight-bit-text.h"

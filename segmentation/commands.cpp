@@ -1,5 +1,4 @@
-#include "segmentation/commands.h"
-
+#include "engine/command-factories.h"
 #include "images/image-command.h"
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
