@@ -24,6 +24,7 @@ TBatchSession::TBatchSession(const TOptions& theOptions) : options(theOptions) {
 TBatchSession::~TBatchSession() = default;
 
 bool TBatchSession::Open(std::string& reason) {
+  // What is read comes first: a slip in its name makes no directory and no file.
   for (const std::string& directory : options.plugins) {
     if (!base::ListDirectory(directory)) {
       reason = FormatString("Directory '%s' cannot be read", directory.c_str());
@@ -95,6 +96,7 @@ int TBatchSession::Run(TStreamView& view) {
   if (!options.runs.empty() && failedFile.empty()) {
     failedFile = WriteRuns(controller.GetVarList(), options.runs);
   }
+  // The gravest first: what was asked for and is not there outweighs whatever the lines did.
   if (!failedFile.empty()) {
     return RefuseBatch(FormatString("File '%s' cannot be written", failedFile.c_str()));
   }
