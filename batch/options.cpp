@@ -86,7 +86,8 @@ std::string FaultOfValues(const QCommandLineParser& parser) {
 std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
-    // As UTF-8: a path with other bytes does not come through, and its file is then said to be missing.
+    // As UTF-8: a path with other bytes does not come through. An input is then said to be missing, and an output gets
+    // another name.
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;

@@ -74,6 +74,7 @@ int TBatchSession::Run(TStreamView& view) {
   TPictureSaver saver(options.pictures);
   const TDialogRunnerScope scope(
       options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
+  // Lines go on behind one that failed, as those of a script do.
   for (std::size_t i = 0; i < options.lines.size() && !view.HasFailed() && !base::Interrupted(); ++i) {
     controller.ExecuteScriptLine(options.lines[i], "-e", i + 1);
   }

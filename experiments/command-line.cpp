@@ -242,7 +242,8 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   // Made by hand: without an application object the toolkit does not know the arguments.
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
-    // As UTF-8: a path with other bytes does not come through, and its file is then said to be missing.
+    // As UTF-8: a path with other bytes does not come through. An input is then said to be missing, and an output gets
+    // another name.
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
