@@ -164,7 +164,7 @@ class TMemoryPicture : public TEncodedPicture {
 
  private:
   std::size_t ReadItems(void* bytes, std::size_t itemSize, std::size_t count) override {
-    const std::size_t rest = static_cast<std::size_t>(size - position);
+    const auto rest = static_cast<std::size_t>(size - position);
     const std::size_t whole = itemSize == 0 ? 0 : std::min(count, rest / itemSize);
     std::copy_n(data + position, whole * itemSize, static_cast<unsigned char*>(bytes));
     position += static_cast<long>(whole * itemSize);
