@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -41,17 +40,13 @@ base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, 
   if (bytes.size() % sizeof(double) != 0 || (length && bytes.size() != *length * sizeof(double))) {
     return base::TReadOutcome::kAbsent;
   }
-  TFeatureVector* known = features.Find(featureName);
-  auto added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
-  TFeatureVector& vector = added ? *added : *known;
-  vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
-  std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
-  base::ToLittleEndian(vector.GetData(), vector.GetLength());
-  vector.SetLacksPicture(false);
-  if (added) {
-    added->SetName(featureName);
-    features.Add(added.release());
-  }
+  features.Fill(featureName, [&](TFeatureVector& vector) {
+    vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
+    std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
+    base::ToLittleEndian(vector.GetData(), vector.GetLength());
+    vector.SetLacksPicture(false);
+    return true;
+  });
   return outcome;
 }
 

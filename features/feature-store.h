@@ -29,8 +29,7 @@ class TStoredFeatureReader {
   TStoredFeatureReader(const std::string& theFeatureName, std::optional<std::uint32_t> theLength)
       : featureName(theFeatureName), length(theLength) {}
 
-  /// Fills the vector of the feature with the doubles of the image's file. A vector that is in the list stays at its
-  /// place, since the order of features decides the order of sums in a search; otherwise one is added. A file that does
+  /// Fills the vector of the feature with the doubles of the image's file, or adds one to the list. A file that does
   /// not hold whole doubles, and as many as the feature has, is no stored vector and counts as absent. Where there is
   /// no file of exactly that name, one that differs in the case of ASCII letters serves, of several the first in byte
   /// order. Too large is a file of more than 2^24 doubles. Unless the outcome is kRead, the list is as it was.
