@@ -101,6 +101,7 @@ void TClassifierNeuralNetwork::Train() {
   fann_set_callback(network.get(), OnEpoch);
   fann_train_on_data(network.get(), trainingData.get(), static_cast<std::uint32_t>(maxIterations),
                      trainingWatcher ? 1 : 0, maxError);
+  // The error that training leaves is that of the weights before the last step; this pass measures those that stay.
   fann_test_data(network.get(), trainingData.get());
   fann_print_connections(network.get());
   mse = fann_get_MSE(network.get());
@@ -146,6 +147,7 @@ double TClassifierNeuralNetwork::Classify(const TFeatureVector& vector) const {
   if (normalize) {
     Normalize(inputs.get(), length);
   }
+  // The sigmoid's range from 0 to 1 becomes -1 to 1, so that the boundary between the targets lies at 0.
   return 2 * output->Run(inputs.get()) - 1;
 }
 
