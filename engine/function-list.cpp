@@ -16,6 +16,8 @@
 
 namespace {
 
+// A table, and no objects that register themselves: the linker leaves out those parts of a static library that nobody
+// mentions. A new command is an entry here and a factory that the commands.h of its part declares.
 /// One factory a command, in the order of the help list.
 constexpr std::unique_ptr<TFunction> (*kFactories[])() = {
     MakeLoadImage,
@@ -57,6 +59,7 @@ TFunctionList::TFunctionList() {
 TFunctionList::~TFunctionList() = default;
 
 TFunction* TFunctionList::Find(const std::string& name) const {
+  // The parser has folded the name; a "help" line comes here as it was typed, so that its case counts.
   const auto found = std::find_if(functions.begin(), functions.end(),
                                   [&](const auto& function) { return function->GetName() == name; });
   return found == functions.end() ? nullptr : found->get();
