@@ -104,6 +104,7 @@ std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
   if (!ReadInt32(file, scaling.dimension) || scaling.dimension < 0) {
     return std::nullopt;
   }
+  // Written by a classifier that has not scaled; no arrays follow.
   if (scaling.dimension == 0) {
     return scaling;
   }
@@ -157,6 +158,7 @@ void TClassifier::ComputeNormalization() {
   for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
     for (const TFeatureVector* example : list->GetItems()) {
       const double* const values = example->GetData();
+      // The range is that of the first positive example's length. What a longer one has behind that stays unscaled.
       const std::uint32_t known = std::min(length, example->GetLength());
       for (std::uint32_t i = 0; i < known; ++i) {
         // The value stands second: std::min and std::max give their first argument if the second is a NaN, so that none

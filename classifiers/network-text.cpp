@@ -86,6 +86,7 @@ bool TakeArray(TTextCursor& cursor, const TField& field, std::string_view countK
 
 /// The neurons of each layer, its bias neuron included.
 bool TakeLayers(TTextCursor& cursor, std::uint32_t layerCount, std::vector<std::uint32_t>& layers) {
+  // Inputs and outputs at least.
   if (layerCount < 2 || !cursor.Take("layer_sizes=")) {
     return false;
   }
