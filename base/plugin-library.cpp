@@ -99,6 +99,7 @@ std::string WhyNoPlugin(const std::string& fileName) {
   }
   // The loader maps what the header promises, and dies at the first page behind the end of the file.
   const std::uint64_t needed = LoadedBytes(file, header);
+  // A size that cannot be asked for comes back as the largest number, and speaks against nothing.
   return needed == 0 || needed > boost::filesystem::file_size(fileName, error) ? "it is cut off or damaged" : "";
 }
 

@@ -7,7 +7,8 @@
 #include "engine/command-factories.h"
 
 TFunctionList::TFunctionList() {
-  // In the order of the help list.
+  // In the order of the help list. No objects that register themselves: the linker leaves out those parts of a static
+  // library that nobody mentions.
   for (const TFunctionFactory make : {
            kMakeLoadImage,
            kMakeLoadDatabase,
@@ -43,6 +44,7 @@ TFunctionList::TFunctionList() {
 TFunctionList::~TFunctionList() = default;
 
 TFunction* TFunctionList::Find(const std::string& name) const {
+  // The parser has folded the name; a "help" line comes here as it was typed, so that its case counts.
   const auto found = std::find_if(functions.begin(), functions.end(),
                                   [&](const auto& function) { return function->GetName() == name; });
   return found == functions.end() ? nullptr : found->get();

@@ -165,6 +165,8 @@ int main(int argc, char** argv) {
       return Refuse(FormatString("Script '%s' is not a text", options.script.c_str()));
     }
   }
+  // Ends in the reverse order: the controller saves the history and lets go of the view, and the view of the window.
+  // The timer below calls the controller and goes before it.
   MainWindow window;
   TWindowView view(window);
   TCtrlMain controller(view);

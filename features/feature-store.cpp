@@ -16,7 +16,7 @@ std::string StoredFeaturePath(const std::string& featureName, const std::string&
   stem = stem.substr(0, stem.rfind('.'));
   static const std::string directory = base::WithTrailingSeparator(kFeatureDirectory);
   std::string path;
-  // One block of memory for all pieces: a collection asks for a path an image.
+  // One block of memory for all pieces: a collection asks for a path an image. The 5 are "-" and ".dat".
   path.reserve(directory.size() + featureName.size() + stem.size() + 5);
   path.append(directory).append(featureName).append(1, '-').append(stem).append(".dat");
   return path;
@@ -42,6 +42,7 @@ base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, 
   }
   features.Fill(featureName, [&](TFeatureVector& vector) {
     vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
+    // Byte by byte, since the bytes of a file need not be aligned for doubles.
     std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
     base::ToLittleEndian(vector.GetData(), vector.GetLength());
     vector.SetLacksPicture(false);

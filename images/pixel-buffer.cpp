@@ -21,7 +21,8 @@ void TPixelBuffer::Release() {
 }
 
 void TPixelBuffer::Resize(int newWidth, int newHeight) {
-  // Bitmaps that begin with their top row are known by a negative height; only the magnitude is a size.
+  // Bitmaps that begin with their top row are known by a negative height; only the magnitude is a size. In 64 bits the
+  // smallest int has a magnitude, too.
   const std::int64_t height = std::abs(static_cast<std::int64_t>(newHeight));
   if (pixels != nullptr && newWidth == columns && height == rows) {
     return;

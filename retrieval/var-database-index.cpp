@@ -48,7 +48,8 @@ const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std
     return nullptr;
   }
   const std::size_t imageCount = database->GetImages().size();
-  // Entries hold positions and no names: over another list of images they would silently mean other pictures.
+  // Entries hold positions and no names: over another list of images they would silently mean other pictures. The
+  // fingerprint is a hash and may agree by chance; the tests behind it keep every position inside the list even then.
   const bool fits = databaseFingerprint == database->GetFingerprint() && entries.size() == imageCount &&
                     std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
                       return entry.imageIndex >= 0 && static_cast<std::size_t>(entry.imageIndex) < imageCount;
