@@ -245,8 +245,9 @@ TGuardedBlock::TGuardedBlock(std::size_t theSize, TFlush flush, const char* theN
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   pagesSize = (theSize + page - 1) / page * page;
   mappingSize = pagesSize + 2 * kGuardSize;
-  void* const memory = mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (slot == blocks.end() || memory == MAP_FAILED) {
+  void* const memory =
+      slot == blocks.end() ? MAP_FAILED : mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) {
     return;
   }
   mapping = static_cast<unsigned char*>(memory);

@@ -149,7 +149,8 @@ TEST(TImageRGB, StorageIsReusedNeverShrinksAndIsMadeAnewWhenReleased) {
   EXPECT_EQ(image.GetWidth(), 4);
   image.SetSize(4, 3, true);
   EXPECT_EQ(Pixels(image), TColors(12, TColor{}));
-  for (const auto& [width, height] : {std::pair(40000, 40000), std::pair(-1, 5), std::pair(1 << 30, 1)}) {
+  for (const auto& [width, height] :
+       {std::pair(40000, 40000), std::pair(-1, 5), std::pair(1 << 30, 1), std::pair(INT32_MAX, INT32_MIN)}) {
     FillPattern(image, 2, 2);
     image.SetSize(width, height, true);
     EXPECT_EQ(std::pair(image.GetWidth(), image.GetHeight()), std::pair(0, 0)) << "larger than any picture";
