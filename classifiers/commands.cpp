@@ -82,6 +82,7 @@ Parameters:  1 - 'classifier'
     if (variable == nullptr) {
       return Fail("Parameter 1 is not of type 'classifier'");
     }
+    // Any text is taken. Numbers are read out of it when the classifier trains, and a text without one counts as 0.
     return variable->GetClassifier()->SetSetting(setting, StripQuotes(params[2])) ||
            Fail(FormatString("Setting '%s' does not exist", setting.c_str()));
   }

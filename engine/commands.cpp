@@ -53,6 +53,8 @@ Parameters:  1 - script file)"}) {}
       return false;
     }
     const TListScope scope(running, identity);
+    // The lines were read before the first one runs: a script that a command changes, or that its author saves anew
+    // meanwhile, ends as it began. Ctrl-C in a terminal ends it between two lines.
     for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
       if (work != nullptr) {
         if (work->IsInterrupted()) {
@@ -62,6 +64,7 @@ Parameters:  1 - script file)"}) {}
       }
       // A line that fails does not end the script: the user sees which one it was, and the rest may do without it.
       command(script.entries[i]);
+      // A window that is not drawn for a whole script looks as if it hung.
       ProcessEvents();
     }
     return true;

@@ -106,6 +106,7 @@ class TIndexCommand : public TFunction {
   /// False if the user ended it.
   bool DrawAll(const std::vector<TTopResult>& results,
                const boost::function<void(std::size_t, TPictureReport&)>& draw) const {
+    // One report for all, so that a hundred bad files make eleven lines and not a hundred.
     TPictureReport report([this](const std::string& line) { PrintLoss(line); });
     const auto step = [&](std::size_t i) {
       if (DialogsAreShown()) {
@@ -132,12 +133,15 @@ Parameters:  1 - 'databaseindex'
 Parameters:  2 - bool (ShowQueryImage))"}) {}
 
   bool Execute(const std::vector<std::string>& params) override {
+    // The query takes a tile of its own, so that fewer results have a place beside it.
     const auto top = RequireTop(params, TIndexDisplay::kTileCount, true);
     if (!top) {
       return false;
     }
     TIndexDisplay dialog;
     dialog.setAccessibleName(ToQString(top->title));
+    // Pixels of the screen for a logical one: 2 on a screen of twice the usual density, where a tile of the plain width
+    // would be enlarged and blurred.
     const qreal ratio = dialog.devicePixelRatioF();
     TImageRGB tile;
     const auto draw = [&](std::size_t i, TPictureReport& report) {
@@ -172,6 +176,7 @@ Parameters:  1 - 'databaseindex'
 Parameters:  2 - bool (ShowQueryImage))"}) {}
 
   bool Execute(const std::vector<std::string>& params) override {
+    // The query lies on top of the others and takes no place from them.
     auto top = RequireTop(params, kMapTiles, false);
     if (!top) {
       return false;

@@ -78,6 +78,8 @@ Parameters:  1 - 'database'
     // to be removed by the controller.
     index.Begin(*database, query->GetFilename());
     const auto& images = database->GetImages();
+    // In lots, since the distance works through one feature of many images at a time, which is what makes it fast. The
+    // size of a lot changes no bit of a distance: each image has a sum of its own.
     std::vector<const TFeatureVectorList*> lists;
     bool anyCompares = false;
     std::size_t done = 0;
@@ -94,6 +96,7 @@ Parameters:  1 - 'database'
     if (done < images.size()) {
       return Interrupted(done, images.size());
     }
+    // No image has the features, and as many numbers of each as the query. The ranking stays, in the database's order.
     if (!anyCompares) {
       Print("No image can be compared");
     }
@@ -185,12 +188,15 @@ Parameters:  1 - 'database'
   }
 };
 
+// In the working directory, whatever the variables are called: an evaluation replaces the files of the one before.
 constexpr const char* kCurveFile = "recallprecision.txt";
 constexpr const char* kScriptFile = "recallprecision.plt";
 constexpr const char* kChartFile = "recallprecision.png";
 // Milliseconds.
 constexpr int kSettlingTime = 500;
 
+/// The relevance of each rank in turn, which is all that the measures need to know. An image is relevant if it carries
+/// the tag; so is the query itself, which stands in the ranking like any other image.
 TRecallPrecision Measure(const TVarDatabase& database, const TVarDatabaseIndex& index, const std::string& tag) {
   // Looked for once an image: both the ranks and the total need the answer, and tags are strings.
   std::vector<bool> carriesTag;
@@ -236,10 +242,12 @@ Parameters:  1 - 'databaseindex'
     if (!hasCarrier) {
       Print(FormatString("No image carries the tag '%s'", tag.c_str()));
     }
+    // The word of the field's tables for a mean over queries, of which this is the only one.
     Print(FormatString("MAP: %.08f", result.averagePrecision));
     if (!Write(kCurveFile, FormatCurve(result.curve)) || !Write(kScriptFile, FormatPlotScript(tag))) {
       return false;
     }
+    // Both texts are left even if nothing can be drawn: the curve is of use to other programs.
     // Whatever happens from here on, no chart of an earlier evaluation is taken for one of this.
     const bool isRemoved = base::RemoveFile(kChartFile);
     if (!IsSafePlotTitle(tag)) {
@@ -259,6 +267,7 @@ Parameters:  1 - 'databaseindex'
     base::RunGnuplot(kScriptFile);
     Pause(kSettlingTime);
     TImageRGB chart;
+    // What the call returns means different things on different platforms. The file decides.
     // A file whose name differs in case is not the one that gnuplot was to write.
     const bool isExact = base::NativePath(kChartFile) == kChartFile;
     const bool isDrawn = isRemoved && isExact && base::IsRegularFile(kChartFile);
