@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 /// What a program without a window needs of its terminal: standard output for its own lines only, lines as they arrive,
 /// and Ctrl-C as a wish that it can grant between two commands. SIGTERM and SIGHUP count as Ctrl-C.
@@ -11,13 +12,21 @@ namespace base {
 /// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
 std::FILE* TakeStandardOutput(bool verbose);
 
+/// Writes the text and whatever the stream still holds, and waits where a reader is slower than a stream that does not
+/// block. False, with the reason in errno, if that cannot be done: EPIPE if nobody reads.
+bool Print(std::FILE* stream, std::string_view text);
+
 /// True if the stream is a terminal, where a person reads along.
 bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
 /// only sets what Interrupted() tells and says so on standard error; a second one ends the program at once. Signals
-/// that the program was started to ignore stay ignored.
+/// that the program was started to ignore stay ignored. Includes MakeFileLimitAnError().
 void CatchSignals();
+
+/// From now on a file that reaches the limit of its size (ulimit -f) is an error of the write, as on a full disk, and
+/// does not end the program.
+void MakeFileLimitAnError();
 
 /// True once Ctrl-C was pressed after CatchSignals(); always false in a program that did not call it.
 bool Interrupted();

@@ -135,9 +135,11 @@ int main(int argc, char** argv) {
   // These two need no display. All else waits until the toolkit has taken its own options out.
   const TOptions first = ParseOptions(arguments, reason);
   if (first.help || first.version) {
-    std::fputs(first.help ? kUsage : "tessimar " TESSIMAR_VERSION "\n", stdout);
-    return EXIT_SUCCESS;
+    return base::Print(stdout, first.help ? kUsage : "tessimar " TESSIMAR_VERSION "\n")
+               ? EXIT_SUCCESS
+               : Refuse("Standard output cannot be written");
   }
+  base::MakeFileLimitAnError();
   base::KeepFreedMemory();
   qInstallMessageHandler(RefuseWithoutDisplay);
   QGuiApplication::setDesktopFileName(TESSIMAR_DESKTOP_ENTRY);

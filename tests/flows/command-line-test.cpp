@@ -106,6 +106,11 @@ TEST_F(TCommandLine, HelpAndVersionNeedNothing) {
   EXPECT_EQ(Window({}), (TOutcome{2, "", "tessimar: There is no display. tessimar-batch runs scripts without one.\n"}));
 }
 
+TEST_F(TCommandLine, ATextThatDoesNotFitOnTheDiskIsToldOf) {
+  EXPECT_EQ(Run("/bin/sh", {"-c", "exec \"$0\" --help >/dev/full", WORKBENCH_PROGRAM}),
+            (TOutcome{2, "", "tessimar: Standard output cannot be written\n"}));
+}
+
 TEST_F(TCommandLine, APictureThatDoesNotFitOnTheDiskIsNamedAndNotLeftInHalf) {
   QImage noise(200, 200, QImage::Format_RGB888);
   for (int i = 0; i < 200 * 200; ++i) {
