@@ -200,6 +200,14 @@ void CatchSignals() {
   }
 }
 
+int SignalDescriptor() {
+#ifdef _WIN32
+  return -1;
+#else
+  return wakeUp[0];
+#endif
+}
+
 bool Interrupted() {
   return interrupted != 0;
 }

@@ -24,6 +24,10 @@ bool IsTerminal(std::FILE* stream);
 /// that the program was started to ignore stay ignored. Includes MakeFileLimitAnError().
 void CatchSignals();
 
+/// A descriptor that is readable from the first Ctrl-C on, for a loop that waits for events; nobody reads from it. -1
+/// where there is none.
+int SignalDescriptor();
+
 /// From now on a file that reaches the limit of its size (ulimit -f) is an error of the write, as on a full disk, and
 /// does not end the program.
 void MakeFileLimitAnError();
