@@ -136,6 +136,10 @@ class TCollectionRun {
     if (!AreKnown(options.expectations, plan->setNames, reason) || !OpenOutputDirectory(options.out, reason)) {
       return RefuseExperiment(kExperimentUnusable, reason);
     }
+    if (plan->collection.leftOut > 0 && !options.isQuiet) {
+      std::fprintf(stderr, "tessimar-experiment: %zu other pictures left out: %s\n", plan->collection.leftOut,
+                   plan->collection.leftOutRule);
+    }
     if (options.step == TStep::kAll || options.step == TStep::kExtract) {
       if (const int status = StatusOf(Extract()); status != kExperimentDone || options.step == TStep::kExtract) {
         return status;

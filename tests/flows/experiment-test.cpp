@@ -404,6 +404,48 @@ TEST_F(TExperimentFlow, DirectoriesAreClassesAndAwkwardNamesStayInTheirFields) {
   EXPECT_NE(FileBytes("o/topics.tsv").find("\tt\t1\t"), std::string::npos);
 }
 
+TEST_F(TExperimentFlow, APictureThatWasCopiedByHalfIsUsedAndNamed) {
+  MakeSixPictures();
+  // Noise, which fills the file evenly.
+  MakePicture("photos/im6.jpg", 200, 200, [](int x, int y) {
+    const auto noise = static_cast<unsigned int>(x * 200 + y) * 2654435761U;
+    return TColor{static_cast<unsigned char>(noise >> 24U), static_cast<unsigned char>(noise >> 16U), 0};
+  });
+  filesystem::resize_file("photos/im6.jpg", filesystem::file_size("photos/im6.jpg") / 2);
+  // The second run goes on from the features of the first.
+  for (int i = 0; i < 2; ++i) {
+    const TOutcome outcome = Run({"photos", "--truth", "tags", "--features", "hsv", "--quiet", "--out", "out"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.errors,
+              "im6.jpg: is damaged: only a part of it could be read\n"
+              "tessimar-experiment: 1 file or line was skipped; damage.tsv has all.\n");
+    EXPECT_EQ(FileBytes("out/damage.tsv"),
+              "file\tline\treason\nim6.jpg\t0\tis damaged: only a part of it could be read\n");
+    EXPECT_NE(FileBytes("out/topics.tsv").find("\tb:im6.jpg\t"), std::string::npos) << "it is a query";
+  }
+}
+
+TEST_F(TExperimentFlow, PicturesThatAreNotInTheCollectionAreCounted) {
+  MakeSixPictures();
+  MakeColumns("photos/im7.JPG", {kRed, kRed, kRed, kRed});
+  MakeFile("photos/notes.txt", "no picture");
+  MakeFile("photos/old.webp", "");
+  EXPECT_EQ(Run({"photos", "--truth", "tags", "--features", "hsv", "--out", "out"}).errors,
+            "tessimar-experiment: 2 other pictures left out: their names do not contain '.jpg'\n");
+  EXPECT_EQ(Run({"photos", "--truth", "tags", "--features", "hsv", "--out", "out", "--quiet"}).errors, "");
+  MakeColumns("classes/a/1.JPG", {kRed, kRed, kRed, kRed});
+  MakeColumns("classes/a/2.png", {kRed, kRed, kRed, kRed});
+  MakeFile("classes/a/3.gif", "");
+  MakeFile("classes/a/notes.txt", "");
+  MakeColumns("classes/4.jpg", {kRed, kRed, kRed, kRed});
+  const TOutcome outcome = Run({"classes", "--classes", "--features", "hsv", "--out", "out"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(
+      outcome.errors,
+      "tessimar-experiment: 2 other pictures left out: they lie in no class, or end in none of .jpg, .jpeg, .png, "
+      ".tif and .tiff\n");
+}
+
 TEST_F(TExperimentFlow, WithoutATopicNothingIsWritten) {
   MakeSixPictures();
   MakeFile("one/im1.jpg", FileBytes("photos/im1.jpg"));
