@@ -14,6 +14,7 @@
 #endif
 
 #include "base/native-path.h"
+#include "base/text.h"
 
 namespace base {
 
@@ -277,11 +278,15 @@ bool TLineReader::Next(std::string& line) {
     if (!ReadBlock()) {
       line.assign(pending, position);
       position = pending.size();
-      if (Interrupted() || hasFailed || line.empty()) {
+      if (Interrupted() || hasFailed || (isFirst ? SkipByteOrderMark(line).empty() : line.empty())) {
         return false;
       }
       break;
     }
+  }
+  if (isFirst) {
+    line.erase(0, line.size() - SkipByteOrderMark(line).size());
+    isFirst = false;
   }
   if (!line.empty() && line.back() == '\r') {
     line.pop_back();

@@ -36,7 +36,7 @@ void MakeFileLimitAnError();
 bool Interrupted();
 
 /// Reads lines from standard input or from a file as they arrive. Lines end in LF or CR LF; what stands behind the last
-/// line end is a line too, unless it is empty.
+/// line end is a line too, unless it is empty. A mark of UTF-8 at the beginning is no part of the first line.
 class TLineReader {
  public:
   /// Reads standard input.
@@ -69,6 +69,7 @@ class TLineReader {
   int descriptor = 0;
   bool atEnd = false;
   bool hasFailed = false;
+  bool isFirst = true;
   std::string pending;
   std::size_t position = 0;
 };

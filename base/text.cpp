@@ -35,6 +35,11 @@ std::string_view Trim(std::string_view text) {
   return text;
 }
 
+std::string_view SkipByteOrderMark(std::string_view text) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
+}
+
 std::string EscapeField(std::string_view field) {
   std::string escaped;
   escaped.reserve(field.size());

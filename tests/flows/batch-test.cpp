@@ -50,6 +50,20 @@ TEST_F(TBatch, RunsAScriptWithEitherLineEndAndALastLineWithoutOne) {
   EXPECT_EQ(Run({"-"}, "a\xff\n").output, "> a\xff\n  Syntax error while parsing function call\n");
 }
 
+TEST_F(TBatch, TheMarkThatAnEditorPutsBeforeATextIsNoPartOfIt) {
+  const std::string mark = "\xef\xbb\xbf";
+  MakeFile("s.txt", mark + "a = createclassifier(\"svm\")\r\ngetclassifiersetting(a, \"kernel\")\r\n");
+  const std::string lines = "> a = createclassifier(\"svm\")\n> getclassifiersetting(a, \"kernel\")\n  kernel = rbf\n";
+  EXPECT_EQ(Run({"s.txt"}), (TOutcome{0, lines, ""}));
+  EXPECT_EQ(Run({"-e", "executescript(\"s.txt\")"}), (TOutcome{0, "> executescript(\"s.txt\")\n" + lines, ""}));
+  EXPECT_EQ(Run({}, mark + "#!/usr/bin/env tessimar-batch\nreset()"), (TOutcome{0, "> reset()\n", ""}));
+  EXPECT_EQ(Run({}, mark), (TOutcome{0, "", ""}));
+  MakeFile("tree.txt", mark + "2\r\n");
+  EXPECT_EQ(Run({}, "db = loaddatabase(\"photos\")\nloadmirflickrtags(db, \"tree.txt\")\n").output,
+            "> db = loaddatabase(\"photos\")\n  Scanning..\n  Database contains 2 images\n"
+            "> loadmirflickrtags(db, \"tree.txt\")\n");
+}
+
 TEST_F(TBatch, SaysNothingOfASessionThatItDoesNotNeed) {
   environment.remove("XDG_RUNTIME_DIR");
   EXPECT_EQ(Run({}, "reset()").errors, "");

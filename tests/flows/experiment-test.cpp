@@ -334,6 +334,26 @@ TEST_F(TExperimentFlow, FaultsInOtherProgramsRunsAreNamedByFileAndLine) {
   EXPECT_EQ(Run({"--measure", "a.run", "--qrels", "qrels", "--out", "m", "--depth", "3"}).status, 2);
 }
 
+TEST_F(TExperimentFlow, TheMarkThatAnEditorPutsBeforeATextIsNoPartOfIt) {
+  const std::string mark = "\xef\xbb\xbf";
+  // d1 is found at rank 2 of its only topic.
+  MakeFile("qrels", mark + "q1 0 d1 1\nq1 0 d2 0\n");
+  MakeFile("a.run", mark + "q1 Q0 d2 1 2 a\nq1 Q0 d1 2 1 a\n");
+  EXPECT_EQ(Run({"--measure", "a.run", "--qrels", "qrels", "--out", "m", "--expect", "a ap==0.5"}).status, 0);
+  MakeSixPictures();
+  const QStringList options = {"photos", "--features", "hsv", "--quiet", "--out", "out", "--truth"};
+  EXPECT_EQ(Run(options + QStringList{"tags"}), (TOutcome{0, "", ""}));
+  const std::string topics = FileBytes("out/topics.tsv");
+  MakeFile("tags/a.txt", mark + FileBytes("tags/a.txt"));
+  EXPECT_EQ(Run(options + QStringList{"tags"}), (TOutcome{0, "", ""}));
+  EXPECT_EQ(FileBytes("out/topics.tsv"), topics);
+  MakeFile("truth.tsv",
+           mark + "file\ttag\nim1.jpg\ta\nim2.jpg\tb\nim3.jpg\ta\nim3.jpg\tb\nim4.jpg\ta\nim5.jpg\tb\nim6.jpg\tb\n");
+  MakeFile("queries", mark + "im1.jpg\nim2.jpg\nim3.jpg\nim4.jpg\nim5.jpg\nim6.jpg\n");
+  EXPECT_EQ(Run(options + QStringList{"truth.tsv", "--queries", "queries"}), (TOutcome{0, "", ""}));
+  EXPECT_EQ(FileBytes("out/topics.tsv"), topics);
+}
+
 TEST_F(TExperimentFlow, ExpectationsAreHeldAgainstTheMeans) {
   MakeSixPictures();
   const QStringList options = {"photos", "--truth", "tags", "--features", "hsv", "--out", "out", "--expect"};
