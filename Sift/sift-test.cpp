@@ -172,7 +172,8 @@ std::vector<float> ConvolveInBands(const TPicture& picture, const std::vector<fl
   for (int begin = 0; begin < height; begin += band) {
     const int end = std::min(begin + band, height);
     for (; arrived < std::min(end + radius, height); ++arrived) {
-      std::copy_n(values.begin() + arrived * width, width, source.begin() + arrived * width);
+      std::copy_n(values.begin() + std::ptrdiff_t{arrived} * width, width,
+                  source.begin() + std::ptrdiff_t{arrived} * width);
     }
     VL::Detail::Convolve({destination, work.data(), source.data(), width, height, filter.data(), radius}, begin, end);
   }
@@ -838,16 +839,20 @@ TEST(Sift, KeypointsWithoutAPlaceAreRefused) {
   EXPECT_EQ(sift.Descriptor(good, kInfinity, 7)[0], 7);
   // A window of one sample, up to half a pixel away on either axis, holds from 1.5 * sigma / 2 = 0.1 on: then
   // 0.5 / (2 * 0.1^2) is 25.
-  for (float sigma = 0.05F; sigma < 1000; sigma *= 1.05F) {
+  float sigma = 0.05F;
+  while (sigma < 1000) {
     const Keypoint keypoint = sift.MakeKeypoint(64.9F, 63.1F, sigma);
     EXPECT_EQ(sift.Orientations(keypoint).empty(), sigma < 0.2F / 1.5F) << sigma;
     EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 0.2F / 1.5F) << sigma;
+    sigma *= 1.05F;
   }
   // Left of the first column by less than a rounding, and so in the octave: its window is farther away than others.
   // With a radius of 1, a distance of 1.45 and bins of 3 * sigma / 2, 2 * (2.45 / bin)^2 / 8 is 25 at sigma 2.45 / 15.
-  for (float sigma = 0.13F; sigma < 1; sigma *= 1.05F) {
+  sigma = 0.13F;
+  while (sigma < 1) {
     Keypoint keypoint = sift.MakeKeypoint(-2.9F, -2.9F, sigma);
     EXPECT_EQ(sift.Descriptor(keypoint, 1, 7)[0] == 7, sigma < 2.45F / 15) << sigma;
+    sigma *= 1.05F;
   }
   std::cerr.rdbuf(before);
 }

@@ -19,6 +19,7 @@ bool IsNeighborName(std::string_view name) {
     return false;
   }
   name.remove_prefix(kStart.size());
+  // All of it is asked for: a name that only begins so may be the user's own.
   const auto isNumber = [](std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
   };
@@ -38,6 +39,8 @@ void RemoveAbandonedFiles(const std::string& directory) {
     const std::string path = WithTrailingSeparator(directory) + name;
     boost::system::error_code error;
     const std::time_t changed = boost::filesystem::last_write_time(path, error);
+    // A file that has gone since the listing gives an error. A time in the future, from a server whose clock runs
+    // ahead, gives a negative age. Neither is touched.
     if (!error && now - changed > kHour) {
       RemoveFile(path);
     }

@@ -21,6 +21,7 @@ namespace {
 
 /// What is ignored stays ignored: that was the wish of whoever started the program.
 void DropSignalHandlers() {
+  // Numbers that the C library keeps for its own threads are refused by sigaction() and passed over.
   for (int signal = 1; signal < NSIG; ++signal) {
     struct sigaction action = {};
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN && action.sa_handler != SIG_DFL) {
@@ -33,6 +34,8 @@ void DropSignalHandlers() {
 
 std::optional<TChildProcess> StartChild(const boost::function<void(int toParent)>& work) {
   std::array<int, 2> ends;
+  // Neither end may pass into a program that is started meanwhile: a stray copy of the writing end would keep the
+  // reader from ever seeing the end of the pipe.
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     return std::nullopt;
   }
@@ -41,10 +44,13 @@ std::optional<TChildProcess> StartChild(const boost::function<void(int toParent)
   sigset_t before;
   sigfillset(&all);
   sigprocmask(SIG_SETMASK, &all, &before);
+  // Asked before the fork: afterwards the child has only getppid(), which names another process once the parent is
+  // gone.
   const pid_t parent = getpid();
   const pid_t child = fork();
   if (child == 0) {
     DropSignalHandlers();
+    // Handlers go before the mask does: a signal that waits shall meet the default action.
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -60,8 +66,10 @@ std::optional<TChildProcess> StartChild(const boost::function<void(int toParent)
     if (getppid() == parent) {
       work(ends[1]);
     }
+    // Not exit(): buffers and exit handlers are copies of the parent's, which will flush and run them itself.
     _exit(EXIT_FAILURE);
   }
+  // Kept before the calls below can change it.
   const int reason = errno;
   sigprocmask(SIG_SETMASK, &before, nullptr);
   close(ends[1]);
@@ -74,6 +82,7 @@ std::optional<TChildProcess> StartChild(const boost::function<void(int toParent)
 }
 
 int EndChild(const TChildProcess& child) {
+  // Safe even if the child has ended: until waitpid() it is a zombie, and its number cannot be given to a stranger.
   kill(child.process, SIGKILL);
   close(child.fromChild);
   int status = 0;

@@ -7,6 +7,8 @@ namespace base {
 namespace {
 
 std::string Beside(const std::string& path) {
+  // In the same directory, since rename() works only within one file system. The name is always the same: what a killed
+  // program left behind is overwritten by the next attempt.
   return path + ".new";
 }
 
@@ -17,6 +19,7 @@ TFileReplacement::TFileReplacement(const std::string& thePath)
 
 TFileReplacement::~TFileReplacement() {
   if (isBeside) {
+    // Closed first: Windows does not remove an open file.
     file.reset();
     std::remove(Beside(path).c_str());
   }

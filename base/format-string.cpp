@@ -7,6 +7,8 @@ std::string FormatString(const char* format, ...) {
   std::string text;
   va_list measured;
   va_start(measured, format);
+  // A list is indeterminate once vsnprintf has walked through it (C11, 7.21.6.12), so each of the two passes has its
+  // own.
   va_list filled;
   va_copy(filled, measured);
   const int length = std::vsnprintf(nullptr, 0, format, measured);

@@ -70,6 +70,7 @@ void BeGuarded(const boost::function<bool(std::FILE* answer)>& work, const TGuar
     }
   }
   Limit(RLIMIT_CPU, static_cast<rlim_t>(limits.processorSeconds));
+  // The limit of the address space below does not count an answer that is written and not mapped; this one does.
   Limit(RLIMIT_FSIZE, limits.memory);
   // On top of what the parent has in use, which the copy begins with; not of freed blocks, which it could use again.
   ReturnFreedMemory();
@@ -77,6 +78,7 @@ void BeGuarded(const boost::function<bool(std::FILE* answer)>& work, const TGuar
     Limit(RLIMIT_AS, *mapped + limits.memory);
   }
   try {
+    // Flushed before the byte goes out: the parent reads the file as soon as it has that byte, and ends this process.
     if (work(answer) && std::fflush(answer) == 0) {
       const char done = '.';
       [[maybe_unused]] const ssize_t written = write(toParent, &done, 1);

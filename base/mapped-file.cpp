@@ -9,6 +9,8 @@ namespace base {
 std::optional<TMappedFile> TMappedFile::Open(const std::string& path) {
   namespace interprocess = boost::interprocess;
   try {
+    // Closed at the end of the block: a mapping holds the file by itself (POSIX, mmap). If another program cuts the
+    // file short meanwhile, touching the missing pages ends this one with SIGBUS.
     const interprocess::file_mapping file(path.c_str(), interprocess::read_only);
     const auto region = std::make_shared<interprocess::mapped_region>(file, interprocess::read_only);
     TMappedFile mapped;

@@ -26,6 +26,7 @@ namespace {
 constexpr char kSeparator = '\\';
 
 filesystem::path ToPath(const std::string& text) {
+  // The locale owns the facet, whose count of references begins at 0.
   static const std::locale utf8(std::locale::classic(), new filesystem::detail::utf8_codecvt_facet);
   return filesystem::path(text, utf8);
 }
@@ -274,7 +275,8 @@ std::string CanonicalPath(const std::string& path) {
   const filesystem::path canonical = filesystem::canonical(ToPath(nativePath), error);
   return error ? nativePath : canonical.string();
 #else
-  // Not by the library, which ends the program where memory is missing for a part of the path.
+  // Not by the library, which ends the program where memory is missing for a part of the path. With a null buffer
+  // realpath() allocates one by malloc() (POSIX.1-2008).
   const std::unique_ptr<char, decltype(&std::free)> canonical(realpath(nativePath.c_str(), nullptr), &std::free);
   return canonical ? std::string(canonical.get()) : nativePath;
 #endif

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
+#include <limits>
 #include <type_traits>
 
 #include <elf.h>
@@ -44,7 +45,9 @@ std::uint64_t LoadedBytes(std::istream& file, const THeader& header) {
     }
     if (segment.p_type == PT_LOAD) {
       // p_filesz and not p_memsz: what exceeds the file is zero-filled memory (.bss) and needs no byte of it.
-      most = std::max<std::uint64_t>(most, segment.p_offset + segment.p_filesz);
+      // A forged sum that wraps around is more than any file has.
+      const std::uint64_t end = std::uint64_t{segment.p_offset} + segment.p_filesz;
+      most = std::max(most, end < segment.p_offset ? std::numeric_limits<std::uint64_t>::max() : end);
     }
   }
   return most;
@@ -83,8 +86,7 @@ std::string WhyNoPlugin(const std::string& fileName) {
   if (!file) {
     return {};
   }
-  if (!ReadRecord(file, header) || !std::equal(header.e_ident, header.e_ident + SELFMAG, ELFMAG) ||
-      header.e_type != ET_DYN) {
+  if (!ReadRecord(file, header) || !std::equal(header.e_ident, header.e_ident + SELFMAG, ELFMAG)) {
     return "it is no library";
   }
   // Comparing with the program itself instead of with constants is right on every processor that it is compiled for.
@@ -97,8 +99,13 @@ std::string WhyNoPlugin(const std::string& fileName) {
       header.e_machine != own.e_machine) {
     return "it is a library for another processor";
   }
+  // Behind the comparison, since a number of two bytes means nothing before the order of bytes is known.
+  if (header.e_type != ET_DYN) {
+    return "it is no library";
+  }
   // The loader maps what the header promises, and dies at the first page behind the end of the file.
   const std::uint64_t needed = LoadedBytes(file, header);
+  // A size that cannot be asked for comes back as the largest number, and speaks against nothing.
   return needed == 0 || needed > boost::filesystem::file_size(fileName, error) ? "it is cut off or damaged" : "";
 }
 

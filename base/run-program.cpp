@@ -32,6 +32,7 @@ struct TCloser {
 /// All that comes out of a pipe, which is closed then.
 std::string Drain(int descriptor) {
   std::string bytes;
+  // What a pipe holds on Linux by default: one call empties a full one.
   std::array<char, 65536> block = {};
   for (ssize_t count = 1; count > 0 || (count < 0 && errno == EINTR);) {
     count = read(descriptor, block.data(), block.size());
@@ -67,6 +68,7 @@ std::optional<std::string> AskGnuplot([[maybe_unused]] const std::string& script
   // From a file and not through a pipe: gnuplot may print before it has read all.
   const std::unique_ptr<std::FILE, TCloser> input(std::tmpfile());
   std::array<int, 2> output = {};
+  // Back to the start, since the child gets the position along with the descriptor.
   if (!input || std::fwrite(script.data(), 1, script.size(), input.get()) != script.size() ||
       std::fflush(input.get()) != 0 || lseek(fileno(input.get()), 0, SEEK_SET) != 0 ||
       pipe2(output.data(), O_CLOEXEC) != 0) {
@@ -75,6 +77,7 @@ std::optional<std::string> AskGnuplot([[maybe_unused]] const std::string& script
   // posix_spawn and not fork: a program that holds gigabytes of features would have to copy its page tables first.
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
+  // The copies that dup2() makes stay open in the new program; the ends of the pipe themselves are close-on-exec.
   posix_spawn_file_actions_adddup2(&actions, fileno(input.get()), STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
@@ -88,6 +91,7 @@ std::optional<std::string> AskGnuplot([[maybe_unused]] const std::string& script
   // Before reading: with our own copy of the writing end open, the pipe would never come to its end.
   close(output[1]);
   std::string printed = Drain(output[0]);
+  // Waited for only after draining: gnuplot would block on a full pipe while we blocked on gnuplot.
   return isStarted && EndedWell(process) ? std::optional(std::move(printed)) : std::nullopt;
 #endif
 }

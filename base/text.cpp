@@ -19,6 +19,7 @@ char LowerAscii(char character) {
 }
 
 std::string FoldCase(std::string text) {
+  // Byte by byte is safe in UTF-8: every byte of a longer character is above 127 (RFC 3629).
   for (char& character : text) {
     character = LowerAscii(character);
   }

@@ -112,6 +112,8 @@ namespace {
 
 extern "C" void OnFault(int signal, siginfo_t* information, void* /*context*/) {
   const char* name = nullptr;
+  // Only what POSIX lists as async-signal-safe: the fault may have come from within malloc() or printf(), whose locks
+  // are then held.
   if (const char* where = WhereTrespassed(information->si_addr, name)) {
     WriteAll(&kTrespassedMark, 1);
     WriteText(where);
@@ -125,7 +127,8 @@ extern "C" void OnFault(int signal, siginfo_t* information, void* /*context*/) {
 }
 
 void CatchFaults() {
-  // A stack of its own, for the fault of a stack that is full.
+  // A stack of its own, for the fault of a stack that is full. 64 KiB hold the registers of any processor in use, whose
+  // vector units make the frame of a handler large; SIGSTKSZ is not a constant in glibc.
   static std::array<char, 65536> stack;
   stack_t alternative = {};
   alternative.ss_sp = stack.data();
@@ -175,6 +178,8 @@ bool Listen(int pipe, const TTell& hear, int patience, TTrialOutcome& outcome) {
     if (count < 0 && errno == EINTR) {
       continue;
     }
+    // The system closes the pipe with the process, however that ends. A line that was cut off then stays in `pending`
+    // and is not heard: half a finding would be a wrong one.
     if (count <= 0) {
       return true;
     }
@@ -240,8 +245,9 @@ TGuardedBlock::TGuardedBlock(std::size_t theSize, TFlush flush, const char* theN
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   pagesSize = (theSize + page - 1) / page * page;
   mappingSize = pagesSize + 2 * kGuardSize;
-  void* const memory = mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (slot == blocks.end() || memory == MAP_FAILED) {
+  void* const memory =
+      slot == blocks.end() ? MAP_FAILED : mmap(nullptr, mappingSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) {
     return;
   }
   mapping = static_cast<unsigned char*>(memory);
@@ -277,6 +283,7 @@ TMemoryInUse MemoryInUse() {
 #else
   TMemoryInUse memory;
 #if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 33)
+  // Not mallinfo(), whose numbers are ints and wrap around beyond 2 GiB.
   const auto heap = mallinfo2();
   // Blocks in use in the arenas, and those that are mappings of their own.
   memory.allocated = heap.uordblks + heap.hblkhd;

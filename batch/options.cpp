@@ -7,6 +7,7 @@
 #include "base/format-string.h"
 #include "gui/eight-bit-text.h"
 
+// An option stands in four places: here, in docs/tessimar-batch.md and in both completions. Tests compare them.
 const char* const kUsage =
     R"(Usage: tessimar-batch [OPTION]... [-e LINE]... [SCRIPT]
        tessimar-batch --check-plugin FILE
@@ -46,6 +47,7 @@ output any more.
 namespace {
 
 void AddOptions(QCommandLineParser& parser) {
+  // All of them without a description: --help prints kUsage.
   QCommandLineOption line("e", "", "LINE");
   // "-e" takes its line also without a blank, as other programs of a shell do.
   line.setFlags(QCommandLineOption::ShortOptionStyle);
@@ -60,8 +62,10 @@ void AddOptions(QCommandLineParser& parser) {
 /// of the options has no meaning.
 std::string FaultOfValues(const QCommandLineParser& parser) {
   std::string reason;
+  // -e is not among them: its value may be any line, and it may be repeated.
   for (const char* name :
        {"pictures", "variables", "rankings", "runs", "segments", "seed", "plugins", "check-plugin"}) {
+    // --plugins may come several times. A --seed that begins with a dash is told further down, as no number.
     const QStringList values = parser.values(name);
     // The parser would take the last one without a word.
     if (values.size() > 1 && std::string_view(name) != "plugins") {
@@ -82,6 +86,8 @@ std::string FaultOfValues(const QCommandLineParser& parser) {
 std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
+    // As UTF-8: a path with other bytes does not come through. An input is then said to be missing, and an output gets
+    // another name.
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
@@ -109,7 +115,7 @@ std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason)
   TOptions options;
   if (parser.isSet("seed")) {
     bool isNumber = false;
-    // 32 bits without a sign, as srand() takes them.
+    // 32 bits without a sign, as srand() takes them, read as in the locale "C".
     options.seed = parser.value("seed").toUInt(&isNumber);
     if (!isNumber) {
       reason = "'" + FromQString(parser.value("seed")) + "' behind '--seed' is no number from 0 to 4294967295.";

@@ -70,6 +70,7 @@ int Run(int argc, char** argv, const char* version) {
     return CheckOnePlugin(options->checkedPlugin);
   }
   TBatchSession session(*options);
+  // Outputs such as /dev/stdout are opened here, before standard output is put aside below.
   if (!session.Open(reason)) {
     return RefuseBatch(reason);
   }
@@ -80,10 +81,12 @@ int Run(int argc, char** argv, const char* version) {
   }
   base::CatchSignals();
   base::KeepFreedMemory();
+  // Before the application object, which reads these variables as it is made.
   ForgetScreen();
   // The toolkit must not take options out of our own arguments, which were parsed already.
   int argumentCount = 1;
   QApplication application(argumentCount, argv);
+  // Behind the application object, which takes over the user's locale: tables would get decimal commas.
   base::UseClassicNumbers();
   TStreamView view(output);
   return session.Run(view);
@@ -95,6 +98,7 @@ int RunBatch(int argc, char** argv, const char* version) {
   try {
     return Run(argc, argv, version);
   } catch (const std::exception& failure) {
+    // What is thrown inside a command ends that command alone; what comes here ends the run.
     return RefuseBatch(failure.what());
   }
 }

@@ -24,6 +24,7 @@ TBatchSession::TBatchSession(const TOptions& theOptions) : options(theOptions) {
 TBatchSession::~TBatchSession() = default;
 
 bool TBatchSession::Open(std::string& reason) {
+  // What is read comes first: a slip in its name makes no directory and no file.
   for (const std::string& directory : options.plugins) {
     if (!base::ListDirectory(directory)) {
       reason = FormatString("Directory '%s' cannot be read", directory.c_str());
@@ -73,6 +74,7 @@ int TBatchSession::Run(TStreamView& view) {
   TPictureSaver saver(options.pictures);
   const TDialogRunnerScope scope(
       options.pictures.empty() ? TDialogRunner() : boost::bind(&TPictureSaver::Save, &saver, boost::placeholders::_1));
+  // Lines go on behind one that failed, as those of a script do.
   for (std::size_t i = 0; i < options.lines.size() && !view.HasFailed() && !base::Interrupted(); ++i) {
     controller.ExecuteScriptLine(options.lines[i], "-e", i + 1);
   }
@@ -100,6 +102,7 @@ int TBatchSession::Run(TStreamView& view) {
     RefuseBatch("Standard output cannot be written");
     isWritten = false;
   }
+  // The gravest first: what was asked for and is not there outweighs whatever the lines did.
   if (!isWritten) {
     return kBatchUnusable;
   }

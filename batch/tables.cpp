@@ -19,6 +19,7 @@ namespace {
 /// A variable's name as a file name: variables may be called anything, "../a" included.
 std::string EncodeForFileName(std::string_view name) {
   // No capitals: variables have none, and on file systems that fold case two names would be one.
+  // No full stop, so that no name is "..", or hidden. No percent sign, so that two names never give one file.
   constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyz0123456789_-";
   std::string encoded;
   for (const char character : name) {
@@ -34,6 +35,7 @@ std::string EncodeForFileName(std::string_view name) {
 void AppendSegments(const std::string& variable, const TVarImage& image, std::string& table) {
   for (const auto& segment : image.GetSegments()) {
     const auto& rect = dynamic_cast<const TImageSegmentRect&>(*segment);
+    // Tables of a session write \t, \n and \\; those of an experiment write %XX.
     table += base::EscapeField(variable) + '\t' + base::EscapeField(image.GetFilename());
     table += FormatString("\t%d\t%d\t%d\t%d\t", rect.GetX(), rect.GetY(), rect.GetWidth(), rect.GetHeight());
     table += base::EscapeField(rect.GetLabel()) + '\t' +
@@ -49,6 +51,7 @@ std::string FormatRanking(const TVarDatabaseIndex& index, const TVarList& varLis
   int rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
     // 17 digits give back the same double; positions count from 0, ranks from 1.
+    // An infinite distance reads "inf", which strtod and most other readers of numbers take.
     table += FormatString("%d\t%d\t%.17g\t", ++rank, entry.imageIndex, entry.distance);
     if (database != nullptr) {
       const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
@@ -78,6 +81,7 @@ std::string FormatRun(const TVarDatabaseIndex& index, const TVarList& varList) {
   std::size_t rank = 0;
   for (const TDatabaseIndexEntry& entry : index.GetEntries()) {
     const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entry.imageIndex)];
+    // EncodeName leaves no blank, by which the fields of a run are parted.
     run += FormatRunLine(EncodeName(query), EncodeName(NameBelow(location, image.GetFilename())), ++rank,
                          index.GetEntries().size(), EncodeSet(index.GetName()));
   }
@@ -93,6 +97,7 @@ std::string WriteIndices(const TVarList& varList, const std::string& directory, 
       std::string file =
           base::WithTrailingSeparator(directory) + FitFileName(EncodeForFileName(index->GetName()), ending);
       const std::string text = format(*index, varList);
+      // An empty text too: a run of that name from an earlier session must not stay beside rankings of this one.
       if (!base::ReplaceFile(file, text.data(), text.size())) {
         return file;
       }

@@ -118,7 +118,7 @@ TEST(TClassifierNearestNeighbor, AnswersAmongLongExamplesAsAPlainSearchDoes) {
   // Numbers of few values make ties between the classes; others differ in the last bits of their sums alone.
   for (const int kind : {0, 1, 2, 3}) {
     const auto number = [&] {
-      const double bits = static_cast<double>(random());
+      const auto bits = static_cast<double>(random());
       return kind == 0   ? static_cast<double>(random() % 3)
              : kind == 1 ? std::ldexp(bits, -32) - 0.5
              : kind == 2 ? 1e15 + static_cast<double>(random() % 2)

@@ -99,8 +99,12 @@ void TClassifierNeuralNetwork::Train() {
   // A negative number of iterations is meant to be an enormous one: then only the error ends the training.
   fann_set_user_data(network.get(), &trainingWatcher);
   fann_set_callback(network.get(), OnEpoch);
+  // By the library's default algorithm, iRPROP- (C. Igel and M. Hüsken, "Improving the Rprop Learning Algorithm",
+  // 2000): every weight has a step of its own, and there is no learning rate to choose. It works on whole epochs, so
+  // that the order of the examples matters only to the rounding of sums.
   fann_train_on_data(network.get(), trainingData.get(), static_cast<std::uint32_t>(maxIterations),
                      trainingWatcher ? 1 : 0, maxError);
+  // The error that training leaves is that of the weights before the last step; this pass measures those that stay.
   fann_test_data(network.get(), trainingData.get());
   fann_print_connections(network.get());
   mse = fann_get_MSE(network.get());
@@ -146,6 +150,7 @@ double TClassifierNeuralNetwork::Classify(const TFeatureVector& vector) const {
   if (normalize) {
     Normalize(inputs.get(), length);
   }
+  // The sigmoid's range from 0 to 1 becomes -1 to 1, so that the boundary between the targets lies at 0.
   return 2 * output->Run(inputs.get()) - 1;
 }
 

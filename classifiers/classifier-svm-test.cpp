@@ -73,7 +73,7 @@ TEST(TClassifierSVM, IsTheLibrarysMachineOnScaledExamples) {
     TValues expected;
     TValues answers;
     for (int i = 0; i < 24 * 24; ++i) {
-      const TValues query = {i % 24 * 0.25 - 1, i / 24 * 0.25 - 1};
+      const TValues query = {i % 24 * 0.25 - 1, std::floor(i / 24.0) * 0.25 - 1};
       addRow(query);
       expected.push_back(svm_predict(model, pointers.back()));
       answers.push_back(Answer(svm, query));

@@ -137,7 +137,9 @@ void TClassifierSVM::Train() {
     return;
   }
   const TPrintScope scope(trainingWatcher);
-  // The model keeps pointers into the rows of the problem for its support vectors: the problem has to outlive it.
+  // The model keeps pointers into the rows of the problem for its support vectors: the problem has to outlive it. The
+  // library solves for two examples at a time (R.-E. Fan, P.-H. Chen and C.-J. Lin, "Working Set Selection Using Second
+  // Order Information for Training Support Vector Machines", 2005).
   model.reset(svm_train(&problem->view, parameters.get()));
   decision = std::make_unique<TSvmDecision>(*model, rowLength);
 }

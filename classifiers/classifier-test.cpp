@@ -53,7 +53,7 @@ TEST(TClassifier, LoadTakesAWholeBlockOrNothing) {
   ASSERT_TRUE(Restore(probe, sound, "more"));
   EXPECT_EQ(Stored(probe), sound);
   const std::string hostile[] = {"",
-                                 "\1\0",
+                                 std::string("\1\0", 2),
                                  Int(3) + Doubles({1, 2, 3, 4, 5}),
                                  Int((1 << 24) + 1) + Doubles({1, 2}),
                                  Int(INT32_MAX) + Doubles({1, 2}),

@@ -104,6 +104,7 @@ std::optional<TClassifier::TScaling> TClassifier::ReadScaling(std::FILE* file) {
   if (!ReadInt32(file, scaling.dimension) || scaling.dimension < 0) {
     return std::nullopt;
   }
+  // Written by a classifier that has not scaled; no arrays follow.
   if (scaling.dimension == 0) {
     return scaling;
   }
@@ -150,14 +151,18 @@ void TClassifier::ComputeNormalization() {
   minimum = std::make_unique_for_overwrite<double[]>(length);
   maximum = std::make_unique_for_overwrite<double[]>(length);
   std::fill_n(minimum.get(), length, std::numeric_limits<double>::max());
-  // The smallest positive number, so that a dimension of nothing but zeros has a range, and its zeros become -1.
+  // The smallest positive number, so that a dimension of nothing but zeros has a range, and its zeros become -1. It
+  // also means that a dimension of negative values alone ends at about 0 and not at its largest value.
   std::fill_n(maximum.get(), length, std::numeric_limits<double>::min());
   // Both classes together: scaled apart, the two would be moved over each other and could not be told apart.
   for (const TFeatureVectorList* list : {positiveExamples.get(), negativeExamples.get()}) {
     for (const TFeatureVector* example : list->GetItems()) {
       const double* const values = example->GetData();
+      // The range is that of the first positive example's length. What a longer one has behind that stays unscaled.
       const std::uint32_t known = std::min(length, example->GetLength());
       for (std::uint32_t i = 0; i < known; ++i) {
+        // The value stands second: std::min and std::max give their first argument if the second is a NaN, so that none
+        // gets into the range.
         minimum[i] = std::min(minimum[i], values[i]);
         maximum[i] = std::max(maximum[i], values[i]);
       }
@@ -173,14 +178,14 @@ void TClassifier::NormalizeExamples() {
   }
 }
 
-bool TClassifier::HasUniformExamples() const {
+bool TClassifier::ExamplesHaveLength(std::uint32_t length) const {
   const auto& positives = positiveExamples->GetItems();
   const auto& negatives = negativeExamples->GetItems();
-  if (positives.empty()) {
-    return false;
-  }
-  const auto fits = [length = positives.front()->GetLength()](const TFeatureVector* example) {
-    return example->GetLength() == length;
-  };
+  const auto fits = [length](const TFeatureVector* example) { return example->GetLength() == length; };
   return std::all_of(positives.begin(), positives.end(), fits) && std::all_of(negatives.begin(), negatives.end(), fits);
+}
+
+bool TClassifier::HasUniformExamples() const {
+  const auto& positives = positiveExamples->GetItems();
+  return !positives.empty() && ExamplesHaveLength(positives.front()->GetLength());
 }

@@ -68,6 +68,9 @@ class TClassifier {
   TFeatureVectorList& GetNegativeExamples() { return *negativeExamples; }
   const TFeatureVectorList& GetNegativeExamples() const { return *negativeExamples; }
 
+  /// True if every example of both lists has that length, also if there is none.
+  bool ExamplesHaveLength(std::uint32_t length) const;
+
   bool GetCopyExamples() const { return copyExamples; }
 
   /// Also tells the lists whether the examples in them, those of before included, are theirs to delete.

@@ -81,9 +81,10 @@ TEST(TDistanceBounds, RuleOutNearlyAllThatAreFurther) {
   }
   EXPECT_LE(left, 20U * 10);
   // 0.35 of the rows' own memory is what such a form may take.
-  EXPECT_LE(bounds->GetMemory(), 2000U * 256 * sizeof(double) * 35 / 100);
+  EXPECT_LE(bounds->GetMemory(), std::size_t{2000} * 256 * sizeof(double) * 35 / 100);
   const TRows shorter = RandomRows(2000, 65, [&] { return even(random); });
-  EXPECT_LE(TDistanceBounds::Make(Pointers(shorter), 65)->GetMemory(), 2000U * 65 * sizeof(double) * 35 / 100);
+  EXPECT_LE(TDistanceBounds::Make(Pointers(shorter), 65)->GetMemory(),
+            std::size_t{2000} * 65 * sizeof(double) * 35 / 100);
 }
 
 TEST(TDistanceBounds, RowsWithoutARangeHaveNone) {

@@ -71,8 +71,9 @@ double TDistanceBounds::Round(const double* numbers, std::uint8_t* rounded) cons
   double sum = 0.0;
   for (std::size_t i = 0; i < length; ++i) {
     const double level = std::clamp((numbers[i] - lowest) / step, 0.0, kLevels - 1.0);
-    // To the nearest level, so that no number moves by more than half a step.
-    rounded[i] = static_cast<std::uint8_t>(level + 0.5);
+    // To the nearest level, so that no number moves by more than half a step. Which way the middle between two goes
+    // makes no difference to the bound; std::lround would ask the library each time.
+    rounded[i] = static_cast<std::uint8_t>(level + 0.5);  // NOLINT(bugprone-incorrect-roundings)
     sum += std::fabs(level - static_cast<double>(rounded[i]));
   }
   // An upper limit of what the exact sum would be: this value is subtracted from distances, and must not be too small.

@@ -29,6 +29,7 @@ bool ReadInt32(std::FILE* file, std::int32_t& value) {
   if (!ReadUint32(file, bits)) {
     return false;
   }
+  // Two's complement on every machine since C++20.
   value = static_cast<std::int32_t>(bits);
   return true;
 }

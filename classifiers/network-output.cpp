@@ -18,6 +18,8 @@ double Activate(int function, double steepness, double sum) {
   using std::cos;
   using std::exp;
   using std::sin;
+  // The sum is multiplied by the steepness and the limit is divided by it. That is how fann_run does it, and equal bits
+  // are the aim.
   const double limit = kLargestSum / steepness;
   sum *= steepness;
   if (sum > limit) {

@@ -86,6 +86,7 @@ bool TakeArray(TTextCursor& cursor, const TField& field, std::string_view countK
 
 /// The neurons of each layer, its bias neuron included.
 bool TakeLayers(TTextCursor& cursor, std::uint32_t layerCount, std::vector<std::uint32_t>& layers) {
+  // Inputs and outputs at least.
   if (layerCount < 2 || !cursor.Take("layer_sizes=")) {
     return false;
   }
@@ -95,6 +96,7 @@ bool TakeLayers(TTextCursor& cursor, std::uint32_t layerCount, std::vector<std::
     if (!cursor.TakeCount(size) || !cursor.Take(" ") || size < 2) {
       return false;
     }
+    // Memory grows with the text that was read and never on the word of a count.
     layers.push_back(size);
   }
   // One output, and the bias neuron that the library gives every layer, the last included.
@@ -144,6 +146,7 @@ bool TakeAllConnections(TTextCursor& cursor, const std::vector<std::uint32_t>& l
   if (!cursor.Take("connections (connected_to_neuron, weight)=")) {
     return false;
   }
+  // 64 bits: sizes of 32 bits may add up to more, and a sum that wrapped around could match.
   std::uint64_t first = 0;
   for (std::size_t layer = 1; layer < layers.size(); ++layer) {
     for (std::uint32_t neuron = 0; neuron + 1 < layers[layer]; ++neuron) {

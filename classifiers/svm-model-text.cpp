@@ -28,9 +28,11 @@ bool TakeKernel(TTextCursor& cursor, std::int32_t& kernelType) {
   if (cursor.Take("polynomial\n")) {
     kernelType = 1;
     std::uint32_t degree = 0;
+    // The library reads the degree as an int by fscanf, which is undefined for a number out of range (C11, 7.21.6.2).
     return cursor.Take("degree ") && cursor.TakeCount(degree) && degree <= INT32_MAX && cursor.Take("\n") &&
            TakeField(cursor, "gamma ") && TakeField(cursor, "coef0 ");
   }
+  // Sigmoid and precomputed kernels, which the library knows too, fail here: the classifier has no setting for them.
   kernelType = 2;
   return cursor.Take("rbf\n") && TakeField(cursor, "gamma ");
 }
@@ -59,6 +61,7 @@ bool TakeLabels(TTextCursor& cursor, std::uint32_t classCount) {
 
 /// The number of support vectors of each class, which together are all there are.
 bool TakeVectorCounts(TTextCursor& cursor, const TSvmHead& head) {
+  // 64 bits: two counts that wrapped around at 32 could agree with the total.
   std::uint64_t sum = 0;
   if (!cursor.Take("nr_sv")) {
     return false;
@@ -83,7 +86,8 @@ bool TakeHead(TTextCursor& cursor, TSvmHead& head) {
   if (head.classCount == 2 && !(cursor.Take(" ") && cursor.TakeNumber(threshold))) {
     return false;
   }
-  // One class is never told from another, so that it has no support vectors.
+  // One class is never told from another, so that it has no support vectors. Probabilities (probA and probB, behind the
+  // labels) are refused, as the classifier trains without them.
   return cursor.Take("\n") && TakeLabels(cursor, head.classCount) && TakeVectorCounts(cursor, head) &&
          (head.classCount == 2 || head.vectorCount == 0) && cursor.Take("SV\n");
 }
@@ -110,6 +114,8 @@ std::optional<TSvmModelFacts> ParseSvmModel(std::string_view text) {
   TTextCursor cursor(text);
   TSvmModelFacts facts;
   TSvmHead head;
+  // In the order in which svm_save_model writes the fields. The library itself is less strict; a text in another one
+  // was not written by a classifier.
   if (!TakeKernel(cursor, facts.kernelType) || !TakeHead(cursor, head)) {
     return std::nullopt;
   }

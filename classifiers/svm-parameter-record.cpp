@@ -9,7 +9,7 @@
 namespace {
 
 /// svm_parameter as 32-bit code lays it out. Written field by field and not as a block of memory, whose pointers and
-/// padding differ from machine to machine.
+/// padding differ from machine to machine. Doubles begin at multiples of 8, hence the padding.
 struct TParameterRecord {
   std::array<std::int32_t, 4> kinds;    // svm_type, kernel_type, degree, padding
   std::array<double, 5> numbers;        // gamma, coef0, cache_size, eps, C
@@ -41,6 +41,8 @@ bool ReadIntegers(std::FILE* file, auto& values) {
 bool ParametersAreValid(const svm_parameter& parameter) {
   // One tebibyte is nobody's cache; the library would multiply it by 2^20 into a number of bytes.
   constexpr double kMaxCacheSize = 1 << 20;  // megabytes
+  // Beyond what svm_check_parameter asks: its tests are of the form "C <= 0", which a NaN passes. C-SVC does not use nu
+  // and p, so that any number will do.
   return parameter.svm_type == C_SVC &&
          (parameter.kernel_type == LINEAR || parameter.kernel_type == POLY || parameter.kernel_type == RBF) &&
          parameter.degree >= 0 && std::isfinite(parameter.gamma) && parameter.gamma >= 0 &&

@@ -1,5 +1,7 @@
 #include "classifiers/var-classifier.h"
 
+#include <utility>
+
 #include "classifiers/classifier-types.h"
 #include "classifiers/classifier.h"
 
@@ -33,8 +35,9 @@ std::string TVarClassifier::GetDescription() const {
 
 void TVarClassifier::SetClassifierType(const std::string& newType) {
   const TClassifierType* known = FindClassifierType(newType);
-  // The old one goes first: its examples may take much of the memory.
-  classifier.reset();
-  classifier = known == nullptr ? nullptr : known->make();
+  // Made before anything changes: without memory for it the variable keeps a classifier of its type. A new one has no
+  // examples, so that both together take no more than the old one.
+  auto made = known == nullptr ? nullptr : known->make();
   classifierType = known == nullptr ? "" : known->name;
+  classifier = std::move(made);
 }

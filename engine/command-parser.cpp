@@ -86,6 +86,7 @@ std::unique_ptr<TParsedCommand> TCommandParser::ParseAssignFunction(const std::s
 void TCommandParser::ParseParameters(const std::string& text, std::vector<std::string>& parameters) {
   parameters.clear();
   std::size_t start = 0;
+  // A comma cuts even between double quotes: the language has no way to write one in a parameter.
   for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', start)) {
     // Blanks went before; what is trimmed here are line ends and the like that came with a pasted text.
     parameters.emplace_back(base::Trim(std::string_view(text).substr(start, comma - start)));

@@ -65,10 +65,13 @@ bool CanBeSaid(const std::string& filename) {
 /// behind.
 TNames FilesBehind(const std::string& typed, bool onlyDirectories) {
   const std::string directory = typed.substr(0, typed.size() - base::FileNameOf(typed).size());
+  // As in shells: names with a full stop in front are for whoever has typed one.
   const bool showsHidden = base::FileNameOf(typed).starts_with('.');
   const std::string searched = directory.empty() ? "." : directory;
+  // Both listings resolve the case of the directory as the command itself will do it.
   const auto files = base::ListFiles(searched).value_or(std::vector<std::string>());
-  // Two listings of the directory cost less than asking for the kind of each entry.
+  // Two listings of the directory cost less than asking for the kind of each entry. A file that is made between the two
+  // looks like a directory, which costs a wrong slash and nothing else.
   const std::set<std::string> isFile(files.begin(), files.end());
   TNames names;
   for (const std::string& entry : base::ListDirectory(searched).value_or(std::vector<std::string>())) {
@@ -107,6 +110,7 @@ TNames StringCandidates(std::string_view call, const std::string& typed, const T
   const std::size_t equals = prepared.find('=');
   const std::size_t start = equals < bracket ? equals + 1 : 0;
   const std::string parameters = bracket < prepared.size() ? prepared.substr(bracket + 1) : std::string();
+  // By all commas, as the parser cuts: one within an earlier pair of quotes counts too.
   const int position = 1 + static_cast<int>(std::count(parameters.begin(), parameters.end(), ','));
   TNames names;
   switch (const TKind kind = KindOf(std::string_view(prepared).substr(start, bracket - start), position)) {

@@ -205,6 +205,7 @@ void TCtrlMain::ExecuteAsWork(const std::string& line, TOrigin origin) {
   if (underWay.empty()) {
     isInterrupted = false;
   }
+  // Taken and cleared: a line that the next command runs by itself must not pass for a line of the script.
   underWay.push_back(std::exchange(nextPosition, {}));
   const TAtEnd popsPosition([this] { underWay.pop_back(); });
   lastPrinted.clear();
@@ -288,6 +289,7 @@ void TCtrlMain::RunAsWork(const boost::function<void()>& run) {
     view.EndWork();
   });
   run();
+  // A loop and no recursion: a user who types ahead must not cost stack.
   while (!pendingLines.empty() && !view.IsClosing()) {
     // Taken out first: the line may itself let events through and add others.
     const TPendingLine line = std::move(pendingLines.front());
@@ -297,6 +299,8 @@ void TCtrlMain::RunAsWork(const boost::function<void()>& run) {
 }
 
 void TCtrlMain::PreviousCommand() {
+  // As an int, since the bound of an empty history is -1, which a size without a sign would turn into the largest
+  // number.
   if (historyIndex < static_cast<int>(history->entries.size()) - 1) {
     ++historyIndex;
     view.SetCommandText(history->entries[static_cast<std::size_t>(historyIndex)]);
@@ -411,6 +415,7 @@ bool TCtrlMain::RunAssignFunction(const TParsedCommand& parsed, TOrigin origin) 
     PrintLine("Path is not a directory");
     return PrintFunctionFailed();
   }
+  // All that can be refused has been refused: from here on a failure costs the variable.
   const bool existedBefore = varList->Find(parsed.Destination) != nullptr;
   const auto run = [&] { return FillDestination(*function, parsed); };
   if (RunGuarded(run, [this](const char* reason) { PrintLine(reason); })) {

@@ -4,49 +4,36 @@
 
 #include <boost/bind/bind.hpp>
 
-#include "classifiers/commands.h"
-#include "concepts/commands.h"
-#include "engine/commands.h"
-#include "engine/function.h"
-#include "features/commands.h"
-#include "gui/commands.h"
-#include "images/commands.h"
-#include "retrieval/commands.h"
-#include "segmentation/commands.h"
-
-namespace {
-
-/// One factory a command, in the order of the help list.
-constexpr std::unique_ptr<TFunction> (*kFactories[])() = {
-    MakeLoadImage,
-    MakeLoadDatabase,
-    MakeDisplayImage,
-    MakeUpdateFeature,
-    MakeSearchImage,
-    MakeLoadFeature,
-    MakeSaveFeature,
-    MakeDisplayIndex,
-    MakeDisplayIndexMap,
-    MakeLearnVisualConcept,
-    MakeFindVisualConceptLocations,
-    MakeDisplayVisualConceptLocations,
-    MakeUpdateVisualConceptTags,
-    MakeSearchTags,
-    MakeSegmentImage,
-    MakeLoadMirFlickrTags,
-    MakeExecuteScript,
-    MakeEvaluateIndex,
-    MakeRemoveFeature,
-    MakeCreateClassifier,
-    MakeGetClassifierSetting,
-    MakeSetClassifierSetting,
-    MakeReset,
-};
-
-}  // namespace
+#include "engine/command-factories.h"
 
 TFunctionList::TFunctionList() {
-  for (const auto make : kFactories) {
+  // In the order of the help list. No objects that register themselves: the linker leaves out those parts of a static
+  // library that nobody mentions.
+  for (const TFunctionFactory make : {
+           kMakeLoadImage,
+           kMakeLoadDatabase,
+           kMakeDisplayImage,
+           kMakeUpdateFeature,
+           kMakeSearchImage,
+           kMakeLoadFeature,
+           kMakeSaveFeature,
+           kMakeDisplayIndex,
+           kMakeDisplayIndexMap,
+           kMakeLearnVisualConcept,
+           kMakeFindVisualConceptLocations,
+           kMakeDisplayVisualConceptLocations,
+           kMakeUpdateVisualConceptTags,
+           kMakeSearchTags,
+           kMakeSegmentImage,
+           kMakeLoadMirFlickrTags,
+           kMakeExecuteScript,
+           kMakeEvaluateIndex,
+           kMakeRemoveFeature,
+           kMakeCreateClassifier,
+           kMakeGetClassifierSetting,
+           kMakeSetClassifierSetting,
+           kMakeReset,
+       }) {
     const auto& function = functions.emplace_back(make());
     // Bound to the list, which asks for the controller's output at each line: that is set later.
     function->SetOutput(boost::bind(&TFunctionList::Print, this, boost::placeholders::_1));
@@ -57,6 +44,7 @@ TFunctionList::TFunctionList() {
 TFunctionList::~TFunctionList() = default;
 
 TFunction* TFunctionList::Find(const std::string& name) const {
+  // The parser has folded the name; a "help" line comes here as it was typed, so that its case counts.
   const auto found = std::find_if(functions.begin(), functions.end(),
                                   [&](const auto& function) { return function->GetName() == name; });
   return found == functions.end() ? nullptr : found->get();

@@ -132,6 +132,7 @@ void TFunction::PrintLoss(const std::string& line) const {
 }
 
 bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const {
+  // A pipe or a device is no file here: reading one might never end.
   if (!base::IsRegularFile(path)) {
     return Fail("File not found");
   }
@@ -151,6 +152,8 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
 
 bool TFunction::ForEach(std::size_t total, const boost::function<bool(std::size_t)>& step,
                         const boost::function<void()>& atEnd) const {
+  // Asked before each image and not behind it: the last image is never followed by the question, so that a command
+  // whose work is done cannot be interrupted any more.
   std::size_t done = 0;
   bool isSound = true;
   while (done < total && ReportProgress(done, total)) {
@@ -160,6 +163,7 @@ bool TFunction::ForEach(std::size_t total, const boost::function<bool(std::size_
     }
     ++done;
   }
+  // Counts and the rest of a report come before the line that tells of the interruption, which is the command's last.
   atEnd();
   return isSound && (done == total || Interrupted(done, total));
 }

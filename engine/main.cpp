@@ -181,6 +181,8 @@ int main(int argc, char** argv) {
     });
     signalNotifier.setEnabled(true);
   }
+  // Ends in the reverse order: the controller saves the history and lets go of the view, and the view of the window.
+  // The timer below calls the controller and goes before it.
   MainWindow window;
   TWindowView view(window);
   TCtrlMain controller(view);

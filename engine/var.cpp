@@ -12,6 +12,7 @@ void TVar::SetOutput(const boost::function<void(std::string)>& newOutput) {
 }
 
 void TVar::Print(const std::string& line) const {
+  // A variable outside of a store has no output, and nobody to print to.
   if (output && *output) {
     (*output)(line);
   }

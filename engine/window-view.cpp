@@ -89,6 +89,7 @@ void TWindowView::FillTable() noexcept {
 
 void TWindowView::FillRows() {
   const auto start = std::chrono::steady_clock::now();
+  // Text only: the table keeps no pointer into the store, whose variables may go before the table is drawn.
   std::vector<TVariableRow> rows;
   rows.reserve(unshown->GetVariables().size());
   for (const auto& variable : unshown->GetVariables()) {

@@ -88,6 +88,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
     collection->leftOut += CountLeftOut(collection->location + entry, HasPictureEnding);
     SortPictureNames(*names);
     for (const std::string& name : *names) {
+      // A slash on every platform: names are part of digests, and of the tables that name pictures.
       collection->names.push_back(std::string(entry).append("/").append(name));
       // The directory's name is the tag.
       collection->classes.push_back(entry);
@@ -107,6 +108,7 @@ TPictureNames::TPictureNames(const TPictureCollection& collection) {
 }
 
 std::optional<std::size_t> TPictureNames::Find(const std::string& name) const {
+  // As it is written first: a picture may really be called "a%20b.jpg".
   auto found = positions.find(name);
   if (found == positions.end()) {
     found = positions.find(Decode(name));

@@ -13,6 +13,7 @@
 #include "gui/eight-bit-text.h"
 #include "segmentation/segmentation-methods.h"
 
+// An option stands in four places: here, in docs/tessimar-experiment.md and in both completions. Tests compare them.
 const char* const kExperimentUsage =
     R"(Usage: tessimar-experiment --truth FILE|DIR --out DIR [OPTIONS] COLLECTION
        tessimar-experiment --classes --out DIR [OPTIONS] COLLECTION
@@ -72,6 +73,7 @@ class TOptionReader {
 
   /// The value of an option that may be given once.
   std::string One(const char* name) {
+    // The parser keeps the last of several values, and whoever gave two would not notice.
     if (parser.values(name).size() > 1) {
       Refuse(FormatString("'--%s' was given twice.", name));
     }
@@ -82,6 +84,7 @@ class TOptionReader {
     const std::string text = One(name);
     if (Has(name)) {
       bool isNumber = false;
+      // Always read as in the locale "C". 32 bits are what the Mersenne twister is seeded with.
       value = ToQString(text).toUInt(&isNumber);
       if (!isNumber || value < least) {
         Refuse(FormatString("The value of '--%s' is no number from %u to 4294967295.", name, least));
@@ -133,6 +136,7 @@ class TOptionReader {
   std::vector<std::string> Sets() {
     const std::string text = One("features");
     // Commas part the sets, as blanks may stand in their names.
+    // Nothing between two commas is a set too, which is refused for its name.
     return Has("features") ? Texts(ToQString(text).split(',')) : std::vector<std::string>();
   }
 
@@ -161,6 +165,7 @@ class TOptionReader {
     if (Has("segments") && !Has("concepts")) {
       Refuse("'--segments' belongs to '--concepts'.");
     }
+    // Also where nothing is taught, since record.json always names it.
     return std::string(kGridMethod);
   }
 
@@ -200,6 +205,7 @@ void CheckCollection(const TExperimentOptions& options, TOptionReader& reader) {
 
 void CheckMeasure(const TExperimentOptions& options, TOptionReader& reader) {
   // What a measurement of finished runs has no use for. To ignore it would look as if it had been obeyed.
+  // All but --out, --seed, --expect and --quiet, which mean the same for both kinds of input.
   for (const char* name : {"truth", "classes", "features", "plugins", "queries", "keep-query", "depth", "concepts",
                            "segments", "step", "part"}) {
     if (reader.Has(name)) {
@@ -220,6 +226,7 @@ void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& opti
     CheckCollection(options, reader);
     options.collection = inputs.empty() ? std::string() : inputs.front();
   }
+  // An empty name is most often a variable of the shell that is not set.
   if (inputs.empty() || std::find(inputs.begin(), inputs.end(), std::string()) != inputs.end()) {
     reader.Refuse(reader.Has("measure") ? "The runs are missing." : "The collection is missing.");
   }
@@ -235,6 +242,8 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   // Made by hand: without an application object the toolkit does not know the arguments.
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
+    // As UTF-8: a path with other bytes does not come through. An input is then said to be missing, and an output gets
+    // another name.
     arguments << ToQString(argv[i]);
   }
   QCommandLineParser parser;
@@ -242,6 +251,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   for (const char* name : {"truth", "out", "features", "plugins", "queries", "depth", "concepts", "segments", "seed",
                            "expect", "step", "part", "qrels"}) {
+    // Without a description: --help prints kExperimentUsage.
     parser.addOption({name, "", "VALUE"});
   }
   for (const char* name : {"classes", "keep-query", "measure", "quiet", "version"}) {
@@ -253,7 +263,7 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     return std::nullopt;
   }
   TExperimentCommand command;
-  // Before everything else, so that --help answers whatever else is wrong.
+  // Before the values are looked at, so that --help answers whatever is wrong with them.
   command.help = parser.isSet("help");
   command.version = parser.isSet("version");
   if (command.help || command.version) {

@@ -305,7 +305,9 @@ std::pair<std::vector<std::uint32_t>, std::vector<std::uint32_t>> SplitHalves(co
 }
 
 double AreaUnderCurve(std::span<const double> positives, std::span<const double> negatives) {
+  // The Mann-Whitney statistic. A search in sorted values for each positive takes n log n steps in place of all pairs.
   std::vector<double> sorted(negatives.begin(), negatives.end());
+  // Values that are not numbers would leave this without an order; Ask puts 0 in their place.
   std::sort(sorted.begin(), sorted.end());
   // In halves, so that the count is exact.
   std::size_t halves = 0;

@@ -24,10 +24,12 @@ int HeightOf(const TExperiment& experiment) {
 
 /// What stands in the drawing for the name of a set: a name may hold anything, and would be gnuplot's to read.
 std::string PlaceOfName(std::size_t set) {
+  // With its tags: "set 1" alone would be found in "set 10" as well.
   return FormatString("<text>set %zu</text>", set);
 }
 
 std::string FormatScript(const TExperiment& experiment) {
+  // A data block (gnuplot 5.0 and later) holds the numbers in the script itself: no file has to be made.
   std::string script = FormatString(
       "set encoding utf8\n"
       "set terminal svg size %d,%d dynamic font 'sans-serif,14' noenhanced butt\n"
@@ -46,6 +48,7 @@ std::string FormatScript(const TExperiment& experiment) {
   script += "END\nplot ";
   for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
     // Told apart by dashes and marks as well as by color.
+    // The numbers of colors, dashes and marks have no common factor: only the 521st set looks like the first.
     constexpr std::size_t kDashes = 5;
     constexpr std::size_t kMarks = 13;
     script +=

@@ -11,6 +11,7 @@
 namespace {
 
 std::string Hexadecimal(const unsigned char* bytes, unsigned count) {
+  // Small letters, as sha256sum prints them, with which a user can check pictures.txt and record.json.
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
   for (unsigned i = 0; i < count; ++i) {
@@ -23,6 +24,8 @@ std::string Hexadecimal(const unsigned char* bytes, unsigned count) {
 }  // namespace
 
 TDigest::TDigest() : context(EVP_MD_CTX_new()) {
+  // FIPS 180-4. Digests stand in files that outlive a version: with another function every stored feature would look as
+  // if its picture had changed.
   EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr);
 }
 

@@ -15,6 +15,7 @@ TDistanceWork::TDistanceWork(const TFeatureTable& theTable, const std::vector<TF
       auto child = std::find_if(node->children.begin(), node->children.end(),
                                 [&](const TNode& each) { return each.feature == feature; });
       if (child == node->children.end()) {
+        // Moves the other children. Nobody holds a pointer to one of them, since every set starts at the root.
         child = node->children.insert(node->children.end(), TNode{feature, {}, {}});
       }
       node = &*child;
@@ -28,6 +29,7 @@ std::size_t TDistanceWork::GetQueriesAtATime() const {
   // while they are in the cache.
   constexpr std::size_t kSums = std::size_t{1} << 22;
   // From 64 on nothing is gained: the vectors of the queries themselves have to stay in the cache.
+  // No division by 0: a collection without pictures is refused before.
   return std::clamp<std::size_t>(kSums / table.GetPictureCount(), 1, 64);
 }
 
@@ -38,6 +40,7 @@ void TDistanceWork::Run(std::span<const std::uint32_t> queries, const TTake& tak
 
 void TDistanceWork::Visit(const TNode& node, std::span<const std::uint32_t> queries, std::vector<double>& sums,
                           const TTake& take) {
+  // Sets come in the order of the tree and not in that of the list, hence their position in TTake.
   for (const std::size_t set : node.sets) {
     // A copy, as the sums go on to the sets that begin with this one, and taking may overwrite.
     std::vector<double> distances = sums;

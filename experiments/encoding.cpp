@@ -23,6 +23,7 @@ std::string Encode(std::string_view text, const TKeeps& keeps) {
 
 bool IsPlain(char character) {
   // The unreserved characters of RFC 3986, section 2.3.
+  // Not std::isalnum: it asks the locale, and must not be given a negative char.
   return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
          (character >= '0' && character <= '9') || std::string_view("-._~").find(character) != std::string_view::npos;
 }
@@ -44,15 +45,18 @@ std::string EncodeName(std::string_view name) {
 }
 
 std::string EncodeTag(std::string_view tag) {
+  // No colon stays, here or in EncodeName: the one in a qid parts tag and picture.
   return Encode(tag, IsPlain);
 }
 
 std::string EncodeField(std::string_view field) {
+  // The % as well, or Decode would give back another text for a name with %41 in it.
   return Encode(field,
                 [](char character) { return std::string_view("\t\n\r%").find(character) == std::string_view::npos; });
 }
 
 std::string EncodeSet(std::string_view set) {
+  // Unsigned: where char has a sign, the bytes of a letter beyond ASCII would count as control characters.
   return Encode(set, [](char character) { return static_cast<unsigned char>(character) > ' ' && character != '%'; });
 }
 
@@ -64,6 +68,7 @@ std::string Decode(std::string_view text) {
     const int high = hasTwoMore ? DigitValue(text[i + 1]) : -1;
     const int low = hasTwoMore ? DigitValue(text[i + 2]) : -1;
     if (high >= 0 && low >= 0) {
+      // What comes out is not read again: %2541 stands for the text %41.
       decoded += static_cast<char>(high * 16 + low);
       i += 2;
     } else {

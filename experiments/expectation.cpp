@@ -26,6 +26,7 @@ bool IsNumber(std::string_view text) {
   const auto areDigits = [](std::string_view digits) {
     return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
   };
+  // A double keeps fifteen decimal digits (DBL_DIG), and no measure is above 1.
   return areDigits(text.substr(0, point)) && (point == text.size() || (areDigits(decimals) && decimals.size() <= 15));
 }
 
@@ -46,6 +47,7 @@ std::optional<TExpectation> ParseExpectation(const std::string& text) {
   if (kind == std::string_view::npos || blank == std::string_view::npos || !IsNumber(number)) {
     return std::nullopt;
   }
+  // By the position in "><=", which must keep this order.
   constexpr std::array kRelations = {TExpectation::TRelation::kAtLeast, TExpectation::TRelation::kAtMost,
                                      TExpectation::TRelation::kEqual};
   return TExpectation{text, std::string(base::Trim(left.substr(0, blank))), std::string(left.substr(blank + 1)),
@@ -68,9 +70,11 @@ std::string DescribeMiss(const TExpectation& expectation, const TExperiment& exp
   const auto measure = std::find(kMeasureNames.begin(), kMeasureNames.end(), expectation.measure);
   const double mean = MeanOf(experiment, static_cast<std::size_t>(set - experiment.sets.begin()),
                              static_cast<TMeasure>(measure - kMeasureNames.begin()));
+  // The locale is "C" by now; elsewhere strtod may stop at the full stop.
   const double number = std::strtod(expectation.number.c_str(), nullptr);
   const std::size_t decimals = Decimals(expectation.number);
   bool holds = false;
+  // >= and <= look at the mean itself and not at its digits: 0.4399999 misses 0.44.
   switch (expectation.relation) {
     case TExpectation::TRelation::kAtLeast:
       holds = mean >= number;

@@ -22,6 +22,7 @@ std::vector<std::size_t> AllTopics(const TExperiment& experiment) {
 void AddMeans(TExperiment& experiment, std::size_t set, const std::string& tag,
               const std::vector<std::size_t>& topics) {
   for (std::size_t m = 0; m < kMeasureCount; ++m) {
+    // In the order of the topics, which no division into parts changes: another order would round to other last digits.
     double sum = 0.0;
     for (const std::size_t topic : topics) {
       sum += experiment.results[set][topic].measures[m];
@@ -36,6 +37,7 @@ TComparison Compare(const TExperiment& experiment, std::size_t a, std::size_t b)
   TComparison comparison = {a, b, 0.0, {}, 0, 0, 0, 0.0, 0.0};
   double sum = 0.0;
   for (std::size_t topic = 0; topic < experiment.topics.size(); ++topic) {
+    // Held against 0 exactly: where the relevant pictures have the same ranks, both sets have the same bits.
     const double difference = ApOf(experiment, b, topic) - ApOf(experiment, a, topic);
     sum += difference;
     comparison.wins += difference > 0.0 ? 1 : 0;
@@ -66,6 +68,8 @@ TPictureSums SumByPicture(const TExperiment& experiment) {
     }
     for (std::size_t pair = 0; pair < experiment.comparisons.size(); ++pair) {
       const TComparison& comparison = experiment.comparisons[pair];
+      // A column of its own. Both sets answer the same queries, so that their means rise and fall together: the
+      // interval of the difference does not follow from those of the two means, and mostly is narrower.
       row[measureColumns + pair] += ApOf(experiment, comparison.b, topic) - ApOf(experiment, comparison.a, topic);
     }
   }
@@ -88,6 +92,7 @@ void Summarise(TExperiment& experiment, std::uint32_t seed) {
     for (const auto& [tag, topics] : topicsOfTags) {
       AddMeans(experiment, set, tag, topics);
     }
+    // Level by level over all topics: the eleven-point curve of TREC.
     TCurve curve = {};
     for (const TTopicResult& result : experiment.results[set]) {
       std::transform(curve.begin(), curve.end(), result.curve.begin(), curve.begin(), std::plus<>());
@@ -113,6 +118,7 @@ void Summarise(TExperiment& experiment, std::uint32_t seed) {
     const std::size_t column = setCount * kMeasureCount + pair;
     experiment.comparisons[pair].interval = intervals[column];
     std::vector<double> differences;
+    // Sums and not means of a picture: one with five topics weighs five times as much, as in the difference itself.
     for (std::size_t query = 0; query < experiment.queryCount; ++query) {
       differences.push_back(pictures.sums[query * pictures.columns + column]);
     }
@@ -131,5 +137,6 @@ double MeanOf(const TExperiment& experiment, std::size_t set, TMeasure measure) 
   const auto row = std::find_if(experiment.summary.begin(), experiment.summary.end(), [&](const TSummaryRow& each) {
     return each.set == set && each.tag.empty() && each.measure == measure;
   });
+  // There always is one: the rows over all topics are made for every set and measure.
   return row->mean;
 }

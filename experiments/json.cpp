@@ -5,6 +5,7 @@
 
 std::string TJsonWriter::Quote(std::string_view text) {
   std::string quoted(1, '"');
+  // Repaired first: RFC 8259 (section 8.1) asks for UTF-8, and names of files may be any bytes.
   for (const char character : RepairText(text).toStdString()) {
     if (character == '"' || character == '\\') {
       quoted += '\\';
@@ -40,6 +41,7 @@ std::string TJsonWriter::Finish() {
 }
 
 void TJsonWriter::AddValue(std::string_view name, const std::string& value) {
+  // Two fields of one name are not refused; many readers keep only the last one (RFC 8259, section 4).
   json.append(isFirst ? "\n" : ",\n").append(2 * depth, ' ');
   json.append(Quote(name)).append(": ").append(value);
   isFirst = false;
@@ -57,5 +59,6 @@ void TJsonWriter::Close(char bracket) {
     json.append(1, '\n').append(2 * depth, ' ');
   }
   json += bracket;
+  // For the object around it, of which this one is a field.
   isFirst = false;
 }

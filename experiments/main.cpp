@@ -25,6 +25,8 @@ int Run(int argc, char** argv) {
   command->options.version = "tessimar-experiment " TESSIMAR_VERSION;
   base::CatchSignals();
   base::KeepFreedMemory();
+  // printf and strtod ask the locale: with decimal commas the tables could not be read elsewhere, and --expect would
+  // read 0.44 as 0.
   base::UseClassicNumbers();
   // The libraries of the classifiers tell about their training there.
   std::FILE* const output = base::TakeStandardOutput(false);
@@ -40,6 +42,8 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const std::exception& failure) {
+    // Results take their places together at the end: what fails before that, be it for lack of memory, leaves the
+    // earlier ones.
     return RefuseExperiment(kExperimentFailed, failure.what());
   }
 }

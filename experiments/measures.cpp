@@ -17,6 +17,8 @@ constexpr std::array<double, 10> kDiscounts = {1.0,
                                                0.2890648263178879};
 
 double NdcgAt10(std::span<const std::uint32_t> ranks, std::size_t relevant) {
+  // The discount log2(rank + 1) is that of C. Burges et al., Learning to rank using gradient descent, ICML 2005; the
+  // gain is 1 for a relevant picture and 0 for any other.
   double gain = 0.0;
   for (const std::uint32_t rank : ranks) {
     if (rank > kDiscounts.size()) {
@@ -41,6 +43,7 @@ TTopicResult MeasureTopic(std::span<const std::uint32_t> ranks, std::size_t rele
     return static_cast<double>(std::upper_bound(ranks.begin(), ranks.end(), rank) - ranks.begin());
   };
   TTopicResult result = {};
+  // The additions of MeasureRanking in their order, so that ap_ranks is the figure of evaluateindex to the last bit.
   double precisionSum = 0.0;
   for (std::size_t i = 0; i < ranks.size(); ++i) {
     // Relevant pictures that the ranking does not hold add nothing, which is what the definition says of them.

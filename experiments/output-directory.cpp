@@ -18,6 +18,7 @@ bool IsOwn(std::string name) {
   if (name.ends_with(".new")) {
     name.resize(name.size() - 4);
   }
+  // Left by base::MakeWritableDirectory where the program was killed while that tried the directory.
   return name.starts_with(".tessimar-") || std::find(kNames.begin(), kNames.end(), name) != kNames.end();
 }
 
@@ -38,6 +39,7 @@ bool IsOwnBelow(const std::string& directory, const std::string& name) {
 }  // namespace
 
 base::TFileReplacement& TOutputDirectory::Begin(const std::string& name) {
+  // A deque leaves its elements where they are as it grows; what was returned before stays good.
   return files.emplace_back(path + name);
 }
 
@@ -49,6 +51,7 @@ std::string TOutputDirectory::Commit() {
       return file.GetPath();
     }
   }
+  // To rename takes no room for data: what a full disk refuses it has refused above.
   for (base::TFileReplacement& file : files) {
     if (!file.Commit()) {
       return file.GetPath();
@@ -63,6 +66,7 @@ bool OpenOutputDirectory(const std::string& path, std::string& reason) {
     reason = FormatString("Directory '%s' holds '%s', which is not of an experiment", path.c_str(), name.c_str());
     return false;
   };
+  // Before anything is made, so that a directory that is refused stays as it was.
   for (const std::string& name : base::ListDirectory(path).value_or(std::vector<std::string>())) {
     if (!IsOwn(name)) {
       return refuse(name);

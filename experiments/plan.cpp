@@ -13,6 +13,8 @@ namespace {
 
 /// The names of the features of a set: what stands between plus signs.
 std::vector<std::string> SplitSet(const std::string& set) {
+  // At every plus sign. A plug-in may have one in its name; --features cannot name that feature, but without the option
+  // it has its set.
   std::vector<std::string> names;
   std::size_t start = 0;
   for (std::size_t plus = set.find('+'); plus != std::string::npos; plus = set.find('+', start)) {
@@ -159,6 +161,7 @@ std::unique_ptr<TPlan> MakePlan(const TExperimentOptions& options, std::string& 
 TTopicPlan MakeTopics(const TPlan& plan, const TFeatureTable& table) {
   TTopicPlan topics;
   topics.tagsOfPictures.resize(plan.collection.names.size());
+  // Tags in byte order, so that those of a picture ascend without a sort.
   for (const auto& [tag, pictures] : plan.truth.carriers) {
     for (const std::uint32_t picture : pictures) {
       topics.tagsOfPictures[picture].push_back(static_cast<std::uint32_t>(topics.tags.size()));
@@ -190,6 +193,7 @@ TFingerprint MakeFingerprint(const TExperimentOptions& options, const TPlan& pla
   }
   std::vector<std::string> queries;
   for (const std::uint32_t query : plan.queries.value_or(std::vector<std::uint32_t>())) {
+    // Positions, since the digest of the collection says which picture stands where.
     queries.push_back(std::to_string(query));
   }
   // What decides the contents of a part. The names are read by people: they end the sentence "was made with another
@@ -207,6 +211,7 @@ TFingerprint MakeFingerprint(const TExperimentOptions& options, const TPlan& pla
 std::size_t CountOfTop(const TExperimentOptions& options, const TPlan& plan) {
   // The pictures of a strip in the report, which are drawn even where the runs show fewer ranks.
   constexpr std::size_t kDrawn = 8;
+  // Not below 0: a collection without pictures is refused.
   const std::size_t ranks = plan.collection.names.size() - (options.keepsQuery ? 0 : 1);
   return std::min(std::max(options.depth, kDrawn), ranks);
 }

@@ -6,6 +6,7 @@
 #include "base/console.h"
 #include "base/format-string.h"
 
+/// A log would keep every state of a line that is written over and over.
 TProgress::TProgress(bool isQuiet) : isShown(!isQuiet && base::IsTerminal(stderr)) {}
 
 TProgress::~TProgress() {
@@ -37,6 +38,8 @@ void TProgress::Show() {
     return;
   }
   const double seconds = std::chrono::duration<double>(shown - begin).count();
+  // As if all pieces took equally long. Features that are taken over from an earlier start take next to nothing, so
+  // that behind them the estimate is too short at first.
   const double left = seconds / static_cast<double>(std::max<std::size_t>(done, 1)) * static_cast<double>(total - done);
   std::string time;
   if (done > 0) {

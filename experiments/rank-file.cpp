@@ -4,6 +4,8 @@
 
 namespace {
 
+// Records hold TTopicResult as it lies in memory. A change that keeps its size, such as another order of measures, has
+// to change this number: between two builds of one version nothing else in the file would tell.
 constexpr std::string_view kMagic = "tessimar-experiment rankings 1\n";
 
 std::string FormatHeader(const TFingerprint& fingerprint) {
@@ -39,7 +41,9 @@ TRankFileWriter::TRankFileWriter(const std::string& path, const TFingerprint& fi
 }
 
 void TRankFileWriter::Add(const TQueryRanking& ranking) {
+  // Doubles without padding between them: the same results are the same bytes.
   file.Write({reinterpret_cast<const char*>(ranking.results.data()), ranking.results.size() * sizeof(TTopicResult)});
+  // All rankings of a plan keep the same number of ranks, so that a record needs no length of its own.
   std::string top(reinterpret_cast<const char*>(ranking.top.data()), ranking.top.size() * sizeof(std::int32_t));
   top.resize(TopSize(ranking.top.size()));
   file.Write(top);

@@ -54,6 +54,8 @@ TQueryRanking TRanker::Rank(std::span<const double> distances, std::uint32_t que
     ranking.top.push_back(entries[i].imageIndex);
   }
   for (const std::uint32_t tag : tags) {
+    // The query carries every tag that is asked for, so that there is one to take away. Carriers that cannot be read
+    // count: they have ranks too, at the end.
     const std::size_t relevant = carriers[tag].size() - (keepsQuery ? 0 : 1);
     ranking.results.push_back(MeasureTopic(ranks[tag], relevant, entries.size()));
     // Only what was set is taken back, since the next query asks for other tags of thousands.

@@ -132,7 +132,8 @@ std::string FormatDrawings(const TMeasuredConcept& measured, TSegmentDrawing& dr
   for (const TAskedPicture& each : measured.asked) {
     pictures.push_back(&each);
   }
-  // Stable, so that equal ones stay in the order of the collection.
+  // Stable, so that equal ones stay in the order of the collection; those with the fewest are read from the end, where
+  // it is the reverse order.
   std::stable_sort(pictures.begin(), pictures.end(),
                    [](const auto* a, const auto* b) { return a->CountRight() > b->CountRight(); });
   // No picture stands in both lists.

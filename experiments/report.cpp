@@ -118,6 +118,7 @@ std::string FormatComparison(const TExperiment& experiment, const TComparison& c
       isTurned ? TInterval{-comparison.interval.high, -comparison.interval.low} : comparison.interval;
   const std::string figures = Decimals(isTurned ? -comparison.difference : comparison.difference) + " " +
                               FormatInterval(interval) + ", " + probability(comparison.p);
+  // Only exactly 0 is no difference: of one that rounds to 0.000 the sentence still names the better set.
   std::string sentence = "<strong>" + better + (comparison.difference == 0.0 ? " is as good as " : " is better than ") +
                          worse + (comparison.difference == 0.0 ? ": " : " by ") + figures + "</strong>";
   if (experiment.comparisons.size() > 1) {
@@ -168,8 +169,7 @@ TReportSection FormatCurveSection(const TExperiment& experiment) {
 
 /// Nothing where no topic has a tag.
 std::optional<TReportSection> FormatTagSection(const TExperiment& experiment) {
-  // By tag: the row of each set.
-  // A row of the table for each tag, which the summary has set by set.
+  // By tag: the row of each set. The summary has them set by set.
   std::map<std::string, std::vector<const TSummaryRow*>> tags;
   for (const TSummaryRow& row : experiment.summary) {
     if (!row.tag.empty() && row.measure == TMeasure::kAp) {
@@ -182,6 +182,7 @@ std::optional<TReportSection> FormatTagSection(const TExperiment& experiment) {
   }
   std::string rows;
   for (const auto& [tag, means] : tags) {
+    // No precision is below 0, and where all are 0 all share the first place.
     double best = 0.0;
     for (const TSummaryRow* row : means) {
       best = std::max(best, row->mean);
@@ -236,6 +237,7 @@ std::string FormatReport(const TExperiment& experiment, const std::vector<TRepor
     bodies += "</section>\n";
   }
   // One file, with style and pictures in it: a report is mailed and archived.
+  // The encoding comes first, as browsers look for it in the first 1,024 bytes alone (HTML standard).
   return std::string("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\"/>\n") +
          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
          "<title>Report of an experiment</title>\n<style>" +

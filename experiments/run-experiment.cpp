@@ -72,6 +72,7 @@ class TStopwatch {
 
 int StatusOf(const TStepResult& result) {
   switch (result.outcome) {
+    // The handler of the signal has said so already.
     case TStepOutcome::kInterrupted:
       return kExperimentInterrupted;
     case TStepOutcome::kFailed:
@@ -97,6 +98,7 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
   if (base::Interrupted()) {
     return kExperimentInterrupted;
   }
+  // The results are in place before they are held against --expect, so that a miss can be looked up in them.
   if (const std::string file = out.Commit(); !file.empty()) {
     return RefuseExperiment(kExperimentFailed, FormatString("File '%s' cannot be written", file.c_str()));
   }
@@ -133,6 +135,7 @@ class TCollectionRun {
     if (!plan) {
       return RefuseExperiment(kExperimentUnusable, reason);
     }
+    // The directory comes last: a slip in the options leaves none behind.
     if (!AreKnown(options.expectations, plan->setNames, reason) || !OpenOutputDirectory(options.out, reason)) {
       return RefuseExperiment(kExperimentUnusable, reason);
     }
@@ -203,6 +206,7 @@ class TCollectionRun {
 
   int Report(const TFeatureTable& table) {
     TCollected collected;
+    // First, and before classifiers are taught for long: parts that do not belong together show here at once.
     if (const int status = StatusOf(CollectResults(options, *plan, table, collected)); status != kExperimentDone) {
       return status;
     }
@@ -247,6 +251,7 @@ class TCollectionRun {
   /// Runs of an earlier experiment would stand beside tables that do not know them.
   void RemoveOtherRuns() const {
     for (const std::string& name : base::ListFiles(options.out + "runs").value_or(std::vector<std::string>())) {
+      // Only runs lie here: OpenOutputDirectory refuses a directory in which there is anything else.
       if (std::none_of(plan->setNames.begin(), plan->setNames.end(),
                        [&](const std::string& set) { return name == FitFileName(set, ".run"); })) {
         std::remove((options.out + "runs/" + name).c_str());
@@ -297,6 +302,7 @@ class TRunsRun {
     }
     experiment.queryCount = judgements.qids.size();
     for (const std::string& path : options.runs) {
+      // Without a topic no run could have a line that counts, and the run would be blamed for it. Run tells the reason.
       auto run = judgements.qids.empty() ? TMeasuredRun() : ReadRun(path, judgements, experiment.damage, reason);
       if (!run) {
         return false;

@@ -27,6 +27,7 @@ std::vector<std::string_view> SplitFields(std::string_view line) {
 template <typename TNumber>
 std::optional<TNumber> ParseNumber(std::string_view text) {
   TNumber number = {};
+  // Without a locale, and without leave for blanks or a plus sign in front, unlike strtod.
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   // All of it: "12a" is no rank.
   return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
@@ -119,10 +120,12 @@ class TRunReader {
         Note(entry.line, FormatString("rank %u came before%s", entry.rank, inTopic.c_str()));
         continue;
       }
+      // last + 1 cannot wrap: behind the largest number stands only its like, which was passed over.
       if (entry.rank > last + 1) {
         const std::string until = entry.rank > last + 2 ? FormatString(" to %u", entry.rank - 1) : std::string();
         Note(entry.line, FormatString("rank %u%s is missing%s", last + 1, until.c_str(), inTopic.c_str()));
       }
+      // A score may read "nan", which is above nothing and below nothing and is passed over in silence.
       if (before != nullptr && entry.score > before->score) {
         Note(entry.line, FormatString("the score rises from rank %u to rank %u%s", last, entry.rank, inTopic.c_str()));
       }
@@ -180,6 +183,7 @@ std::optional<TJudgements> ReadJudgements(const std::string& path, TDamageList& 
       return;
     }
     // A blank cannot stand in either, so that the pair is unique.
+    // Of two judgements the first one counts, whatever the second says, as with ranks and documents of a run.
     if (!judged.insert(std::string(fields[0]) + " " + std::string(fields[2])).second) {
       damage.push_back(
           {path, number, "document " + Quoted(fields[2]) + " was judged before in topic " + Quoted(fields[0])});

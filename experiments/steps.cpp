@@ -42,6 +42,7 @@ std::size_t CountOfRankParts(const std::string& directory) {
     std::size_t number = 0;
     std::size_t named = 0;
     // What is still being written ends in ".new" and does not count.
+    // sscanf counts numbers and does not look at the text behind the last of them.
     if (name.ends_with(".bin") && std::sscanf(name.c_str(), "rank.%zu-of-%zu.bin", &number, &named) == 2) {
       count = std::max(count, named);
     }
@@ -51,6 +52,7 @@ std::size_t CountOfRankParts(const std::string& directory) {
 
 void RemoveOtherParts(const std::string& directory, const TPart& part) {
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
+    // A file .new may be another part of this division, which is being written at the moment.
     if (!name.ends_with(FormatString("-of-%zu.bin", part.count)) && !name.ends_with(".new")) {
       // Parts of another division would be joined with these: the largest number of parts found counts.
       std::remove((base::WithTrailingSeparator(directory) + name).c_str());
@@ -92,6 +94,7 @@ void WriteRuns(const TExperimentOptions& options, const TPlan& plan, const TColl
     const std::string tag = EncodeSet(plan.setNames[set]);
     for (const TTopic& topic : experiment.topics) {
       const auto top = collected.GetTop(topic.query, set);
+      // The parts keep up to eight ranks for the report, and --depth may ask for fewer.
       for (std::size_t i = 0; i < std::min(top.size(), options.depth); ++i) {
         run.Write(FormatRunLine(topic.qid, documents[static_cast<std::size_t>(top[i])], i + 1, ranked, tag));
       }
@@ -124,6 +127,8 @@ std::string FormatRecord(const TExperimentOptions& options, const TPlan& plan, c
                          const TExperiment& experiment) {
   TJsonWriter json;
   json.Add("program", options.version);
+  // No date, no machine, and none of --out, --quiet, --step and --part: a record is the same however the work was
+  // divided.
   json.BeginObject("options");
   json.Add("collection", options.collection);
   json.Add("classes", options.hasClasses);
@@ -323,6 +328,8 @@ std::string FormatRunsRecord(const TExperimentOptions& options, const TExperimen
   json.BeginObject("sha256");
   // The bytes of what was measured: a record without them could not be checked.
   for (const std::string& run : options.runs) {
+    // Read a second time: of a file that changed while it was measured this is the later state, and of one that has
+    // gone it is empty.
     json.Add(run, DigestOfFile(base::NativePath(run)).value_or(""));
   }
   json.Add(options.judgements, DigestOfFile(base::NativePath(options.judgements)).value_or(""));

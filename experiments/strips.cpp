@@ -18,6 +18,7 @@
 namespace {
 
 constexpr std::size_t kMostStrips = 10;
+// CountOfTop keeps that many ranks of a ranking even where --depth is less. Both numbers change together.
 constexpr std::size_t kMostResults = 8;
 
 /// The distances of a strip's results, feature by feature.
@@ -116,6 +117,8 @@ class TStripWriter {
       // features gives the same bits.
       kernels::AddL1DistanceTile(&vector, 1, vectors.data(), vectors.size(), rows.length, distances.totals.data(),
                                  shown.size());
+      // Once more and from 0: the totals go on from feature to feature, which is the order of the ranking, and cannot
+      // be taken apart again.
       std::vector<double>& part = parts.emplace_back(shown.size(), 0.0);
       kernels::AddL1DistanceTile(&vector, 1, vectors.data(), vectors.size(), rows.length, part.data(), shown.size());
     }
@@ -173,6 +176,7 @@ class TStripWriter {
       if (!table.IsCurrent(plan.collection, picture, picture + 1, other)) {
         changed = path;
       }
+      // The second look at the file: one that has gone since the first is shown as unreadable.
       TImageRGB thumbnail;
       if (table.IsReadable(picture) && LoadThumbnail(path, kSide, thumbnail)) {
         place->second = FormatJpegAddress(thumbnail.EncodeJpeg(kQuality));

@@ -12,10 +12,12 @@ using TFields = std::vector<std::string>;
 
 std::string Number(double number) {
   // Eight decimals in every table, as in the curve of the command evaluateindex.
+  // The decimal point is that of the locale, for which main has chosen "C".
   return FormatString("%.8f", number);
 }
 
 std::string Line(const TFields& fields) {
+  // What may hold a TAB or a line feed is encoded before it comes here; numbers and fixed names hold none.
   return base::Join(fields, "\t").append(1, '\n');
 }
 
@@ -23,6 +25,7 @@ std::string Line(const TFields& fields) {
 
 std::string FormatTopicsHeading() {
   TFields heading = {"set", "qid", "picture", "tag", "relevant"};
+  // In the order of TMeasure, which is that of the values in the rows.
   heading.insert(heading.end(), kMeasureNames.begin(), kMeasureNames.end());
   return Line(heading);
 }
@@ -45,6 +48,7 @@ std::string FormatTopics(const TExperiment& experiment, std::size_t set) {
 std::string FormatSummary(const TExperiment& experiment) {
   std::string table = Line({"set", "tag", "measure", "topics", "mean", "low", "high"});
   for (const TSummaryRow& row : experiment.summary) {
+    // Empty and not 0 where a row has no interval, as that of a single tag.
     table += Line({EncodeField(experiment.sets[row.set]), EncodeField(row.tag),
                    std::string(kMeasureNames[static_cast<std::size_t>(row.measure)]), std::to_string(row.topics),
                    Number(row.mean), row.interval ? Number(row.interval->low) : std::string(),
@@ -56,6 +60,7 @@ std::string FormatSummary(const TExperiment& experiment) {
 std::string FormatComparisons(const TExperiment& experiment) {
   std::string table = Line({"a", "b", "difference", "low", "high", "wins", "ties", "losses", "p", "p_holm"});
   for (const TComparison& each : experiment.comparisons) {
+    // Eight decimals do for p as well: the smallest that 100,000 draws can give is 0.00001.
     table += Line({EncodeField(experiment.sets[each.a]), EncodeField(experiment.sets[each.b]), Number(each.difference),
                    Number(each.interval.low), Number(each.interval.high), std::to_string(each.wins),
                    std::to_string(each.ties), std::to_string(each.losses), Number(each.p), Number(each.pHolm)});
@@ -114,6 +119,7 @@ std::string FormatSegments(const TMeasuredConcept& measured, const std::vector<s
 std::string FormatDamage(const TDamageList& damage) {
   std::string table = Line({"file", "line", "reason"});
   for (const TDamage& each : damage) {
+    // The bytes of a name stay as they are, UTF-8 or not: it has to lead to the file.
     table += Line({EncodeField(each.file), std::to_string(each.line), EncodeField(each.reason)});
   }
   return table;

@@ -23,6 +23,7 @@ class TTruthReader {
 
   void AddClasses() {
     for (std::size_t i = 0; i < collection.classes.size(); ++i) {
+      // A picture lies in one directory, so that no pair comes twice.
       pairs.emplace(collection.classes[i], static_cast<std::uint32_t>(i));
     }
   }
@@ -41,6 +42,7 @@ class TTruthReader {
     } else {
       for (const TNumberedLine& line : *lines) {
         // The heading may be there or not.
+        // In the first line alone: further down a picture may be called "file".
         if (line.number != 1 || line.text != "file\ttag") {
           AddRow(path, line);
         }
@@ -96,6 +98,7 @@ class TTruthReader {
   const TPictureCollection& collection;
   const TPictureNames names;
   TDamageList& damage;
+  /// By tag and then by picture: carriers come out ascending, and the order of the files does not show in the digest.
   std::set<std::pair<std::string, std::uint32_t>> pairs;
 };
 
@@ -109,6 +112,7 @@ std::optional<std::vector<std::string>> TruthFiles(const std::string& path) {
   if (files) {
     // Collections bring a README and other files in the same directory.
     std::erase_if(*files, [](const std::string& name) { return !name.ends_with(".txt"); });
+    // By bytes, and not as the system lists them: of two equal pairs the later one is reported.
     std::sort(files->begin(), files->end());
     for (std::string& name : *files) {
       name.insert(0, base::WithTrailingSeparator(nativePath));
@@ -139,6 +143,7 @@ std::optional<std::vector<TNumberedLine>> ReadNumberedLines(const std::string& p
     }
     // Numbers count blank lines too, as editors do.
     if (!base::Trim(line).empty()) {
+      // Not trimmed: a blank at the end may belong to a name.
       lines.push_back({number, std::string(line)});
     }
   }

@@ -11,6 +11,7 @@
 #include "features/feature-plugin.h"
 
 TFeatureList::TFeatureList(const std::vector<std::string>& pluginDirectories) {
+  // Before all plug-ins: of namesakes the first one runs, so that none of them can take the place of these two.
   features.push_back(std::make_unique<TFeatureHsv>());
   features.push_back(std::make_unique<TFeatureLbp>());
   // As the system delivers them: the order of plug-ins in the working directory, and with it which of two namesakes
@@ -42,6 +43,7 @@ std::vector<std::string> TFeatureList::List(const std::string& directory) {
 }
 
 void TFeatureList::LoadPlugin(const std::string& fileName) {
+  // Before it is tried: what is refused once must not be refused again under another path, with a second line.
   triedFiles.insert(base::CanonicalPath(fileName));
   std::string reason;
   auto plugin = TFeaturePlugin::Load(fileName, reason);

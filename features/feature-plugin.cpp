@@ -23,9 +23,11 @@ std::optional<std::uint32_t> TFeaturePlugin::GetLength() const {
 }
 
 bool TFeaturePlugin::PrepareVector(TFeatureVector& vector) const {
+  // For each picture anew: the interface lets the length differ from call to call.
   const auto answer = GetLength();
   if (answer) {
     vector.SetName(name);
+    // Nothing is cleared here. A plug-in has to write every element, or what memory held before goes into the vector.
     vector.SetLength(*answer);
   }
   return answer.has_value();
@@ -38,12 +40,14 @@ bool TFeaturePlugin::ProcessColor(const TImageRGB& image, TFeatureVector& vector
   if (!PrepareVector(vector)) {
     return false;
   }
-  // What the call returns is not looked at: libraries that write a vector return anything.
+  // What the call returns is not looked at: libraries that write a vector return anything. The call runs in this
+  // process and unguarded: a plug-in that writes beside its memory damages the program's.
   exports.processColor(image.GetPixels(), image.GetWidth(), image.GetHeight(), image.GetStride(), vector.GetData());
   return true;
 }
 
 bool TFeaturePlugin::ProcessGrayscale(const TImageGray& image, TFeatureVector& vector) const {
+  // A library that needs both works on color, and is never asked for this.
   if (needsColor || !needsGrayscale) {
     return TFeature::ProcessGrayscale(image, vector);
   }

@@ -31,10 +31,12 @@ TFeatureSources::TFeatureSources(const std::string& featureName)
   std::string text;
   isKnown = base::ReadFile(path, text) != base::TReadOutcome::kUnreadable;
   std::string_view rest = text;
+  // A last line without its line end was cut off by somebody, and is not believed.
   for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
     const std::string_view line = rest.substr(0, end);
     rest.remove_prefix(end + 1);
     const std::size_t first = line.find('\t');
+    // Without a first tab the search begins at the start again, as npos + 1 is 0, and finds none either.
     const std::size_t second = line.find('\t', first + 1);
     if (second == std::string_view::npos) {
       continue;

@@ -8,7 +8,7 @@
 #include "base/little-endian.h"
 #include "base/native-path.h"
 #include "base/text.h"
-#include "images/feature-vector.h"
+#include "images/feature-vector-list.h"
 
 std::string StoredFeaturePath(const std::string& featureName, const std::string& imageFilename) {
   std::string_view stem = base::FileNameOf(imageFilename);
@@ -16,7 +16,7 @@ std::string StoredFeaturePath(const std::string& featureName, const std::string&
   stem = stem.substr(0, stem.rfind('.'));
   static const std::string directory = base::WithTrailingSeparator(kFeatureDirectory);
   std::string path;
-  // One block of memory for all pieces: a collection asks for a path an image.
+  // One block of memory for all pieces: a collection asks for a path an image. The 5 are "-" and ".dat".
   path.reserve(directory.size() + featureName.size() + stem.size() + 5);
   path.append(directory).append(featureName).append(1, '-').append(stem).append(".dat");
   return path;
@@ -30,7 +30,7 @@ bool SaveStoredFeature(const std::string& path, const TFeatureVector& vector) {
   return base::ReplaceFile(path, stored.GetData(), stored.GetLength() * sizeof(double));
 }
 
-base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVector& vector) {
+base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, TFeatureVectorList& features) {
   path = StoredFeaturePath(featureName, imageFilename);
   const base::TReadOutcome outcome = ReadFile();
   if (outcome != base::TReadOutcome::kRead) {
@@ -40,10 +40,14 @@ base::TReadOutcome TStoredFeatureReader::Read(const std::string& imageFilename, 
   if (bytes.size() % sizeof(double) != 0 || (length && bytes.size() != *length * sizeof(double))) {
     return base::TReadOutcome::kAbsent;
   }
-  vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
-  std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
-  base::ToLittleEndian(vector.GetData(), vector.GetLength());
-  vector.SetLacksPicture(false);
+  features.Fill(featureName, [&](TFeatureVector& vector) {
+    vector.SetLength(static_cast<std::uint32_t>(bytes.size() / sizeof(double)));
+    // Byte by byte, since the bytes of a file need not be aligned for doubles.
+    std::copy_n(bytes.data(), bytes.size(), reinterpret_cast<char*>(vector.GetData()));
+    base::ToLittleEndian(vector.GetData(), vector.GetLength());
+    vector.SetLacksPicture(false);
+    return true;
+  });
   return outcome;
 }
 

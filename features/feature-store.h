@@ -8,6 +8,7 @@
 #include "base/file.h"
 
 class TFeatureVector;
+class TFeatureVectorList;
 
 /// The directory "FeatureStorage" of raw vector files, one for each image and feature. A file holds the doubles of one
 /// vector, little-endian, and nothing else. It is tied to an image by the stem of its file name only.
@@ -28,11 +29,11 @@ class TStoredFeatureReader {
   TStoredFeatureReader(const std::string& theFeatureName, std::optional<std::uint32_t> theLength)
       : featureName(theFeatureName), length(theLength) {}
 
-  /// Fills the vector with the doubles of the image's file. A file that does not hold whole doubles, and as many as the
-  /// feature has, is no stored vector and counts as absent. Where there is no file of exactly that name, one that
-  /// differs in the case of ASCII letters serves, of several the first in byte order. Too large is a file of more than
-  /// 2^24 doubles. Unless the outcome is kRead, the vector is as it was. Its name is the caller's business.
-  base::TReadOutcome Read(const std::string& imageFilename, TFeatureVector& vector);
+  /// Fills the vector of the feature with the doubles of the image's file, or adds one to the list. A file that does
+  /// not hold whole doubles, and as many as the feature has, is no stored vector and counts as absent. Where there is
+  /// no file of exactly that name, one that differs in the case of ASCII letters serves, of several the first in byte
+  /// order. Too large is a file of more than 2^24 doubles. Unless the outcome is kRead, the list is as it was.
+  base::TReadOutcome Read(const std::string& imageFilename, TFeatureVectorList& features);
 
   /// The path of the file that was read last, or sought in vain.
   const std::string& GetPath() const { return path; }

@@ -169,7 +169,20 @@ TEST_F(TPluginDoctor, WhatIsNoPluginIsNamed) {
   // The field e_machine of the ELF header; 22 is IBM's S/390.
   library[18] = 22;
   MakeFile("FeatureOther.so", library);
-  EXPECT_EQ(Check("FeatureOther.so").lines.front(), "FAULT  cannot be used: it is a library for another processor");
+  const std::string other = "FAULT  cannot be used: it is a library for another processor";
+  EXPECT_EQ(Check("FeatureOther.so").lines.front(), other);
+  // The other order of bytes: the field EI_DATA, and e_type turned around.
+  library = FileBytes(filesystem::path(PLUGIN_FIXTURES) / "plain");
+  library[5] = static_cast<char>(3 - library[5]);
+  std::swap(library[16], library[17]);
+  MakeFile("FeatureOrder.so", library);
+  EXPECT_EQ(Check("FeatureOrder.so").lines.front(), other);
+  // A segment that begins one byte before the end of all numbers: the field p_offset of the first program header, which
+  // stands behind the file's header of 64 bytes.
+  library = FileBytes(filesystem::path(PLUGIN_FIXTURES) / "plain");
+  std::fill_n(library.begin() + 64 + 8, 8, '\xff');
+  MakeFile("FeatureForged.so", library);
+  EXPECT_EQ(Check("FeatureForged.so").lines.front(), "FAULT  cannot be used: it is cut off or damaged");
   library = FileBytes(filesystem::path(PLUGIN_FIXTURES) / "plain");
   MakeFile("plain.so", library);
   EXPECT_EQ(

@@ -67,7 +67,7 @@ constexpr int kTimedCalls = 3;
 /// What the surroundings of a call hold that must not matter, different from call to call.
 struct TSurroundings {
   TFlush flush;
-  /// In every element before the call: signalling NaNs that no computation gives.
+  /// In every element before the call: signaling NaNs that no computation gives.
   std::uint64_t element;
   /// In the bytes between the rows.
   unsigned char padding;
@@ -75,6 +75,7 @@ struct TSurroundings {
 
 // The two calls differ in everything that must not matter. An element that keeps both patterns was not written; an
 // answer that differs has read what is not its own.
+// A signaling NaN has all bits of the exponent, and 0 in the first bit of the fraction (IEEE 754-2008, 6.2.1).
 constexpr TSurroundings kFirst = {TFlush::kAtEnd, 0x7ff4a5a500c0ffee, 0x55};
 constexpr TSurroundings kSecond = {TFlush::kAtStart, 0x7ff45a5a00decade, 0xc3};
 
@@ -122,6 +123,8 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   if (!pixels.HasMemory() || !elements.HasMemory()) {
     return "there is not enough memory to try it";
   }
+  // The same for every call, so that both calls see one picture. Any number would do but 0, at which the generator
+  // stands still.
   std::uint64_t state = 0x9e3779b97f4a7c15;
   for (int y = 0; y < picture.height; ++y) {
     unsigned char* row = pixels.GetBytes() + static_cast<std::ptrdiff_t>(y) * stride;
@@ -145,7 +148,8 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   return std::nullopt;
 }
 
-/// FNV-1a by 64-bit words instead of bytes: it only has to differ where answers differ.
+/// FNV-1a by 64-bit words instead of bytes: it only has to differ where answers differ. Offset and prime are those of
+/// the form of 64 bits (Fowler, Noll and Vo).
 std::uint64_t Digest(const TAnswer& answer) {
   std::uint64_t digest = 0xcbf29ce484222325;
   for (const std::uint64_t bits : answer) {
@@ -366,6 +370,8 @@ class TCheckup {
   void TryPictures() {
     std::size_t current = 0;
     while (current < kPictures.size()) {
+      // The first function runs in a copy of the process: what it assigns is lost, and only what it tells reaches the
+      // second one, which runs here.
       const auto outcome = Try(
           [&](const TPluginExports& exports, const base::TTell& tell) {
             for (std::size_t i = current; i < kPictures.size(); ++i) {

@@ -11,6 +11,7 @@
 namespace {
 
 bool IsControl(char character) {
+  // Bytes above 127 are parts of UTF-8 characters, and negative where char has a sign.
   return static_cast<unsigned char>(character) < ' ' || character == '\x7f';
 }
 

@@ -1,7 +1,5 @@
 #include "features/segment-feature.h"
 
-#include <memory>
-
 #include "features/feature.h"
 #include "images/crop.h"
 #include "images/image-gray.h"
@@ -27,16 +25,9 @@ bool WithCrop(const TImage& picture, const TImageSegmentRect& rect, const TProce
 bool UpdateSegmentFeature(const TFeature& feature, const TImageRGB& color, const TImageGray& gray,
                           TImageSegment& segment) {
   const auto& rect = dynamic_cast<const TImageSegmentRect&>(segment);
-  // In place of an earlier one, whose order among the features stays.
-  TFeatureVector* known = segment.GetFeatures().Find(feature.GetName());
-  std::unique_ptr<TFeatureVector> added = known == nullptr ? std::make_unique<TFeatureVector>() : nullptr;
-  TFeatureVector& vector = known == nullptr ? *added : *known;
-  const bool computed =
-      feature.NeedsColor()
-          ? WithCrop(color, rect, [&](const TImageRGB& crop) { return feature.ProcessColor(crop, vector); })
-          : WithCrop(gray, rect, [&](const TImageGray& crop) { return feature.ProcessGrayscale(crop, vector); });
-  if (computed && added) {
-    segment.GetFeatures().Add(added.release());
-  }
-  return computed;
+  return segment.GetFeatures().Fill(feature.GetName(), [&](TFeatureVector& vector) {
+    return feature.NeedsColor()
+               ? WithCrop(color, rect, [&](const TImageRGB& crop) { return feature.ProcessColor(crop, vector); })
+               : WithCrop(gray, rect, [&](const TImageGray& crop) { return feature.ProcessGrayscale(crop, vector); });
+  });
 }

@@ -21,6 +21,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     start = end + 1;
   }
   std::vector<char*> arguments;
+  arguments.reserve(lines.size() + 1);
   for (std::string& line : lines) {
     arguments.push_back(line.data());
   }

@@ -75,7 +75,7 @@ void TryLoad(const TClassifierType& type, std::string_view bytes) {
 void TryTrain(const TClassifierType& type, TInputReader& reader) {
   const auto classifier = type.make();
   const std::uint32_t length = reader.Take<std::uint8_t>() % 6;
-  const std::uint8_t choice = reader.Take<std::uint8_t>();
+  const auto choice = reader.Take<std::uint8_t>();
   classifier->SetSeed(1);
   classifier->SetCopyExamples(true);
   classifier->SetNormalize((choice & 1) != 0);
@@ -113,7 +113,7 @@ void FillWorkshop() {}
 
 void TryInput(const std::uint8_t* data, std::size_t size) {
   TInputReader reader(data, size);
-  const std::uint8_t choice = reader.Take<std::uint8_t>();
+  const auto choice = reader.Take<std::uint8_t>();
   const TClassifierType& type = ClassifierTypes()[choice % ClassifierTypes().size()];
   if (choice < 128) {
     TryLoad(type, reader.GetRest());

@@ -64,7 +64,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   TInputReader reader(data, size);
-  const std::uint8_t choice = reader.Take<std::uint8_t>();
+  const auto choice = reader.Take<std::uint8_t>();
   const std::int32_t width = reader.Take<std::uint8_t>() % 65;
   const std::int32_t height = reader.Take<std::uint8_t>() % 65;
   VL::TSiftParameters p;
@@ -82,10 +82,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     p.edgeThreshold = reader.Take<float>();
   }
   VL::Sift::Keypoint made = {};
-  made.o = reader.Take<std::int8_t>();
-  made.ix = reader.Take<std::int8_t>();
-  made.iy = reader.Take<std::int8_t>();
-  made.is = reader.Take<std::int8_t>();
+  // Small ones of either sign.
+  for (int* field : {&made.o, &made.ix, &made.iy, &made.is}) {
+    *field = std::int32_t{reader.Take<std::int8_t>()};
+  }
   made.x = reader.Take<float>();
   made.y = reader.Take<float>();
   made.s = reader.Take<float>();

@@ -2,6 +2,8 @@
 
 namespace {
 
+// No lock: windows and commands live in the toolkit's one thread. Scopes must end in the reverse order of their
+// beginning, or a scope that is gone would be put back.
 const TCommandOfferScope* innermost = nullptr;
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 namespace {
 
+// One thread only, and scopes that end in the reverse order of their beginning.
 const TDialogRunnerScope* innermost = nullptr;
 
 }  // namespace
@@ -18,6 +19,7 @@ TDialogRunnerScope::~TDialogRunnerScope() {
 
 void RunDialog(QDialog& dialog) {
   if (innermost == nullptr) {
+    // Runs an event loop of its own: timers fire and windows get input before it returns.
     dialog.exec();
   } else if (innermost->runner) {
     innermost->runner(dialog);

@@ -3,6 +3,7 @@
 #include <QString>
 
 QString ToQString(const std::string& text) {
+  // With the length: a zero byte is a character like any other to the engine's strings.
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 

@@ -44,6 +44,7 @@ void TIndexDisplay::Reduce() {
       items.push_back(item);
     }
   }
+  // The dialog is its parent and deletes it.
   auto* whole = new TPictureView(this);
   // One picture of all sixteen: they shrink together and keep their distances.
   whole->SetPicture(grab(tiles), items);

@@ -209,6 +209,7 @@ void MainWindow::ProcessWorkEvents() {
 }
 
 void MainWindow::on_leCommand_returnPressed() {
+  // Connected by name when setupUi() runs: renaming the widget or the slot parts them without an error of the compiler.
   if (OnReturnPressed) {
     OnReturnPressed();
   }
@@ -334,6 +335,7 @@ void MainWindow::ArrangeSideTables() {
   const int wider = ui->centralWidget->width() - kForm.width();
   const int higher = ui->centralWidget->height() - kForm.height();
   int index = 0;
+  // In the form the boxes lie at (1040, 10), (1040, 180) and (1040, 350), each 131 x 161.
   for (QWidget* box : {ui->groupBox, ui->groupBox_2, ui->groupBox_3}) {
     // Thirds of the extra height without a pixel lost to rounding.
     const int above = higher * index / 3;
@@ -390,6 +392,7 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 void MainWindow::closeEvent(QCloseEvent* event) {
   isClosing = true;
   if (workInput.IsActive()) {
+    // The window stays for now: SetBusy(false) closes it once the work has ended.
     event->ignore();
     Interrupt();
   } else {
@@ -398,7 +401,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
-  // Not where the user brings back a minimised window.
+  // Not where the user brings back a minimized window.
   if (!event->spontaneous()) {
     isClosing = false;
   }
@@ -432,6 +435,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   if (urls.isEmpty()) {
     return;
   }
+  // Of several files the first one: a command line takes one path.
   const std::string path = base::DroppedPath(FromQString(urls.first().path()));
   // As databases know an image; everything else is taken for a directory, and the controller checks it.
   const bool isImage = path.find(".jpg") != std::string::npos;

@@ -38,6 +38,7 @@ void TPictureView::SetPicture(const QPixmap& newPicture, const std::vector<TPict
 void TPictureView::Reduce(QSize size) {
   resize(size);
   // The proportions were kept by whoever chose the size; scaling to exactly that size leaves no seam.
+  // In pixels of the screen and not in logical ones, or a screen with more of them would show it blurred.
   reduced = QPixmap::fromImage(
       picture.toImage().scaled(size * devicePixelRatioF(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   reduced.setDevicePixelRatio(devicePixelRatioF());
@@ -56,6 +57,7 @@ QPoint TPictureView::ToPicture(QPoint point) const {
     return point + origin;
   }
   const QSize full = GetFullSize();
+  // 64 bits, since the product of two sides may exceed 32. At least 1, since a view may be shrunk to nothing.
   return {static_cast<int>(qint64{point.x()} * full.width() / std::max(width(), 1)),
           static_cast<int>(qint64{point.y()} * full.height() / std::max(height(), 1))};
 }
@@ -116,6 +118,8 @@ void TPictureView::paintEvent(QPaintEvent* event) {
   if (reduced.isNull()) {
     QLabel::paintEvent(event);
   } else if (isFull) {
+    // Unnamed, so that it ends here: only one painter at a time may work on a widget, and the focus frame below needs
+    // another.
     QPainter(this).drawPixmap(-origin, picture);
   } else {
     QPainter(this).drawPixmap(0, 0, reduced);
@@ -130,6 +134,7 @@ void TPictureView::paintEvent(QPaintEvent* event) {
       isPart ? QRect(FromPicture(item->place.topLeft()), FromPicture(item->place.bottomRight())) : rect();
   QPainter painter(this);
   painter.setPen(palette().color(QPalette::HighlightedText));
+  // A stroked rectangle is larger than its QRect by the width of the pen, here one pixel.
   painter.drawRect(place.adjusted(1, 1, -2, -2));
   painter.setPen(palette().color(QPalette::Highlight));
   painter.drawRect(place.adjusted(0, 0, -1, -1));
@@ -180,6 +185,7 @@ void TPictureView::ShowFrom(QPoint newOrigin) {
 void TPictureView::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
   const TPictureItem* item = isByKey ? ChosenItem() : FindItem(event->pos());
+  // A copy: the menu runs an event loop, in which the view may be given another picture with other items.
   const std::string filename = item == nullptr ? std::string() : item->filename;
   QMenu menu(this);
   menu.setAccessibleName("Picture");
@@ -204,6 +210,7 @@ void TPictureView::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void TPictureView::keyPressEvent(QKeyEvent* event) {
+  // Pixels of the picture at full size, for each press of a key.
   constexpr int kStep = 60;
   const int key = event->key();
   if (key == Qt::Key_Space && !reduced.isNull()) {

@@ -107,6 +107,7 @@ void TVariablesTable::Fill(int row, const TVariableRow& content) {
                                         ToQString(content.description)};
   for (int column = kNameColumn; column <= kDescriptionColumn; ++column) {
     QTableWidgetItem* cell = item(row, column);
+    // setRowCount() makes rows without items.
     const bool isNew = cell == nullptr;
     if (isNew) {
       cell = new QTableWidgetItem();

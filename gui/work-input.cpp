@@ -35,7 +35,7 @@ void TWorkInput::End() {
   ShowPointer(false);
   // Posted and not sent: whoever ended the work may have more to do before the next key counts.
   for (TKept& each : std::exchange(kept, {})) {
-    // A widget of a dialog may be gone by now.
+    // A widget of a dialog may be gone by now. The queue takes the event over and deletes it.
     if (each.receiver) {
       QCoreApplication::postEvent(each.receiver, each.event.release());
     }
@@ -121,6 +121,7 @@ void TWorkInput::ShowPointer(bool isBusy) {
   if (isBusy == pointerIsBusy) {
     return;
   }
+  // The toolkit keeps a stack of such pointers: each one that is set must be taken back, and only once.
   pointerIsBusy = isBusy;
   if (isBusy) {
     QGuiApplication::setOverrideCursor(Qt::BusyCursor);

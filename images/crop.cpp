@@ -51,6 +51,7 @@ void CopyRows(const TPixelBuffer& image, const TRectangle& rectangle, int bytesP
 
 void CropImage(const TImageRGB& image, int x, int y, int width, int height, TImageRGB& crop) {
   const TRectangle rectangle(image, x, y, width, height);
+  // From here on `image` must be another picture: this may move or free the pixels of its own.
   crop.SetSizeToFill(rectangle.columns.length, rectangle.rows.length);
   CopyRows(image, rectangle, 3, crop);
 }

@@ -7,6 +7,7 @@ TFeatureVectorList::~TFeatureVectorList() {
 }
 
 TFeatureVector* TFeatureVectorList::Find(const std::string& name) const {
+  // In order and not by a table of names: an image has two features as a rule.
   const auto found =
       std::find_if(items.begin(), items.end(), [&](const auto* item) { return item->GetName() == name; });
   return found == items.end() ? nullptr : *found;

@@ -31,6 +31,23 @@ class TFeatureVectorList {
     ++revision;
   }
 
+  /// Has `fill` fill the vector of that name. One that is there keeps its place: the order of features decides the
+  /// order of sums in a search. A new one is added, which needs a list that owns its items, unless `fill` returns
+  /// false. Returns what `fill` does.
+  template <typename TFill>
+  bool Fill(const std::string& name, const TFill& fill) {
+    if (TFeatureVector* known = Find(name)) {
+      return fill(*known);
+    }
+    auto added = std::make_unique<TFeatureVector>();
+    added->SetName(name);
+    const bool isFilled = fill(*added);
+    if (isFilled) {
+      Add(added.release());
+    }
+    return isFilled;
+  }
+
   /// The first vector of exactly this name, or null.
   TFeatureVector* Find(const std::string& name) const;
 

@@ -47,6 +47,7 @@ void TImageGray::CopyFrom(const TImageGray& other) {
 }
 
 void TImageGray::ScaleTo(TImageGray& destination, int width, int height) const {
+  // Zeroes the bytes behind the rows, which the kernel leaves alone, so that equal pictures are equal byte by byte.
   destination.SetSize(width, height);
   kernels::ResizeCubicGray(GetPixels(), GetStride(), GetWidth(), GetHeight(), destination.GetPixels(),
                            destination.GetStride(), destination.GetWidth(), destination.GetHeight());

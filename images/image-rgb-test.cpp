@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -35,6 +36,10 @@ TColor Pattern(int x, int y) {
           static_cast<unsigned char>(x * y)};
 }
 
+std::size_t Index(int index) {
+  return static_cast<std::size_t>(index);
+}
+
 TColor Gray(int level) {
   const auto byte = static_cast<unsigned char>(level);
   return {byte, byte, byte};
@@ -45,7 +50,7 @@ TColors Pixels(const TImageRGB& image) {
   TColors pixels;
   for (int y = 0; y < image.GetHeight(); ++y) {
     for (int x = 0; x < image.GetWidth(); ++x) {
-      const unsigned char* pixel = image.GetPixels() + y * image.GetStride() + 3 * x;
+      const unsigned char* pixel = image.GetPixels() + std::ptrdiff_t{y} * image.GetStride() + std::ptrdiff_t{3} * x;
       pixels.push_back({pixel[0], pixel[1], pixel[2]});
     }
   }
@@ -55,7 +60,7 @@ TColors Pixels(const TImageRGB& image) {
 std::vector<int> Levels(const TImageGray& image) {
   std::vector<int> levels;
   for (int y = 0; y < image.GetHeight(); ++y) {
-    const unsigned char* row = image.GetPixels() + y * image.GetStride();
+    const unsigned char* row = image.GetPixels() + std::ptrdiff_t{y} * image.GetStride();
     levels.insert(levels.end(), row, row + image.GetWidth());
   }
   return levels;
@@ -144,7 +149,8 @@ TEST(TImageRGB, StorageIsReusedNeverShrinksAndIsMadeAnewWhenReleased) {
   EXPECT_EQ(image.GetWidth(), 4);
   image.SetSize(4, 3, true);
   EXPECT_EQ(Pixels(image), TColors(12, TColor{}));
-  for (const auto& [width, height] : {std::pair(40000, 40000), std::pair(-1, 5), std::pair(1 << 30, 1)}) {
+  for (const auto& [width, height] :
+       {std::pair(40000, 40000), std::pair(-1, 5), std::pair(1 << 30, 1), std::pair(INT32_MAX, INT32_MIN)}) {
     FillPattern(image, 2, 2);
     image.SetSize(width, height, true);
     EXPECT_EQ(std::pair(image.GetWidth(), image.GetHeight()), std::pair(0, 0)) << "larger than any picture";
@@ -195,15 +201,14 @@ TEST(TImageRGB, FilesOfEveryDepthBecomeColorWithTheTopRowFirst) {
   const TColors pixels = {kRed, kGreen, kBlue, kOlive, Gray(0), Gray(255)};
   const auto sampleOf = [&pixels](int index, int y, int samples) {
     // Bitmaps hold blue, green, red and, where there is one, alpha.
-    return index % samples == 3 ? 40
-                                : int{pixels[static_cast<std::size_t>(3 * y + index / samples)][2 - index % samples]};
+    return index % samples == 3 ? 40 : int{pixels[Index(3 * y + index / samples)][2 - index % samples]};
   };
-  MakePicture("24.ppm", 3, 2, [&pixels](int x, int y) { return pixels[static_cast<std::size_t>(3 * y + x)]; });
+  MakePicture("24.ppm", 3, 2, [&pixels](int x, int y) { return pixels[Index(3 * y + x)]; });
   WriteBitmap<BYTE>("24.png", FIF_PNG, FIT_BITMAP, 3, 2, 24, 3, [&](int i, int y) { return sampleOf(i, y, 3); });
   WriteBitmap<BYTE>("32.png", FIF_PNG, FIT_BITMAP, 3, 2, 32, 4, [&](int i, int y) { return sampleOf(i, y, 4); });
   // 16-bit colors hold red first.
   WriteBitmap<WORD>("48.png", FIF_PNG, FIT_RGB16, 3, 2, 48, 3, [&pixels](int i, int y) {
-    return static_cast<WORD>(257 * pixels[static_cast<std::size_t>(3 * y + i / 3)][static_cast<std::size_t>(i % 3)]);
+    return static_cast<WORD>(257 * pixels[Index(3 * y + i / 3)][Index(i % 3)]);
   });
   for (const char* file : {"24.ppm", "24.png", "32.png", "48.png"}) {
     ExpectFile(file, 3, 2, pixels);
@@ -229,9 +234,7 @@ TEST(TImageRGB, SixteenBitGrayKeepsItsLevelsHoweverFewItUses) {
   const TScratchDirectory scratch;
   const std::vector<std::vector<int>> pictures = {{0, 255, 128, 1}, {10, 20, 30, 40}, {77, 77, 77, 77}};
   for (const std::vector<int>& levels : pictures) {
-    const auto sample = [&levels](int i, int y) {
-      return static_cast<WORD>(257 * levels[static_cast<std::size_t>(2 * y + i)]);
-    };
+    const auto sample = [&levels](int i, int y) { return static_cast<WORD>(257 * levels[Index(2 * y + i)]); };
     TColors expected(4);
     std::transform(levels.begin(), levels.end(), expected.begin(), Gray);
     WriteBitmap<WORD>("gray16.png", FIF_PNG, FIT_UINT16, 2, 2, 16, 1, sample);
@@ -361,14 +364,14 @@ TEST(TImageRGB, ATruncatedJpegGivesItsUpperPartOrNothing) {
   ASSERT_EQ(image.GetWidth(), 64);
   ASSERT_EQ(image.GetHeight(), 256);
   for (int y = 0; y < 48; ++y) {
-    EXPECT_NEAR(image.GetPixels()[y * image.GetStride() + 96], y / 16 * 15, 6) << "row " << y;
+    EXPECT_NEAR(image.GetPixels()[y * image.GetStride() + 96], std::floor(y / 16.0) * 15, 6) << "row " << y;
   }
   EXPECT_TRUE(image.IsDamaged());
   EXPECT_TRUE(image.LoadFromFile("whole.jpg") && !image.IsDamaged());
 
   // What stands in the header or behind the end costs no pixel.
   const std::size_t behindHeader = 20;
-  ASSERT_EQ(bytes.substr(6, 5), std::string("JFIF", 5));
+  ASSERT_EQ(bytes.substr(6, 5), std::string("JFIF\0", 5));
   const std::string profile = std::string("\xff\xe2\x00\x14", 4) + std::string("ICC_PROFILE\0\x01\x02late", 18);
   const std::string extension = std::string("\xff\xe0\x00\x08JFXX\0\x44", 10);
   for (const std::string& odd : {bytes + "more", bytes.substr(0, 11) + '\x09' + bytes.substr(12),

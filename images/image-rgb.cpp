@@ -164,7 +164,7 @@ class TMemoryPicture : public TEncodedPicture {
 
  private:
   std::size_t ReadItems(void* bytes, std::size_t itemSize, std::size_t count) override {
-    const std::size_t rest = static_cast<std::size_t>(size - position);
+    const auto rest = static_cast<std::size_t>(size - position);
     const std::size_t whole = itemSize == 0 ? 0 : std::min(count, rest / itemSize);
     std::copy_n(data + position, whole * itemSize, static_cast<unsigned char*>(bytes));
     position += static_cast<long>(whole * itemSize);
@@ -172,6 +172,7 @@ class TMemoryPicture : public TEncodedPicture {
   }
   bool Seek(long offset, int origin) override {
     const long base = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? position : size;
+    // By differences, since base + offset may be more than a long holds.
     if (offset < -base || offset > size - base) {
       return false;
     }
@@ -290,11 +291,15 @@ TForm FormOf(FIBITMAP* bitmap) {
 /// The form of the first frame, which the library does not tell without decoding it.
 TForm GifForm(TEncodedPicture& source) {
   source.Rewind();
+  // Six bytes of header and seven of the logical screen descriptor (GIF89a, 17 and 18). Its flags tell of a global
+  // color table, which has 3 * 2^(n + 1) bytes.
   std::array<unsigned char, 13> screen;
   if (!source.Read(screen.data(), screen.size()) ||
       ((screen[10] & 0x80) != 0 && !source.Skip(3L << ((screen[10] & 7) + 1)))) {
     return {};
   }
+  // "," begins an image descriptor, "!" an extension, whose data come in blocks of up to 255 bytes that an empty one
+  // ends (GIF89a, 15, 20 and 23 to 26).
   for (unsigned char block = 0; source.Read(&block, 1);) {
     if (std::array<unsigned char, 8> frame; block == ',' && source.Read(frame.data(), frame.size())) {
       return TForm{frame[4] | frame[5] << 8, frame[6] | frame[7] << 8, 8};
@@ -439,6 +444,8 @@ TBitmap ConvertTo24Bits(FIBITMAP* bitmap) {
   }
   const FREE_IMAGE_TYPE type = FreeImage_GetImageType(bitmap);
   if (type == FIT_RGBF) {
+    // F. Drago, K. Myszkowski, T. Annen and N. Chiba, "Adaptive Logarithmic Mapping for Displaying High Contrast
+    // Scenes", 2003. Zeros ask for the library's own gamma and exposure.
     return TBitmap(FreeImage_ToneMapping(bitmap, FITMO_DRAGO03, 0, 0));
   }
   if (type == FIT_RGBAF) {
@@ -571,6 +578,7 @@ bool TImageRGB::LoadReduced(const std::string& path, int divisor) {
 }
 
 bool TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size, const std::string& name) {
+  // The library counts in long, which has 32 bits on Windows; the limit is the same on all platforms.
   if (size > std::numeric_limits<std::int32_t>::max()) {
     return false;
   }
@@ -602,6 +610,7 @@ bool TImageRGB::LoadApart(TEncodedPicture& source, int divisor) {
   const base::TAnswer answer =
       base::RunGuarded([&](std::FILE* file) { return Answer(source, divisor, file); }, kLimitsApart);
   TAnswerHead head;
+  // As it lies in memory: the other process is a copy of this one.
   if (!answer || std::fread(&head, sizeof head, 1, answer.get()) != 1) {
     return false;
   }
@@ -663,6 +672,8 @@ std::string TImageRGB::EncodeJpeg(int quality) const {
   const std::unique_ptr<FIMEMORY, TMemoryCloser> memory(FreeImage_OpenMemory());
   BYTE* bytes = nullptr;
   DWORD size = 0;
+  // Huffman tables made for this picture (T.81, K.2) make the file smaller and change no pixel. The bytes go with the
+  // memory stream, hence the copy below.
   if (!bitmap || !memory ||
       FreeImage_SaveToMemory(FIF_JPEG, bitmap.get(), memory.get(), quality | JPEG_OPTIMIZE) == FALSE ||
       FreeImage_AcquireMemory(memory.get(), &bytes, &size) == FALSE) {

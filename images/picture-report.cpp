@@ -44,6 +44,7 @@ void TPictureReport::AddUnreadable(const std::string& filename) {
 }
 
 void TPictureReport::AddUnreadable(const std::string& filename, const std::string& line) {
+  // Files without a line are kept too: PrintRest() counts them, and each only once.
   if (unreadable.insert(filename).second && unreadable.size() <= kMostLines) {
     print(line);
   }

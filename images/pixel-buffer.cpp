@@ -21,7 +21,8 @@ void TPixelBuffer::Release() {
 }
 
 void TPixelBuffer::Resize(int newWidth, int newHeight) {
-  // Bitmaps that begin with their top row are known by a negative height; only the magnitude is a size.
+  // Bitmaps that begin with their top row are known by a negative height; only the magnitude is a size. In 64 bits the
+  // smallest int has a magnitude, too.
   const std::int64_t height = std::abs(static_cast<std::int64_t>(newHeight));
   if (pixels != nullptr && newWidth == columns && height == rows) {
     return;
@@ -29,7 +30,8 @@ void TPixelBuffer::Resize(int newWidth, int newHeight) {
   // Rows begin at multiples of 4 bytes, as feature plug-ins have been promised. In 64 bits, since width * 3 may exceed
   // 32.
   const std::int64_t alignedRow = (static_cast<std::int64_t>(newWidth) * bytesPerPixel + 3) & ~std::int64_t{3};
-  if (newWidth < 0 || alignedRow * height > std::numeric_limits<int>::max()) {
+  // By division: the product of two sides near 2^31 has no room in 64 bits once a pixel has three bytes.
+  if (newWidth < 0 || (height > 0 && alignedRow > std::numeric_limits<int>::max() / height)) {
     Resize(0, 0);
     return;
   }
@@ -37,16 +39,21 @@ void TPixelBuffer::Resize(int newWidth, int newHeight) {
   // A smaller picture keeps the block: a command that crops thousands of segments out of one photograph asks for memory
   // a few times only.
   if (size > capacity) {
+    // The old block goes first, so that a photograph that follows another needs memory for one. Without memory for the
+    // new one the picture is left as 0 x 0.
     Release();
+    columns = 0;
+    rows = 0;
+    pitch = 0;
   }
-  columns = newWidth;
-  rows = static_cast<int>(height);
-  pitch = static_cast<int>(alignedRow);
   if (pixels == nullptr) {
     ownedPixels = std::make_unique_for_overwrite<unsigned char[]>(static_cast<std::size_t>(size));
     pixels = ownedPixels.get();
     capacity = size;
   }
+  columns = newWidth;
+  rows = static_cast<int>(height);
+  pitch = static_cast<int>(alignedRow);
 }
 
 void TPixelBuffer::ClearPixels() {

@@ -134,7 +134,8 @@ TEST(SideData, IsLeftOutAndNeitherCostsMemoryNorSpoilsThePicture) {
     EXPECT_FALSE(found.IsDamaged()) << plain;
     ASSERT_EQ(found.GetWidth(), kWidth);
     ASSERT_EQ(found.GetHeight(), kHeight);
-    EXPECT_TRUE(std::equal(found.GetPixels(), found.GetPixels() + kHeight * found.GetStride(), expected.GetPixels()))
+    EXPECT_TRUE(std::equal(found.GetPixels(), found.GetPixels() + std::ptrdiff_t{kHeight} * found.GetStride(),
+                           expected.GetPixels()))
         << plain;
   }
 }

@@ -83,6 +83,8 @@ enum TMarker : int {
 /// pixels and the restarts among them. -1 at the end of the file.
 int NextMarker(TBytes& bytes) {
   for (int byte = bytes.Next(); byte >= 0; byte = bytes.Next()) {
+    // A marker is FF and a second byte, with any number of FF as filling between (T.81, B.1.1.2). FF 00 is a coded byte
+    // of FF (B.1.1.5).
     if (byte != 0xFF) {
       continue;
     }
@@ -102,6 +104,7 @@ bool IsFrameHeader(int marker) {
 }
 
 bool IsProgressive(int frameHeader) {
+  // SOF2, SOF6, SOF10 and SOF14 (T.81, table B.1).
   return (frameHeader & 3) == 2;
 }
 
@@ -119,6 +122,7 @@ constexpr std::int64_t ChunkName(std::string_view name) {
 
 TSideData FindJpegSideData(const TReadAt& readAt) {
   TSideData found;
+  // Behind the marker that starts the image.
   TBytes bytes(readAt, 2);
   std::int64_t components = 0;
   bool isProgressive = false;
@@ -159,6 +163,7 @@ TSideData FindJpegSideData(const TReadAt& readAt) {
 
 TSideData FindPngSideData(const TReadAt& readAt) {
   TSideData found;
+  // Behind the signature.
   TBytes bytes(readAt, 8);
   for (int part = 0; part < kMostParts; ++part) {
     const std::int64_t length = bytes.NextNumber(4);
@@ -172,6 +177,7 @@ TSideData FindPngSideData(const TReadAt& readAt) {
     if (length > 0 && (name == ChunkName("zTXt") || name == ChunkName("iTXt"))) {
       found.keys.push_back(begin);
     }
+    // Behind the data and the four bytes of their checksum.
     bytes.Seek(begin + length + 4);
   }
   found.isBounded = false;
@@ -180,11 +186,13 @@ TSideData FindPngSideData(const TReadAt& readAt) {
 
 TSideData FindWebPSideData(const TReadAt& readAt) {
   TSideData found;
+  // Behind "RIFF", the size of the file and "WEBP".
   TBytes bytes(readAt, 12);
   for (int part = 0; part < kMostParts; ++part) {
     const std::int64_t name = bytes.NextNumber(4);
     std::int64_t length = 0;
     for (int i = 0; i < 4; ++i) {
+      // Behind the end of the file the -1 makes the length negative, whatever it is combined with.
       length |= bytes.NextNumber(1) << (8 * i);
     }
     if (name < 0 || length < 0) {
@@ -194,7 +202,7 @@ TSideData FindWebPSideData(const TReadAt& readAt) {
     if (length > 0 && name == ChunkName("EXIF")) {
       found.keys.push_back(begin);
     }
-    // An odd length is filled up.
+    // An odd length is filled up. The padding byte is not part of the length.
     bytes.Seek(begin + length + length % 2);
   }
   found.isBounded = false;

@@ -19,6 +19,8 @@ constexpr std::int64_t kFarLarger = 8;
 constexpr std::int64_t kStillLarger = 4;
 
 std::int64_t TileHeight(std::int64_t width, std::int64_t height, int tileWidth) {
+  // Rounded down, so that a picture more than `tileWidth` times as wide as high has an empty tile. In 64 bits, as the
+  // product of a long side and a width may exceed 32.
   return height * tileWidth / width;
 }
 
@@ -44,6 +46,7 @@ int Divisor(std::int64_t width, std::int64_t height, int tileWidth) {
 }  // namespace
 
 bool LoadTile(const std::string& filename, int width, TImageRGB& tile, TPictureReport* report) {
+  // The file is opened twice. One that is replaced in between gives at worst a tile of the earlier proportions.
   const auto [jpegWidth, jpegHeight] = TImageRGB::JpegSize(filename);
   const int divisor = Divisor(jpegWidth, jpegHeight, width);
   TImageRGB picture;

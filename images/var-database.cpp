@@ -24,6 +24,7 @@ void TVarDatabase::Assign(const TVar* source) {
     return;
   }
   location = database->location;
+  // Each copy has vectors of its own: what is computed for one of the two later on must not show in the other.
   fingerprint.reset();
   images.clear();
   images.reserve(database->images.size());

@@ -34,6 +34,7 @@ uint32_t Distance(const uint8_t* HWY_RESTRICT query, const uint8_t* HWY_RESTRICT
   for (size_t i = 0; i < length; i += lanes) {
     sum = Add(sum, difference(i));
   }
+  // It fits: 2^24 bytes of at most 255 each are less than 2^32.
   return static_cast<uint32_t>(hn::GetLane(SumOfLanes(d64, sum)));
 }
 

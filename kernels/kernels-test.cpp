@@ -45,6 +45,11 @@ void OnEachTarget(TCheck check) {
   hwy::SetSupportedTargetsForTest(0);
 }
 
+/// A number of elements, which the tests work out in int.
+std::size_t Count(int count) {
+  return static_cast<std::size_t>(count);
+}
+
 TBytes RandomBytes(std::size_t count, unsigned seed) {
   std::mt19937 random(seed);
   TBytes bytes(count);
@@ -110,9 +115,9 @@ TEST(GrayPlane, EqualsThePlainLoopOnEachTarget) {
       SCOPED_TRACE(testing::Message() << width << " x " << height);
       const int rgbStride = 3 * width + 5;
       const int grayStride = width + 3;
-      const TBytes rgb = RandomBytes(static_cast<std::size_t>(rgbStride * height), static_cast<unsigned>(width));
+      const TBytes rgb = RandomBytes(Count(rgbStride * height), static_cast<unsigned>(width));
       // The bytes between the rows hold 0xA5 before, and must do so afterwards.
-      TBytes wanted(static_cast<std::size_t>(grayStride * height), 0xA5);
+      TBytes wanted(Count(grayStride * height), 0xA5);
       TBytes written = wanted;
       kernels::reference::GrayPlane(rgb.data(), rgbStride, wanted.data(), grayStride, width, height);
       kernels::GrayPlane(rgb.data(), rgbStride, written.data(), grayStride, width, height);
@@ -202,7 +207,7 @@ TEST(HsvHistogram, EqualsThePlainLoopOnEachTarget) {
     for (const auto& [width, height] : OddSizes()) {
       SCOPED_TRACE(testing::Message() << width << " x " << height);
       const int stride = 3 * width + 7;
-      const std::size_t size = static_cast<std::size_t>(stride * height);
+      const std::size_t size = Count(stride * height);
       for (const TBytes& rgb : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
         TCounts expected;
         TCounts counts;
@@ -254,7 +259,7 @@ TEST(LbpHistogram, EqualsThePlainLoopOnEachTarget) {
     for (const auto& [width, height] : OddSizes()) {
       SCOPED_TRACE(testing::Message() << width << " x " << height + 1);
       const int stride = width + 3;
-      const std::size_t size = static_cast<std::size_t>(stride * (height + 1));
+      const std::size_t size = Count(stride * (height + 1));
       for (const TBytes& gray : {RandomBytes(size, 1), RunsOfBytes(size, 2)}) {
         TCounts expected;
         TCounts counts;
@@ -314,7 +319,7 @@ double ExactLevel(const TBytes& source, int channels, const int (&size)[4], int 
     const double vertical = weight(row, y, size[1], size[3]);
     for (int column = 0; vertical != 0 && column < size[0]; ++column) {
       const double product = vertical * weight(column, x, size[0], size[2]);
-      sum += product * source[static_cast<std::size_t>((row * size[0] + column) * channels + channel)];
+      sum += product * source[Count((row * size[0] + column) * channels + channel)];
       weights += product;
     }
   }
@@ -325,7 +330,7 @@ TEST(ResizeCubic, IsWithinOneLevelOfTheExactValue) {
   for (const TResizeKind& kind : kResizeKinds) {
     for (const auto& size : kResizeSizes) {
       SCOPED_TRACE(testing::PrintToString(size) + " channels " + std::to_string(kind.channels));
-      const std::size_t bytes = static_cast<std::size_t>(size[0] * size[1] * kind.channels);
+      const std::size_t bytes = Count(size[0] * size[1] * kind.channels);
       // The runs hold the greatest steps that a picture can have, which make the greatest overshoot.
       for (const TBytes& source : {RandomBytes(bytes, 3), RunsOfBytes(bytes, 4)}) {
         const TBytes result = Resized(kind.kernel, source, kind.channels, size, 0);
@@ -351,7 +356,7 @@ TEST(ResizeCubic, EqualsThePlainLoopOnEachTarget) {
     for (const TResizeKind& kind : kResizeKinds) {
       for (const auto& size : kResizeSizes) {
         SCOPED_TRACE(testing::PrintToString(size) + " channels " + std::to_string(kind.channels));
-        const std::size_t bytes = static_cast<std::size_t>((size[0] * kind.channels + 5) * size[1]);
+        const std::size_t bytes = Count((size[0] * kind.channels + 5) * size[1]);
         for (const TBytes& source : {RandomBytes(bytes, 5), RunsOfBytes(bytes, 6)}) {
           EXPECT_EQ(Resized(kind.kernel, source, kind.channels, size, 5),
                     Resized(kind.plain, source, kind.channels, size, 5));
@@ -366,12 +371,12 @@ TEST(ResizeCubic, KeepsAnEvenPictureEvenAndCopiesAtTheSameSize) {
     for (const TResizeKind& kind : kResizeKinds) {
       for (const auto& size : kResizeSizes) {
         for (const auto level : std::initializer_list<unsigned char>{0, 1, 127, 255}) {
-          const TBytes even(static_cast<std::size_t>(size[0] * size[1] * kind.channels), level);
+          const TBytes even(Count(size[0] * size[1] * kind.channels), level);
           const TBytes result = Resized(kind.kernel, even, kind.channels, size, 0);
           EXPECT_EQ(result, TBytes(result.size(), level)) << testing::PrintToString(size);
         }
         const int same[4] = {size[0], size[1], size[0], size[1]};
-        const TBytes source = RandomBytes(static_cast<std::size_t>(size[0] * size[1] * kind.channels), 7);
+        const TBytes source = RandomBytes(Count(size[0] * size[1] * kind.channels), 7);
         EXPECT_EQ(Resized(kind.kernel, source, kind.channels, same, 0), source) << testing::PrintToString(size);
       }
     }
@@ -516,6 +521,7 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
         std::shuffle(numbers.begin(), numbers.end(), random);
       }
       std::vector<const double*> candidates;
+      candidates.reserve(vectors.size());
       for (const auto& vector : vectors) {
         candidates.push_back(vector.data());
       }
@@ -536,6 +542,7 @@ TEST(FindNearestL1, FindsTheFirstOfTheNearestWhateverTheRounding) {
 /// The positions of a ranking by these distances, in its order, from the kernel and from the plain sort.
 std::vector<int> SortedPositions(const std::vector<double>& distances) {
   std::vector<kernels::TRankEntry> entries;
+  entries.reserve(distances.size());
   for (const double distance : distances) {
     entries.push_back({static_cast<std::int32_t>(entries.size()), distance});
   }
@@ -572,7 +579,7 @@ TEST(RankSort, EqualsThePlainStableSort) {
     for (std::size_t i = 0; i < count; ++i) {
       ties[i] = i % 50 == 0 ? std::numeric_limits<double>::infinity() : static_cast<double>(random() % 3);
       sums[i] = 0x1p-53 * static_cast<double>(random() >> 11);
-      const double any = std::bit_cast<double>(random());
+      const auto any = std::bit_cast<double>(random());
       bits[i] = std::isnan(any) ? 0.0 : any;
     }
     for (const std::vector<double>& distances : {ties, sums, bits}) {

@@ -83,6 +83,7 @@ void AddL1DistanceTile(const double* const* queries, size_t queryCount, const do
                        size_t length, double* sums, size_t stride) {
   const hn::CappedTag<double, 8> d;
   const size_t abreast = 2 * hn::Lanes(d);
+  // Room for two vectors of eight lanes, the most that the tag allows; shorter ones use a part of it.
   HWY_ALIGN double tile[kElements * 16];
   size_t c = 0;
   for (; c + abreast <= count; c += abreast) {

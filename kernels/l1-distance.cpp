@@ -179,6 +179,7 @@ size_t FindNearestL1(const double* query, size_t length, const double* const* ca
       continue;
     }
     const double sum = DistanceOnto(0.0, query, candidates[c], 0, length);
+    // A NaN is not smaller than anything, so that a candidate with one is never the nearest.
     if (sum < distance) {
       distance = sum;
       nearest = c;

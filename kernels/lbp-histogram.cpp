@@ -69,6 +69,7 @@ void PatternsOfRow(const uint8_t* centers, const TNeighbors& neighbors, size_t c
 void LbpHistogram(const uint8_t* gray, int stride, int width, int height, uint64_t* counts) {
   const TNeighbors neighbors(stride);
   // The border has no complete neighborhood and is not counted.
+  // At least 1: smaller pictures, with which the difference would wrap around, do not come here.
   const size_t interior = static_cast<size_t>(width) - 2;
   TCountTables tables;
   HWY_ALIGN uint8_t patterns[kBlock];

@@ -66,6 +66,7 @@ void SumUp(const double* HWY_RESTRICT query, size_t length, const double* HWY_RE
 
 }  // namespace
 
+// No fused multiply-add here and below: the libraries round the product and then the sum, and their bits are to be met.
 void DotProducts(const double* query, size_t length, const double* numbers, size_t count, double* sums) {
   SumUp(query, length, numbers, count, sums,
         [](auto sum, auto element, auto row) HWY_ATTR { return Add(sum, Mul(element, row)); });
@@ -79,6 +80,8 @@ void DotProductsByFours(const double* HWY_RESTRICT query, size_t length, const d
     const double* HWY_RESTRICT rows = Stream(numbers, length, lanes, s);
     const auto product = [&](size_t i) HWY_ATTR { return Mul(Set(d, query[i]), LoadU(d, rows + i * kAbreast)); };
     auto sum = Zero(d);
+    // The order of the neural network library, whose loop takes the rest of the division by four first, from its last
+    // element down.
     for (size_t i = length % 4; i > 0; --i) {
       sum = Add(sum, product(i - 1));
     }

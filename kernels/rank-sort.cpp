@@ -31,7 +31,8 @@ void RankSort(std::vector<TRankEntry>& entries) {
   if (entries.empty()) {
     return;
   }
-  // Byte by byte from the lowest, each pass stable. All counts are taken in one go over the entries.
+  // Sorting by distribution (D. Knuth, The Art of Computer Programming 3, section 5.2.5), byte by byte from the lowest,
+  // each pass stable. All counts are taken in one go over the entries.
   // 256 buckets by 8 passes: the counters, 16 KiB, stay in the first-level cache. A comparison sort takes about 20
   // comparisons of unpredictable outcome for each of a million entries; this takes 8 moves at most, and as a rule
   // fewer.

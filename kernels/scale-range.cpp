@@ -23,7 +23,7 @@ HWY_INLINE void ScaleLanes(D d, const double* minimum, const double* maximum, do
   // must not depend on the processor.
   const auto scaled = Sub(Div(Mul(Set(d, 2.0), Sub(value, smallest)), range), Set(d, 1.0));
   // A dimension in which all examples agree has no range. Its quotient, NaN or infinite, is worked out and dropped; a
-  // branch would cost more.
+  // branch would cost more. A range that is a NaN is not above 0 and counts as none.
   StoreU(IfThenElse(Gt(range, Zero(d)), scaled, value), d, values);
 }
 

@@ -12,7 +12,8 @@ std::string AnnotationTag(const std::string& path) {
 }
 
 std::optional<std::size_t> AnnotatedPosition(const std::string& line, std::size_t count) {
-  // A number beyond all bounds comes back as the largest there is.
+  // A number beyond all bounds comes back as the largest there is. Blanks in front are skipped and a sign is read;
+  // without digits the number is 0.
   const long long number = std::strtoll(line.c_str(), nullptr, 10);
   if (number < 1 || static_cast<unsigned long long>(number) > count) {
     return std::nullopt;

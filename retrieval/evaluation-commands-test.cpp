@@ -88,7 +88,7 @@ TEST_F(TEvaluation, AnnotationFilesTagByPosition) {
            none},
       {"zero.txt",
        std::string("1\r\n\0"
-                   "2\n3",
+                   "2\n3\0",
                    8),
        ""}};
   for (const auto& [name, text, answer] : files) {
@@ -266,7 +266,7 @@ TEST_F(TEvaluation, LoadingTakesNoFileOfAnotherLength) {
   MakeFile("FeatureStorage/hsv-im2.dat", "");
   std::filesystem::create_directory("FeatureStorage/hsv-im3.dat");
   MakeFile("FeatureStorage/hsv-im4.dat", "");
-  std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", 8 * ((1 << 24) + 1));
+  std::filesystem::resize_file("FeatureStorage/hsv-im4.dat", std::uintmax_t{8} * ((1 << 24) + 1));
   EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
             "Loading features..\nFile 'FeatureStorage/hsv-im4.dat' is too large\n"
             "3 images without a stored feature\nDone\n");

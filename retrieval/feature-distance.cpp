@@ -33,6 +33,8 @@ std::vector<double> GetDistances(const TFeatureVectorList& query, const std::vec
       }
     }
   }
+  // Of histograms that sum to 1 the distance is 2 * (1 - intersection), so that it ranks them as the intersection does
+  // (M. Swain and D. Ballard, "Color Indexing", 1991).
   kernels::AddL1Distances(wanted, candidates.data(), lists.size(), sums.data());
   // A NaN compares with nothing, and would make the order of a sort undefined.
   std::replace_if(

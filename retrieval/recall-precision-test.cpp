@@ -34,7 +34,7 @@ TEST(WriteEightDecimals, RoundsAsTheCLibraryDoes) {
   std::vector<double> numbers = {0.0,    1.0,       0.5, 5e-9, 5.1e-9, 1e-30, 5e-324, std::nextafter(1.0, 0.0),
                                  0x1p-9, 3 * 0x1p-9};
   for (int i = 0; i < 200000; ++i) {
-    const double total = static_cast<double>(random() % 1000000 + 1);
+    const auto total = static_cast<double>(random() % 1000000 + 1);
     numbers.push_back(std::floor(static_cast<double>(random() % 1000000) * total / 1e6) / total);
     // Of these with nine binary places every second one lies exactly between two results.
     numbers.push_back(static_cast<double>(random() % 512) * 0x1p-9);

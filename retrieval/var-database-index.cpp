@@ -25,6 +25,7 @@ void TVarDatabaseIndex::Assign(const TVar* source) {
 }
 
 void TVarDatabaseIndex::Begin(const TVarDatabase& database, const std::string& queryName) {
+  // A hash and no copy of the file names, which would take several times the memory of the ranking.
   databaseName = database.GetName();
   databaseFingerprint = database.GetFingerprint();
   imageName = queryName;
@@ -48,7 +49,8 @@ const TVarDatabase* TVarDatabaseIndex::FindDatabase(const TVarList& varList, std
     return nullptr;
   }
   const std::size_t imageCount = database->GetImages().size();
-  // Entries hold positions and no names: over another list of images they would silently mean other pictures.
+  // Entries hold positions and no names: over another list of images they would silently mean other pictures. The
+  // fingerprint is a hash and may agree by chance; the tests behind it keep every position inside the list even then.
   const bool fits = databaseFingerprint == database->GetFingerprint() && entries.size() == imageCount &&
                     std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
                       return entry.imageIndex >= 0 && static_cast<std::size_t>(entry.imageIndex) < imageCount;
@@ -69,6 +71,7 @@ std::optional<std::vector<TTopResult>> TVarDatabaseIndex::FindTop(const TVarList
   std::vector<TTopResult> results;
   for (std::size_t i = 0; i < std::min(count, entries.size()); ++i) {
     const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entries[i].imageIndex)];
+    // Six significant digits: for the eye, and not to be read back.
     std::string description = FormatString("Rank %d\n%s\nDistance %.6g", static_cast<int>(i + 1),
                                            image.GetFilename().c_str(), entries[i].distance);
     if (!image.GetTags().empty()) {

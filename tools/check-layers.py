@@ -3,8 +3,8 @@
 
 A file includes what lies on a floor below it, or to its left on its own floor, that is in its own wing or in a wing
 further left. Stricter rooms: the ground rooms include nothing but themselves; on floor 1 widgets may include values,
-while language and values include neither of the others; on floor 3 no command includes another, and only the commands
-of a wing and the list of commands include its commands.h. The wing plugins/ stands outside the house: what it includes
+while language and values include neither of the others; on floor 3 no wing's commands include
+another's. The wing plugins/ stands outside the house: what it includes
 is its own or the interface in sdk/, and nobody includes it. Its tests may include the values.
 
 The floors are read from the wings' CMakeLists.txt: target_sources(tessimar_values PRIVATE image-rgb.cpp) puts
@@ -49,10 +49,6 @@ def may_include(includer, room, included, included_room):
     """True if a file in `room` may include a file in `included_room`."""
     if included_room in GROUND:
         return room not in GROUND or room == included_room
-    if Path(included).name == "commands.h":
-        # Factories: those who define them, and the one who calls them.
-        return includer == "engine/function-list.cpp" or (
-            room == "commands" and Path(includer).parent == Path(included).parent)
     if room in GROUND:
         return False
     floor, included_floor = FLOORS[room], FLOORS[included_room]
@@ -61,7 +57,7 @@ def may_include(includer, room, included, included_room):
     if floor == 1 and included_room not in SEEN_ON_FLOOR_1[room]:
         return False
     wing, included_wing = Path(includer).parts[0], Path(included).parts[0]
-    if floor == 3 and Path(includer).stem != Path(included).stem:
+    if floor == 3 and wing != included_wing:
         return False
     return WINGS.index(wing) >= WINGS.index(included_wing)
 

@@ -35,6 +35,7 @@ struct TLine {
     const std::string& word = words[index];
     TNumber value = {};
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    // std::from_chars also reads "inf" and "nan", with which every element would be lost.
     if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(static_cast<double>(value))) {
       Refuse("'" + word + "' is no number");
     }
@@ -110,6 +111,7 @@ TEmbeddingSettings ParseEmbeddingSettings(const std::string& text) {
   for (int number = 1; std::getline(lines, bytes); ++number) {
     // A comment goes up to the end of its line.
     bytes.erase(std::find(bytes.begin(), bytes.end(), '#'), bytes.end());
+    // A carriage return is white space too, so that both kinds of line ends will do.
     std::istringstream stream(bytes);
     TLine line = {number, {}};
     for (std::string word; stream >> word;) {
@@ -123,11 +125,13 @@ TEmbeddingSettings ParseEmbeddingSettings(const std::string& text) {
     }
     Apply(line, settings);
   }
+  // Of the input, so that the cut fits into the resized picture whichever of its sides is the shorter one.
   const int longerInput = std::max(settings.width, settings.height);
   if (settings.shorterSide == 0) {
     // 256 for an input of 224, the usual proportion of networks trained on ImageNet; 112 rounds.
     settings.shorterSide = (longerInput * 256 + 112) / 224;
   }
+  // The cut would reach beyond the resized picture, where there are no pixels to weigh.
   if (settings.fit == TEmbeddingSettings::TFit::kCrop && settings.shorterSide < longerInput) {
     throw TUnusable("embedding.txt: 'shorter " + std::to_string(settings.shorterSide) + "' is less than the input's " +
                     std::to_string(longerInput));

@@ -25,6 +25,7 @@ namespace filesystem = std::filesystem;
 
 namespace {
 
+// The most numbers that the workbench takes from a feature.
 constexpr std::int32_t kLongest = 1 << 24;
 /// In bytes: far more than all words with their values take.
 constexpr std::uintmax_t kLongestSettings = 65536;
@@ -50,6 +51,7 @@ class TNetwork {
     Load(directory / "embedding.onnx");
     output = FindOutput();
     // The network has not seen a picture before it has run: sizes that do not fit are only noticed then.
+    // At most 3 * 4096 * 4096 bytes, for which an int has room.
     const std::vector<unsigned char> gray(static_cast<std::size_t>(3 * settings.width * settings.height), 128);
     length = Run(gray.data(), settings.width, settings.height, 3 * settings.width).size();
     if (length < 1 || length > kLongest) {
@@ -76,10 +78,13 @@ class TNetwork {
       throw TUnusable("the network in embedding.onnx does not give 32-bit floats");
     }
     std::vector<double> numbers(answer.ptr<float>(), answer.ptr<float>() + answer.total());
+    // The workbench compares by the sum of absolute differences: where magnitudes add up to 1, that is 2 at most,
+    // however large the numbers of a network are.
     double sum = 0.0;
     for (const double number : numbers) {
       sum += std::abs(number);
     }
+    // One element that is not finite makes the sum so: doubles hold any sum of finite floats.
     if (!std::isfinite(sum)) {
       throw TUnusable("the network in embedding.onnx gives values that are not finite");
     }
@@ -110,6 +115,7 @@ class TNetwork {
       throw TUnusable("embedding.onnx cannot be read; it belongs beside the library");
     }
     // Larger ones keep their weights in files beside, which are not read.
+    // A message of Protocol Buffers, which an ONNX file is, has less than 2 GiB.
     if (filesystem::file_size(path) > std::numeric_limits<std::int32_t>::max()) {
       throw TUnusable("embedding.onnx has 2 GiB or more, which its format does not allow");
     }

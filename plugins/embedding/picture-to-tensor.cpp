@@ -29,6 +29,7 @@ std::vector<TTaps> MakeTaps(const TAxis& axis) {
   const double reach = std::max(step, 1.0);
   std::vector<TTaps> all(static_cast<std::size_t>(axis.count));
   for (std::size_t i = 0; i < all.size(); ++i) {
+    // Pixels have their centers at halves, in the source as in the result.
     const double center = (axis.offset + static_cast<double>(i) + 0.5) * step;
     TTaps& taps = all[i];
     taps.first = std::max<std::int64_t>(static_cast<std::int64_t>(std::floor(center - reach)), 0);
@@ -39,6 +40,8 @@ std::vector<TTaps> MakeTaps(const TAxis& axis) {
       taps.weights.push_back(std::max(1.0 - distance, 0.0));
       sum += taps.weights.back();
     }
+    // The sum is never 0, since some pixel lies within half a pixel of the center. At the edges it makes up for the
+    // weights beyond the picture.
     for (double& weight : taps.weights) {
       weight /= sum;
     }
@@ -65,12 +68,14 @@ std::vector<float> PictureToTensor(const unsigned char* pixels, std::int32_t wid
   if (settings.fit == TEmbeddingSettings::TFit::kCrop) {
     const std::int64_t shorter = std::min(width, height);
     const auto resize = [&](std::int64_t side) {
+      // In 64 bits: a side of a narrow picture may have 2^28 pixels. Rounded down, as the libraries of the training do.
       const std::int64_t whole = settings.shorterSide * side / shorter;
       return static_cast<double>(whole);
     };
     resizedWidth = resize(width);
     resizedHeight = resize(height);
   }
+  // A narrow picture may be resized to billions of pixels a side; only those of the cut are ever worked out.
   const auto columns = MakeTaps(MakeAxis(width, resizedWidth, settings.width));
   const auto rows = MakeTaps(MakeAxis(height, resizedHeight, settings.height));
 

@@ -64,7 +64,8 @@ TEST(HostilePictures, APsdThatIsCutOffEndsNoSession) {
   ASSERT_TRUE(picture.LoadFromFile("photos/sound.jpg"));
   ASSERT_EQ(std::pair(picture.GetWidth(), picture.GetHeight()), std::pair(40, 30));
   for (int i = 0; i < 40 * 30; ++i) {
-    const unsigned char* pixel = picture.GetPixels() + i / 40 * picture.GetStride() + i % 40 * 3;
+    const unsigned char* pixel =
+        picture.GetPixels() + std::ptrdiff_t{i / 40} * picture.GetStride() + std::ptrdiff_t{i % 40} * 3;
     ASSERT_EQ((TColor{pixel[0], pixel[1], pixel[2]}), kOlive) << i;
   }
 }

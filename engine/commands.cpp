@@ -1,11 +1,10 @@
-#include "engine/commands.h"
-
 #include <algorithm>
 
 #include "base/console.h"
 #include "base/native-path.h"
+#include "engine/command-factories.h"
 #include "engine/command-history.h"
-#include "engine/function.h"
+#include "engine/var.h"
 #include "engine/work.h"
 
 namespace {
@@ -54,6 +53,8 @@ Parameters:  1 - script file)"}) {}
       return false;
     }
     const TListScope scope(running, identity);
+    // The lines were read before the first one runs: a script that a command changes, or that its author saves anew
+    // meanwhile, ends as it began. Ctrl-C in a terminal ends it between two lines.
     for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {
       if (work != nullptr) {
         if (work->IsInterrupted()) {
@@ -63,6 +64,7 @@ Parameters:  1 - script file)"}) {}
       }
       // A line that fails does not end the script: the user sees which one it was, and the rest may do without it.
       command(script.entries[i]);
+      // A window that is not drawn for a whole script looks as if it hung.
       ProcessEvents();
     }
     return true;
@@ -73,8 +75,26 @@ Parameters:  1 - script file)"}) {}
   std::vector<std::string> running;
 };
 
+/// reset: empties the variable store. Accepts any parameters and ignores them.
+class TFunctionReset : public TFunction {
+ public:
+  TFunctionReset()
+      : TFunction({.name = "reset", .takesAnything = true, .help = R"(
+Name:        Reset
+Description: Resets the program to its startup state
+Syntax:      reset()
+Returns:     nothing)"}) {}
+
+  bool Execute(const std::vector<std::string>& /*params*/) override {
+    // By name, one after the other, as a user would remove them. History, plug-ins and files stay.
+    while (!varList->GetVariables().empty()) {
+      varList->Remove(varList->GetVariables().front()->GetName());
+    }
+    return true;
+  }
+};
+
 }  // namespace
 
-std::unique_ptr<TFunction> MakeExecuteScript() {
-  return std::make_unique<TFunctionExecuteScript>();
-}
+const TFunctionFactory kMakeExecuteScript = MakeFunction<TFunctionExecuteScript>;
+const TFunctionFactory kMakeReset = MakeFunction<TFunctionReset>;

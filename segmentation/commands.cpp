@@ -1,5 +1,4 @@
-#include "segmentation/commands.h"
-
+#include "engine/command-factories.h"
 #include "images/image-command.h"
 #include "images/image-rgb.h"
 #include "images/picture-report.h"
@@ -62,6 +61,4 @@ Parameters:  1 - 'image' or 'database'
 
 }  // namespace
 
-std::unique_ptr<TFunction> MakeSegmentImage() {
-  return std::make_unique<TFunctionSegmentImage>();
-}
+const TFunctionFactory kMakeSegmentImage = MakeFunction<TFunctionSegmentImage>;

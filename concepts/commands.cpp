@@ -1,13 +1,13 @@
-#include "concepts/commands.h"
-
 #include <algorithm>
 
 #include "base/format-string.h"
 #include "classifiers/classifier-list.h"
 #include "classifiers/classifier.h"
 #include "classifiers/var-classifier.h"
+#include "concepts/var-visual-concept-locations.h"
 #include "concepts/var-visual-concept.h"
-#include "engine/function.h"
+#include "engine/command-factories.h"
+#include "images/image-command.h"
 #include "images/var-database.h"
 #include "images/var-image.h"
 
@@ -25,26 +25,6 @@ bool HasUsableSegment(const TConceptVectors& vectors, const TVarDatabase& databa
     return std::any_of(image->GetSegments().begin(), image->GetSegments().end(),
                        [&](const auto& segment) { return vectors.Combine(*segment, combined); });
   });
-}
-
-bool HoldsOtherLengths(const TFeatureVectorList& examples, std::uint32_t length) {
-  return std::any_of(examples.GetItems().begin(), examples.GetItems().end(),
-                     [length](const auto* example) { return example->GetLength() != length; });
-}
-
-/// Hands the combined vector of every usable segment of the image to `add`. Returns how many segments were left out.
-template <typename TAdd>
-int AddExamples(const TConceptVectors& vectors, const TVarImage& image, const TAdd& add) {
-  int skipped = 0;
-  TFeatureVector combined;
-  for (const auto& segment : image.GetSegments()) {
-    if (vectors.Combine(*segment, combined)) {
-      add(&combined);
-    } else {
-      ++skipped;
-    }
-  }
-  return skipped;
 }
 
 /// learnvisualconcept: teaches a classifier with every segment of two databases, those of the first as positive
@@ -102,8 +82,7 @@ Parameters:  1 - 'database'
                      const TVarDatabase& positive, const TVarDatabase& negative) const {
     // A classifier may be taught by several commands and gathers the examples of all of them; they must have one
     // length.
-    if (HoldsOtherLengths(classifier.GetPositiveExamples(), visualConcept.GetVectors().GetDimension()) ||
-        HoldsOtherLengths(classifier.GetNegativeExamples(), visualConcept.GetVectors().GetDimension())) {
+    if (!classifier.ExamplesHaveLength(visualConcept.GetVectors().GetDimension())) {
       return Fail("Classifier holds examples of another length: createclassifier makes it new");
     }
     if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
@@ -119,19 +98,24 @@ Parameters:  1 - 'database'
     if (!hasFeatures) {
       Print("No features in common: no example holds a number");
     }
-    // One vector serves every example.
+    // One vector, `combined`, serves every example.
     classifier.SetCopyExamples(true);
     const std::size_t positives = positive.GetImages().size();
     // One count over both databases, for the progress that the user sees.
     const std::size_t total = positives + negative.GetImages().size();
     int skipped = 0;
+    TFeatureVector combined;
     const auto step = [&](std::size_t i) {
-      if (i < positives) {
-        skipped += AddExamples(visualConcept.GetVectors(), *positive.GetImages()[i],
-                               [&](auto* example) { classifier.AddPositiveExample(example); });
-      } else {
-        skipped += AddExamples(visualConcept.GetVectors(), *negative.GetImages()[i - positives],
-                               [&](auto* example) { classifier.AddNegativeExample(example); });
+      const bool isPositive = i < positives;
+      for (const auto& segment :
+           (isPositive ? positive.GetImages()[i] : negative.GetImages()[i - positives])->GetSegments()) {
+        if (!visualConcept.GetVectors().Combine(*segment, combined)) {
+          ++skipped;
+        } else if (isPositive) {
+          classifier.AddPositiveExample(&combined);
+        } else {
+          classifier.AddNegativeExample(&combined);
+        }
       }
       return true;
     };
@@ -159,8 +143,120 @@ Parameters:  1 - 'database'
   }
 };
 
+/// Base of the commands that look for a concept in the segments of images.
+class TConceptCommand : public TImageCommand {
+ protected:
+  using TImageCommand::TImageCommand;
+
+  /// Labels every segment of the images on which the concept is found with the tag, takes the labels from all others,
+  /// and if `tagsImages` tags the images on which it was found. False if the tag is empty, the concept has no
+  /// classifier or the user ended it; the reason has been printed.
+  bool Locate(const TImageSelection& images, const TVarVisualConcept& visualConcept, const std::string& tag,
+              bool tagsImages) const {
+    if (tag.empty()) {
+      return Fail("Tag is empty");
+    }
+    // Held for this one command: the user may replace the classifier variable, and the concept must notice at the next
+    // one.
+    const auto classifier = visualConcept.LockClassifier();
+    if (!classifier) {
+      return Fail("Concept has no classifier");
+    }
+    int skipped = 0;
+    int tagged = 0;
+    const auto step = [&](TVarImage& image) {
+      skipped += visualConcept.Locate(*classifier, tag, image);
+      // Every label is this concept's: locating it has taken all others away.
+      const bool isFound = std::any_of(image.GetSegments().begin(), image.GetSegments().end(),
+                                       [](const auto& segment) { return !segment->GetLabel().empty(); });
+      if (tagsImages && isFound) {
+        ++tagged;
+        if (!image.HasTag(tag)) {
+          image.GetTags().push_back(tag);
+        }
+      }
+      return true;
+    };
+    return ForEachImage(images, step, [&] {
+      PrintCount(skipped, "segments without usable features skipped");
+      if (tagsImages) {
+        Print(FormatString("%d images tagged", tagged));
+      }
+    });
+  }
+};
+
+/// findvisualconceptlocations: labels the segments of an image, or of all images of a database, on which a concept is
+/// found, and takes the labels from all others.
+class TFunctionFindVisualConceptLocations : public TConceptCommand {
+ public:
+  TFunctionFindVisualConceptLocations()
+      : TConceptCommand({.name = "findvisualconceptlocations", .kinds = {"variable", "variable", "string"}, .help = R"(
+Name:        FindVisualConceptLocations
+Description: Locates a 'visualconcept' in segments of an 'image'
+Syntax:      findvisualconceptlocations(image, concept, "tree")
+Returns:     nothing
+Parameters:  1 - 'image'
+             2 - 'visualconcept'
+             3 - tag)"}) {}
+
+  bool Execute(const std::vector<std::string>& params) override {
+    const auto images = RequireImages(params);
+    const auto* visualConcept = images ? Require<TVarVisualConcept>(params, 2) : nullptr;
+    return visualConcept != nullptr && Locate(*images, *visualConcept, StripQuotes(params[2]), false);
+  }
+};
+
+/// updatevisualconcepttags: labels the segments of a database as findvisualconceptlocations does, and tags every image
+/// on which the concept was found.
+class TFunctionUpdateVisualConceptTags : public TConceptCommand {
+ public:
+  TFunctionUpdateVisualConceptTags()
+      : TConceptCommand({.name = "updatevisualconcepttags", .kinds = {"variable", "variable", "string"}, .help = R"(
+Name:        UpdateVisualConceptTags
+Description: Adds tags to 'database' if a 'concept' is found in the image
+Syntax:      updatevisualconcepttags(db, concept, "tree")
+Returns:     nothing
+Parameters:  1 - 'database'
+             2 - 'visualconcept'
+             3 - tag)"}) {}
+
+  bool Execute(const std::vector<std::string>& params) override {
+    const auto* database = FindVariable<TVarDatabase>(params[0]);
+    const auto* visualConcept = FindVariable<TVarVisualConcept>(params[1]);
+    if (database == nullptr) {
+      return Fail("First variable is not of type 'database'");
+    }
+    if (visualConcept == nullptr) {
+      return Fail("Second variable is not of type 'visualconcept'");
+    }
+    return Locate(TImageSelection(*database), *visualConcept, StripQuotes(params[2]), true);
+  }
+};
+
+/// displayvisualconceptlocations: tests its parameters and ends there, since no command makes a variable of the second
+/// one's type; displayimage shows where a concept was found.
+class TFunctionDisplayVisualConceptLocations : public TFunction {
+ public:
+  TFunctionDisplayVisualConceptLocations()
+      : TFunction({.name = "displayvisualconceptlocations", .kinds = {"variable", "variable"}, .help = R"(
+Name:        DisplayVisualConceptLocations
+Description: Displays 'visualconceptlocations' in an 'image'
+Syntax:      displayvisualconceptlocations(image, locations)
+Returns:     nothing
+Parameters:  1 - 'image'
+Parameters:  2 - 'visualconceptlocations')"}) {}
+
+  bool Execute(const std::vector<std::string>& params) override {
+    return (FindVariable<TVarImage>(params[0]) != nullptr &&
+            FindVariable<TVarVisualConceptLocations>(params[1]) != nullptr) ||
+           Fail("Incorrect parameter types");
+  }
+};
+
 }  // namespace
 
-std::unique_ptr<TFunction> MakeLearnVisualConcept() {
-  return std::make_unique<TFunctionLearnVisualConcept>();
-}
+const TFunctionFactory kMakeLearnVisualConcept = MakeFunction<TFunctionLearnVisualConcept>;
+const TFunctionFactory kMakeFindVisualConceptLocations = MakeFunction<TFunctionFindVisualConceptLocations>;
+const TFunctionFactory kMakeUpdateVisualConceptTags = MakeFunction<TFunctionUpdateVisualConceptTags>;
+const TFunctionFactory kMakeDisplayVisualConceptLocations = MakeFunction<TFunctionDisplayVisualConceptLocations>;
