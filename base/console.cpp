@@ -14,6 +14,7 @@
 #endif
 
 #include "base/native-path.h"
+#include "base/text.h"
 
 namespace base {
 
@@ -148,6 +149,31 @@ std::FILE* TakeStandardOutput(bool verbose) {
 #endif
 }
 
+bool Print(std::FILE* stream, std::string_view text) {
+#ifdef _WIN32
+  const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  return std::fflush(stream) == 0 && written;
+#else
+  if (std::fflush(stream) != 0) {
+    return false;
+  }
+  // Past the stream's buffer, which loses what a pipe in the mode O_NONBLOCK does not take at once. Another program
+  // that shares our terminal or pipe can have set that mode.
+  while (!text.empty()) {
+    const ssize_t count = write(fileno(stream), text.data(), text.size());
+    if (count >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno == EAGAIN) {
+      pollfd wait = {fileno(stream), POLLOUT, 0};
+      poll(&wait, 1, -1);
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+#endif
+}
+
 bool IsTerminal(std::FILE* stream) {
 #ifdef _WIN32
   return _isatty(_fileno(stream)) != 0;
@@ -156,7 +182,14 @@ bool IsTerminal(std::FILE* stream) {
 #endif
 }
 
+void MakeFileLimitAnError() {
+#ifndef _WIN32
+  std::signal(SIGXFSZ, SIG_IGN);
+#endif
+}
+
 void CatchSignals() {
+  MakeFileLimitAnError();
 #ifndef _WIN32
   std::signal(SIGPIPE, SIG_IGN);
   if (pipe2(wakeUp.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -166,6 +199,14 @@ void CatchSignals() {
   for (const int signal : kEndingSignals) {
     Catch(signal);
   }
+}
+
+int SignalDescriptor() {
+#ifdef _WIN32
+  return -1;
+#else
+  return wakeUp[0];
+#endif
 }
 
 bool Interrupted() {
@@ -237,11 +278,15 @@ bool TLineReader::Next(std::string& line) {
     if (!ReadBlock()) {
       line.assign(pending, position);
       position = pending.size();
-      if (Interrupted() || hasFailed || line.empty()) {
+      if (Interrupted() || hasFailed || (isFirst ? SkipByteOrderMark(line).empty() : line.empty())) {
         return false;
       }
       break;
     }
+  }
+  if (isFirst) {
+    line.erase(0, line.size() - SkipByteOrderMark(line).size());
+    isFirst = false;
   }
   if (!line.empty() && line.back() == '\r') {
     line.pop_back();

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 /// What a program without a window needs of its terminal: standard output for its own lines only, lines as they arrive,
 /// and Ctrl-C as a wish that it can grant between two commands. SIGTERM and SIGHUP count as Ctrl-C.
@@ -11,19 +12,31 @@ namespace base {
 /// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
 std::FILE* TakeStandardOutput(bool verbose);
 
+/// Writes the text and whatever the stream still holds, and waits where a reader is slower than a stream that does not
+/// block. False, with the reason in errno, if that cannot be done: EPIPE if nobody reads.
+bool Print(std::FILE* stream, std::string_view text);
+
 /// True if the stream is a terminal, where a person reads along.
 bool IsTerminal(std::FILE* stream);
 
 /// From now on a closed pipe is an error of the write that meets it and does not end the program, and the first Ctrl-C
 /// only sets what Interrupted() tells and says so on standard error; a second one ends the program at once. Signals
-/// that the program was started to ignore stay ignored.
+/// that the program was started to ignore stay ignored. Includes MakeFileLimitAnError().
 void CatchSignals();
+
+/// A descriptor that is readable from the first Ctrl-C on, for a loop that waits for events; nobody reads from it. -1
+/// where there is none.
+int SignalDescriptor();
+
+/// From now on a file that reaches the limit of its size (ulimit -f) is an error of the write, as on a full disk, and
+/// does not end the program.
+void MakeFileLimitAnError();
 
 /// True once Ctrl-C was pressed after CatchSignals(); always false in a program that did not call it.
 bool Interrupted();
 
 /// Reads lines from standard input or from a file as they arrive. Lines end in LF or CR LF; what stands behind the last
-/// line end is a line too, unless it is empty.
+/// line end is a line too, unless it is empty. A mark of UTF-8 at the beginning is no part of the first line.
 class TLineReader {
  public:
   /// Reads standard input.
@@ -56,6 +69,7 @@ class TLineReader {
   int descriptor = 0;
   bool atEnd = false;
   bool hasFailed = false;
+  bool isFirst = true;
   std::string pending;
   std::size_t position = 0;
 };

@@ -100,6 +100,16 @@ TEST(Trim, WhiteSpaceGoesAtBothEndsAndNowhereElse) {
   }
 }
 
+TEST(SkipByteOrderMark, GoesOnceAndAtTheBeginningOnly) {
+  EXPECT_EQ(base::SkipByteOrderMark("\xef\xbb\xbf"
+                                    "a"),
+            "a");
+  EXPECT_EQ(base::SkipByteOrderMark("\xef\xbb\xbf\xef\xbb\xbf"), "\xef\xbb\xbf");
+  for (const char* text : {"", "a", "\xef\xbb", "a\xef\xbb\xbf"}) {
+    EXPECT_EQ(base::SkipByteOrderMark(text), text);
+  }
+}
+
 TEST(Join, SeparatorsStandOnlyBetweenTexts) {
   EXPECT_EQ(base::Join(std::vector<std::string>(), ", "), "");
   EXPECT_EQ(base::Join(std::vector<std::string>{"hsv"}, ", "), "hsv");

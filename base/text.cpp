@@ -36,6 +36,11 @@ std::string_view Trim(std::string_view text) {
   return text;
 }
 
+std::string_view SkipByteOrderMark(std::string_view text) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
+}
+
 std::string EscapeField(std::string_view field) {
   // What would tear a table apart, and nothing else: all other names stand as they are, to be searched for.
   std::string escaped;

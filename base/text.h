@@ -17,6 +17,10 @@ std::string FoldCase(std::string text);
 /// the argument's characters.
 std::string_view Trim(std::string_view text);
 
+/// The text without the mark of UTF-8 (EF BB BF) that some editors put at the beginning of a file. Refers to the
+/// argument's characters.
+std::string_view SkipByteOrderMark(std::string_view text);
+
 /// The text as a field of a line of fields with tabs between: tabs, line feeds and backslashes become \\t, \\n, \\\\.
 std::string EscapeField(std::string_view field);
 /// The text that EscapeField made the field of.

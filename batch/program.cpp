@@ -46,10 +46,13 @@ int CheckOnePlugin(const std::string& fileName) {
   if (!base::IsRegularFile(fileName)) {
     return RefuseBatch(FormatString("Plug-in '%s' cannot be read", fileName.c_str()));
   }
-  const bool isSound = CheckPlugin(base::NativePath(fileName), [](const std::string& line) {
-    std::printf("%s\n", line.c_str());
-    std::fflush(stdout);
+  bool isPrinted = true;
+  const bool isSound = CheckPlugin(base::NativePath(fileName), [&](const std::string& line) {
+    isPrinted = base::Print(stdout, line + '\n') && isPrinted;
   });
+  if (!isPrinted) {
+    return RefuseBatch("Standard output cannot be written");
+  }
   return isSound ? kBatchSucceeded : kBatchLineFailed;
 }
 
@@ -60,8 +63,8 @@ int Run(int argc, char** argv, const char* version) {
     return RefuseBatch(reason + " See tessimar-batch --help.");
   }
   if (options->help || options->version) {
-    std::fputs(options->help ? kUsage : version, stdout);
-    return kBatchSucceeded;
+    return base::Print(stdout, options->help ? kUsage : version) ? kBatchSucceeded
+                                                                 : RefuseBatch("Standard output cannot be written");
   }
   if (!options->checkedPlugin.empty()) {
     return CheckOnePlugin(options->checkedPlugin);

@@ -84,22 +84,27 @@ int TBatchSession::Run(TStreamView& view) {
     controller.RunScript(*reader, options.script.empty() ? standardInput : options.script);
   }
   // The tables are written even after lines that failed: what succeeded is worth having, and the status tells.
-  std::string failedFile = saver.GetFailedFile();
-  if (variables && !variables->Write(FormatVariables(controller.GetVarList()))) {
-    failedFile = options.variables;
-  }
-  if (segments && !segments->Write(FormatSegments(controller.GetVarList()))) {
-    failedFile = options.segments;
-  }
-  if (!options.rankings.empty() && failedFile.empty()) {
-    failedFile = WriteRankings(controller.GetVarList(), options.rankings);
-  }
-  if (!options.runs.empty() && failedFile.empty()) {
-    failedFile = WriteRuns(controller.GetVarList(), options.runs);
+  // One that cannot be written does not keep the others from their places, which may be on another disk.
+  bool isWritten = true;
+  const auto expectWritten = [&](const std::string& failedFile) {
+    if (!failedFile.empty()) {
+      RefuseBatch(FormatString("File '%s' cannot be written", failedFile.c_str()));
+      isWritten = false;
+    }
+  };
+  const TVarList& varList = controller.GetVarList();
+  expectWritten(saver.GetFailedFile());
+  expectWritten(variables && !variables->Write(FormatVariables(varList)) ? options.variables : "");
+  expectWritten(segments && !segments->Write(FormatSegments(varList)) ? options.segments : "");
+  expectWritten(options.rankings.empty() ? "" : WriteRankings(varList, options.rankings));
+  expectWritten(options.runs.empty() ? "" : WriteRuns(varList, options.runs));
+  if (view.HasFailed() && !view.HasLostItsReader()) {
+    RefuseBatch("Standard output cannot be written");
+    isWritten = false;
   }
   // The gravest first: what was asked for and is not there outweighs whatever the lines did.
-  if (!failedFile.empty()) {
-    return RefuseBatch(FormatString("File '%s' cannot be written", failedFile.c_str()));
+  if (!isWritten) {
+    return kBatchUnusable;
   }
   if (base::Interrupted()) {
     return kBatchInterrupted;

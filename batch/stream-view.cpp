@@ -1,6 +1,7 @@
 #include "batch/stream-view.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "base/console.h"
 
@@ -11,9 +12,8 @@ void TStreamView::AddOutput(const std::string& text) {
   if (failed) {
     return;
   }
-  const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
-  // Every text of the output pane ends a line.
-  failed = std::fflush(stream) != 0 || !written;
+  failed = !base::Print(stream, text);
+  hasLostItsReader = failed && errno == EPIPE;
 }
 
 void TStreamView::ReportFailedLine(const std::string& text) {

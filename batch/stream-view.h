@@ -15,6 +15,8 @@ class TStreamView : public TView {
 
   /// True once a write failed; nothing is written any more.
   bool HasFailed() const { return failed; }
+  /// True if it failed because the reader has gone, as head(1) does.
+  bool HasLostItsReader() const { return hasLostItsReader; }
 
   void SetListener(TViewListener* /*listener*/) override {}
   void AddFeature(const std::string& /*name*/) override {}
@@ -36,6 +38,7 @@ class TStreamView : public TView {
  private:
   std::FILE* stream;
   bool failed = false;
+  bool hasLostItsReader = false;
   bool showsWork;
   /// How many columns of the terminal's line are written.
   std::size_t shownWidth = 0;

@@ -5,7 +5,8 @@
 
 /// A list of lines with its text file: the command history, and the one reader of line-oriented text files (scripts,
 /// annotations). Lines end in carriage return and line feed. The reader cuts at line feeds and drops the one character
-/// in front of each, whatever it is; text behind the last line feed is not read.
+/// in front of each, whatever it is; text behind the last line feed is not read, nor is a mark of UTF-8 at
+/// the beginning.
 class TCommandHistory {
  public:
   /// Replaces `entries` by the lines of the file, up to its first zero byte. False, without entries, if the file cannot

@@ -8,6 +8,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QMessageBox>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include "base/console.h"
@@ -24,6 +25,8 @@
 namespace {
 
 constexpr int kUnusable = 2;
+// As a shell reports a program that Ctrl-C ended.
+constexpr int kInterrupted = 130;
 
 constexpr const char* kUsage =
     R"(Usage: tessimar [--workspace] [SCRIPT]
@@ -40,7 +43,8 @@ Opens the workbench. Its files go into the directory in which it is started.
 tessimar-batch runs scripts without a window.
 
 Exit status: 0 when the window was closed, 2 for wrong usage, without a display, or
-if a file or folder cannot be used.
+if a file or folder cannot be used, 130 after Ctrl-C (or SIGTERM or SIGHUP), which
+closes the window behind the command under way.
 )";
 
 int Refuse(const std::string& reason) {
@@ -135,8 +139,9 @@ int main(int argc, char** argv) {
   // These two need no display. All else waits until the toolkit has taken its own options out.
   const TOptions first = ParseOptions(arguments, reason);
   if (first.help || first.version) {
-    std::fputs(first.help ? kUsage : "tessimar " TESSIMAR_VERSION "\n", stdout);
-    return EXIT_SUCCESS;
+    return base::Print(stdout, first.help ? kUsage : "tessimar " TESSIMAR_VERSION "\n")
+               ? EXIT_SUCCESS
+               : Refuse("Standard output cannot be written");
   }
   base::KeepFreedMemory();
   qInstallMessageHandler(RefuseWithoutDisplay);
@@ -165,6 +170,17 @@ int main(int argc, char** argv) {
       return Refuse(FormatString("Script '%s' is not a text", options.script.c_str()));
     }
   }
+  // As a person would close the window, so that the history is kept: Ctrl-C in the terminal, or its end.
+  base::CatchSignals();
+  QSocketNotifier signalNotifier(QSocketNotifier::Read);
+  if (base::SignalDescriptor() >= 0) {
+    signalNotifier.setSocket(base::SignalDescriptor());
+    QObject::connect(&signalNotifier, &QSocketNotifier::activated, [&] {
+      signalNotifier.setEnabled(false);
+      QApplication::closeAllWindows();
+    });
+    signalNotifier.setEnabled(true);
+  }
   // Ends in the reverse order: the controller saves the history and lets go of the view, and the view of the window.
   // The timer below calls the controller and goes before it.
   MainWindow window;
@@ -178,5 +194,6 @@ int main(int argc, char** argv) {
     scriptTimer.callOnTimeout([&] { controller.RunScript(*reader, options.script); });
     scriptTimer.start();
   }
-  return QApplication::exec();
+  const int status = QApplication::exec();
+  return base::Interrupted() ? kInterrupted : status;
 }

@@ -31,6 +31,15 @@ std::optional<TPictureCollection> OpenCollection(const std::string& directory, s
   return collection;
 }
 
+/// How many files of a directory are named like pictures but are none by a rule.
+std::size_t CountLeftOut(const std::string& directory, bool (*isPicture)(const std::string&)) {
+  const auto names = base::ListFiles(directory);
+  return names ? static_cast<std::size_t>(std::count_if(
+                     names->begin(), names->end(),
+                     [&](const std::string& name) { return IsNamedLikePicture(name) && !isPicture(name); }))
+               : 0;
+}
+
 std::string CannotRead(const std::string& directory) {
   return FormatString("Directory '%s' cannot be read", directory.c_str());
 }
@@ -49,6 +58,8 @@ std::optional<TPictureCollection> ReadCollection(const std::string& directory, s
     return std::nullopt;
   }
   collection->names = std::move(*names);
+  collection->leftOut = CountLeftOut(collection->location, IsPictureName);
+  collection->leftOutRule = "their names do not contain '.jpg'";
   return collection;
 }
 
@@ -57,6 +68,8 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
   if (!collection) {
     return std::nullopt;
   }
+  collection->leftOut = CountLeftOut(collection->location, [](const std::string& /*name*/) { return false; });
+  collection->leftOutRule = "they lie in no class, or end in none of .jpg, .jpeg, .png, .tif and .tiff";
   auto entries = base::ListDirectory(collection->location);
   if (!entries) {
     reason = CannotRead(directory);
@@ -72,6 +85,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
       return std::nullopt;
     }
     std::erase_if(*names, [](const std::string& name) { return !HasPictureEnding(name); });
+    collection->leftOut += CountLeftOut(collection->location + entry, HasPictureEnding);
     SortPictureNames(*names);
     for (const std::string& name : *names) {
       // A slash on every platform: names are part of digests, and of the tables that name pictures.

@@ -14,6 +14,9 @@ struct TPictureCollection {
   std::vector<std::string> names;
   /// For each picture the directory that it lies in, where directories are classes; otherwise empty.
   std::vector<std::string> classes;
+  /// How many files beside them are named like pictures too, and by which rule they are left out.
+  std::size_t leftOut = 0;
+  const char* leftOutRule = "";
 
   std::string GetPath(std::size_t picture) const { return location + names[picture]; }
 };

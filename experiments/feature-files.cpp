@@ -418,6 +418,9 @@ class TExtraction {
       color.ToGray(gray);
     }
     std::vector<std::string> faults;
+    if (color.IsDamaged()) {
+      faults.emplace_back("is damaged: only a part of it could be read");
+    }
     for (std::size_t i = 0; i < sources.size(); ++i) {
       const std::string fault = ComputeFeature(*sources[i].feature, writer->GetRows(i));
       if (!fault.empty()) {

@@ -18,8 +18,9 @@ int Run(int argc, char** argv) {
     return RefuseExperiment(kExperimentUnusable, reason + " See tessimar-experiment --help.");
   }
   if (command->help || command->version) {
-    std::fputs(command->help ? kExperimentUsage : "tessimar-experiment " TESSIMAR_VERSION "\n", stdout);
-    return kExperimentDone;
+    return base::Print(stdout, command->help ? kExperimentUsage : "tessimar-experiment " TESSIMAR_VERSION "\n")
+               ? kExperimentDone
+               : RefuseExperiment(kExperimentUnusable, "Standard output cannot be written");
   }
   command->options.version = "tessimar-experiment " TESSIMAR_VERSION;
   base::CatchSignals();

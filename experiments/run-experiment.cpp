@@ -1,6 +1,7 @@
 #include "experiments/run-experiment.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -38,17 +39,18 @@ void PrintDamage(const TDamageList& damage, const char* ending) {
   }
 }
 
-void PrintSummary(const TExperiment& experiment, const std::string& out, std::FILE* output) {
-  std::fprintf(output, "%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
-               experiment.topics.size(), experiment.queryCount);
+/// False if the output lies on a full disk. A reader who has seen enough, as head(1), is no failure.
+bool PrintSummary(const TExperiment& experiment, const std::string& out, std::FILE* output) {
+  std::string text = FormatString("%zu topics of %zu queries. Mean average precision, with its 95 percent interval:\n",
+                                  experiment.topics.size(), experiment.queryCount);
   for (const TSummaryRow& row : experiment.summary) {
     // Rows of single tags have no interval and are left to the tables.
     if (row.interval && row.measure == TMeasure::kAp) {
-      std::fprintf(output, "  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
-                   row.interval->high);
+      text += FormatString("  %-16s %.4f [%.4f, %.4f]\n", experiment.sets[row.set].c_str(), row.mean, row.interval->low,
+                           row.interval->high);
     }
   }
-  std::fprintf(output, "The results are in %s\n", out.c_str());
+  return base::Print(output, text + "The results are in " + out + '\n') || errno == EPIPE;
 }
 
 /// Measures how long each step took.
@@ -106,10 +108,10 @@ int Conclude(const TExperimentOptions& options, const TExperiment& experiment, T
     std::remove((options.out + "segments.tsv").c_str());
   }
   PrintDamage(experiment.damage, "; damage.tsv has all");
-  if (!options.isQuiet) {
-    PrintSummary(experiment, options.out, output);
-  }
   int status = experiment.damage.empty() ? kExperimentDone : kExperimentDamaged;
+  if (!options.isQuiet && !PrintSummary(experiment, options.out, output)) {
+    status = RefuseExperiment(kExperimentFailed, "Standard output cannot be written");
+  }
   for (const TExpectation& expectation : options.expectations) {
     if (const std::string miss = DescribeMiss(expectation, experiment); !miss.empty()) {
       // All misses are printed, and outweigh damage.
@@ -136,6 +138,10 @@ class TCollectionRun {
     // The directory comes last: a slip in the options leaves none behind.
     if (!AreKnown(options.expectations, plan->setNames, reason) || !OpenOutputDirectory(options.out, reason)) {
       return RefuseExperiment(kExperimentUnusable, reason);
+    }
+    if (plan->collection.leftOut > 0 && !options.isQuiet) {
+      std::fprintf(stderr, "tessimar-experiment: %zu other pictures left out: %s\n", plan->collection.leftOut,
+                   plan->collection.leftOutRule);
     }
     if (options.step == TStep::kAll || options.step == TStep::kExtract) {
       if (const int status = StatusOf(Extract()); status != kExperimentDone || options.step == TStep::kExtract) {

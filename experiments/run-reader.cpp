@@ -164,7 +164,7 @@ bool ForEachLine(const std::string& path, const TTake& take) {
   for (std::size_t number = 1; reader.Next(line); ++number) {
     take(number, std::string_view(line));
   }
-  return true;
+  return !reader.HasFailed();
 }
 
 }  // namespace

@@ -133,7 +133,7 @@ std::optional<std::vector<TNumberedLine>> ReadNumberedLines(const std::string& p
     return std::nullopt;
   }
   std::vector<TNumberedLine> lines;
-  std::string_view rest = *bytes;
+  std::string_view rest = base::SkipByteOrderMark(*bytes);
   for (std::size_t number = 1; !rest.empty(); ++number) {
     const std::size_t end = rest.find('\n');
     std::string_view line = rest.substr(0, end);

@@ -66,4 +66,15 @@ TEST_F(TUnreadable, TruthJudgementsAndRuns) {
   EXPECT_TRUE(damage.empty());
 }
 
+TEST(Reading, WhatTheSystemStopsDeliveringIsRefusedAndNotTakenAsTheEnd) {
+  // Opens, and fails at the first read: nothing is mapped at its beginning.
+  const std::string path = "/proc/self/mem";
+  TDamageList damage;
+  std::string reason;
+  EXPECT_FALSE(ReadJudgements(path, damage, reason));
+  EXPECT_EQ(reason, "Judgements '/proc/self/mem' cannot be read");
+  EXPECT_FALSE(ReadRun(path, {}, damage, reason));
+  EXPECT_EQ(reason, "Run '/proc/self/mem' cannot be read");
+}
+
 }  // namespace

@@ -1,13 +1,24 @@
 #include "images/picture-list.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "base/native-path.h"
+#include "base/text.h"
 
 bool IsPictureName(const std::string& name) {
   // Anywhere in the name and in lower case only: "a.jpg.bak" is taken up and "A.JPG" is not. The positions of all
   // images, and with them every annotation file and stored ranking, hang on this rule.
   return name.find(".jpg") != std::string::npos;
+}
+
+bool IsNamedLikePicture(const std::string& name) {
+  const std::string folded = base::FoldCase(name);
+  constexpr std::array<std::string_view, 8> kEndings = {".jpg",  ".jpeg", ".png", ".tif",
+                                                        ".tiff", ".gif",  ".bmp", ".webp"};
+  return std::any_of(kEndings.begin(), kEndings.end(),
+                     [&](std::string_view ending) { return folded.ends_with(ending); });
 }
 
 void SortPictureNames(std::vector<std::string>& names) {

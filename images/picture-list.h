@@ -7,6 +7,10 @@
 /// True for the name of a file that a collection takes up: one with ".jpg" in it.
 bool IsPictureName(const std::string& name);
 
+/// True for the ending of a common format of photographs, in any case. Only for a hint to the user: what a collection
+/// takes up is decided by IsPictureName.
+bool IsNamedLikePicture(const std::string& name);
+
 /// Puts file names in the order of a collection: shorter names first, names of equal length by their bytes.
 void SortPictureNames(std::vector<std::string>& names);
 

@@ -1,9 +1,7 @@
 #include "images/var-database.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
-#include <string_view>
 #include <utility>
 
 #include "base/format-string.h"
@@ -11,20 +9,6 @@
 #include "base/text.h"
 #include "images/picture-list.h"
 #include "images/var-image.h"
-
-namespace {
-
-/// True for the ending of a common format of photographs, in any case.
-bool IsNamedLikePicture(const std::string& name) {
-  // Only for a hint to the user: what a database takes up is decided by IsPictureName.
-  const std::string folded = base::FoldCase(name);
-  constexpr std::array<std::string_view, 8> kEndings = {".jpg",  ".jpeg", ".png", ".tif",
-                                                        ".tiff", ".gif",  ".bmp", ".webp"};
-  return std::any_of(kEndings.begin(), kEndings.end(),
-                     [&](std::string_view ending) { return folded.ends_with(ending); });
-}
-
-}  // namespace
 
 TVarDatabase::TVarDatabase() : TVar(kTypeName) {}
 

@@ -1,9 +1,11 @@
 // tessimar-batch as a process of its own: what goes in and comes out, and how it ends.
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 
 #include <QImage>
+#include <QThread>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
@@ -46,6 +48,20 @@ TEST_F(TBatch, RunsAScriptWithEitherLineEndAndALastLineWithoutOne) {
   EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset(1)\r\nhelp reset\r\nreset()\r\n");
   EXPECT_EQ(Run({}, "reset()").output, "> reset()\n");
   EXPECT_EQ(Run({"-"}, "a\xff\n").output, "> a\xff\n  Syntax error while parsing function call\n");
+}
+
+TEST_F(TBatch, TheMarkThatAnEditorPutsBeforeATextIsNoPartOfIt) {
+  const std::string mark = "\xef\xbb\xbf";
+  MakeFile("s.txt", mark + "a = createclassifier(\"svm\")\r\ngetclassifiersetting(a, \"kernel\")\r\n");
+  const std::string lines = "> a = createclassifier(\"svm\")\n> getclassifiersetting(a, \"kernel\")\n  kernel = rbf\n";
+  EXPECT_EQ(Run({"s.txt"}), (TOutcome{0, lines, ""}));
+  EXPECT_EQ(Run({"-e", "executescript(\"s.txt\")"}), (TOutcome{0, "> executescript(\"s.txt\")\n" + lines, ""}));
+  EXPECT_EQ(Run({}, mark + "#!/usr/bin/env tessimar-batch\nreset()"), (TOutcome{0, "> reset()\n", ""}));
+  EXPECT_EQ(Run({}, mark), (TOutcome{0, "", ""}));
+  MakeFile("tree.txt", mark + "2\r\n");
+  EXPECT_EQ(Run({}, "db = loaddatabase(\"photos\")\nloadmirflickrtags(db, \"tree.txt\")\n").output,
+            "> db = loaddatabase(\"photos\")\n  Scanning..\n  Database contains 2 images\n"
+            "> loadmirflickrtags(db, \"tree.txt\")\n");
 }
 
 TEST_F(TBatch, SaysNothingOfASessionThatItDoesNotNeed) {
@@ -233,6 +249,76 @@ TEST_F(TBatch, AClosedStandardOutputIsRefused) {
   const TOutcome outcome = Run({"-c", "exec \"$0\" -e \"reset()\" >&-", BATCH_PROGRAM});
   EXPECT_EQ(outcome.status, 2);
   EXPECT_EQ(outcome.errors, "tessimar-batch: Standard output cannot be used\n");
+}
+
+TEST_F(TBatch, AStandardOutputOnAFullDiskIsToldOf) {
+  const TOutcome full = {2, "", "tessimar-batch: Standard output cannot be written\n"};
+  MakeFile("s.txt", "reset()\nhelp\n");
+  MakeFile("a.so", "no library");
+  process.setProgram("sh");
+  for (const QStringList& arguments :
+       {QStringList{"s.txt"}, QStringList{"--help"}, QStringList{"--version"}, QStringList{"--check-plugin", "a.so"}}) {
+    EXPECT_EQ(Run(QStringList{"-c", "exec \"$0\" \"$@\" >/dev/full", BATCH_PROGRAM} + arguments), full)
+        << arguments.join(' ').toStdString();
+  }
+  EXPECT_EQ(FileBytes("CommandHistory.txt"), "reset()\r\n") << "the run ends behind the line that could not be told";
+}
+
+TEST_F(TBatch, ASlowReaderOfAPipeThatDoesNotBlockGetsAll) {
+  std::string lines;
+  std::string expected;
+  for (int i = 0; i < 3000; ++i) {
+    lines += "reset() " + std::to_string(i) + "\n";
+    expected += "> reset() " + std::to_string(i) + "\n";
+  }
+  MakeFile("s.txt", lines);
+  std::array<int, 2> ends = {};
+  ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+  ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+  ASSERT_LT(fcntl(ends[1], F_SETPIPE_SZ, 4096), static_cast<int>(expected.size())) << "or it never fills";
+  process.setChildProcessModifier([&] { dup2(ends[1], STDOUT_FILENO); });
+  Start(process.program(), {"s.txt"});
+  ASSERT_TRUE(process.waitForStarted());
+  close(ends[1]);
+  // Full before anybody reads.
+  int waiting = 0;
+  for (int tries = 0; tries < 300 && waiting < 3000; ++tries) {
+    QThread::msleep(100);
+    ASSERT_EQ(ioctl(ends[0], FIONREAD, &waiting), 0);
+  }
+  ASSERT_GE(waiting, 3000);
+  std::string output;
+  std::array<char, 512> block;
+  for (ssize_t count = 1; count > 0;) {
+    count = read(ends[0], block.data(), block.size());
+    output.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  }
+  close(ends[0]);
+  EXPECT_EQ(Finish().status, 0);
+  EXPECT_EQ(output, expected);
+}
+
+TEST_F(TBatch, ALimitOfFileSizesIsAFailureAndNotTheEnd) {
+  // A vector of "hsv" has 256 numbers of 8 bytes, and no file may grow beyond 2 blocks of 512 bytes.
+  MakeFile("s.txt", std::string(kSearch) + "savefeature(db, \"hsv\")\nreset()\n");
+  process.setProgram("sh");
+  const TOutcome outcome = Run({"-c", "ulimit -c 0; ulimit -f 2; exec \"$0\" s.txt", BATCH_PROGRAM});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, "s.txt:6: Function failed: File 'FeatureStorage/hsv-im1.dat' cannot be written\n");
+  EXPECT_TRUE(outcome.output.ends_with("> reset()\n")) << outcome.output;
+  EXPECT_FALSE(std::filesystem::exists("FeatureStorage/hsv-im1.dat"));
+}
+
+TEST_F(TBatch, ATableThatCannotBeWrittenIsNamedAndKeepsNoOtherFromItsPlace) {
+  std::filesystem::create_symlink("/dev/full", "v.tsv");
+  std::filesystem::create_symlink("/dev/full", "s.tsv");
+  const TOutcome outcome =
+      Run({"--variables", "v.tsv", "--segments", "s.tsv", "--rankings", "tables", "--runs", "runs"}, kSearch);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.errors,
+            "tessimar-batch: File 'v.tsv' cannot be written\ntessimar-batch: File 's.tsv' cannot be written\n");
+  EXPECT_TRUE(FileBytes("tables/index.tsv").starts_with("rank\timageIndex\tdistance\tfile\ttags\n1\t1\t"));
+  EXPECT_TRUE(std::filesystem::exists("runs/index.run"));
 }
 
 TEST_F(TBatch, AnInstallationWithoutTheToolkitsPluginsIsToldOf) {

@@ -1,9 +1,11 @@
 // Both programs as a shell starts them: options, scripts, what goes to standard error, and where they work.
 
+#include <csignal>
 #include <functional>
 
 #include <QElapsedTimer>
 #include <QImage>
+#include <QThread>
 #include <gtest/gtest.h>
 
 #include "tests/support/program-test.h"
@@ -106,6 +108,11 @@ TEST_F(TCommandLine, HelpAndVersionNeedNothing) {
   EXPECT_EQ(Window({}), (TOutcome{2, "", "tessimar: There is no display. tessimar-batch runs scripts without one.\n"}));
 }
 
+TEST_F(TCommandLine, ATextThatDoesNotFitOnTheDiskIsToldOf) {
+  EXPECT_EQ(Run("/bin/sh", {"-c", "exec \"$0\" --help >/dev/full", WORKBENCH_PROGRAM}),
+            (TOutcome{2, "", "tessimar: Standard output cannot be written\n"}));
+}
+
 TEST_F(TCommandLine, APictureThatDoesNotFitOnTheDiskIsNamedAndNotLeftInHalf) {
   QImage noise(200, 200, QImage::Format_RGB888);
   for (int i = 0; i < 200 * 200; ++i) {
@@ -167,6 +174,53 @@ TEST_F(TCommandLine, TheWindowRunsAScriptAndStaysOpen) {
       "#!/usr/bin/env tessimar\ndb = loaddatabase(\"photos\")\nupdatefeature(db, \"hsv\")\nsavefeature(db, \"hsv\")");
   Start(WORKBENCH_PROGRAM, {"s.txt"});
   EXPECT_TRUE(Await([] { return std::filesystem::exists("FeatureStorage/hsv-im1.dat"); }));
+}
+
+/// A signal, once a script has come as far as to make this file; what the window says and how it ends.
+class TWindowSignal : public TCommandLine {
+ protected:
+  TOutcome EndBy(int signal, const std::string& lines, const std::string& awaited) {
+    MakeFile("s.txt", lines);
+    Start(WORKBENCH_PROGRAM, {"s.txt"});
+    EXPECT_TRUE(Await([&] { return std::filesystem::exists(awaited); }));
+    // What comes behind the file, a dialog or a training, shows nothing that could be waited for.
+    QThread::msleep(300);
+    EXPECT_EQ(kill(static_cast<pid_t>(process.processId()), signal), 0);
+    return Finish();
+  }
+
+  const std::string save = "db = loaddatabase(\"photos\")\nupdatefeature(db, \"hsv\")\nsavefeature(db, \"hsv\")\n";
+  const TOutcome closed = {130, "", "Ends after the command under way; once more ends at once\n"};
+};
+
+TEST_F(TWindowSignal, ClosesTheWindowAndKeepsTheHistory) {
+  MakePicture("photos/im1.jpg", 40, 30, qRgb(255, 0, 0));
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    std::filesystem::remove_all("FeatureStorage");
+    std::filesystem::remove("CommandHistory.txt");
+    EXPECT_EQ(EndBy(signal, save, "FeatureStorage/hsv.sources"), closed) << signal;
+    EXPECT_TRUE(FileBytes("CommandHistory.txt").ends_with("db = loaddatabase(\"photos\")\r\n")) << signal;
+  }
+}
+
+TEST_F(TWindowSignal, ClosesADialogAndEndsATrainingToo) {
+  MakePicture("photos/im1.jpg", 40, 30, qRgb(255, 0, 0));
+  MakePicture("others/im1.jpg", 40, 30, qRgb(0, 255, 0));
+  EXPECT_EQ(EndBy(SIGTERM, save + "a = loadimage(\"photos/im1.jpg\")\ndisplayimage(a)\nreset()\n",
+                  "FeatureStorage/hsv.sources"),
+            closed);
+  std::filesystem::remove_all("FeatureStorage");
+  const std::string endless =
+      "o = loaddatabase(\"others\")\nsegmentimage(o, \"grid\")\nupdatefeature(o, \"hsv\")\n"
+      "segmentimage(db, \"grid\")\nupdatefeature(db, \"hsv\")\nc = createclassifier(\"neural\")\n"
+      "setclassifiersetting(c, \"maxiterations\", \"-1\")\nsetclassifiersetting(c, \"maxerror\", \"-1\")\n"
+      "updatefeature(o, \"lbp\")\nsavefeature(o, \"lbp\")\nk = learnvisualconcept(db, o, c)\nreset()\n";
+  std::filesystem::remove("CommandHistory.txt");
+  TOutcome outcome = EndBy(SIGTERM, save + endless, "FeatureStorage/lbp.sources");
+  // The library of networks prints its layers.
+  outcome.output.clear();
+  EXPECT_EQ(outcome, closed);
+  EXPECT_FALSE(FileBytes("CommandHistory.txt").starts_with("reset()")) << "no line runs behind it";
 }
 
 TEST_F(TCommandLine, TheWorkspaceIsMadeOnceAndWhatIsTheUsersStays) {

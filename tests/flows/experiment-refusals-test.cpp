@@ -283,6 +283,23 @@ TEST_F(TExperimentRefusals, AClosedStandardOutput) {
   ExpectFailure(outcome, "Standard output cannot be used");
 }
 
+TEST_F(TExperimentRefusals, AStandardOutputOnAFullDisk) {
+  const QStringList shell = {"-c", "exec \"$0\" \"$@\" >/dev/full", EXPERIMENT_PROGRAM};
+  ExpectFailure(TProgramTest::Run("sh", shell + QStringList{"photos", "--truth", "tags", "--out", "o"}),
+                "Standard output cannot be written");
+  EXPECT_TRUE(filesystem::exists("o/summary.tsv")) << "the results are there all the same";
+  EXPECT_EQ(TProgramTest::Run("sh", shell + QStringList{"--version"}),
+            (TOutcome{2, "", "tessimar-experiment: Standard output cannot be written\n"}));
+}
+
+TEST_F(TExperimentRefusals, ALimitOfFileSizesIsAFailureAndNotTheEnd) {
+  // A block has 512 bytes; the head of a file of features alone is larger than that with its first vector.
+  const TOutcome outcome = TProgramTest::Run("sh", {"-c", "ulimit -c 0; ulimit -f 1; exec \"$0\" \"$@\"",
+                                                    EXPERIMENT_PROGRAM, "photos", "--truth", "tags", "--out", "o"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.errors.ends_with("cannot be written\n")) << outcome.errors;
+}
+
 /// The larger collection of the samples, which takes long enough to be interrupted.
 class TExperimentInterrupted : public TExperimentRefusals {
  protected:

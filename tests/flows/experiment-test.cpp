@@ -334,6 +334,26 @@ TEST_F(TExperimentFlow, FaultsInOtherProgramsRunsAreNamedByFileAndLine) {
   EXPECT_EQ(Run({"--measure", "a.run", "--qrels", "qrels", "--out", "m", "--depth", "3"}).status, 2);
 }
 
+TEST_F(TExperimentFlow, TheMarkThatAnEditorPutsBeforeATextIsNoPartOfIt) {
+  const std::string mark = "\xef\xbb\xbf";
+  // d1 is found at rank 2 of its only topic.
+  MakeFile("qrels", mark + "q1 0 d1 1\nq1 0 d2 0\n");
+  MakeFile("a.run", mark + "q1 Q0 d2 1 2 a\nq1 Q0 d1 2 1 a\n");
+  EXPECT_EQ(Run({"--measure", "a.run", "--qrels", "qrels", "--out", "m", "--expect", "a ap==0.5"}).status, 0);
+  MakeSixPictures();
+  const QStringList options = {"photos", "--features", "hsv", "--quiet", "--out", "out", "--truth"};
+  EXPECT_EQ(Run(options + QStringList{"tags"}), (TOutcome{0, "", ""}));
+  const std::string topics = FileBytes("out/topics.tsv");
+  MakeFile("tags/a.txt", mark + FileBytes("tags/a.txt"));
+  EXPECT_EQ(Run(options + QStringList{"tags"}), (TOutcome{0, "", ""}));
+  EXPECT_EQ(FileBytes("out/topics.tsv"), topics);
+  MakeFile("truth.tsv",
+           mark + "file\ttag\nim1.jpg\ta\nim2.jpg\tb\nim3.jpg\ta\nim3.jpg\tb\nim4.jpg\ta\nim5.jpg\tb\nim6.jpg\tb\n");
+  MakeFile("queries", mark + "im1.jpg\nim2.jpg\nim3.jpg\nim4.jpg\nim5.jpg\nim6.jpg\n");
+  EXPECT_EQ(Run(options + QStringList{"truth.tsv", "--queries", "queries"}), (TOutcome{0, "", ""}));
+  EXPECT_EQ(FileBytes("out/topics.tsv"), topics);
+}
+
 TEST_F(TExperimentFlow, ExpectationsAreHeldAgainstTheMeans) {
   MakeSixPictures();
   const QStringList options = {"photos", "--truth", "tags", "--features", "hsv", "--out", "out", "--expect"};
@@ -402,6 +422,48 @@ TEST_F(TExperimentFlow, DirectoriesAreClassesAndAwkwardNamesStayInTheirFields) {
   MakeFile("t.tsv", "zwei W\xc3\xb6rter/b 1.JPG\tt\nzwei W\xc3\xb6rter/a%0A%09%25.jpeg\tt\n");
   EXPECT_EQ(Run({"--classes", "c", "--truth", "t.tsv", "--features", "hsv", "--out", "o"}).status, 0);
   EXPECT_NE(FileBytes("o/topics.tsv").find("\tt\t1\t"), std::string::npos);
+}
+
+TEST_F(TExperimentFlow, APictureThatWasCopiedByHalfIsUsedAndNamed) {
+  MakeSixPictures();
+  // Noise, which fills the file evenly.
+  MakePicture("photos/im6.jpg", 200, 200, [](int x, int y) {
+    const auto noise = static_cast<unsigned int>(x * 200 + y) * 2654435761U;
+    return TColor{static_cast<unsigned char>(noise >> 24U), static_cast<unsigned char>(noise >> 16U), 0};
+  });
+  filesystem::resize_file("photos/im6.jpg", filesystem::file_size("photos/im6.jpg") / 2);
+  // The second run goes on from the features of the first.
+  for (int i = 0; i < 2; ++i) {
+    const TOutcome outcome = Run({"photos", "--truth", "tags", "--features", "hsv", "--quiet", "--out", "out"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.errors,
+              "im6.jpg: is damaged: only a part of it could be read\n"
+              "tessimar-experiment: 1 file or line was skipped; damage.tsv has all.\n");
+    EXPECT_EQ(FileBytes("out/damage.tsv"),
+              "file\tline\treason\nim6.jpg\t0\tis damaged: only a part of it could be read\n");
+    EXPECT_NE(FileBytes("out/topics.tsv").find("\tb:im6.jpg\t"), std::string::npos) << "it is a query";
+  }
+}
+
+TEST_F(TExperimentFlow, PicturesThatAreNotInTheCollectionAreCounted) {
+  MakeSixPictures();
+  MakeColumns("photos/im7.JPG", {kRed, kRed, kRed, kRed});
+  MakeFile("photos/notes.txt", "no picture");
+  MakeFile("photos/old.webp", "");
+  EXPECT_EQ(Run({"photos", "--truth", "tags", "--features", "hsv", "--out", "out"}).errors,
+            "tessimar-experiment: 2 other pictures left out: their names do not contain '.jpg'\n");
+  EXPECT_EQ(Run({"photos", "--truth", "tags", "--features", "hsv", "--out", "out", "--quiet"}).errors, "");
+  MakeColumns("classes/a/1.JPG", {kRed, kRed, kRed, kRed});
+  MakeColumns("classes/a/2.png", {kRed, kRed, kRed, kRed});
+  MakeFile("classes/a/3.gif", "");
+  MakeFile("classes/a/notes.txt", "");
+  MakeColumns("classes/4.jpg", {kRed, kRed, kRed, kRed});
+  const TOutcome outcome = Run({"classes", "--classes", "--features", "hsv", "--out", "out"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(
+      outcome.errors,
+      "tessimar-experiment: 2 other pictures left out: they lie in no class, or end in none of .jpg, .jpeg, .png, "
+      ".tif and .tiff\n");
 }
 
 TEST_F(TExperimentFlow, WithoutATopicNothingIsWritten) {
