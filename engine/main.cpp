@@ -128,6 +128,20 @@ int RefuseInDialog(const QString& reason) {
   return status;
 }
 
+/// Has a signal close the windows, as a person would, so that the history is kept: Ctrl-C in the terminal, or its end.
+void CloseOnSignal(QSocketNotifier& notifier) {
+  base::CatchSignals();
+  if (base::SignalDescriptor() < 0) {
+    return;
+  }
+  notifier.setSocket(base::SignalDescriptor());
+  QObject::connect(&notifier, &QSocketNotifier::activated, [&notifier] {
+    notifier.setEnabled(false);
+    QApplication::closeAllWindows();
+  });
+  notifier.setEnabled(true);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -170,17 +184,8 @@ int main(int argc, char** argv) {
       return Refuse(FormatString("Script '%s' is not a text", options.script.c_str()));
     }
   }
-  // As a person would close the window, so that the history is kept: Ctrl-C in the terminal, or its end.
-  base::CatchSignals();
   QSocketNotifier signalNotifier(QSocketNotifier::Read);
-  if (base::SignalDescriptor() >= 0) {
-    signalNotifier.setSocket(base::SignalDescriptor());
-    QObject::connect(&signalNotifier, &QSocketNotifier::activated, [&] {
-      signalNotifier.setEnabled(false);
-      QApplication::closeAllWindows();
-    });
-    signalNotifier.setEnabled(true);
-  }
+  CloseOnSignal(signalNotifier);
   // Ends in the reverse order: the controller saves the history and lets go of the view, and the view of the window.
   // The timer below calls the controller and goes before it.
   MainWindow window;
