@@ -96,6 +96,7 @@ int Run(int argc, char** argv, const char* version) {
 }  // namespace
 
 int RunBatch(int argc, char** argv, const char* version) {
+  base::FillStandardPlaces();
   try {
     return Run(argc, argv, version);
   } catch (const std::bad_alloc&) {

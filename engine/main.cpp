@@ -131,6 +131,7 @@ int RefuseInDialog(const QString& reason) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  base::FillStandardPlaces();
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
     arguments << ToQString(argv[i]);

@@ -40,6 +40,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  base::FillStandardPlaces();
   try {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {
