@@ -127,6 +127,18 @@ void Catch(int signal) {
 
 }  // namespace
 
+void FillStandardPlaces() {
+#ifndef _WIN32
+  // The lowest free descriptor is what open() gives, so that they are filled in this order.
+  for (int place = STDIN_FILENO; place <= STDERR_FILENO; ++place) {
+    if (fcntl(place, F_GETFD) < 0 && errno == EBADF) {
+      // The wrong way round, for the failure that a closed one would have; what is said on standard error may vanish.
+      open("/dev/null", place == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
+    }
+  }
+#endif
+}
+
 std::FILE* TakeStandardOutput(bool verbose) {
   std::fflush(stdout);
 #ifdef _WIN32
@@ -140,7 +152,8 @@ std::FILE* TakeStandardOutput(bool verbose) {
 #else
   // From 3 on: where the caller closed standard input or error, the new descriptor must not become one of them. Closed
   // on exec, so that a gnuplot that lives on does not keep the reader of our output waiting for its end.
-  const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+  const bool isForWriting = (fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) != O_RDONLY;
+  const int own = isForWriting ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3) : -1;
   const int other = verbose ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
   if (own < 0 || other < 0 || dup2(other, STDOUT_FILENO) < 0) {
     return nullptr;

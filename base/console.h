@@ -8,6 +8,11 @@
 /// and Ctrl-C as a wish that it can grant between two commands. SIGTERM and SIGHUP count as Ctrl-C.
 namespace base {
 
+/// Puts something into the places of standard input, output and error where the caller closed them, so that no file
+/// that is opened later gets there and is written to in their stead. Reading and writing there fails. First of all in a
+/// program.
+void FillStandardPlaces();
+
 /// Takes standard output for the caller. What libraries write to standard output goes to standard error from now on if
 /// `verbose`, otherwise nowhere. The stream stays open until the program ends. Null if the platform refuses.
 std::FILE* TakeStandardOutput(bool verbose);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include <QApplication>
 
@@ -95,8 +96,11 @@ int Run(int argc, char** argv, const char* version) {
 }  // namespace
 
 int RunBatch(int argc, char** argv, const char* version) {
+  base::FillStandardPlaces();
   try {
     return Run(argc, argv, version);
+  } catch (const std::bad_alloc&) {
+    return RefuseBatch("Out of memory");
   } catch (const std::exception& failure) {
     // What is thrown inside a command ends that command alone; what comes here ends the run.
     return RefuseBatch(failure.what());

@@ -145,6 +145,7 @@ void CloseOnSignal(QSocketNotifier& notifier) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  base::FillStandardPlaces();
   QStringList arguments;
   for (int i = 0; i < argc; ++i) {
     arguments << ToQString(argv[i]);

@@ -356,8 +356,8 @@ class TExtraction {
     if (known != nullptr && (known->name != line.name || known->digest != line.digest)) {
       known = nullptr;
     }
-    // What could not be read then has the same bytes now, and cannot be read again.
-    const bool isKept = known != nullptr && (known->damage == kUnreadable || HasAllRows(row));
+    // What could not be read then is tried again: the same bytes may have met a lack of memory or of time.
+    const bool isKept = known != nullptr && (known->damage == kUnreadable ? !Decode(row, isThere) : HasAllRows(row));
     // Nothing new so far: the files that are there may be all that is wanted.
     if (!writer && isKept) {
       return true;
@@ -403,10 +403,15 @@ class TExtraction {
     writer->AddLine(source->pictures[row]);
   }
 
-  void Compute(std::size_t row, bool isThere, TPictureLine& line) {
+  /// False if the bytes that were read last are no picture.
+  bool Decode(std::size_t row, bool isThere) {
     const auto bytes = reader.GetBytes();
-    if (!isThere || !color.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
-                                          collection.names[share.first + row])) {
+    return isThere && color.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                                           collection.names[share.first + row]);
+  }
+
+  void Compute(std::size_t row, bool isThere, TPictureLine& line) {
+    if (!Decode(row, isThere)) {
       line.damage = kUnreadable;
       for (std::size_t i = 0; i < sources.size(); ++i) {
         writer->GetRows(i).AddMissing();

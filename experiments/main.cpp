@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include "base/console.h"
 #include "base/memory.h"
@@ -39,8 +40,11 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  base::FillStandardPlaces();
   try {
     return Run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    return RefuseExperiment(kExperimentFailed, "Out of memory");
   } catch (const std::exception& failure) {
     // Results take their places together at the end: what fails before that, be it for lack of memory, leaves the
     // earlier ones.

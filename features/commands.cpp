@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <unordered_set>
 
 #include "base/abandoned-files.h"
 #include "base/file.h"
@@ -146,6 +147,8 @@ Parameters:  1 - 'database'
     base::RemoveAbandonedFiles(kFeatureDirectory);
     int skipped = 0;
     int unread = 0;
+    int replaced = 0;
+    std::unordered_set<std::string> saved;
     std::string failedFile;
     const auto step = [&](const TVarImage& image) {
       const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
@@ -165,11 +168,14 @@ Parameters:  1 - 'database'
         return false;
       }
       sources.Note(base::FileNameOf(path), image.GetFilename());
+      // A backup such as "im1.jpg~" belongs to a database as well, and has the stem of its picture.
+      replaced += saved.insert(path).second ? 0 : 1;
       return true;
     };
     const auto atEnd = [&] {
       PrintCount(skipped, "images without the feature skipped");
       PrintCount(unread, "images that could not be read are not saved");
+      PrintCount(replaced, "images are not saved: others behind them have the same stem");
     };
     const bool succeeded = ForEachImage(TImageSelection(*database), step, atEnd);
     // Whatever ended the loop, what was saved so far has its sources.

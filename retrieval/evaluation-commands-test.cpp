@@ -413,4 +413,17 @@ TEST_F(TEvaluation, SavingLeavesOutWhatWasComputedWithoutAPicture) {
   EXPECT_EQ(FileBytes("FeatureStorage/hsv-im2.dat"), good);
 }
 
+TEST_F(TEvaluation, SavingTellsOfImagesThatShareAFile) {
+  // What an editor keeps of the state before.
+  MakePicture("photos/im1.jpg~", 8, 8, qRgb(0, 0, 255));
+  workbench.Run("db = loaddatabase(\"photos\")");
+  workbench.Run("updatefeature(db, \"hsv\")");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(workbench.Run("savefeature(db, \"hsv\")"),
+              "1 images are not saved: others behind them have the same stem\n");
+  }
+  EXPECT_EQ(workbench.Run("loadfeature(db, \"hsv\")"),
+            "Loading features..\n1 stored features come from other pictures\nDone\n");
+}
+
 }  // namespace

@@ -257,6 +257,20 @@ TEST_F(TBatch, AClosedStandardOutputIsRefused) {
   EXPECT_EQ(outcome.errors, "tessimar-batch: Standard output cannot be used\n");
 }
 
+TEST_F(TBatch, NoFileTakesThePlaceOfAClosedStream) {
+  process.setProgram("sh");
+  // The pipe is the first to be opened, and would be where messages go.
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  Run({"-c", "cat pipe >table & \"$0\" -e nonsense --variables pipe 2>&-; wait", BATCH_PROGRAM});
+  EXPECT_EQ(FileBytes("table"), "name\ttype\tdescription\n");
+  // And so is the script, in the place of the output.
+  MakeFile("s.txt", "reset()\n");
+  EXPECT_EQ(Run({"-c", "exec \"$0\" s.txt >&-", BATCH_PROGRAM}),
+            (TOutcome{2, "", "tessimar-batch: Standard output cannot be used\n"}));
+  EXPECT_EQ(Run({"-c", "exec \"$0\" <&-", BATCH_PROGRAM}),
+            (TOutcome{1, "  Script '-' cannot be read to its end\n", ""}));
+}
+
 TEST_F(TBatch, AStandardOutputOnAFullDiskIsToldOf) {
   const TOutcome full = {2, "", "tessimar-batch: Standard output cannot be written\n"};
   MakeFile("s.txt", "reset()\nhelp\n");
@@ -527,7 +541,7 @@ TEST_F(TBatch, VariablesGoToAnyOutputThatDoesNotBlock) {
   EXPECT_EQ(FileBytes("out.txt"), "> q = loadimage(\"q.png\")\n" + rows);
   process.setStandardOutputFile(QString());
   EXPECT_EQ(Run({"--variables", "/dev/null"}, image).status, 0);
-  MakePipe("pipe");
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
   EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 2) << "nobody reads";
   const int reader = open("pipe", O_RDONLY | O_NONBLOCK);
   EXPECT_EQ(Run({"--variables", "pipe"}, image).status, 0);

@@ -291,6 +291,37 @@ TEST_F(TExperimentFlow, ASecondStartComputesOnlyWhatChanged) {
   EXPECT_EQ(Results("out"), whole);
 }
 
+TEST_F(TExperimentFlow, APictureThatCouldNotBeReadIsTriedAgain) {
+  MakeSixPictures();
+  const QStringList options = {"photos", "--truth", "tags", "--out", "out"};
+  ASSERT_EQ(Run(options).status, 0);
+  const std::map<std::string, std::string> whole = Results("out");
+  // As an earlier start leaves it that had no memory for the fifth picture.
+  std::string pictures = FileBytes("out/features/pictures.txt");
+  const std::size_t end = pictures.find("\t\n", pictures.find("im5.jpg\t"));
+  ASSERT_NE(end, std::string::npos) << pictures;
+  pictures.insert(end + 1, "cannot be read as a picture");
+  for (const std::string name : {"hsv.npy", "lbp.npy", "pictures.txt", "digest.txt"}) {
+    filesystem::rename("out/features/" + name, "out/features/" + name + ".unfinished");
+  }
+  MakeFile("out/features/pictures.txt.unfinished", pictures);
+  EXPECT_EQ(Run(options).status, 0);
+  EXPECT_TRUE(Results("out") == whole);
+}
+
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+// AddressSanitizer needs more addresses than any limit leaves it.
+TEST_F(TExperimentFlow, LackOfMemoryIsToldInThoseWords) {
+  MakeSixPictures();
+  MakeFile("tags/c.txt", "");
+  // Zeros that take no room on the disk, and 400 MB in memory, of which 300 MB may be taken.
+  filesystem::resize_file("tags/c.txt", 400'000'000);
+  EXPECT_EQ(TProgramTest::Run("sh", {"-c", "ulimit -v 300000; exec \"$0\" \"$@\"", EXPERIMENT_PROGRAM, "photos",
+                                     "--truth", "tags", "--out", "out"}),
+            (TOutcome{1, "", "tessimar-experiment: Out of memory\n"}));
+}
+#endif
+
 TEST_F(TExperimentFlow, ItsOwnRunsMeasureAsTheyDidInTheExperiment) {
   MakeSixPictures();
   ASSERT_EQ(Run({"photos", "--truth", "tags", "--out", "result"}).status, 0);
