@@ -6,6 +6,7 @@
 
 #include "base/format-string.h"
 #include "gui/eight-bit-text.h"
+#include "gui/program-arguments.h"
 
 // An option stands in four places: here, in docs/tessimar-batch.md and in both completions. Tests compare them.
 const char* const kUsage =
@@ -65,36 +66,33 @@ std::string FaultOfValues(const QCommandLineParser& parser) {
   // -e is not among them: its value may be any line, and it may be repeated.
   for (const char* name :
        {"pictures", "variables", "rankings", "runs", "segments", "seed", "plugins", "check-plugin"}) {
-    // --plugins may come several times. A --seed that begins with a dash is told further down, as no number.
+    // --plugins may come several times.
     const QStringList values = parser.values(name);
     // The parser would take the last one without a word.
     if (values.size() > 1 && std::string_view(name) != "plugins") {
       reason = std::string("There is more than one '--") + name + "'.";
     } else if (values.contains(QString())) {
       reason = std::string("There is no value behind '--") + name + "'.";
-    } else if (!values.isEmpty() && values.first().startsWith('-') && std::string_view(name) != "seed") {
-      const std::string value = FromQString(values.first());
-      reason = FormatString("'%s' behind '--%s' looks like an option; as a name it is './%s'.", value.c_str(), name,
-                            value.c_str());
     }
   }
-  return reason;
+  // A --seed that begins with a dash is told further down, as no number.
+  return !reason.empty() ? reason
+                         : FaultOfNames(parser, {"pictures", "variables", "rankings", "runs", "segments", "plugins",
+                                                 "check-plugin"});
 }
 
 }  // namespace
 
 std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
-  QStringList arguments;
-  for (int i = 0; i < argc; ++i) {
-    // As UTF-8: a path with other bytes does not come through. An input is then said to be missing, and an output gets
-    // another name.
-    arguments << ToQString(argv[i]);
+  const std::optional<QStringList> arguments = TakeArguments(argc, argv, reason);
+  if (!arguments) {
+    return std::nullopt;
   }
   QCommandLineParser parser;
   // A long option behind a single dash is a slip that needs no guessing.
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   AddOptions(parser);
-  if (!parser.parse(arguments)) {
+  if (!parser.parse(*arguments)) {
     reason = FromQString(parser.errorText());
     return std::nullopt;
   }

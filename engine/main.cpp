@@ -21,6 +21,7 @@
 #include "gui/dialog-runner.h"
 #include "gui/eight-bit-text.h"
 #include "gui/main-window.h"
+#include "gui/program-arguments.h"
 
 namespace {
 
@@ -146,13 +147,13 @@ void CloseOnSignal(QSocketNotifier& notifier) {
 
 int main(int argc, char** argv) {
   base::FillStandardPlaces();
-  QStringList arguments;
-  for (int i = 0; i < argc; ++i) {
-    arguments << ToQString(argv[i]);
-  }
   std::string reason;
+  const std::optional<QStringList> arguments = TakeArguments(argc, argv, reason);
+  if (!arguments) {
+    return Refuse(reason);
+  }
   // These two need no display. All else waits until the toolkit has taken its own options out.
-  const TOptions first = ParseOptions(arguments, reason);
+  const TOptions first = ParseOptions(*arguments, reason);
   if (first.help || first.version) {
     return base::Print(stdout, first.help ? kUsage : "tessimar " TESSIMAR_VERSION "\n")
                ? EXIT_SUCCESS

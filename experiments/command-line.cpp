@@ -11,6 +11,7 @@
 #include "classifiers/classifier-types.h"
 #include "experiments/expectation.h"
 #include "gui/eight-bit-text.h"
+#include "gui/program-arguments.h"
 #include "segmentation/segmentation-methods.h"
 
 // An option stands in four places: here, in docs/tessimar-experiment.md and in both completions. Tests compare them.
@@ -236,19 +237,7 @@ void TakeInputs(const std::vector<std::string>& inputs, TExperimentOptions& opti
   }
 }
 
-}  // namespace
-
-std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
-  // Made by hand: without an application object the toolkit does not know the arguments.
-  QStringList arguments;
-  for (int i = 0; i < argc; ++i) {
-    // As UTF-8: a path with other bytes does not come through. An input is then said to be missing, and an output gets
-    // another name.
-    arguments << ToQString(argv[i]);
-  }
-  QCommandLineParser parser;
-  // A long option behind a single dash is a slip that needs no guessing.
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+void AddOptions(QCommandLineParser& parser) {
   for (const char* name : {"truth", "out", "features", "plugins", "queries", "depth", "concepts", "segments", "seed",
                            "expect", "step", "part", "qrels"}) {
     // Without a description: --help prints kExperimentUsage.
@@ -258,7 +247,32 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
     parser.addOption(QCommandLineOption(name));
   }
   parser.addOption({{"h", "help"}, ""});
-  if (!parser.parse(arguments)) {
+}
+
+/// What is wrong with the options' values, or nothing.
+std::string FaultOfValues(const QCommandLineParser& parser) {
+  // "--out=" is a slip of a script whose variable is empty, and "--features=" would silently mean all features.
+  for (const QString& name : parser.optionNames()) {
+    if (parser.values(name).contains(QString())) {
+      return "The value of '--" + FromQString(name) + "' is empty.";
+    }
+  }
+  return FaultOfNames(parser, {"truth", "out", "plugins", "queries", "qrels"});
+}
+
+}  // namespace
+
+std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
+  // Made by hand: without an application object the toolkit does not know the arguments.
+  const std::optional<QStringList> arguments = TakeArguments(argc, argv, reason);
+  if (!arguments) {
+    return std::nullopt;
+  }
+  QCommandLineParser parser;
+  // A long option behind a single dash is a slip that needs no guessing.
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  AddOptions(parser);
+  if (!parser.parse(*arguments)) {
     reason = FromQString(parser.errorText());
     return std::nullopt;
   }
@@ -269,12 +283,9 @@ std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, 
   if (command.help || command.version) {
     return command;
   }
-  // "--out=" is a slip of a script whose variable is empty, and "--features=" would silently mean all features.
-  for (const QString& name : parser.optionNames()) {
-    if (parser.values(name).contains(QString())) {
-      reason = "The value of '--" + FromQString(name) + "' is empty.";
-      return std::nullopt;
-    }
+  reason = FaultOfValues(parser);
+  if (!reason.empty()) {
+    return std::nullopt;
   }
   TOptionReader reader(parser);
   TExperimentOptions& options = command.options;

@@ -99,8 +99,17 @@ std::string DrawCurves(const TExperiment& experiment) {
     ReplaceAll(drawing, attribute + "=\"black\"", attribute + "=\"currentColor\"");
     ReplaceAll(drawing, attribute + "='black'", attribute + "='currentColor'");
   }
+  // Onward from the last one: gnuplot draws the names in the order of the sets, and a set may be called like the place
+  // of another.
+  std::size_t from = 0;
   for (std::size_t set = 0; set < experiment.sets.size(); ++set) {
-    ReplaceAll(drawing, PlaceOfName(set), "<text>" + EscapeHtml(experiment.sets[set]) + "</text>");
+    const std::string place = PlaceOfName(set);
+    const std::size_t at = drawing.find(place, from);
+    if (at != std::string::npos) {
+      const std::string name = "<text>" + EscapeHtml(experiment.sets[set]) + "</text>";
+      drawing.replace(at, place.size(), name);
+      from = at + name.size();
+    }
   }
   return FormatString(
              "<svg class=\"curves\" viewBox=\"0 0 %d %d\" role=\"img\" aria-label=\"Precision by recall, one "

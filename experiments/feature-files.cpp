@@ -7,8 +7,8 @@
 #include <limits>
 #include <map>
 #include <memory>
-#include <set>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include <boost/filesystem.hpp>
@@ -121,9 +121,10 @@ std::optional<TStoredPart> OpenPart(const TPartPaths& paths) {
     if (fields.size() == 1) {
       part.picturesDigest = fields[0];
     } else {
-      part.origins[fields[0]] = fields[1];
-      if (const auto file = TNpyFile::Open(paths.Of(fields[0]))) {
-        part.files.emplace(fields[0], *file);
+      const std::string feature = Decode(fields[0]);
+      part.origins[feature] = fields[1];
+      if (const auto file = TNpyFile::Open(paths.Of(feature))) {
+        part.files.emplace(feature, *file);
       }
     }
   }
@@ -470,22 +471,23 @@ class TExtraction {
   TFeatureVector vector;
 };
 
-/// The number of parts in the mark of a file name, 1 if it has none.
-std::size_t CountOfParts(const std::string& name) {
-  const std::size_t of = name.rfind("-of-");
-  std::size_t count = 1;
-  return of != std::string::npos && std::sscanf(name.c_str() + of, "-of-%zu.", &count) == 1 ? count : 1;
-}
-
 /// Removes what was made in another number of parts, or of features that were not asked for: it is stale now.
 void RemoveStaleFiles(const std::string& directory, const std::vector<TFeatureSource>& sources, const TPart& part) {
+  // What may stand here, other parts that are under way included. Names are compared as wholes: a feature may be called
+  // like the mark of a part.
+  std::unordered_set<std::string> fresh;
+  for (std::size_t number = 1; number <= part.count; ++number) {
+    for (const char* ending : {"", kUnfinished}) {
+      const TPartPaths paths(directory, {number, part.count}, ending);
+      fresh.insert({paths.Pictures(), paths.Digest()});
+      for (const TFeatureSource& each : sources) {
+        fresh.insert(paths.Of(each.feature->GetName()));
+      }
+    }
+  }
   const std::string start = base::WithTrailingSeparator(directory);
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
-    const bool isFeature = std::any_of(sources.begin(), sources.end(), [&](const TFeatureSource& each) {
-      return name.starts_with(each.feature->GetName() + ".");
-    });
-    const bool isList = name.starts_with("pictures.") || name.starts_with("digest.");
-    if (CountOfParts(name) != part.count || !(isFeature || isList)) {
+    if (!fresh.contains(start + name)) {
       std::remove((start + name).c_str());
     }
   }
@@ -573,7 +575,9 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
       table.files.push_back(file->second);
     }
   }
-  for (const TFeatureRows& rows : table.features) {
+  for (TFeatureRows& rows : table.features) {
+    // A feature that gave no picture a vector gets one number, so that its distances are infinite and not 0.
+    rows.length = std::max<std::size_t>(rows.length, 1);
     // One row of NaN serves every picture and every feature.
     table.notANumber.resize(std::max(table.notANumber.size(), rows.length), std::numeric_limits<double>::quiet_NaN());
   }
@@ -588,8 +592,10 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
 std::size_t CountOfFeatureParts(const std::string& directory) {
   std::size_t count = 1;
   for (const std::string& name : base::ListFiles(directory).value_or(std::vector<std::string>())) {
-    if (name.starts_with("pictures.")) {
-      count = std::max(count, CountOfParts(name));
+    std::size_t named = 1;
+    // The list of a part, and no table of a feature that is called so.
+    if (name.ends_with(".txt") && std::sscanf(name.c_str(), "pictures.%*u-of-%zu", &named) == 1) {
+      count = std::max(count, named);
     }
   }
   return count;

@@ -72,7 +72,11 @@ TEST_F(TExperimentRefusals, OptionsThatDoNotGoTogether) {
            {options + QStringList{"--qrels", "q"}, "'--qrels' belongs to '--measure'."},
            {{"--measure", "a.run", "--out", "o"}, "'--qrels' is missing."},
            {{"photos", "--truth", "tags", "--out="}, "The value of '--out' is empty."},
-           {options + QStringList{"--features="}, "The value of '--features' is empty."}}) {
+           {options + QStringList{"--features="}, "The value of '--features' is empty."},
+           {{"photos", "--truth", "--quiet", "--out", "o"},
+            "'--quiet' behind '--truth' looks like an option; as a name it is './--quiet'."},
+           {options + QStringList{"--plugins", "p", "--plugins", "-q"},
+            "'-q' behind '--plugins' looks like an option; as a name it is './-q'."}}) {
     const TOutcome outcome = Run(arguments);
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.errors, "tessimar-experiment: " + message + " See tessimar-experiment --help.\n");
@@ -241,6 +245,39 @@ TEST_F(TExperimentRefusals, PluginsWhoseVectorsHaveNoLengthOrChangeIt) {
               std::string::npos)
         << FileBytes("length-zero/damage.tsv");
   }
+}
+
+TEST_F(TExperimentRefusals, AFeatureWithoutAnyVectorPutsAllPicturesAtInfinity) {
+  MakeFile("plugins/FeatureZero.so", FileBytes(PLUGIN_FIXTURES "/length-zero"));
+  MakeFile("tags/blue.txt", "3\n4\n");
+  EXPECT_EQ(
+      Run({"photos", "--truth", "tags", "--plugins", "plugins", "--features", "hsv,hsv+fixture", "--out", "o"}).status,
+      3);
+  // By "hsv" the others are nearer the more blue they have; where all are as far away they stand as in the collection.
+  EXPECT_NE(FileBytes("o/runs/hsv.run").find("blue:im4.jpg Q0 im3.jpg 1 3 hsv\n"), std::string::npos);
+  EXPECT_NE(FileBytes("o/runs/hsv+fixture.run").find("blue:im4.jpg Q0 im1.jpg 1 3 hsv+fixture\n"), std::string::npos);
+}
+
+TEST_F(TExperimentRefusals, FeaturesThatAreCalledLikeOtherThings) {
+  for (const std::string name : {"name-blank", "name-mark", "name-percent"}) {
+    MakeFile("plugins/Feature" + name + ".so", FileBytes(PLUGIN_FIXTURES "/" + name));
+  }
+  const QStringList arguments = {
+      "photos", "--truth", "tags", "--plugins", "plugins", "--features", "set 1,hsv,x-of-9,a%b", "--out", "o"};
+  EXPECT_EQ(Run(arguments), (TOutcome{0, Run(arguments).output, ""}));
+  for (const std::string name : {"set 1", "hsv", "x-of-9", "a%b"}) {
+    EXPECT_NE(FileBytes("o/report.html").find("<text>" + name + "</text>"), std::string::npos) << name;
+    EXPECT_TRUE(filesystem::exists("o/features/" + name + ".npy")) << name;
+  }
+}
+
+TEST_F(TExperimentRefusals, ArgumentsThatAreNotUtf8) {
+  const TOutcome outcome = TProgramTest::Run(
+      "sh", {"-c", "exec \"$0\" photos --truth tags --out \"$(printf 'o\\377')\"", EXPERIMENT_PROGRAM});
+  EXPECT_EQ(outcome, (TOutcome{2, "",
+                               "tessimar-experiment: The argument 'o\xff' is not UTF-8. See tessimar-experiment "
+                               "--help.\n"}));
+  EXPECT_FALSE(filesystem::exists("o\xef\xbf\xbd"));
 }
 
 TEST_F(TExperimentRefusals, RunsWithoutAJudgedTopic) {
