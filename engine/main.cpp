@@ -128,6 +128,21 @@ int RefuseInDialog(const QString& reason) {
   return status;
 }
 
+/// Has Ctrl-C in the terminal, or its end, close the window as a person would, so that the history is kept.
+void CloseAtSignals(QSocketNotifier& notifier) {
+  base::CatchSignals();
+  if (base::SignalDescriptor() < 0) {
+    return;
+  }
+  notifier.setSocket(base::SignalDescriptor());
+  QObject::connect(&notifier, &QSocketNotifier::activated, [&notifier] {
+    // The descriptor stays readable.
+    notifier.setEnabled(false);
+    QApplication::closeAllWindows();
+  });
+  notifier.setEnabled(true);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -171,17 +186,8 @@ int main(int argc, char** argv) {
       return Refuse(FormatString("Script '%s' is not a text", options.script.c_str()));
     }
   }
-  // As a person would close the window, so that the history is kept: Ctrl-C in the terminal, or its end.
-  base::CatchSignals();
   QSocketNotifier signalNotifier(QSocketNotifier::Read);
-  if (base::SignalDescriptor() >= 0) {
-    signalNotifier.setSocket(base::SignalDescriptor());
-    QObject::connect(&signalNotifier, &QSocketNotifier::activated, [&] {
-      signalNotifier.setEnabled(false);
-      QApplication::closeAllWindows();
-    });
-    signalNotifier.setEnabled(true);
-  }
+  CloseAtSignals(signalNotifier);
   // Ends in the reverse order: the controller saves the history and lets go of the view, and the view of the window.
   // The timer below calls the controller and goes before it.
   MainWindow window;
