@@ -583,6 +583,7 @@ float_t* Sift::DifferenceRow(std::int32_t w, std::int32_t s, std::int32_t y) {
 }
 
 void Sift::FindCandidatesInRow(std::int32_t o, std::int32_t y, float_t threshold) {
+  // A part of a row at a time, with room on the stack for as many candidates as it has columns.
   constexpr std::int32_t kColumns = 1024;
   std::int32_t columns[kColumns];
   const std::int32_t w = GetOctaveWidth(o);

@@ -14,7 +14,8 @@ bool TCommandHistory::Load(const std::string& filename) {
   const base::TReadOutcome outcome = base::ReadFile(filename, text);
   isUnreadable = outcome == base::TReadOutcome::kUnreadable;
   text.resize(std::min(text.size(), text.find('\0')));
-  std::size_t start = text.size() - base::SkipByteOrderMark(text).size();
+  hasByteOrderMark = base::SkipByteOrderMark(text).size() < text.size();
+  std::size_t start = 0;
   for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', start)) {
     hasBareLineFeed = hasBareLineFeed || end == start || text[end - 1] != '\r';
     // Files come with CR LF, and the character in front of a line feed goes without being looked at. A file with bare

@@ -5,8 +5,7 @@
 
 /// A list of lines with its text file: the command history, and the one reader of line-oriented text files (scripts,
 /// annotations). Lines end in carriage return and line feed. The reader cuts at line feeds and drops the one character
-/// in front of each, whatever it is; text behind the last line feed is not read, nor is a mark of UTF-8 at
-/// the beginning.
+/// in front of each, whatever it is; text behind the last line feed is not read.
 class TCommandHistory {
  public:
   /// Replaces `entries` by the lines of the file, up to its first zero byte. False, without entries, if the file cannot
@@ -21,6 +20,9 @@ class TCommandHistory {
   bool HasBareLineFeed() const { return hasBareLineFeed; }
   bool HasOpenLastLine() const { return hasOpenLastLine; }
 
+  /// True if the text that was loaded last begins with the mark of UTF-8, which is then a part of its first line.
+  bool HasByteOrderMark() const { return hasByteOrderMark; }
+
   /// Writes every entry and its line end, in place of what the file held. False if that fails.
   bool Save(const std::string& filename) const;
 
@@ -32,5 +34,6 @@ class TCommandHistory {
  private:
   bool hasBareLineFeed = false;
   bool hasOpenLastLine = false;
+  bool hasByteOrderMark = false;
   bool isUnreadable = false;
 };

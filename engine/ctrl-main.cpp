@@ -177,6 +177,7 @@ void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) 
   const auto lines = [&] {
     std::string line;
     for (std::size_t number = 1; !view.IsClosing() && reader.Next(line); ++number) {
+      // Names the program that the system runs the file with (execve), and is no command.
       if (number == 1 && line.starts_with("#!")) {
         continue;
       }
@@ -186,6 +187,7 @@ void TCtrlMain::RunScript(base::TLineReader& reader, const std::string& script) 
         break;
       }
     }
+    // Without a word, a script that was read in part would look like one that ran to its end.
     if (reader.HasFailed() && !base::Interrupted()) {
       ++failedLines;
       PrintLine(FormatString("Script '%s' cannot be read to its end", script.c_str()));

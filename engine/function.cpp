@@ -144,6 +144,10 @@ bool TFunction::LoadLines(const std::string& path, TCommandHistory& lines) const
     Print(FormatString("File '%s' has line ends without carriage return: the last character of such a line is lost",
                        path.c_str()));
   }
+  if (lines.HasByteOrderMark()) {
+    Print(
+        FormatString("File '%s' begins with a byte order mark, which is read as part of its first line", path.c_str()));
+  }
   if (lines.HasOpenLastLine()) {
     Print(FormatString("The last line of '%s' has no line end and is not read", path.c_str()));
   }

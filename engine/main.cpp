@@ -128,15 +128,14 @@ int RefuseInDialog(const QString& reason) {
   return status;
 }
 
-/// Has Ctrl-C in the terminal, or its end, close the window as a person would, so that the history is kept.
-void CloseAtSignals(QSocketNotifier& notifier) {
+/// Has a signal close the windows, as a person would, so that the history is kept: Ctrl-C in the terminal, or its end.
+void CloseOnSignal(QSocketNotifier& notifier) {
   base::CatchSignals();
   if (base::SignalDescriptor() < 0) {
     return;
   }
   notifier.setSocket(base::SignalDescriptor());
   QObject::connect(&notifier, &QSocketNotifier::activated, [&notifier] {
-    // The descriptor stays readable.
     notifier.setEnabled(false);
     QApplication::closeAllWindows();
   });
@@ -187,7 +186,7 @@ int main(int argc, char** argv) {
     }
   }
   QSocketNotifier signalNotifier(QSocketNotifier::Read);
-  CloseAtSignals(signalNotifier);
+  CloseOnSignal(signalNotifier);
   // Ends in the reverse order: the controller saves the history and lets go of the view, and the view of the window.
   // The timer below calls the controller and goes before it.
   MainWindow window;

@@ -454,11 +454,13 @@ class TCheckup {
   }
 
   void TryTime() {
+    // One that hangs would only use up the patience once more.
     if (!digests[kNoisePicture] || findings.contains("hang")) {
       return;
     }
     const auto outcome = Try(
         [this](const TPluginExports& exports, const base::TTell& tell) {
+          // The shortest time counts: what else the machine does can only add to it.
           auto best = TClock::duration::max();
           for (int i = 0; i < kTimedCalls; ++i) {
             TAnswer answer;

@@ -178,6 +178,7 @@ void MainWindow::SelectCommandText() {
 void MainWindow::SetBusy(bool isBusy) {
   if (isBusy) {
     if (!workInput.IsActive()) {
+      // The line that was typed shows at once: a command that never reports draws nothing before it ends.
       PaintOutput();
     }
     workInput.Begin();
@@ -190,9 +191,11 @@ void MainWindow::SetBusy(bool isBusy) {
   if (workInput.IsActive()) {
     return;
   }
+  // Only now, since a command that ends empties the line.
   if (!offered.empty()) {
     SetCommandText(std::exchange(offered, {}));
   }
+  // The user closed the window while a command ran, and it could not go then.
   if (isClosing) {
     close();
   }
@@ -317,6 +320,7 @@ void MainWindow::ArrangeChildrenOf(const QWidget* parent) {
     }
     const int widthBefore = widget->width();
     widget->setGeometry(parent->rect().marginsRemoved(margins));
+    // The description takes what the table wins or loses; names and types keep the widths that the user gave them.
     if (widget == ui->twVariables) {
       constexpr int kDescription = 2;
       const int width = ui->twVariables->columnWidth(kDescription) + widget->width() - widthBefore;
@@ -369,6 +373,7 @@ bool MainWindow::HandleCommandKey(int key) {
       }
       return true;
     case Qt::Key_Escape:
+      // The first press closes the list and the next one empties the line.
       if (ui->leCommand->ShowsCandidates()) {
         return false;
       }

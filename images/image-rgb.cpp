@@ -412,6 +412,7 @@ TDecoded Decode(TEncodedPicture& source, FREE_IMAGE_FORMAT format, const std::op
   const TDecoderMessages messages;
   decoded.bitmap.reset(source.Decode(format, flags));
   decoded.isDamaged = messages.AnyDamage() || (source.IsShort() && !RemarksEarlyEnd(format));
+  // Asked once more: a decoder may make another picture than the header promises.
   const TForm made = FormOf(decoded.bitmap.get());
   // Next to nothing of a large picture is nothing.
   if (!accept(made) || (decoded.isDamaged && !HasFewer(kPlausiblePixelsPerByte, form.value_or(made), source))) {
@@ -588,6 +589,8 @@ bool TImageRGB::LoadFromMemory(const unsigned char* data, std::size_t size, cons
 
 bool TImageRGB::Load(TEncodedPicture& source, int divisor) {
   refusedSize.reset();
+  // A process of its own, which may crash or be ended, decodes what seldom is a photograph: a format whose decoder few
+  // people test, or a file that is tiny for the picture that it claims to be.
   const FREE_IMAGE_FORMAT format = FindTrustedFormat(source);
   if (format == FIF_UNKNOWN) {
     return base::CanRunGuarded() && LoadApart(source, divisor);

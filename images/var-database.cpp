@@ -72,6 +72,7 @@ std::uint64_t TVarDatabase::GetFingerprint() const {
 bool TVarDatabase::ScanDirectory() {
   images.clear();
   fingerprint.reset();
+  // A directory that has gone is one without images; one that is there and cannot be listed is a failure.
   if (!base::Exists(location)) {
     return true;
   }
@@ -91,6 +92,7 @@ bool TVarDatabase::ScanDirectory() {
     images.push_back(std::make_unique<TVarImage>());
     images.back()->SetFilename(location + filename);
   }
+  // Told, or a user would look in vain for the pictures among them.
   if (others > 0) {
     Print(FormatString("%d other pictures left out: their names do not contain '.jpg'", others));
   }

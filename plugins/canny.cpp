@@ -237,6 +237,8 @@ std::vector<TEdgePixel> FindEdges(const TPicture& picture) {
     return edges;
   }
   MarkEdges(gradients, picture);
+  // The plane has a border of one pixel around the picture: its first row and column are number -1. Rows are counted
+  // along, which costs less than a division for each edge.
   int y = -1;
   std::size_t end = gradients.stride;
   VisitEdges(gradients.states, [&](std::size_t i) {

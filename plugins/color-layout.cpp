@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "plugins/descriptor.h"
@@ -64,6 +65,7 @@ void AddRow(const TPicture& picture, int y, TCellRow& cells) {
 }
 
 std::array<TCells, kChannels> CellMeans(const TPicture& picture) {
+  // Each pixel of a side of less than eight counts eight times, so that every cell has some.
   const int repetitions = picture.height < static_cast<int>(kSide) ? static_cast<int>(kSide) : 1;
   const int columnRepetitions = picture.width < static_cast<int>(kSide) ? static_cast<int>(kSide) : 1;
   const std::int64_t height = std::int64_t{picture.height} * repetitions;
@@ -96,7 +98,7 @@ int Coefficient(const TCells& cells, int u, int v) {
     for (std::size_t k = 0; k < kSide; ++k) {
       for (std::size_t x = 0; x < kSide; ++x) {
         table[k][x] = (k == 0 ? std::sqrt(0.125) : 0.5) *
-                      std::cos(static_cast<double>((2 * x + 1) * k) * 3.14159265358979323846 / 16.0);
+                      std::cos(static_cast<double>((2 * x + 1) * k) * std::numbers::pi / 16.0);
       }
     }
     return table;

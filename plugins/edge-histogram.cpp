@@ -149,6 +149,7 @@ class TBlockCounter {
 
 void CountBlocks(const TPicture& picture, std::span<double> local) {
   const auto [shorter, longer] = std::minmax(picture.width, picture.height);
+  // A ratio of whole numbers, with which every machine comes to the same size.
   std::int64_t numerator = kLeastSide;
   std::int64_t denominator = shorter;
   if (numerator * longer > denominator * kMostEnlargedSide) {

@@ -12,6 +12,7 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <numbers>
 #include <numeric>
 #include <vector>
 
@@ -23,7 +24,6 @@ const TDescriptor kDescriptor = {"gist", "The spatial envelope: 4 scales x 8 ori
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 /// The side of the reduced picture; with the margin of the prefilter; with the margin of the filters.
 constexpr int kSide = 128;
 constexpr int kPrefilterMargin = 5;
@@ -220,9 +220,10 @@ double Gain(int scale, int orientation, int fx, int fy) {
   const double radius = std::sqrt(static_cast<double>(fx * fx + fy * fy)) / kFilterSide;
   const double center = 0.3 / std::pow(1.85, scale);
   // The angle between frequency and filter, on the circle.
-  const double turned = std::remainder(std::atan2(fy, fx) + orientation * kPi / kOrientations, 2.0 * kPi);
+  const double turned =
+      std::remainder(std::atan2(fy, fx) + orientation * std::numbers::pi / kOrientations, 2.0 * std::numbers::pi);
   const double distance = radius / center - 1.0;
-  return std::exp(-3.5 * distance * distance - 2.0 * kPi * turned * turned);
+  return std::exp(-3.5 * distance * distance - 2.0 * std::numbers::pi * turned * turned);
 }
 
 /// One filter: the lines of its spectrum that are not negligible, rows or columns, whichever are fewer. They stand next

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
 
 #include "plugins/canny.h"
 #include "plugins/descriptor.h"
@@ -37,7 +38,7 @@ std::size_t Orientation(int horizontal, int vertical) {
   static const auto tangents = [] {
     std::array<double, kOrientations - 1> table;
     for (std::size_t i = 0; i < table.size(); ++i) {
-      table[i] = std::tan((static_cast<double>(i) - 9.0) * 9.0 * 3.14159265358979323846 / 180.0);
+      table[i] = std::tan((static_cast<double>(i) - 9.0) * 9.0 * std::numbers::pi / 180.0);
     }
     // What whole numbers can reach is exact.
     table[4] = -1.0;

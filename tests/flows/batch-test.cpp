@@ -50,18 +50,24 @@ TEST_F(TBatch, RunsAScriptWithEitherLineEndAndALastLineWithoutOne) {
   EXPECT_EQ(Run({"-"}, "a\xff\n").output, "> a\xff\n  Syntax error while parsing function call\n");
 }
 
-TEST_F(TBatch, TheMarkThatAnEditorPutsBeforeATextIsNoPartOfIt) {
+TEST_F(TBatch, TheMarkThatAnEditorPutsBeforeAScriptIsNoPartOfIt) {
   const std::string mark = "\xef\xbb\xbf";
   MakeFile("s.txt", mark + "a = createclassifier(\"svm\")\r\ngetclassifiersetting(a, \"kernel\")\r\n");
   const std::string lines = "> a = createclassifier(\"svm\")\n> getclassifiersetting(a, \"kernel\")\n  kernel = rbf\n";
   EXPECT_EQ(Run({"s.txt"}), (TOutcome{0, lines, ""}));
-  EXPECT_EQ(Run({"-e", "executescript(\"s.txt\")"}), (TOutcome{0, "> executescript(\"s.txt\")\n" + lines, ""}));
   EXPECT_EQ(Run({}, mark + "#!/usr/bin/env tessimar-batch\nreset()"), (TOutcome{0, "> reset()\n", ""}));
   EXPECT_EQ(Run({}, mark), (TOutcome{0, "", ""}));
-  MakeFile("tree.txt", mark + "2\r\n");
+}
+
+TEST_F(TBatch, InAFileOfACommandTheMarkIsPartOfTheFirstLineAndToldOf) {
+  MakeFile("tree.txt",
+           "\xef\xbb\xbf"
+           "2\r\n1\r\n");
   EXPECT_EQ(Run({}, "db = loaddatabase(\"photos\")\nloadmirflickrtags(db, \"tree.txt\")\n").output,
             "> db = loaddatabase(\"photos\")\n  Scanning..\n  Database contains 2 images\n"
-            "> loadmirflickrtags(db, \"tree.txt\")\n");
+            "> loadmirflickrtags(db, \"tree.txt\")\n"
+            "  File 'tree.txt' begins with a byte order mark, which is read as part of its first line\n"
+            "  1 lines name no image\n");
 }
 
 TEST_F(TBatch, SaysNothingOfASessionThatItDoesNotNeed) {
