@@ -36,6 +36,11 @@ class TTruthReader {
     // The ending decides, and not the contents: a table of one column would look like annotations.
     if (path.ends_with(".txt")) {
       const std::string tag = AnnotationTag(path);
+      // The empty tag stands for all topics in the tables. Some systems put a "._a.txt" beside each "a.txt".
+      if (tag.empty()) {
+        damage.push_back({path, 0, "the tag, which is the name up to its first full stop, is empty"});
+        return true;
+      }
       for (const TNumberedLine& line : *lines) {
         AddAnnotation(path, line, tag);
       }

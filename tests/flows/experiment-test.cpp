@@ -455,6 +455,19 @@ TEST_F(TExperimentFlow, DirectoriesAreClassesAndAwkwardNamesStayInTheirFields) {
   EXPECT_NE(FileBytes("o/topics.tsv").find("\tt\t1\t"), std::string::npos);
 }
 
+TEST_F(TExperimentFlow, AnAnnotationFileWithoutATagIsNamedAndNotUsed) {
+  MakeSixPictures();
+  const QStringList options = {"photos", "--truth", "tags", "--features", "hsv", "--out", "out"};
+  ASSERT_EQ(Run(options).status, 0);
+  const std::string summary = FileBytes("out/summary.tsv");
+  MakeFile("tags/.a.txt", "1\r\n2\r\n");
+  const TOutcome outcome = Run(options);
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_EQ(FileBytes("out/damage.tsv"),
+            "file\tline\treason\ntags/.a.txt\t0\tthe tag, which is the name up to its first full stop, is empty\n");
+  EXPECT_EQ(FileBytes("out/summary.tsv"), summary);
+}
+
 TEST_F(TExperimentFlow, APictureThatWasCopiedByHalfIsUsedAndNamed) {
   MakeSixPictures();
   // Noise, which fills the file evenly.
