@@ -220,7 +220,7 @@ class TRowWriter {
 
   std::string MissingRow() const {
     const std::vector<double> row(length, std::numeric_limits<double>::quiet_NaN());
-    return std::string(reinterpret_cast<const char*>(row.data()), length * sizeof(double));
+    return {reinterpret_cast<const char*>(row.data()), length * sizeof(double)};
   }
 
   TTextWriter text;
@@ -358,7 +358,8 @@ class TExtraction {
       known = nullptr;
     }
     // What could not be read then is tried again: the same bytes may have met a lack of memory or of time.
-    const bool isKept = known != nullptr && (known->damage == kUnreadable ? !Decode(row, isThere) : HasAllRows(row));
+    const bool isKept =
+        known != nullptr && (known->damage == kUnreadable ? !ReadPicture(row, isThere) : HasAllRows(row));
     // Nothing new so far: the files that are there may be all that is wanted.
     if (!writer && isKept) {
       return true;
@@ -405,14 +406,14 @@ class TExtraction {
   }
 
   /// False if the bytes that were read last are no picture.
-  bool Decode(std::size_t row, bool isThere) {
+  bool ReadPicture(std::size_t row, bool isThere) {
     const auto bytes = reader.GetBytes();
     return isThere && color.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
                                            collection.names[share.first + row]);
   }
 
   void Compute(std::size_t row, bool isThere, TPictureLine& line) {
-    if (!Decode(row, isThere)) {
+    if (!ReadPicture(row, isThere)) {
       line.damage = kUnreadable;
       for (std::size_t i = 0; i < sources.size(); ++i) {
         writer->GetRows(i).AddMissing();
@@ -513,6 +514,60 @@ TStepOutcome ExtractFeatures(const TPictureCollection& collection, const std::ve
   return outcome;
 }
 
+bool TFeatureTable::AddPart(const TPictureCollection& collection, const std::vector<TFeatureSource>& sources,
+                            const TPart& part, const std::string& directory, TDigest& collected, std::string& reason) {
+  const auto refuse = [&](const std::string& what) {
+    reason = FormatString("The part %zu of %zu of the features in '%s' %s", part.number, part.count, directory.c_str(),
+                          what.c_str());
+    return false;
+  };
+  const TPartPaths paths(directory, part, "");
+  auto stored = OpenPart(paths);
+  if (!stored) {
+    return refuse("is missing; run the step extract for it");
+  }
+  const auto [begin, end] = part.ShareOf(collection.names.size());
+  if (stored->pictures.size() != end - begin || DigestOf(stored->picturesBytes) != stored->picturesDigest) {
+    return refuse("is not of this collection; run the step extract again");
+  }
+  for (std::size_t row = 0; row < stored->pictures.size(); ++row) {
+    const TPictureLine& line = stored->pictures[row];
+    if (line.name != collection.names[begin + row]) {
+      return refuse("is not of this collection; run the step extract again");
+    }
+    damages.push_back(line.damage);
+    pictureDigests.push_back(line.digest);
+    // Names in their order and digests of contents: two collections with the same digest give the same results.
+    collected.Add(EncodeField(line.name) + "\t" + line.digest + "\n");
+  }
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    const std::string& name = sources[i].feature->GetName();
+    const auto origin = stored->origins.find(name);
+    const auto file = stored->files.find(name);
+    if (origin != stored->origins.end() && origin->second != sources[i].origin) {
+      return refuse(FormatString("has the feature '%s' of another version; run the step extract again", name.c_str()));
+    }
+    if (origin == stored->origins.end() || file == stored->files.end() || !file->second.IsComplete() ||
+        file->second.GetRows() != end - begin) {
+      return refuse(FormatString("lacks the feature '%s'; run the step extract again", name.c_str()));
+    }
+    TFeatureRows& rows = features[i];
+    if (file->second.GetColumns() != 0) {
+      if (rows.length != 0 && rows.length != file->second.GetColumns()) {
+        return refuse(FormatString("has vectors of another length for the feature '%s'", name.c_str()));
+      }
+      rows.length = file->second.GetColumns();
+    }
+    for (std::size_t row = 0; row < end - begin; ++row) {
+      // A part in which no picture could be read has no columns. Open fills its rows, when the length is
+      // known from another part.
+      rows.rows.push_back(file->second.GetColumns() == 0 ? nullptr : file->second.GetRow(row));
+    }
+    files.push_back(file->second);
+  }
+  return true;
+}
+
 std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& collection,
                                                  const std::vector<TFeatureSource>& sources,
                                                  const std::string& directory, std::string& reason) {
@@ -521,58 +576,9 @@ std::optional<TFeatureTable> TFeatureTable::Open(const TPictureCollection& colle
   TFeatureTable table;
   table.features.resize(sources.size());
   TDigest digest;
-  std::vector<TStoredPart> parts;
   for (std::size_t number = 1; number <= partCount; ++number) {
-    const TPart part = {number, partCount};
-    const auto refuse = [&](const std::string& what) {
-      reason = FormatString("The part %zu of %zu of the features in '%s' %s", number, partCount, directory.c_str(),
-                            what.c_str());
+    if (!table.AddPart(collection, sources, {number, partCount}, directory, digest, reason)) {
       return std::nullopt;
-    };
-    const TPartPaths paths(directory, part, "");
-    auto stored = OpenPart(paths);
-    if (!stored) {
-      return refuse("is missing; run the step extract for it");
-    }
-    const auto [begin, end] = part.ShareOf(collection.names.size());
-    if (stored->pictures.size() != end - begin || DigestOf(stored->picturesBytes) != stored->picturesDigest) {
-      return refuse("is not of this collection; run the step extract again");
-    }
-    for (std::size_t row = 0; row < stored->pictures.size(); ++row) {
-      const TPictureLine& line = stored->pictures[row];
-      if (line.name != collection.names[begin + row]) {
-        return refuse("is not of this collection; run the step extract again");
-      }
-      table.damages.push_back(line.damage);
-      table.pictureDigests.push_back(line.digest);
-      // Names in their order and digests of contents: two collections with the same digest give the same results.
-      digest.Add(EncodeField(line.name) + "\t" + line.digest + "\n");
-    }
-    for (std::size_t i = 0; i < sources.size(); ++i) {
-      const std::string& name = sources[i].feature->GetName();
-      const auto origin = stored->origins.find(name);
-      const auto file = stored->files.find(name);
-      if (origin != stored->origins.end() && origin->second != sources[i].origin) {
-        return refuse(
-            FormatString("has the feature '%s' of another version; run the step extract again", name.c_str()));
-      }
-      if (origin == stored->origins.end() || file == stored->files.end() || !file->second.IsComplete() ||
-          file->second.GetRows() != end - begin) {
-        return refuse(FormatString("lacks the feature '%s'; run the step extract again", name.c_str()));
-      }
-      TFeatureRows& rows = table.features[i];
-      if (file->second.GetColumns() != 0) {
-        if (rows.length != 0 && rows.length != file->second.GetColumns()) {
-          return refuse(FormatString("has vectors of another length for the feature '%s'", name.c_str()));
-        }
-        rows.length = file->second.GetColumns();
-      }
-      for (std::size_t row = 0; row < end - begin; ++row) {
-        // A part in which no picture could be read has no columns. Its rows are filled in below, when the length is
-        // known from another part.
-        rows.rows.push_back(file->second.GetColumns() == 0 ? nullptr : file->second.GetRow(row));
-      }
-      table.files.push_back(file->second);
     }
   }
   for (TFeatureRows& rows : table.features) {

@@ -11,6 +11,8 @@
 #include "experiments/progress.h"
 #include "features/feature.h"
 
+class TDigest;
+
 /// Features of whole pictures on disk, in a directory of their own: NAME.npy holds one row a picture, pictures.txt one
 /// line a picture (name, SHA-256 of its bytes, what is wrong with it), digest.txt where each feature comes from and the
 /// SHA-256 of pictures.txt. Parts have their mark in front of the ending (hsv.2-of-4.npy) and are joined as they are
@@ -19,7 +21,8 @@
 /// A feature to be computed. The feature is not owned.
 struct TFeatureSource {
   const TFeature* feature;
-  /// What its numbers depend on besides the picture: the program's version, or the SHA-256 of the plug-in.
+  /// What its numbers depend on besides the picture: the program's version, or the SHA-256 of the plug-in and
+  /// of the files that belong to it.
   std::string origin;
 };
 
@@ -64,6 +67,10 @@ class TFeatureTable {
 
  private:
   TFeatureTable() = default;
+
+  /// Adds the rows of the next part, and its pictures to the digest of all. False, and the reason, as for Open.
+  bool AddPart(const TPictureCollection& collection, const std::vector<TFeatureSource>& sources, const TPart& part,
+               const std::string& directory, TDigest& collected, std::string& reason);
 
   std::vector<TNpyFile> files;
   std::vector<TFeatureRows> features;

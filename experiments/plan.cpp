@@ -64,8 +64,26 @@ std::optional<std::string> OriginOf(const TFeature& feature, const std::string& 
     reason = FormatString("Plug-in '%s' cannot be read", plugin->GetFile().c_str());
     return std::nullopt;
   }
-  plan.plugins.push_back({feature.GetName(), std::string(base::FileNameOf(plugin->GetFile())), *digest});
-  return digest;
+  const std::string_view library = base::FileNameOf(plugin->GetFile());
+  const std::string directory = plugin->GetFile().substr(0, plugin->GetFile().size() - library.size());
+  plan.plugins.push_back({feature.GetName(), std::string(library), *digest});
+  // What a plug-in reads beside its library, such as the network of "embedding", decides its numbers too. It is known
+  // by its name, which begins like that of the feature.
+  std::string origin = *digest;
+  auto names = base::ListFiles(directory.empty() ? "." : directory).value_or(std::vector<std::string>());
+  std::erase_if(names, [&](const std::string& name) { return !name.starts_with(feature.GetName() + "."); });
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) {
+    digest = DigestOfFile(directory + name);
+    if (!digest) {
+      reason = FormatString("File '%s' of a plug-in cannot be read", (directory + name).c_str());
+      return std::nullopt;
+    }
+    plan.plugins.push_back({feature.GetName(), name, *digest});
+    origin += *digest;
+  }
+  // The library's own where it stands alone, so that record.json and the stored features agree on it.
+  return names.empty() ? origin : DigestOf(origin);
 }
 
 bool ResolveSets(const TExperimentOptions& options, TPlan& plan, std::string& reason) {

@@ -17,7 +17,7 @@
 #include "experiments/truth.h"
 #include "features/feature-list.h"
 
-/// A plug-in that takes part.
+/// The library of a plug-in that takes part, or a file beside it that belongs to it.
 struct TUsedPlugin {
   std::string feature;
   std::string fileName;

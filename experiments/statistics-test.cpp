@@ -21,6 +21,7 @@ TEST(Statistics, BeyondSixteenQueriesPatternsAreDrawn) {
   // Forty differences, so that two numbers make a draw. The hits were counted by a program in Python with a Mersenne
   // Twister of its own that adds the signed differences one by one.
   std::vector<double> differences;
+  differences.reserve(40);
   for (int i = 0; i < 40; ++i) {
     differences.push_back((i * 7919 % 101 - 38) / 1000.0);
   }

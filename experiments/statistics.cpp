@@ -44,7 +44,7 @@ void BootstrapColumns(const TPictureSums& pictures, std::size_t first, std::uint
       // between its makers.
       // Some pictures are drawn more often than others, but only by count in 2^32 (D. Lemire, Fast random integer
       // generation in an interval, ACM TOMACS 29(1), 2019), which no interval shows.
-      const std::size_t picture = static_cast<std::size_t>(std::uint64_t{generator()} * count >> 32);
+      const auto picture = static_cast<std::size_t>(std::uint64_t{generator()} * count >> 32);
       const double* row = &pictures.sums[picture * pictures.columns + first];
       for (std::size_t column = 0; column < sums.size(); ++column) {
         sums[column] += row[column];

@@ -117,6 +117,7 @@ void WriteJudgements(const TExperimentOptions& options, const TPlan& plan, const
 
 std::vector<std::string> TextsOf(const std::vector<TExpectation>& expectations) {
   std::vector<std::string> texts;
+  texts.reserve(expectations.size());
   for (const TExpectation& each : expectations) {
     texts.push_back(each.text);
   }

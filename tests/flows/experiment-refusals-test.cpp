@@ -271,6 +271,26 @@ TEST_F(TExperimentRefusals, FeaturesThatAreCalledLikeOtherThings) {
   }
 }
 
+TEST_F(TExperimentRefusals, AFileOfAPluginIsAPartOfIt) {
+  MakeFile("plugins/FeaturePlain.so", FileBytes(PLUGIN_FIXTURES "/plain"));
+  MakeFile("plugins/fixture.txt", "layers 2");
+  MakeFile("plugins/fixtures.txt", "of another feature");
+  const QStringList arguments = {"photos",     "--truth", "tags",  "--plugins", "plugins",
+                                 "--features", "fixture", "--out", "o"};
+  ASSERT_EQ(Run(arguments).status, 0);
+  // printf %s 'layers 2' | sha256sum
+  EXPECT_NE(FileBytes("o/record.json")
+                .find("\"fixture.txt\": \"1473b0df748ffc52f3d6653ed3ae7af25eac84ea55850a5ee3c0ec03622c0cfc\""),
+            std::string::npos);
+  MakeFile("plugins/fixtures.txt", "changed");
+  EXPECT_EQ(Run(arguments + QStringList{"--step", "rank"}).status, 0);
+  MakeFile("plugins/fixture.txt", "layers 3");
+  ExpectFailure(Run(arguments + QStringList{"--step", "rank"}),
+                "The part 1 of 1 of the features in 'o/features' has the feature 'fixture' of another version; run the "
+                "step extract again");
+  EXPECT_EQ(Run(arguments).status, 0) << "a whole start computes it anew";
+}
+
 TEST_F(TExperimentRefusals, ArgumentsThatAreNotUtf8) {
   const TOutcome outcome = TProgramTest::Run(
       "sh", {"-c", "exec \"$0\" photos --truth tags --out \"$(printf 'o\\377')\"", EXPERIMENT_PROGRAM});
