@@ -106,6 +106,7 @@ int TBatchSession::Run(TStreamView& view) {
   if (!isWritten) {
     return kBatchUnusable;
   }
+  // Before the reader that has gone: a pipeline that Ctrl-C ends loses its reader as well.
   if (base::Interrupted()) {
     return kBatchInterrupted;
   }

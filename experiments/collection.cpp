@@ -68,6 +68,7 @@ std::optional<TPictureCollection> ReadClasses(const std::string& directory, std:
   if (!collection) {
     return std::nullopt;
   }
+  // A picture beside the classes has no tag, and is in nobody's ground truth.
   collection->leftOut = CountLeftOut(collection->location, [](const std::string& /*name*/) { return false; });
   collection->leftOutRule = "they lie in no class, or end in none of .jpg, .jpeg, .png, .tif and .tiff";
   auto entries = base::ListDirectory(collection->location);

@@ -139,6 +139,7 @@ std::optional<std::string> Ask(const TPluginExports& exports, bool isColor, cons
   std::copy_n(answerBytes, answerSize, elements.GetBytes());
   const auto process = isColor ? exports.processColor : exports.processGrayscale;
   const auto start = TClock::now();
+  // Nothing else between the two looks at the clock.
   process(pixels.GetBytes(), picture.width, picture.height, stride, reinterpret_cast<double*>(elements.GetBytes()));
   if (time != nullptr) {
     *time = TClock::now() - start;
@@ -165,6 +166,7 @@ void TellFaults(const TAnswer& first, const TAnswer& second, const base::TTell& 
     return;
   }
   const auto number = [](std::uint64_t bits) { return std::bit_cast<double>(bits); };
+  // The first element of each kind: a vector may have sixteen million.
   bool isUnwrittenTold = false;
   bool isInfiniteTold = false;
   bool isDifferenceTold = false;
@@ -196,6 +198,7 @@ std::size_t LostBytes(const std::vector<base::TMemoryInUse>& history) {
     return before && after && *after > *before ? *after - *before : 0;
   };
   // The smallest leak of every second call is 4000 bytes in 250 of them; a mapping is at least a page.
+  // Growth in both halves, since a cache that fills up late must not pass for a leak.
   const std::size_t allocated = grown(middle.allocated, end.allocated);
   const bool isAllocated = allocated >= 8 * calls && grown(start.allocated, middle.allocated) >= allocated / 4;
   const std::size_t mapped = grown(middle.mapped, end.mapped);
@@ -242,6 +245,8 @@ class TCheckup {
 
   std::string Limit() const { return FormatString("%g s", patience / 1000.0); }
 
+  /// One line names all pictures of a kind of fault, with the detail of the first: a plug-in that leaves its vector
+  /// unwritten does so on all eleven.
   void Note(const std::string& kind, const std::string& picture, const std::string& detail) {
     TFinding& finding = findings[kind];
     if (finding.detail.empty()) {
@@ -264,6 +269,7 @@ class TCheckup {
             tell("unusable " + reason);
             return;
           }
+          // Told step by step, so that a library that ends the process is known to have got so far.
           tell("loaded");
           for (const std::string& symbol : exports->missing) {
             tell("missing " + symbol);
@@ -405,6 +411,7 @@ class TCheckup {
         // Each of them might take as long.
         findings["hang"].detail = "the pictures behind it were not tried";
       }
+      // Behind a crash the next picture may do: what breaks on none of 0 x 0 is worth telling from what never works.
       if (hasReturned || outcome.end == base::TTrialEnd::kHung) {
         return;
       }

@@ -23,6 +23,7 @@ void TIndexDisplay::SetImage(const QImage& image, int position, const TPictureIt
 }
 
 void TIndexDisplay::showEvent(QShowEvent* event) {
+  // Once: a reduced dialog fits, and its tiles are hidden behind the picture of all.
   if (!event->spontaneous() && !isReduced && ExceedsScreen(*this)) {
     Reduce();
   } else if (!event->spontaneous()) {

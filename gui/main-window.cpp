@@ -231,6 +231,7 @@ void MainWindow::on_leCommand_linesPasted(const QString& text) {
   // What stands behind the last line end waits for its Return.
   const QString rest = lines.takeLast();
   for (QString each : lines) {
+    // Texts of Windows end their lines in CR LF.
     if (each.endsWith('\r')) {
       each.chop(1);
     }
@@ -269,6 +270,7 @@ void MainWindow::TakeOffer(const std::string& line) {
 
 void MainWindow::TakeVariable(int row) {
   const TVariableRow& variable = ui->twVariables->GetRow(row);
+  // In an empty line a picture or a ranking is shown; in a line that was begun the name is what it lacks.
   const bool isEmpty = ui->leCommand->text().isEmpty();
   QString line = ToQString(variable.name);
   if (isEmpty && variable.type == "image") {

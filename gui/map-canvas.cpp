@@ -31,6 +31,7 @@ void DrawTile(const TImageRGB& tile, int x, int y, TImageRGB& canvas) {
 
 TMapCanvas::TMapCanvas(int theCount, qreal theRatio) : count(theCount), ratio(theRatio) {
   const int size = qRound(kCanvasSize * ratio);
+  // In pixels of the screen, and black.
   canvas.SetSize(size, size, true);
 }
 

@@ -17,6 +17,7 @@ void TVarImage::Assign(const TVar* source) {
     return;
   }
   filename = image->filename;
+  // With their vectors, but without the labels of segments, which belong to a search on the source.
   imageSegment.Assign(image->imageSegment);
   CopySegments(segments, image->segments);
   tags = image->tags;

@@ -54,6 +54,7 @@ void SumUp(const double* HWY_RESTRICT query, size_t length, const double* HWY_RE
     StoreU(sum2, d, sums + (s + 2) * lanes);
     StoreU(sum3, d, sums + (s + 3) * lanes);
   }
+  // What is left of the streams. Each sum is the same as above, with its additions in the same order.
   for (; s < streams; ++s) {
     const double* HWY_RESTRICT rows = Stream(numbers, length, lanes, s);
     auto sum = Zero(d);

@@ -7,8 +7,10 @@
 
 namespace {
 
+// Cells on each side, whatever the size of the picture.
 constexpr int kGridSize = 8;
 constexpr std::size_t kCellCount = std::size_t{kGridSize} * kGridSize;
+// Pixels, whatever the scale of the keypoint.
 constexpr int kSquareSize = 30;
 
 void AppendRect(int x, int y, int width, int height, TImageSegmentList& segments) {
@@ -37,6 +39,7 @@ int SquareEdge(int position, int size) {
 }  // namespace
 
 void AppendGridCells(int width, int height, TImageSegmentList& segments) {
+  // Row by row, which is the order of all tables of segments. A picture without pixels has 64 empty cells.
   segments.reserve(segments.size() + kCellCount);
   for (int row = 0; row < kGridSize; ++row) {
     const int y = GridEdge(height, row);
