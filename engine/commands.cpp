@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "base/at-end.h"
 #include "base/console.h"
 #include "base/native-path.h"
 #include "engine/command-factories.h"
@@ -11,20 +12,6 @@ namespace {
 
 // Scripts that call each other in a chain. A circle is found by itself; this bounds the stack that a long chain takes.
 constexpr std::size_t kMaxDepth = 32;
-
-/// Keeps an element at the end of a list for its own lifetime, however that ends.
-class TListScope {
- public:
-  TListScope(std::vector<std::string>& theList, const std::string& element) : list(theList) {
-    theList.push_back(element);
-  }
-  ~TListScope() { list.pop_back(); }
-  TListScope(const TListScope&) = delete;
-  TListScope& operator=(const TListScope&) = delete;
-
- private:
-  std::vector<std::string>& list;
-};
 
 /// executescript: runs the lines of a file like typed ones. A line that fails does not stop the script. A script that
 /// is already running is not started again, and scripts nest to a fixed depth.
@@ -52,7 +39,8 @@ Parameters:  1 - script file)"}) {}
     if (!LoadLines(filename, script)) {
       return false;
     }
-    const TListScope scope(running, identity);
+    running.push_back(identity);
+    const base::TAtEnd popsScript([this] { running.pop_back(); });
     // The lines were read before the first one runs: a script that a command changes, or that its author saves anew
     // meanwhile, ends as it began. Ctrl-C in a terminal ends it between two lines.
     for (std::size_t i = 0; i < script.entries.size() && !base::Interrupted(); ++i) {

@@ -11,6 +11,7 @@
 #include <boost/bind/bind.hpp>
 
 #include "base/abandoned-files.h"
+#include "base/at-end.h"
 #include "base/console.h"
 #include "base/format-string.h"
 #include "base/native-path.h"
@@ -65,19 +66,6 @@ bool RunGuarded(const TRun& run, const TPrint& print) {
   }
   return false;
 }
-
-/// Calls a function at the end of its own lifetime, however that comes.
-template <typename TFunctor>
-class TAtEnd {
- public:
-  explicit TAtEnd(const TFunctor& theFunctor) : functor(theFunctor) {}
-  ~TAtEnd() { functor(); }
-  TAtEnd(const TAtEnd&) = delete;
-  TAtEnd& operator=(const TAtEnd&) = delete;
-
- private:
-  TFunctor functor;
-};
 
 }  // namespace
 
@@ -209,11 +197,11 @@ void TCtrlMain::ExecuteAsWork(const std::string& line, TOrigin origin) {
   }
   // Taken and cleared: a line that the next command runs by itself must not pass for a line of the script.
   underWay.push_back(std::exchange(nextPosition, {}));
-  const TAtEnd popsPosition([this] { underWay.pop_back(); });
+  const base::TAtEnd popsPosition([this] { underWay.pop_back(); });
   lastPrinted.clear();
   failure.clear();
   view.BeginWork();
-  const TAtEnd endsWork([this] {
+  const base::TAtEnd endsWork([this] {
     if (std::exchange(showsWork, false)) {
       const auto clear = [this] {
         view.ShowWork(std::string());
@@ -286,7 +274,7 @@ void TCtrlMain::RunAsWork(const boost::function<void()>& run) {
   isRunning = true;
   // One piece of work for all lines, so that what is typed meanwhile comes behind them.
   view.BeginWork();
-  const TAtEnd atEnd([this] {
+  const base::TAtEnd atEnd([this] {
     isRunning = false;
     view.EndWork();
   });

@@ -411,7 +411,7 @@ class TCheckup {
         // Each of them might take as long.
         findings["hang"].detail = "the pictures behind it were not tried";
       }
-      // Behind a crash the next picture may do: what breaks on none of 0 x 0 is worth telling from what never works.
+      // A crash on one picture says nothing of the next one.
       if (hasReturned || outcome.end == base::TTrialEnd::kHung) {
         return;
       }
