@@ -52,12 +52,9 @@ Parameters:  1 - 'image')"}) {}
     report.Load(image->GetFilename(), picture);
     QImage canvas = ToQImage(picture);
     DrawSegments(image->GetSegments(), canvas);
-    std::string text = image->GetFilename();
-    if (!image->GetTags().empty()) {
-      text += "\nTags: " + image->JoinTags(", ");
-    }
     TImageDisplay dialog;
-    dialog.SetImage(canvas, DescribeSegments(image->GetSegments(), image->GetFilename(), text));
+    dialog.SetImage(canvas, DescribeSegments(image->GetSegments(), image->GetFilename(),
+                                             image->GetFilename() + image->DescribeTags()));
     dialog.setAccessibleName(
         ToQString(FormatString("Image '%s', file '%s'", params[0].c_str(), image->GetFilename().c_str())));
     RunDialog(dialog);

@@ -52,3 +52,7 @@ std::string TVarImage::JoinTags(std::string_view separator) const {
   }
   return base::Join(different, separator);
 }
+
+std::string TVarImage::DescribeTags() const {
+  return tags.empty() ? std::string() : "\nTags: " + JoinTags(", ");
+}

@@ -40,6 +40,8 @@ class TVarImage : public TVar {
   bool HasTag(const std::string& tag) const;
   /// The tags, each once, in the order in which the image got them, with `separator` between each two.
   std::string JoinTags(std::string_view separator) const;
+  /// A line of the tags for people, with the line feed in front of it; empty without tags.
+  std::string DescribeTags() const;
 
  private:
   std::string filename;

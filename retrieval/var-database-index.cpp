@@ -72,12 +72,9 @@ std::optional<std::vector<TTopResult>> TVarDatabaseIndex::FindTop(const TVarList
   for (std::size_t i = 0; i < std::min(count, entries.size()); ++i) {
     const TVarImage& image = *database->GetImages()[static_cast<std::size_t>(entries[i].imageIndex)];
     // Six significant digits: for the eye, and not to be read back.
-    std::string description = FormatString("Rank %d\n%s\nDistance %.6g", static_cast<int>(i + 1),
-                                           image.GetFilename().c_str(), entries[i].distance);
-    if (!image.GetTags().empty()) {
-      description += "\nTags: " + image.JoinTags(", ");
-    }
-    results.push_back({image.GetFilename(), description});
+    const std::string description = FormatString("Rank %d\n%s\nDistance %.6g", static_cast<int>(i + 1),
+                                                 image.GetFilename().c_str(), entries[i].distance);
+    results.push_back({image.GetFilename(), description + image.DescribeTags()});
   }
   return results;
 }
