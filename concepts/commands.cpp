@@ -71,10 +71,8 @@ Parameters:  1 - 'database'
       return Fail(FormatString("%s database does not contain images", isFirstEmpty ? "First" : "Second"));
     }
     const bool isFirstWhole = positive.GetImages().front()->GetSegments().empty();
-    if (isFirstWhole || negative.GetImages().front()->GetSegments().empty()) {
-      return Fail(FormatString("Images in %s database are not segmented", isFirstWhole ? "first" : "second"));
-    }
-    return true;
+    return (!isFirstWhole && !negative.GetImages().front()->GetSegments().empty()) ||
+           Fail(FormatString("Images in %s database are not segmented", isFirstWhole ? "first" : "second"));
   }
 
   /// Tests that the concept's examples would fit the classifier and that there are some; prints a line if not.
@@ -85,10 +83,9 @@ Parameters:  1 - 'database'
     if (!classifier.ExamplesHaveLength(visualConcept.GetVectors().GetDimension())) {
       return Fail("Classifier holds examples of another length: createclassifier makes it new");
     }
-    if (!HasUsableSegment(visualConcept.GetVectors(), positive)) {
-      return Fail("No usable segments in first database");
-    }
-    return HasUsableSegment(visualConcept.GetVectors(), negative) || Fail("No usable segments in second database");
+    const TConceptVectors& vectors = visualConcept.GetVectors();
+    return (HasUsableSegment(vectors, positive) || Fail("No usable segments in first database")) &&
+           (HasUsableSegment(vectors, negative) || Fail("No usable segments in second database"));
   }
 
   /// Adds all examples and trains. False if the user ended it.

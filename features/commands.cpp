@@ -152,13 +152,9 @@ Parameters:  1 - 'database'
     std::string failedFile;
     const auto step = [&](const TVarImage& image) {
       const TFeatureVector* vector = image.GetImageSegment().GetFeatures().Find(featureName);
-      if (vector == nullptr) {
-        ++skipped;
-        return true;
-      }
-      // What an earlier run stored of the picture is better than numbers of nothing.
-      if (vector->GetLacksPicture()) {
-        ++unread;
+      // Of a picture that could not be read, what an earlier run stored is better than numbers of nothing.
+      if (vector == nullptr || vector->GetLacksPicture()) {
+        ++(vector == nullptr ? skipped : unread);
         return true;
       }
       const std::string path = StoredFeaturePath(featureName, image.GetFilename());

@@ -45,11 +45,8 @@ Parameters:  1 - string)"}) {}
   bool ExecuteWithReturn(TVar& variable, const std::vector<std::string>& params) override {
     auto& database = dynamic_cast<TVarDatabase&>(variable);
     const std::string path = StripQuotes(params[0]);
-    if (!base::Exists(path)) {
-      return Fail("Path not found");
-    }
     if (!base::IsDirectory(path)) {
-      return Fail("Path is not a directory");
+      return Fail(base::Exists(path) ? "Path is not a directory" : "Path not found");
     }
     // Drawn before the scan begins, which takes seconds for a hundred thousand files on a network share.
     Print("Scanning..");

@@ -162,11 +162,8 @@ Parameters:  1 - 'database'
   bool Execute(const std::vector<std::string>& params) override {
     const auto* database = Require<TVarDatabase>(params, 1);
     const std::string path = StripQuotes(params[1]);
-    if (database == nullptr) {
-      return false;
-    }
     TCommandHistory annotations;
-    if (!LoadLines(path, annotations)) {
+    if (database == nullptr || !LoadLines(path, annotations)) {
       return false;
     }
     const std::string tag = AnnotationTag(path);
