@@ -84,16 +84,9 @@ std::string FaultOfValues(const QCommandLineParser& parser) {
 }  // namespace
 
 std::optional<TOptions> ParseOptions(int argc, char** argv, std::string& reason) {
-  const std::optional<QStringList> arguments = TakeArguments(argc, argv, reason);
-  if (!arguments) {
-    return std::nullopt;
-  }
   QCommandLineParser parser;
-  // A long option behind a single dash is a slip that needs no guessing.
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   AddOptions(parser);
-  if (!parser.parse(*arguments)) {
-    reason = FromQString(parser.errorText());
+  if (!ParseArguments(parser, argc, argv, reason)) {
     return std::nullopt;
   }
   reason = FaultOfValues(parser);

@@ -263,17 +263,9 @@ std::string FaultOfValues(const QCommandLineParser& parser) {
 }  // namespace
 
 std::optional<TExperimentCommand> ParseExperimentCommand(int argc, char** argv, std::string& reason) {
-  // Made by hand: without an application object the toolkit does not know the arguments.
-  const std::optional<QStringList> arguments = TakeArguments(argc, argv, reason);
-  if (!arguments) {
-    return std::nullopt;
-  }
   QCommandLineParser parser;
-  // A long option behind a single dash is a slip that needs no guessing.
-  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
   AddOptions(parser);
-  if (!parser.parse(*arguments)) {
-    reason = FromQString(parser.errorText());
+  if (!ParseArguments(parser, argc, argv, reason)) {
     return std::nullopt;
   }
   TExperimentCommand command;

@@ -18,6 +18,21 @@ std::optional<QStringList> TakeArguments(int argc, char** argv, std::string& rea
   return arguments;
 }
 
+bool ParseArguments(QCommandLineParser& parser, int argc, char** argv, std::string& reason) {
+  // A long option behind a single dash is a slip that needs no guessing.
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+  // Handed over, since the parser would ask the application object, which may not exist yet.
+  const std::optional<QStringList> arguments = TakeArguments(argc, argv, reason);
+  if (!arguments) {
+    return false;
+  }
+  const bool isParsed = parser.parse(*arguments);
+  if (!isParsed) {
+    reason = FromQString(parser.errorText());
+  }
+  return isParsed;
+}
+
 std::string FaultOfNames(const QCommandLineParser& parser, std::initializer_list<const char*> options) {
   for (const char* option : options) {
     for (const QString& value : parser.values(option)) {
